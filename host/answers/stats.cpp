@@ -1,0 +1,53 @@
+// Answers about the datapath's counters. All follow from a port's traffic and the clock.
+#include "host/host.h"
+
+namespace host {
+
+namespace {
+
+// Of all packets, 1 in so many.
+constexpr uint64_t multicast_share = 50;
+constexpr uint64_t broadcast_share = 200;
+constexpr uint64_t drop_share = 10'000;
+constexpr uint64_t slow_path_share = 100;
+
+PortDirectionCounters counters(const Clock& clock, const Traffic& traffic, uint64_t share)
+{
+    const uint64_t packets = clock.grown(traffic.packets) / share;
+    PortDirectionCounters made{};
+    made.packets = packets;
+    made.bytes = packets * traffic.packet_bytes;
+    made.multicast_packets = packets / multicast_share;
+    made.multicast_bytes = made.multicast_packets * traffic.packet_bytes;
+    made.broadcast_packets = packets / broadcast_share;
+    made.broadcast_bytes = made.broadcast_packets * traffic.packet_bytes;
+    made.drops = packets / drop_share;
+    return made;
+}
+
+uint32_t put_counters(Host& host, uint32_t switch_number, uint32_t port_number, Output output, uint64_t share)
+{
+    const Port* port = host.port(switch_number, port_number);
+    if (!port)
+        return refused;
+    return output.put(PortCounters{counters(host.clock, port->tx, share), counters(host.clock, port->rx, share)});
+}
+
+uint32_t get_port_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    return put_counters(host, switch_number, port, output, 1);
+}
+
+uint32_t get_port_stats_slowpath(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    return put_counters(host, switch_number, port, output, slow_path_share);
+}
+
+const Answer answers[] = {
+    {"Qdp_Get_Port_Stats", get_port_stats},
+    {"Qdp_Get_Port_Stats_Slowpath", get_port_stats_slowpath},
+};
+
+}  // namespace
+
+}  // namespace host

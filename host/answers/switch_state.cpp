@@ -1,0 +1,197 @@
+// Answers of the switch state library: its snapshot of the host's switches, and the properties in the host kernel.
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "host/host.h"
+#include "platform/switch_state.h"
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// A handle points to a switch of the snapshot, a data handle to one of its properties.
+const LoadedSwitch* config_of(const void* handle)
+{
+    return static_cast<const LoadedSwitch*>(handle);
+}
+
+using Property = Properties::value_type;
+
+std::vector<uint8_t> numbers(const Value& value)
+{
+    std::vector<uint8_t> made(value.size());
+    std::ranges::transform(value, made.begin(), [](std::byte byte) { return static_cast<uint8_t>(byte); });
+    return made;
+}
+
+Json serialised(const Properties& properties)
+{
+    Json made = Json::object();
+    for (const auto& [key, value] : properties)
+        made[key] = numbers(value);
+    return made;
+}
+
+Properties deserialised(const Json& properties)
+{
+    Properties made;
+    for (const auto& [key, value] : properties.items())
+        for (const uint8_t byte : value.get<std::vector<uint8_t>>())
+            made[key].push_back(std::byte{byte});
+    return made;
+}
+
+uint32_t config_reset(Host& host)
+{
+    host.loaded.clear();
+    return success;
+}
+
+uint32_t state_get(Host& host, ValueOutput state)
+{
+    Json all = Json::array();
+    for (const Switch& each : host.switches)
+        all.push_back({{"alias", each.config.alias},
+                       {"id", each.config.id},
+                       {"class", each.config.class_name},
+                       {"host", serialised(each.config.host_properties)},
+                       {"global", serialised(each.config.global_properties)}});
+    const std::vector<uint8_t> bytes = Json::to_cbor(all);
+    hand_out(state, std::as_bytes(std::span{bytes}));
+    return success;
+}
+
+uint32_t config_deserialize(Host& host, ByteSpan state)
+{
+    const auto* bytes = reinterpret_cast<const uint8_t*>(state.data());
+    const Json all = Json::from_cbor(bytes, bytes + state.size(), true, false);
+    if (!all.is_array())
+        return refused;
+    try {
+        std::vector<LoadedSwitch> loaded;
+        for (const Json& each : all) {
+            LoadedSwitch made{{each.at("alias"), each.at("id"), each.at("class"), deserialised(each.at("host")),
+                               deserialised(each.at("global"))},
+                              each.at("id")};
+            made.readable_id.resize(std::max(made.id.size(), switch_id_bytes));
+            loaded.push_back(std::move(made));
+        }
+        host.loaded = std::move(loaded);
+    } catch (const Json::exception&) {
+        return refused;
+    }
+    return success;
+}
+
+const LoadedSwitch* switch_find_by_alias(Host& host, std::string_view alias)
+{
+    const auto found = std::ranges::find(host.loaded, alias, &LoadedSwitch::alias);
+    return found == host.loaded.end() ? nullptr : &*found;
+}
+
+void switch_for_each(Host& host, DVSSwitchCallback* callback, void* context)
+{
+    for (LoadedSwitch& config : host.loaded)
+        if (callback(reinterpret_cast<DVSSwitch*>(&config), context) != 0)
+            return;
+}
+
+const char* switch_id(Host&, const void* handle)
+{
+    return config_of(handle)->readable_id.c_str();
+}
+
+const char* class_name(Host&, const void* handle)
+{
+    return config_of(handle)->class_name.c_str();
+}
+
+uint32_t property_lookup(Host& host, Properties SwitchConfig::*kind, std::string_view id, std::string_view key,
+                         const Output& data)
+{
+    const auto owner = std::ranges::find(host.loaded, id, &LoadedSwitch::id);
+    if (owner == host.loaded.end())
+        return not_found;
+    const Properties& properties = (*owner).*kind;
+    const auto found = properties.find(key);
+    if (found == properties.end())
+        return not_found;
+    const Property* handle = &*found;
+    return data.put(handle);
+}
+
+uint32_t host_property_lookup(Host& host, std::string_view id, std::string_view key, Output data)
+{
+    return property_lookup(host, &SwitchConfig::host_properties, id, key, data);
+}
+
+uint32_t global_property_lookup(Host& host, std::string_view id, std::string_view key, Output data)
+{
+    return property_lookup(host, &SwitchConfig::global_properties, id, key, data);
+}
+
+uint32_t data_value(Host&, const Property* property, ValueOutput value)
+{
+    *value.pointer = property->second.data();
+    *value.length = static_cast<uint32_t>(property->second.size());
+    return success;
+}
+
+// The first two words identify a port: the texts of its switch's id and of its name.
+const Port* port_find(Host& host, const char* id, const char* name, uintptr_t, uintptr_t, uintptr_t, uintptr_t)
+{
+    const Switch* owner = id ? host.switch_by_id(id) : nullptr;
+    if (!owner || !name)
+        return nullptr;
+    const auto found = std::ranges::find(owner->ports, name, &Port::name);
+    return found == owner->ports.end() ? nullptr : &*found;
+}
+
+uint32_t host_property_get(Host& host, std::string_view id, std::string_view key, ValueOutput value)
+{
+    const Switch* owner = host.switch_by_id(id);
+    if (!owner)
+        return not_found;
+    const auto found = owner->config.host_properties.find(key);
+    if (found == owner->config.host_properties.end())
+        return not_found;
+    hand_out(value, found->second);
+    return success;
+}
+
+uint32_t host_property_set(Host& host, std::string_view id, std::string_view key, ByteSpan value, uint32_t)
+{
+    Switch* owner = host.switch_by_id(id);
+    if (!owner)
+        return not_found;
+    owner->config.host_properties.insert_or_assign(std::string{key}, value_of(value));
+    return success;
+}
+
+void data_free(Host&, void* value)
+{
+    release(value);
+}
+
+const Answer answers[] = {
+    {"DVSState_ConfigReset", config_reset},
+    {"DVSHCK_StateGet", state_get},
+    {"DVSState_ConfigDeserialize", config_deserialize},
+    {"DVSState_SwitchFindByAlias", switch_find_by_alias},
+    {"DVSState_SwitchForEach", switch_for_each},
+    {"DVS_SwitchId", switch_id},
+    {"DVS_ClassName", class_name},
+    {"DVSState_HostPropLookup", host_property_lookup},
+    {"DVSState_GlobalPropLookup", global_property_lookup},
+    {"DVSData_Data", data_value},
+    {"DVSState_PortFind", port_find},
+    {"DVSHCK_HostPropGet", host_property_get},
+    {"DVSHCK_HostPropSet", host_property_set},
+    {"DVSHCK_DataFree", data_free},
+};
+
+}  // namespace
+
+}  // namespace host

@@ -1,0 +1,47 @@
+// The control interface of the embedded host, for tests and scripts: script, fail and record the calls of operations,
+// steer the clock, put the host back. Plain C functions, so that any language can call them in the same process.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" {
+
+// Puts the built-in host back: its state, a real clock, no scripted answers, no failures, no recorded calls.
+void qdp_host_reset(void);
+
+// Adds a scripted answer to the end of the operation's queue; each call takes the next one instead of an answer from
+// the state. `result` is the status. Returns 0, or -1 for an unknown operation, as do the next three.
+int qdp_host_script(const char* operation, uint64_t result);
+
+// What the scripted answer added last puts into its n-th output: bytes, cut at the capacity; an output without bytes
+// stays untouched. The size word is set to the number of bytes, or to what qdp_host_script_size says.
+int qdp_host_script_output(const char* operation, unsigned output, const void* bytes, size_t size);
+int qdp_host_script_size(const char* operation, unsigned output, uint32_t size);
+
+// Makes the result of the scripted answer added last a pointer to these bytes, for operations that return a text.
+int qdp_host_script_text(const char* operation, const void* bytes, size_t size);
+
+// Fails calls of the operation with this status: from the n-th from now on (1 is the next), so many times; 0 times is
+// for ever. Returns 0, or -1 for an unknown operation.
+int qdp_host_fail(const char* operation, uint32_t status, unsigned nth, unsigned times);
+
+// Starts recording calls anew, or stops.
+void qdp_host_record(int on);
+
+// The recorded calls as a JSON array of {"operation": name, "arguments": [...]}; valid until the next call of this
+// function. An argument is a number; a text or null; {"bytes": hex}; {"capacity": n} for an output, null without one.
+const char* qdp_host_calls(void);
+
+// The names of the operations that the stand-ins call by, and of those that are answered from the state, as a JSON
+// array each; valid until the next call of the same function.
+const char* qdp_host_operations(void);
+
+// Values that the switch state library handed out and has not got back.
+size_t qdp_host_values_out(void);
+
+// Stops the clock; and moves a stopped clock on.
+void qdp_host_freeze_time(void);
+void qdp_host_advance_time(uint64_t nanoseconds);
+
+}  // extern "C"

@@ -1,0 +1,356 @@
+// Dispatch of the calls: scripted answers and failures first, then the answer from the state; and the control
+// interface.
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "host/control.h"
+#include "host/host.h"
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct ScriptedOutput {
+    Value bytes;
+    std::optional<uint32_t> size;
+    bool is_set = false;
+};
+
+struct ScriptedAnswer {
+    uint64_t result;
+    std::map<unsigned, ScriptedOutput> outputs;
+    bool result_is_text = false;
+};
+
+struct Failure {
+    uint32_t status;
+    unsigned calls_before;
+    std::optional<unsigned> times;  // none: for ever
+};
+
+}  // namespace
+
+class Operation {
+public:
+    std::string name;
+    void (*function)() = nullptr;
+    Handler handler = nullptr;
+    size_t parameters = 0;
+
+    std::deque<ScriptedAnswer> script;
+    std::optional<Failure> failure;
+};
+
+namespace {
+
+// Of the process. Its parts outlive a reset: the stand-ins keep references to operations.
+struct Process {
+    std::recursive_mutex mutex;
+    std::map<std::string, std::unique_ptr<Operation>, std::less<>> operations;
+    std::optional<Host> host;
+    bool is_recording = false;
+    std::vector<Json> calls;
+    std::deque<Value> kept;  // bytes of scripted answers that a caller may still look at
+    std::set<void*> values_out;
+};
+
+Process& process()
+{
+    static auto* process = new Process;  // never destroyed: calls may come at any time before the process ends
+    return *process;
+}
+
+Operation& operation_named(std::string_view name)
+{
+    auto& operations = process().operations;
+    auto found = operations.find(name);
+    if (found == operations.end()) {
+        found = operations.emplace(name, std::make_unique<Operation>()).first;
+        found->second->name = name;
+    }
+    return *found->second;
+}
+
+// An operation that can be scripted, or null.
+Operation* known_operation(const char* name)
+{
+    const auto found = process().operations.find(name);
+    return found == process().operations.end() ? nullptr : found->second.get();
+}
+
+std::string hex(ByteSpan bytes)
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const std::byte byte : bytes) {
+        text += digits[static_cast<unsigned>(byte) >> 4];
+        text += digits[static_cast<unsigned>(byte) & 15];
+    }
+    return text;
+}
+
+Json described(const Argument& argument)
+{
+    switch (argument.kind) {
+    case Argument::Kind::value:
+        return argument.value;
+    case Argument::Kind::text:
+        return argument.value ? Json(reinterpret_cast<const char*>(argument.value)) : Json();
+    case Argument::Kind::bytes:
+        return argument.value ? Json{{"bytes", hex(argument.bytes)}} : Json();
+    case Argument::Kind::output:
+        return Json{{"capacity", argument.output.size_word ? *argument.output.size_word : argument.output.capacity},
+                    {"is_null", argument.value == 0}};
+    case Argument::Kind::value_output:
+        return Json{{"capacity", 0}, {"is_null", argument.value == 0}};
+    }
+    return {};
+}
+
+void record_call(const Operation& operation, std::initializer_list<Argument> arguments)
+{
+    Json described_arguments = Json::array();
+    for (const Argument& argument : arguments)
+        described_arguments.push_back(described(argument));
+    process().calls.push_back({{"operation", operation.name}, {"arguments", described_arguments}});
+}
+
+// The status of a failure that is due, if one is.
+std::optional<uint32_t> due_failure(Operation& operation)
+{
+    auto& failure = operation.failure;
+    if (!failure)
+        return std::nullopt;
+    if (failure->calls_before > 0) {
+        --failure->calls_before;
+        return std::nullopt;
+    }
+    const uint32_t status = failure->status;
+    if (failure->times && --*failure->times == 0)
+        failure.reset();
+    return status;
+}
+
+uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
+{
+    ScriptedAnswer answer = std::move(operation.script.front());
+    operation.script.pop_front();
+
+    if (answer.result_is_text)
+        return reinterpret_cast<uint64_t>(process().kept.emplace_back(std::move(answer.outputs[0].bytes)).data());
+
+    unsigned index = 0;
+    for (const Argument& argument : arguments) {
+        if (argument.kind != Argument::Kind::output && argument.kind != Argument::Kind::value_output)
+            continue;
+        const ScriptedOutput& scripted = answer.outputs[index++];
+        if (argument.kind == Argument::Kind::output) {
+            argument.output.write(0, scripted.bytes);
+            if (scripted.is_set)
+                argument.output.reported(scripted.bytes.size());
+            if (scripted.size)
+                argument.output.reported(*scripted.size);
+        } else if (scripted.is_set) {
+            hand_out(argument.handed, scripted.bytes);
+            if (scripted.size && argument.handed.length)
+                *argument.handed.length = *scripted.size;
+        }
+    }
+    return answer.result;
+}
+
+}  // namespace
+
+Operation& operation(const char* name)
+{
+    const std::lock_guard lock{process().mutex};
+    return operation_named(name);
+}
+
+uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
+{
+    const std::lock_guard lock{process().mutex};
+    if (process().is_recording)
+        record_call(operation, arguments);
+    if (const auto status = due_failure(operation))
+        return *status;
+    if (!operation.script.empty())
+        return play(operation, arguments);
+    if (!operation.handler || operation.parameters != arguments.size())
+        return refused;
+    return operation.handler(operation.function, arguments);
+}
+
+Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler handler)
+{
+    Operation& operation = operation_named(name);
+    operation.parameters = parameters;
+    operation.function = function;
+    operation.handler = handler;
+}
+
+Host& host()
+{
+    auto& host = process().host;
+    if (!host)
+        host = default_host();
+    return *host;
+}
+
+void hand_out(const ValueOutput& output, ByteSpan value)
+{
+    void* memory;
+    if (output.owner == ValueOutput::Owner::library) {
+        Value& kept = process().kept.emplace_back();
+        kept.reserve(std::max<size_t>(value.size(), 1));  // an empty value has a place too
+        kept.assign(value.begin(), value.end());
+        memory = kept.data();
+    } else {
+        memory = std::malloc(value.empty() ? 1 : value.size());  // exactly as long, so that an overread is found
+        if (memory && !value.empty())
+            std::memcpy(memory, value.data(), value.size());
+        if (output.owner == ValueOutput::Owner::released)
+            process().values_out.insert(memory);
+    }
+    *output.pointer = memory;
+    if (output.length)
+        *output.length = static_cast<uint32_t>(value.size());
+}
+
+void release(void* value)
+{
+    // A pointer that was not handed out, or was released before, is an error of the caller: let it crash there.
+    if (value && process().values_out.erase(value) == 0)
+        std::abort();
+    std::free(value);
+}
+
+}  // namespace host
+
+using namespace host;
+
+void qdp_host_reset(void)
+{
+    const std::lock_guard lock{process().mutex};
+    for (auto& [name, operation] : process().operations) {
+        operation->script.clear();
+        operation->failure.reset();
+    }
+    process().calls.clear();
+    process().is_recording = false;
+    process().kept.clear();
+    process().host.reset();
+}
+
+int qdp_host_script(const char* name, uint64_t result)
+{
+    const std::lock_guard lock{process().mutex};
+    Operation* operation = known_operation(name);
+    if (!operation)
+        return -1;
+    operation->script.push_back({result, {}});
+    return 0;
+}
+
+namespace {
+
+// The answer that was scripted last, or null.
+ScriptedAnswer* last_scripted(const char* name)
+{
+    Operation* operation = known_operation(name);
+    return operation && !operation->script.empty() ? &operation->script.back() : nullptr;
+}
+
+}  // namespace
+
+int qdp_host_script_output(const char* name, unsigned output, const void* bytes, size_t size)
+{
+    const std::lock_guard lock{process().mutex};
+    ScriptedAnswer* answer = last_scripted(name);
+    if (!answer)
+        return -1;
+    ScriptedOutput& scripted = answer->outputs[output];
+    scripted.bytes = value_of(ByteSpan{static_cast<const std::byte*>(bytes), size});
+    scripted.is_set = true;
+    return 0;
+}
+
+int qdp_host_script_size(const char* name, unsigned output, uint32_t size)
+{
+    const std::lock_guard lock{process().mutex};
+    ScriptedAnswer* answer = last_scripted(name);
+    if (!answer)
+        return -1;
+    answer->outputs[output].size = size;
+    return 0;
+}
+
+int qdp_host_script_text(const char* name, const void* bytes, size_t size)
+{
+    if (qdp_host_script_output(name, 0, bytes, size) != 0)
+        return -1;
+    last_scripted(name)->result_is_text = true;
+    return 0;
+}
+
+int qdp_host_fail(const char* name, uint32_t status, unsigned nth, unsigned times)
+{
+    const std::lock_guard lock{process().mutex};
+    Operation* operation = known_operation(name);
+    if (!operation)
+        return -1;
+    operation->failure = Failure{status, nth > 0 ? nth - 1 : 0, times > 0 ? std::optional{times} : std::nullopt};
+    return 0;
+}
+
+void qdp_host_record(int on)
+{
+    const std::lock_guard lock{process().mutex};
+    process().calls.clear();
+    process().is_recording = on != 0;
+}
+
+const char* qdp_host_calls(void)
+{
+    const std::lock_guard lock{process().mutex};
+    static std::string text;
+    text = Json(process().calls).dump(-1, ' ', true, Json::error_handler_t::replace);
+    return text.c_str();
+}
+
+const char* qdp_host_operations(void)
+{
+    const std::lock_guard lock{process().mutex};
+    static std::string text;
+    Json names = Json::array();
+    for (const auto& [name, operation] : process().operations)
+        if (operation->handler)
+            names.push_back(name);
+    text = names.dump();
+    return text.c_str();
+}
+
+size_t qdp_host_values_out(void)
+{
+    const std::lock_guard lock{process().mutex};
+    return process().values_out.size();
+}
+
+void qdp_host_freeze_time(void)
+{
+    const std::lock_guard lock{process().mutex};
+    host::host().clock.freeze();
+}
+
+void qdp_host_advance_time(uint64_t nanoseconds)
+{
+    const std::lock_guard lock{process().mutex};
+    host::host().clock.advance(nanoseconds);
+}

@@ -1,0 +1,87 @@
+// The state of the embedded host.
+#include "host/host.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "platform/switch_state.h"
+
+namespace host {
+
+namespace {
+
+uint64_t real_nanoseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<uint64_t>(std::chrono::nanoseconds{now}.count());
+}
+
+}  // namespace
+
+Clock::Clock() : start_{real_nanoseconds()} {}
+
+uint64_t Clock::nanoseconds() const
+{
+    return frozen_ ? *frozen_ : real_nanoseconds() - start_;
+}
+
+void Clock::freeze()
+{
+    frozen_ = nanoseconds();
+}
+
+void Clock::advance(uint64_t nanoseconds)
+{
+    if (frozen_)
+        *frozen_ += nanoseconds;
+    else
+        start_ -= nanoseconds;
+}
+
+uint64_t Clock::grown(uint64_t per_second) const
+{
+    constexpr uint64_t second = 1'000'000'000;
+    const uint64_t now = nanoseconds();
+    return now / second * per_second + now % second * per_second / second;
+}
+
+Switch* Host::datapath_switch(uint32_t switch_number)
+{
+    const auto found = std::ranges::find_if(switches, [&](const Switch& candidate) {
+        return candidate.entry && candidate.entry->switch_number == switch_number;
+    });
+    return found == switches.end() ? nullptr : &*found;
+}
+
+Port* Host::port(uint32_t switch_number, uint32_t port)
+{
+    Switch* owner = datapath_switch(switch_number);
+    if (!owner)
+        return nullptr;
+    const auto found =
+        std::ranges::find(owner->ports, port, [](const Port& candidate) { return candidate.entry.port; });
+    return found == owner->ports.end() ? nullptr : &*found;
+}
+
+Switch* Host::switch_by_id(std::string_view id)
+{
+    // Callers know an id as the text of a buffer of switch_id_bytes.
+    const auto found = std::ranges::find(switches, id.substr(0, switch_id_bytes - 1), [](const Switch& candidate) {
+        return std::string_view{candidate.config.id}.substr(0, switch_id_bytes - 1);
+    });
+    return found == switches.end() ? nullptr : &*found;
+}
+
+Value value_of(ByteSpan bytes)
+{
+    return {bytes.begin(), bytes.end()};
+}
+
+Value value_of(std::string_view text)
+{
+    Value value = value_of(std::as_bytes(std::span{text}));
+    value.push_back(std::byte{0});
+    return value;
+}
+
+}  // namespace host

@@ -1,0 +1,135 @@
+// The state of the embedded host: its switches with their ports and properties, and its clock.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/call.h"
+#include "platform/ports.h"
+#include "platform/stats.h"
+
+namespace host {
+
+using Value = std::vector<std::byte>;
+using Properties = std::map<std::string, Value, std::less<>>;
+
+// Time since the host came up. Real until a test freezes it.
+class Clock {
+public:
+    Clock();
+    uint64_t nanoseconds() const;
+    void freeze();
+    void advance(uint64_t nanoseconds);
+
+    // What a counter that grows by `per_second` has reached.
+    uint64_t grown(uint64_t per_second) const;
+
+private:
+    uint64_t start_;
+    std::optional<uint64_t> frozen_;
+};
+
+// Packets a second and bytes a packet of one direction of a port.
+struct Traffic {
+    uint64_t packets;
+    uint64_t packet_bytes;
+};
+
+struct Port {
+    std::string name;
+    PortListEntry entry;
+    Traffic tx, rx;
+};
+
+// What the switch state library knows of a switch.
+struct SwitchConfig {
+    std::string alias;
+    std::string id;
+    std::string class_name;
+    Properties host_properties;
+    Properties global_properties;
+};
+
+struct LoadedSwitch : SwitchConfig {
+    std::string readable_id;  // callers read an id as a buffer of switch_id_bytes
+};
+
+struct Switch {
+    SwitchConfig config;
+    std::optional<SwitchListEntry> entry;  // of a switch of the datapath
+    std::vector<Port> ports;
+};
+
+struct Host {
+    Clock clock;
+    std::vector<Switch> switches;
+
+    // The switch state library's snapshot; empty until a configuration is loaded into it.
+    std::vector<LoadedSwitch> loaded;
+
+    // Null when the host has no such object.
+    Switch* datapath_switch(uint32_t switch_number);
+    Port* port(uint32_t switch_number, uint32_t port);
+    Switch* switch_by_id(std::string_view id);
+};
+
+// The host that is built in.
+Host default_host();
+
+// The host that answers in this process.
+Host& host();
+
+Value value_of(ByteSpan bytes);
+Value value_of(std::string_view text);  // its NUL included
+
+// --- Answers ---
+
+using Handler = uint64_t (*)(void (*answer)(), std::initializer_list<Argument> arguments);
+
+// A function that answers an operation from the state, registered under the operation's name:
+//
+//     uint32_t get_switch_list(Host& host, Output list);
+//     const Answer answers[] = {{"Qdp_Get_Switch_List", get_switch_list}};
+//
+// Its parameters after the host are the operation's arguments in the order of the operations table; a buffer and its
+// size word are one Output.
+class Answer {
+public:
+    template <class Result, class... Parameters>
+    Answer(const char* name, Result (*function)(Host&, Parameters...))
+        : Answer{name, sizeof...(Parameters), reinterpret_cast<void (*)()>(function), call<Result, Parameters...>}
+    {
+    }
+
+private:
+    Answer(const char* name, size_t parameters, void (*function)(), Handler handler);
+
+    template <class Result, class... Parameters>
+    static uint64_t call(void (*function)(), std::initializer_list<Argument> arguments)
+    {
+        return [&]<size_t... i>(std::index_sequence<i...>)->uint64_t
+        {
+            const auto typed = reinterpret_cast<Result (*)(Host&, Parameters...)>(function);
+            [[maybe_unused]] const Argument* argument = arguments.begin();
+            if constexpr (std::is_void_v<Result>) {
+                typed(host(), argument_as<Parameters>(argument[i])...);
+                return 0;
+            } else if constexpr (std::is_pointer_v<Result>) {
+                return reinterpret_cast<uint64_t>(typed(host(), argument_as<Parameters>(argument[i])...));
+            } else {
+                return typed(host(), argument_as<Parameters>(argument[i])...);
+            }
+        }
+        (std::index_sequence_for<Parameters...>{});
+    }
+};
+
+// Hands a value out as the operation's contract says; the switch state library takes its own back with release.
+void hand_out(const ValueOutput& output, ByteSpan value);
+void release(void* value);
+
+}  // namespace host

@@ -1,0 +1,84 @@
+"""Checks what the compiler does not: who includes whom, that the module's map is true, and what each file opens with."""
+
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+SOURCE = ROOT / "src"
+
+# Rooms that may be included from a room beside its own folder. A room not named here has no other.
+ALLOWED = {
+    "platform": [],
+    "module": ["platform"],
+    "switchid": ["platform", "module"],
+    "datapath": ["platform", "module", "switchid"],
+    "smartnic": ["platform", "module", "switchid"],
+}
+# Folders that their siblings may include: the named, shared pieces.
+SHARED = ["smartnic/channel"]
+# The map of the house sees every room.
+MAP = "module/module.cpp"
+
+
+def folder_of(path):
+    """The room of a file, with its subroom where it has one: "module", "datapath/ports"."""
+    parts = path.split("/")[:-1]
+    return "/".join(parts[:2])
+
+
+def may_include(path, included):
+    if path == MAP:
+        return True
+    here, there = folder_of(path), folder_of(included)
+    if here == there or there in SHARED and there.split("/")[0] == here.split("/")[0]:
+        return True
+    return there in ALLOWED[here.split("/")[0]]
+
+
+def inclusions():
+    for file in sorted(SOURCE.rglob("*.*")):
+        path = file.relative_to(SOURCE).as_posix()
+        for included in re.findall(r'^#include "(.*)"', file.read_text(), re.MULTILINE):
+            if not (SOURCE / included).exists():
+                yield f"src/{path}: includes {included}, which is not in src/; name files from there"
+            elif not may_include(path, included):
+                yield f"src/{path}: may not include {included}; see ALLOWED in script/lint_sources.py"
+    for file in sorted((ROOT / "host").rglob("*.*")):
+        if file.suffix in (".cpp", ".h", ".def"):
+            for included in re.findall(r'^#include "(.*)"', file.read_text(), re.MULTILINE):
+                if not included.startswith(("host/", "platform/")):
+                    yield f"{file.relative_to(ROOT)}: the embedded host shares src/platform/ only, not {included}"
+
+
+def map_of_methods():
+    """Each method lives in the file that the comment above its row names."""
+    named = None
+    rows = 0
+    for line in (SOURCE / MAP).read_text().splitlines():
+        if found := re.match(r"\s+// (\S+\.cpp)$", line):
+            named = found[1]
+        elif found := re.match(r"\s+METHOD\(\"\w+\", (\w+),", line):
+            rows += 1
+            file = SOURCE / named if named else None
+            if not file or not file.exists() or not re.search(rf"^PyObject\* {found[1]}\(", file.read_text(), re.MULTILINE):
+                yield f"src/{MAP}: {found[1]} is not in {named}"
+    if rows == 0:
+        yield f"src/{MAP}: no methods found"
+
+
+def openings():
+    for folder in ("src", "host"):
+        for file in sorted((ROOT / folder).rglob("*")):
+            if file.suffix in (".cpp", ".h", ".def") and not file.read_text().startswith("// "):
+                yield f"{file.relative_to(ROOT)}: opens without a sentence that says what it holds"
+
+
+def main():
+    faults = [*inclusions(), *map_of_methods(), *openings()]
+    for fault in faults:
+        print(fault, file=sys.stderr)
+    sys.exit(1 if faults else 0)
+
+
+main()

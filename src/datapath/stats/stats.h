@@ -1,0 +1,12 @@
+// Methods on the datapath's counters.
+#pragma once
+
+#include "module/python.h"
+
+namespace qdp {
+
+// port_stats.cpp
+Method PyQDP_Get_Port_Stats;
+Method PyQDP_Get_Rep_Port_Stats;
+
+}  // namespace qdp

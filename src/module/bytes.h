@@ -1,0 +1,92 @@
+// Bounded reading: a view of a library's answer in which every byte outside the answer reads as zero.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace qdp {
+
+// Where a value lies: `size` bytes at `offset`; for an integer, `bits` bits from bit `shift` of the little-endian word
+// that starts there. A place that holds no integer (a text, an address, an array) has no bits.
+struct Place {
+    uint16_t offset;
+    uint16_t size;
+    uint8_t shift;
+    uint8_t bits;
+    bool is_signed;
+};
+
+class Bytes {
+public:
+    Bytes(const void* data, size_t size) : data_{static_cast<const unsigned char*>(data)}, size_{size} {}
+
+    size_t size() const { return size_; }
+
+    // What follows `offset`; empty beyond the end.
+    Bytes from(size_t offset) const
+    {
+        return offset < size_ ? Bytes{data_ + offset, size_ - offset} : Bytes{data_ + size_, 0};
+    }
+
+    // Copies `count` bytes from `offset` on.
+    void copy(size_t offset, void* out, size_t count) const
+    {
+        const Bytes rest = from(offset);
+        const size_t there = count < rest.size_ ? count : rest.size_;
+        std::memcpy(out, rest.data_, there);
+        std::memset(static_cast<unsigned char*>(out) + there, 0, count - there);
+    }
+
+    // The value or record at `offset`, which need not be aligned.
+    template <class Value>
+    Value load(size_t offset) const
+    {
+        static_assert(std::is_trivially_copyable_v<Value>);
+        Value value;
+        if (size_ >= sizeof value && offset <= size_ - sizeof value)
+            std::memcpy(&value, data_ + offset, sizeof value);
+        else
+            copy(offset, &value, sizeof value);
+        return value;
+    }
+
+    // The integer at a place, its bits in the low end.
+    uint64_t unsigned_at(const Place& where) const { return at_top(where) >> (64 - where.bits); }
+    int64_t signed_at(const Place& where) const { return static_cast<int64_t>(at_top(where)) >> (64 - where.bits); }
+
+    // The NUL-terminated text in the `limit` bytes at `offset`, without its NUL; `limit` bytes when there is none.
+    std::string_view text(size_t offset, size_t limit) const
+    {
+        const Bytes rest = from(offset);
+        const size_t there = limit < rest.size_ ? limit : rest.size_;
+        const char* start = reinterpret_cast<const char*>(rest.data_);
+        return {start, strnlen(start, there)};
+    }
+
+private:
+    uint64_t at_top(const Place& where) const
+    {
+        return load<uint64_t>(where.offset) << (64 - where.shift - where.bits);
+    }
+
+    const unsigned char* data_;
+    size_t size_;
+};
+
+template <class Record>
+Bytes bytes_of(const Record& record)
+{
+    return {&record, sizeof record};
+}
+
+// The entries of a list record, up to the end of the record.
+template <class List>
+Bytes entries_of(const List& list)
+{
+    return bytes_of(list).from(offsetof(List, entries));
+}
+
+}  // namespace qdp

@@ -1,0 +1,84 @@
+// The ways a method fails.
+#include "module/fail.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace qdp {
+
+PyObject* none()
+{
+    Py_INCREF(Py_None);
+    return Py_None;
+}
+
+void print(const char* text)
+{
+    std::fputs(text, stderr);
+}
+
+void print_format(const char* format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    std::vfprintf(stderr, format, values);
+    va_end(values);
+}
+
+PyObject* print_none(const char* text)
+{
+    print(text);
+    return none();
+}
+
+PyObject* print_none_format(const char* format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    std::vfprintf(stderr, format, values);
+    va_end(values);
+    return none();
+}
+
+PyObject* print_null(const char* text)
+{
+    print(text);
+    return nullptr;
+}
+
+PyObject* print_false(const char* text)
+{
+    print(text);
+    return PyBool_FromLong(0);
+}
+
+PyObject* raise(PyObject* exception, const char* text)
+{
+    PyErr_SetString(exception, text);
+    return nullptr;
+}
+
+bool building_failed(const char* text)
+{
+    PyErr_SetString(PyExc_SystemError, text);
+    return false;
+}
+
+PyObject* made(PyObject* object)
+{
+    if (!object)
+        building_failed(no_buffer);
+    return object;
+}
+
+PyObject* built_or_none(PyRef result, bool complete)
+{
+    return result && complete ? result.release() : none();
+}
+
+PyObject* built_or_null(PyRef result, bool complete)
+{
+    return complete ? result.release() : nullptr;
+}
+
+}  // namespace qdp

@@ -1,0 +1,102 @@
+// The interpreter of field tables, and the converters that every room uses.
+#include "module/fields.h"
+
+#include <arpa/inet.h>
+
+#include "module/render.h"
+
+namespace qdp {
+
+PyObject* text_object(std::string_view text)
+{
+    return made(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
+}
+
+PyObject* unsigned_object(Bytes record, const Field& field)
+{
+    return made(PyLong_FromUnsignedLong(record.unsigned_at(field.where)));
+}
+
+PyObject* signed_object(Bytes record, const Field& field)
+{
+    return made(PyLong_FromLong(record.signed_at(field.where)));
+}
+
+PyObject* big_endian_object(Bytes record, const Field& field)
+{
+    const auto word = __builtin_bswap64(record.load<uint64_t>(field.where.offset));
+    return made(PyLong_FromUnsignedLong(word >> (64 - field.where.bits)));
+}
+
+PyObject* field_text_object(Bytes record, const Field& field)
+{
+    return text_object(record.text(field.where.offset, field.where.size));
+}
+
+PyObject* field_mac_object(Bytes record, const Field& field)
+{
+    return mac_object(record, field.where.offset);
+}
+
+PyObject* mac_object(Bytes record, size_t offset)
+{
+    uint8_t address[mac_bytes];
+    record.copy(offset, address, sizeof address);
+    char rendered[mac_text_bytes];
+    return text_object(MACToStr(address, rendered));
+}
+
+PyObject* address_object(Bytes record, size_t offset, bool is_ipv6)
+{
+    uint8_t address[sizeof(in6_addr)];
+    record.copy(offset, address, sizeof address);
+    char rendered[INET6_ADDRSTRLEN];
+    const char* text = inet_ntop(is_ipv6 ? AF_INET6 : AF_INET, address, rendered, sizeof rendered);
+    return text ? text_object(text) : made(nullptr);
+}
+
+bool set_item(PyObject* dict, const char* key, PyObject* value)
+{
+    PyRef owned{value};
+    if (!owned)
+        return false;
+    return PyDict_SetItemString(dict, key, value) == 0 || building_failed(cannot_set_dict_item);
+}
+
+bool set_item(PyObject* list, size_t position, PyObject* item)
+{
+    if (!item)
+        return false;
+    return PyList_SetItem(list, static_cast<Py_ssize_t>(position), item) == 0 || building_failed(cannot_set_list_item);
+}
+
+bool fill(PyObject* dict, Fields fields, Bytes record)
+{
+    for (size_t i = 0; i < fields.count; ++i) {
+        const Field& field = fields.rows[i];
+        if (!set_item(dict, field.key, field.convert(record, field)))
+            return false;
+    }
+    return true;
+}
+
+PyRef dict_of(Fields fields, Bytes record)
+{
+    PyRef dict{made(PyDict_New())};
+    if (dict && !fill(dict.get(), fields, record))
+        dict.reset();
+    return dict;
+}
+
+bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
+{
+    const auto count = static_cast<size_t>(PyList_Size(list));
+    for (size_t i = 0; i < count; ++i) {
+        PyObject* dict = made(PyDict_New());  // the list owns it from the next line on
+        if (!set_item(list, i, dict) || !fill(dict, fields, entries.from(i * fields.record_size)))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace qdp

@@ -1,0 +1,45 @@
+// Ownership: one owner for a Python reference, one for a record from the system allocator.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "module/python.h"
+
+namespace qdp {
+
+struct DropReference {
+    void operator()(PyObject* object) const { Py_DECREF(object); }
+};
+
+struct FreeMemory {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+// A reference of our own, taken over from the call that created the object.
+using PyRef = std::unique_ptr<PyObject, DropReference>;
+
+template <class Record>
+using Owned = std::unique_ptr<Record, FreeMemory>;
+
+// A zeroed record, or null.
+template <class Record>
+Owned<Record> allocate()
+{
+    return Owned<Record>{static_cast<Record*>(std::calloc(1, sizeof(Record)))};
+}
+
+// A large record of which only the header before `entries` is zeroed, or null: clearing megabytes that the library
+// rarely fills would cost more than the call.
+template <class Record>
+Owned<Record> allocate_list()
+{
+    Owned<Record> record{static_cast<Record*>(std::malloc(sizeof(Record)))};
+    if (record)
+        std::memset(static_cast<void*>(record.get()), 0, offsetof(Record, entries));
+    return record;
+}
+
+}  // namespace qdp

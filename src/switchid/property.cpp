@@ -1,0 +1,78 @@
+// A switch's properties, read and written through the switch state library.
+#include "switchid/property.h"
+
+#include "module/fail.h"
+
+namespace qdp {
+
+namespace {
+
+// Stays in the length word when the library reports no length.
+constexpr uint32_t no_length = UINT32_MAX;
+
+using Lookup = uint32_t(const char* switch_id, const char* key, DVSData** data);
+
+std::optional<std::string_view> property_text(Lookup* lookup, const char* switch_id, const char* key)
+{
+    DVSData* data = nullptr;
+    if (lookup(switch_id, key, &data) != status_success || !data)
+        return std::nullopt;
+
+    const void* value = nullptr;
+    uint32_t length = no_length;
+    DVSData_Data(data, &value, &length);
+    if (!value)
+        return std::nullopt;
+    const auto* text = static_cast<const char*>(value);
+    return std::string_view{text, length == no_length ? std::strlen(text) : strnlen(text, length)};
+}
+
+}  // namespace
+
+std::optional<std::string_view> host_property_text(const char* switch_id, const char* key)
+{
+    return property_text(DVSState_HostPropLookup, switch_id, key);
+}
+
+std::optional<std::string_view> global_property_text(const char* switch_id, const char* key)
+{
+    return property_text(DVSState_GlobalPropLookup, switch_id, key);
+}
+
+PropertyValue get_host_property(const SwitchId& id, const char* key)
+{
+    void* value = nullptr;
+    uint32_t length = 0;
+    const uint32_t status = DVSHCK_HostPropGet(id.text, key, &value, &length);
+    if (status != status_success)
+        return {status, nullptr, 0};
+    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
+}
+
+Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)
+{
+    const PropertyValue property = get_host_property(id, key);
+    if (property.status != status_success)
+        return Setting::absent;
+
+    if (property.bytes().load<uint32_t>(0) != 0) {
+        print_format("Format of property %s value is from unknown version.\n", version_key);
+        return Setting::malformed;
+    }
+    if (property.length != length) {
+        print_format("Property %s value length is odd.\n", key);
+        return Setting::malformed;
+    }
+    property.bytes().copy(0, record, length);
+    return Setting::present;
+}
+
+bool write_setting(const SwitchId& id, const char* key, const void* record, size_t length)
+{
+    if (DVSHCK_HostPropSet(id.text, key, record, static_cast<uint32_t>(length), host_property_flags) == status_success)
+        return true;
+    print_format("Failed to set DVS property %s\n", key);
+    return false;
+}
+
+}  // namespace qdp

@@ -1,0 +1,55 @@
+// A switch's properties: texts of the loaded configuration, and the versioned records that keep datapath settings.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "module/bytes.h"
+#include "switchid/identity.h"
+
+namespace qdp {
+
+// The text of a property in the loaded configuration, when the switch has it. Ends at its NUL or its reported length.
+std::optional<std::string_view> host_property_text(const char* switch_id, const char* key);
+std::optional<std::string_view> global_property_text(const char* switch_id, const char* key);
+
+struct ReleaseValue {
+    void operator()(void* value) const { DVSHCK_DataFree(value); }
+};
+
+// A value that the switch state library handed out.
+struct PropertyValue {
+    uint32_t status;  // of the call that read it; status_not_found when it is not set
+    std::unique_ptr<void, ReleaseValue> value;
+    uint32_t length;
+
+    Bytes bytes() const { return {value.get(), value ? length : 0}; }
+};
+
+// Reads a host property as the host kernel has it.
+PropertyValue get_host_property(const SwitchId& id, const char* key);
+
+enum class Setting { present, absent, malformed };
+
+// Reads a setting whose record begins with a version word, which must be 0, and has exactly `length` bytes. Any status
+// but 0 means that the host does not have it. A malformed record prints its message; the version is looked at first.
+// `version_key` is the key that the unknown-version message names.
+Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key);
+
+template <class Record>
+Setting read_setting(const SwitchId& id, const char* key, Record& record)
+{
+    return read_setting(id, key, &record, sizeof record, key);
+}
+
+// Writes a setting's record; prints the message and returns false when the library refuses it.
+bool write_setting(const SwitchId& id, const char* key, const void* record, size_t length);
+
+template <class Record>
+bool write_setting(const SwitchId& id, const char* key, const Record& record)
+{
+    return write_setting(id, key, &record, sizeof record);
+}
+
+}  // namespace qdp

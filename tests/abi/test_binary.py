@@ -1,0 +1,84 @@
+"""The built file: what it needs, what it shows, and what it may call."""
+
+import re
+import subprocess
+
+import pytest
+
+EXPORTED = """
+    PyInit__libqdp LibraryInit Warning Panic Log DVSLoadConfig DVSAliasToSwitchId DVSAliasToSwitchIdAllTypes
+    DVSAliasToPortsetName DVSPortsetNameToAlias DVPortExist MACToStr
+""".split()
+
+# What the module may call of the interpreter: all are in the stable interface of 3.6.
+STABLE_3_6 = """
+    PyArg_ParseTuple Py_BuildValue PyBool_FromLong
+    PyDict_GetItemString PyDict_Merge PyDict_New PyDict_SetItemString
+    PyErr_CheckSignals PyErr_Clear PyErr_Occurred PyErr_SetString
+    PyExc_MemoryError PyExc_OSError PyExc_SystemError PyExc_ValueError
+    PyList_Append PyList_New PyList_SetItem PyList_Size
+    PyLong_AsLong PyLong_FromLong PyLong_FromUnsignedLong PyModule_Create2
+    PyTuple_GetItem PyTuple_New PyTuple_SetItem PyTuple_Size
+    PyType_GetFlags PyType_IsSubtype
+    PyUnicode_FromString PyUnicode_FromStringAndSize
+    _Py_Dealloc _Py_FalseStruct _Py_NoneStruct _Py_TrueStruct
+""".split()
+
+# The linker's own, which may be absent.
+OPTIONAL = {"_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__gmon_start__", "__cxa_finalize"}
+
+
+@pytest.fixture(scope="module")
+def binary(build):
+    return build / "_libqdp.abi3.so"
+
+
+def run(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+
+
+def dynamic(binary, tag):
+    return re.findall(rf"\({tag}\).*\[(.*)\]", run("readelf", "-dW", str(binary)))
+
+
+def symbols(binary, *options):
+    return [line.split()[-1] for line in run("nm", "-D", *options, str(binary)).splitlines()]
+
+
+def test_needs_the_platform_libraries_and_libc_only(binary):
+    assert dynamic(binary, "NEEDED") == ["libqdp.so", "libqmtPublic.so", "libc.so.6"]
+
+
+def test_has_no_search_path_of_its_own(binary):
+    assert dynamic(binary, "RPATH") == dynamic(binary, "RUNPATH") == []
+
+
+def test_shows_the_documented_functions_and_nothing_else(binary):
+    assert sorted(symbols(binary, "--defined-only")) == sorted(EXPORTED)
+
+
+def test_calls_the_interpreter_through_the_stable_interface_of_3_6(binary):
+    python = [name for name in symbols(binary, "--undefined-only") if name.startswith(("Py", "_Py"))]
+    assert [name for name in python if name not in STABLE_3_6] == []
+
+
+def test_calls_nothing_of_libc_that_is_newer_than_2_17(binary):
+    versions = [name.split("@GLIBC_")[1] for name in symbols(binary, "--undefined-only") if "@GLIBC_" in name]
+    assert versions
+    assert [each for each in versions if tuple(map(int, each.split("."))) > (2, 17)] == []
+
+
+def test_everything_else_that_it_calls_is_the_platforms(binary, root):
+    headers = "".join(path.read_text() for path in (root / "src" / "platform").glob("*.h"))
+    declared = set(re.findall(r"\b((?:Qdp_|DVS)\w+)\(", headers))
+    called = [
+        name
+        for name in symbols(binary, "--undefined-only")
+        if "@" not in name and not name.startswith(("Py", "_Py")) and name not in OPTIONAL
+    ]
+    assert called and [name for name in called if name not in declared] == []
+
+
+@pytest.mark.parametrize("library", ["libqdp.so", "libqmtPublic.so"])
+def test_the_stand_ins_carry_the_names_of_the_real_libraries(build, library):
+    assert dynamic(build / "host" / library, "SONAME") == [library]

@@ -1,0 +1,66 @@
+"""What every test stands on: the embedded host of this process, and calls of the module's methods under observation."""
+
+import ctypes
+import importlib
+import os
+import pathlib
+import sys
+
+import pytest
+
+from observe import Observer
+from qdp_host import EmbeddedHost
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = pathlib.Path(os.environ.get("QDP_BUILD", ROOT / "build" / "release")).resolve()
+
+sys.path[:0] = [str(BUILD), str(BUILD / "tests")]
+the_host = EmbeddedHost(BUILD / "host")
+the_module = importlib.import_module("_libqdp")
+
+
+@pytest.fixture(scope="session")
+def build():
+    """The folder of the build under test."""
+    return BUILD
+
+
+@pytest.fixture(scope="session")
+def root():
+    """The repository."""
+    return ROOT
+
+
+@pytest.fixture
+def host():
+    """The embedded host as it is built in. Fails the test when a value of the switch state library is not released."""
+    the_host.reset()
+    before = the_host.values_out()
+    yield the_host
+    assert the_host.values_out() == before, "a value of the switch state library was not released"
+    the_host.reset()
+
+
+@pytest.fixture(scope="session")
+def exported():
+    """The module's plain functions, as the hosting process sees them."""
+    return ctypes.PyDLL(the_module.__file__)
+
+
+@pytest.fixture
+def configured(host, exported):
+    """The embedded host after LibraryInit: aliases resolve."""
+    assert exported.LibraryInit() == 0
+    return host
+
+
+@pytest.fixture
+def qdp(host):
+    """The module's methods under observation, on the embedded host as it is built in."""
+    return Observer(the_module, host)
+
+
+@pytest.fixture(scope="session")
+def core():
+    """The core's own functions, of which each takes bytes made by a test."""
+    return importlib.import_module("core_under_test")

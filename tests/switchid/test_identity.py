@@ -1,0 +1,264 @@
+"""A switch's three names, through the plain functions that the module shows."""
+
+import ctypes
+
+import pytest
+
+from observe import Call, standard_error
+
+NOT_FOUND = 0xBAD0003
+BAD_PARAMETER = 0xBAD0007
+HANDLE = 0x1000  # of a switch that only scripted answers know
+
+PRODUCTION = b"50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+SMARTNIC = b"50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03"
+
+
+def filled(text, size):
+    return text + bytes(size - len(text))
+
+
+@pytest.fixture
+def resolve(exported):
+    """Calls a function (name, output) on an output of '#' bytes: its status and the output's bytes."""
+
+    def call(function, name, size):
+        out = ctypes.create_string_buffer(b"#" * size, size)
+        entry = getattr(exported, function)
+        entry.restype = ctypes.c_uint32
+        entry.argtypes = [ctypes.c_char_p, ctypes.c_void_p]
+        with standard_error() as error:
+            status = entry(name, ctypes.addressof(out))
+        assert error.text == ""
+        return status, out.raw
+
+    return call
+
+
+class TestLoadConfig:
+    @pytest.fixture(params=["DVSLoadConfig", "LibraryInit"])
+    def load(self, request, exported):
+        function = getattr(exported, request.param)
+        function.restype = ctypes.c_uint32
+        return function
+
+    def test_resets_gets_and_loads(self, host, load):
+        host.script("DVSHCK_StateGet", outputs=[b"serialised"])
+        host.script("DVSState_ConfigDeserialize")
+        with host.recording() as calls:
+            assert load() == 0
+        assert [call.operation for call in calls] == [
+            "DVSState_ConfigReset",
+            "DVSHCK_StateGet",
+            "DVSState_ConfigDeserialize",
+        ]
+        assert calls[2].arguments == [b"serialised"]
+
+    @pytest.mark.parametrize(
+        "operation, made",
+        [("DVSState_ConfigReset", 1), ("DVSHCK_StateGet", 2), ("DVSState_ConfigDeserialize", 3)],
+    )
+    def test_the_first_failing_step_decides(self, host, load, operation, made):
+        host.fail(operation, 0xBAD00042)
+        with host.recording() as calls:
+            assert load() == 0xBAD00042
+        assert len(calls) == made
+
+    def test_before_it_no_alias_is_known(self, host, load, resolve):
+        assert resolve("DVSAliasToSwitchId", b"dvs-production", 64)[0] == NOT_FOUND
+        assert load() == 0
+        assert resolve("DVSAliasToSwitchId", b"dvs-production", 64)[0] == 0
+
+    def test_a_broken_state_is_refused(self, host, load, resolve):
+        host.script("DVSHCK_StateGet", outputs=[b"\xff\x00broken"])
+        assert load() != 0
+        assert resolve("DVSAliasToSwitchId", b"dvs-production", 64)[0] == NOT_FOUND
+
+
+@pytest.mark.parametrize("function", ["DVSAliasToSwitchId", "DVSAliasToSwitchIdAllTypes"])
+class TestAliasToSwitchId:
+    def test_of_a_vswitch(self, configured, resolve, function):
+        assert resolve(function, b"dvs-production", 70) == (0, filled(PRODUCTION, 64) + b"######")
+
+    def test_of_no_switch_leaves_the_output_untouched(self, configured, resolve, function):
+        assert resolve(function, b"dvs-prod", 64) == (NOT_FOUND, b"#" * 64)
+
+    def test_of_another_class(self, configured, resolve, function):
+        if function == "DVSAliasToSwitchId":
+            assert resolve(function, b"legacy-network", 64) == (BAD_PARAMETER, b"#" * 64)
+        else:
+            assert resolve(function, b"legacy-network", 64) == (0, filled(b"legacy-network-0001", 64))
+
+    @pytest.mark.parametrize("name", [b"vswitch2\0", b"vswitc\0\0", b"Vswitch\0", b"\0"])
+    def test_of_a_class_that_is_only_alike(self, host, resolve, function, name):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_ClassName", text=name)
+        host.script("DVS_SwitchId", text=filled(b"an id", 64))
+        status = BAD_PARAMETER if function == "DVSAliasToSwitchId" else 0
+        assert resolve(function, b"any", 64)[0] == status
+
+    def test_a_long_id_is_cut_to_63_characters(self, host, resolve, function):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_ClassName", text=b"vswitch\0")
+        host.script("DVS_SwitchId", text=b"i" * 64)
+        assert resolve(function, b"any", 66) == (0, b"i" * 63 + b"\0##")
+
+    def test_all_64_bytes_of_the_library_are_copied(self, host, resolve, function):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_ClassName", text=b"vswitch\0")
+        host.script("DVS_SwitchId", text=b"id\0" + b"r" * 61)
+        assert resolve(function, b"any", 64) == (0, b"id\0" + b"r" * 60 + b"\0")
+
+
+class TestAliasToPortsetName:
+    function = "DVSAliasToPortsetName"
+
+    @pytest.mark.parametrize(
+        "alias, name",
+        [
+            (b"dvs-production", b"DvsPortset-0"),
+            (b"dvs-storage", b"dvs-storage"),
+            (b"dvs-smartnic", SMARTNIC),
+            (b"legacy-network", b"legacy-network"),
+        ],
+    )
+    def test_portset_property_then_alias_property_then_id(self, configured, resolve, alias, name):
+        assert resolve(self.function, alias, 130) == (0, filled(name, 128) + b"##")
+
+    def test_the_keys_looked_up(self, configured, resolve):
+        with configured.recording() as calls:
+            resolve(self.function, b"dvs-smartnic", 128)
+        lookups = [Call(call.operation, call.arguments[:2]) for call in calls if "PropLookup" in call.operation]
+        assert lookups == [
+            Call("DVSState_HostPropLookup", [SMARTNIC.decode(), "com.tarnix.common.host.portset"]),
+            Call("DVSState_GlobalPropLookup", [SMARTNIC.decode(), "com.tarnix.common.alias"]),
+        ]
+
+    def test_of_no_switch(self, configured, resolve):
+        assert resolve(self.function, b"nobody", 128) == (NOT_FOUND, b"\0" + b"#" * 127)
+
+    def scripted(self, host, value, **script):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_SwitchId", text=filled(b"an id", 64))
+        host.script("DVSState_HostPropLookup", outputs=[(1).to_bytes(8, "little")])
+        host.script("DVSData_Data", outputs=[value], **script)
+
+    @pytest.mark.parametrize("length", [127, 128, 129, 300])
+    def test_a_name_of_full_length_has_no_nul(self, host, resolve, length):
+        self.scripted(host, b"p" * length + b"\0")
+        name = (b"p" * length)[:128]
+        assert resolve(self.function, b"any", 130) == (0, filled(name, 128) + b"##")
+
+    def test_a_value_ends_at_its_reported_length(self, host, resolve):
+        self.scripted(host, b"portset")
+        assert resolve(self.function, b"any", 128) == (0, filled(b"portset", 128))
+
+    def test_a_value_ends_at_its_nul(self, host, resolve):
+        self.scripted(host, b"portset\0rest")
+        assert resolve(self.function, b"any", 128) == (0, filled(b"portset", 128))
+
+    def test_a_library_that_reports_no_length(self, host, resolve):
+        # The word keeps what stood in it before the call.
+        self.scripted(host, b"portset\0", sizes={0: 0xFFFFFFFF})
+        assert resolve(self.function, b"any", 128) == (0, filled(b"portset", 128))
+
+    def test_an_empty_value_is_a_name_too(self, host, resolve):
+        self.scripted(host, b"")
+        assert resolve(self.function, b"any", 128) == (0, bytes(128))
+
+    def test_an_id_beyond_128_bytes_is_cut(self, host, resolve):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_SwitchId", text=b"i" * 200 + b"\0")
+        host.fail("DVSState_HostPropLookup", NOT_FOUND)
+        host.fail("DVSState_GlobalPropLookup", NOT_FOUND)
+        assert resolve(self.function, b"any", 130) == (0, b"i" * 128 + b"##")
+
+    def test_methods_pass_it_on_with_a_nul(self, host, core):
+        self.scripted(host, b"p" * 128 + b"\0")
+        assert core.portset_name("any") == "p" * 128
+
+    def test_methods_name_the_alias_that_is_unknown(self, configured, core):
+        with standard_error() as error:
+            assert core.portset_name("nobody") is None
+        assert error.text == "Failed to get portset name from dvs nobody.\n"
+
+
+class TestPortsetNameToAlias:
+    function = "DVSPortsetNameToAlias"
+
+    @pytest.mark.parametrize("name", [None, b""])
+    def test_of_no_name(self, configured, resolve, name):
+        assert resolve(self.function, name, 128) == (BAD_PARAMETER, b"\0" + b"#" * 127)
+
+    def test_of_a_portset(self, configured, resolve):
+        assert resolve(self.function, b"DvsPortset-0", 130) == (0, filled(b"dvs-production", 128) + b"##")
+
+    @pytest.mark.parametrize("name", [b"DvsPortset-", b"nobody", b"vsPortset-0", b"DvsPortset-1"])
+    def test_of_an_unknown_name(self, configured, resolve, name):
+        assert resolve(self.function, name, 128) == (0, bytes(128))
+
+    def test_a_longer_name_matches_its_beginning(self, configured, resolve):
+        assert resolve(self.function, b"DvsPortset-01", 128) == (0, filled(b"dvs-production", 128))
+
+    def portset(self, host, value, index=0):
+        host.script("DVSState_HostPropLookup", outputs=[(1).to_bytes(8, "little")])
+        host.script("DVSData_Data", outputs=[value])
+
+    def test_an_empty_portset_matches_any_name(self, configured, resolve):
+        self.portset(configured, b"\0")
+        assert resolve(self.function, b"whatever", 128) == (0, filled(b"dvs-production", 128))
+
+    def test_without_an_alias_property_the_name_itself(self, configured, resolve):
+        self.portset(configured, b"DvsPortset-0\0")
+        configured.fail("DVSState_GlobalPropLookup", NOT_FOUND)
+        assert resolve(self.function, b"DvsPortset-0-and-more", 128) == (0, filled(b"DvsPortset-0-and-more", 128))
+
+    def test_without_an_alias_property_a_long_name_keeps_room_for_its_nul(self, configured, resolve):
+        self.portset(configured, b"n\0")
+        configured.fail("DVSState_GlobalPropLookup", NOT_FOUND)
+        assert resolve(self.function, b"n" * 200, 130) == (0, b"n" * 127 + b"\0##")
+
+    def test_a_long_alias_is_cut_to_128_bytes(self, configured, resolve):
+        self.portset(configured, b"DvsPortset-0\0")
+        configured.script("DVSState_GlobalPropLookup", outputs=[(1).to_bytes(8, "little")])
+        configured.script("DVSData_Data", outputs=[b"a" * 200 + b"\0"])
+        assert resolve(self.function, b"DvsPortset-0", 130) == (0, b"a" * 128 + b"##")
+
+    def test_every_switch_is_asked_until_one_matches(self, configured, resolve):
+        with configured.recording() as calls:
+            resolve(self.function, b"nobody", 128)
+        asked = [call.arguments[0] for call in calls if call.operation == "DVSState_HostPropLookup"]
+        assert len(asked) == 4
+        with configured.recording() as calls:
+            resolve(self.function, b"DvsPortset-0", 128)
+        asked = [call.arguments[0] for call in calls if call.operation == "DVSState_HostPropLookup"]
+        assert asked == [PRODUCTION.decode()]
+
+
+class TestPortExist:
+    @pytest.fixture
+    def port_exist(self, exported):
+        function = exported.DVPortExist
+        function.restype = ctypes.c_int
+        function.argtypes = [ctypes.c_size_t] * 6
+        return function
+
+    def test_passes_its_arguments_unchanged(self, host, port_exist):
+        arguments = [1, 2, 3, 0xFFFFFFFFFFFFFFFF, 5, 1 << 63]
+        host.script("DVSState_PortFind", HANDLE)
+        with host.recording() as calls:
+            assert port_exist(*arguments) == 1
+        assert calls == [Call("DVSState_PortFind", arguments)]
+
+    def test_a_handle_of_high_bits_only_is_a_port(self, host, port_exist):
+        host.script("DVSState_PortFind", 1 << 40)
+        assert port_exist(0, 0, 0, 0, 0, 0) == 1
+
+    def test_no_port(self, host, port_exist):
+        host.script("DVSState_PortFind", 0)
+        assert port_exist(1, 2, 3, 4, 5, 6) == 0
+
+    @pytest.mark.parametrize("name, exists", [(b"vnic3", 1), (b"vnic99", 0)])
+    def test_embedded_host(self, configured, port_exist, name, exists):
+        texts = [ctypes.create_string_buffer(text) for text in (PRODUCTION, name)]
+        assert port_exist(*[ctypes.addressof(text) for text in texts], 0, 0, 0, 0) == exists
