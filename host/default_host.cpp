@@ -118,7 +118,19 @@ Host make_host()
 
 Host default_host()
 {
-    return make_host();
+    Host made = make_host();
+    made.port_settings = default_port_settings(made);
+    made.mac_tables = default_mac_tables(made);
+    made.flow_caches = default_flow_caches(made);
+    made.uplinks = default_uplinks(made);
+    made.placement = default_placement(made);
+    made.balancer = default_balancer(made);
+    made.features = default_features(made);
+    made.timing = default_timing(made);
+    made.smartnic = default_smartnic(made);
+    made.pipeline = default_pipeline(made);
+    made.hardware_tables = default_hardware_tables(made);
+    return made;
 }
 
 }  // namespace host

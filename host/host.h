@@ -9,6 +9,17 @@
 #include <vector>
 
 #include "host/call.h"
+#include "host/state/balancer.h"
+#include "host/state/features.h"
+#include "host/state/flow_caches.h"
+#include "host/state/hardware_tables.h"
+#include "host/state/mac_tables.h"
+#include "host/state/pipeline.h"
+#include "host/state/placement.h"
+#include "host/state/port_settings.h"
+#include "host/state/smartnic.h"
+#include "host/state/timing.h"
+#include "host/state/uplinks.h"
 #include "platform/ports.h"
 #include "platform/stats.h"
 
@@ -70,6 +81,18 @@ struct Host {
 
     // The switch state library's snapshot; empty until a configuration is loaded into it.
     std::vector<LoadedSwitch> loaded;
+
+    PortSettings port_settings;
+    MacTables mac_tables;
+    FlowCaches flow_caches;
+    Uplinks uplinks;
+    Placement placement;
+    Balancer balancer;
+    Features features;
+    Timing timing;
+    SmartNic smartnic;
+    Pipeline pipeline;
+    HardwareTables hardware_tables;
 
     // Null when the host has no such object.
     Switch* datapath_switch(uint32_t switch_number);

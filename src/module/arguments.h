@@ -1,6 +1,7 @@
-// Checks of arguments that many methods share.
+// Arguments that many methods share: their checks, and integers that come in tuples and dicts.
 #pragma once
 
+#include "module/python.h"
 #include "platform/limits.h"
 
 namespace qdp {
@@ -14,5 +15,19 @@ constexpr bool is_port(uint32_t switch_number, uint32_t port)
 {
     return is_switch(switch_number) && port < max_ports;
 }
+
+// An integer as PyLong_AsLong takes it, its low 32 bits kept. False, with the interpreter's exception set, for anything
+// else and for an integer beyond 64 bits.
+bool take_integer(PyObject* object, uint32_t& value);
+
+// The lcores that a method was asked about.
+struct Lcores {
+    uint32_t ids[max_lcores];
+    uint32_t count;
+};
+
+// Takes a tuple of at most max_lcores integers. False for anything else; an exception that the interpreter set stays
+// set.
+bool take_lcores(PyObject* object, Lcores& lcores);
 
 }  // namespace qdp

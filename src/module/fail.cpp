@@ -81,4 +81,9 @@ PyObject* built_or_null(PyRef result, bool complete)
     return complete ? result.release() : nullptr;
 }
 
+PyObject* built_or_no_memory(PyRef result, bool complete)
+{
+    return result && complete ? result.release() : PyErr_NoMemory();
+}
+
 }  // namespace qdp

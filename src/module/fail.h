@@ -51,4 +51,7 @@ PyObject* built_or_none(PyRef result, bool complete = true);
 // A result that has been built, or NULL when that failed, so that SystemError is raised.
 PyObject* built_or_null(PyRef result, bool complete = true);
 
+// The same for a result whose making fails as Py_BuildValue does: MemoryError is raised instead.
+PyObject* built_or_no_memory(PyRef result, bool complete = true);
+
 }  // namespace qdp

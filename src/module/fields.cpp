@@ -55,26 +55,44 @@ PyObject* address_object(Bytes record, size_t offset, bool is_ipv6)
     return text ? text_object(text) : made(nullptr);
 }
 
-bool set_item(PyObject* dict, const char* key, PyObject* value)
+PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t width)
 {
-    PyRef owned{value};
+    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
+    const bool complete = list && fill_list(list.get(), [&](size_t i) {
+                              const Bytes rest = record.from(field.where.offset + i * width);
+                              return made(PyLong_FromUnsignedLong(rest.unsigned_at(bytes(0, width))));
+                          });
+    return complete ? list.release() : nullptr;
+}
+
+bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
+{
+    const PyRef owned{value};
     if (!owned)
         return false;
     return PyDict_SetItemString(dict, key, value) == 0 || building_failed(cannot_set_dict_item);
 }
 
-bool set_item(PyObject* list, size_t position, PyObject* item)
+bool set_list_item(PyObject* list, size_t position, PyObject* item)
 {
     if (!item)
         return false;
     return PyList_SetItem(list, static_cast<Py_ssize_t>(position), item) == 0 || building_failed(cannot_set_list_item);
 }
 
+bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
+{
+    if (!item)
+        return false;
+    return PyTuple_SetItem(tuple, static_cast<Py_ssize_t>(position), item) == 0 ||
+           building_failed(cannot_set_tuple_item);
+}
+
 bool fill(PyObject* dict, Fields fields, Bytes record)
 {
     for (size_t i = 0; i < fields.count; ++i) {
         const Field& field = fields.rows[i];
-        if (!set_item(dict, field.key, field.convert(record, field)))
+        if (!set_dict_item(dict, field.key, field.convert(record, field)))
             return false;
     }
     return true;
@@ -93,7 +111,7 @@ bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
     const auto count = static_cast<size_t>(PyList_Size(list));
     for (size_t i = 0; i < count; ++i) {
         PyObject* dict = made(PyDict_New());  // the list owns it from the next line on
-        if (!set_item(list, i, dict) || !fill(dict, fields, entries.from(i * fields.record_size)))
+        if (!set_list_item(list, i, dict) || !fill(dict, fields, entries.from(i * fields.record_size)))
             return false;
     }
     return true;

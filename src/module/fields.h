@@ -141,23 +141,14 @@ PyObject* name_object(Bytes record, const Field& field)
 template <const auto& names>
 inline constexpr Kind as_name{name_object<names>, true, 0};
 
-// A list of small integers, as many as the record's own count says.
+// `length` unsigned integers of `width` bytes each, back to back.
+PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t width);
+
+// A list of unsigned integers, as many as the record's own count says.
 template <class Element, Place count>
 PyObject* list_object(Bytes record, const Field& field)
 {
-    const auto length = static_cast<Py_ssize_t>(record.unsigned_at(count));
-    PyRef list{made(PyList_New(length))};
-    for (Py_ssize_t i = 0; list && i < length; ++i) {
-        PyRef item{
-            made(PyLong_FromLong(record.load<Element>(field.where.offset + sizeof(Element) * static_cast<size_t>(i))))};
-        if (!item)
-            return nullptr;
-        if (PyList_SetItem(list.get(), i, item.release()) != 0) {
-            building_failed(cannot_set_list_item);
-            return nullptr;
-        }
-    }
-    return list.release();
+    return integers(record, field, record.unsigned_at(count), sizeof(Element));
 }
 
 template <class Element, Place count>
@@ -216,11 +207,10 @@ consteval FieldTable<count> fields(const Field (&rows)[count])
 
 // --- Building. Each returns false or null with SystemError set when it fails. ---
 
-// Sets one key; takes the value over, which may be null after a failure of its own.
-bool set_item(PyObject* dict, const char* key, PyObject* value);
-
-// Places one item; takes the item over, which may be null after a failure of its own.
-bool set_item(PyObject* list, size_t position, PyObject* item);
+// Each takes the object over, which may be null after a failure of its own.
+bool set_dict_item(PyObject* dict, const char* key, PyObject* value);
+bool set_list_item(PyObject* list, size_t position, PyObject* item);
+bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item);
 
 // Sets a table's keys from the record at the start of `record`.
 bool fill(PyObject* dict, Fields fields, Bytes record);
@@ -230,5 +220,17 @@ PyRef dict_of(Fields fields, Bytes record);
 
 // Fills a list, made with its full length, with one dict an entry; the entries lie back to back.
 bool fill_dicts(PyObject* list, Fields fields, Bytes entries);
+
+// Fills a list, made with its full length, with what `make(position)` makes: a new reference, or null with SystemError
+// set.
+template <class Make>
+bool fill_list(PyObject* list, Make make)
+{
+    const auto length = static_cast<size_t>(PyList_Size(list));
+    for (size_t i = 0; i < length; ++i)
+        if (!set_list_item(list, i, make(i)))
+            return false;
+    return true;
+}
 
 }  // namespace qdp

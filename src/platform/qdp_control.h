@@ -2,6 +2,7 @@
 // fills is followed by a pointer to a size word, which holds the record's capacity in bytes before the call.
 #pragma once
 
+#include "platform/p4_command.h"
 #include "platform/ports.h"
 #include "platform/stats.h"
 
@@ -11,8 +12,45 @@ extern "C" {
 uint32_t Qdp_Get_Switch_List(SwitchList* list, uint32_t* size);
 uint32_t Qdp_Get_Port_List(uint32_t switch_number, PortList* list, uint32_t* size);
 
+// Port configuration and control.
+
 // Port statistics.
 uint32_t Qdp_Get_Port_Stats(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
 uint32_t Qdp_Get_Port_Stats_Slowpath(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
+
+// Uplink and lcore statistics.
+
+// MAC tables.
+
+// Flow cache.
+
+// NetQ queues and filters.
+
+// Filter classes, device affinity, lcores and mbuf slabs.
+
+// Thread load balancer.
+
+// Switch features.
+
+// Flow processing offload.
+
+// Timing of flows and offload.
+
+// RSS engines and L3 SPAN.
+
+// SmartNIC: the command channel.
+uint32_t Qdp_P4_Cmd(const void* request, uint32_t request_length, void* response, uint32_t* response_length);
+
+// SmartNIC: mux mode.
+
+// SmartNIC: pipeline statistics.
+
+// SmartNIC: offload and DSCP settings.
+
+// SmartNIC: hardware tables, mirrors and contexts.
+
+// SmartNIC: P4 application, latency and advanced statistics.
+
+// SmartNIC: flow aging.
 
 }  // extern "C"

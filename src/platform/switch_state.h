@@ -50,4 +50,8 @@ uint32_t DVSHCK_HostPropGet(const char* switch_id, const char* key, void** value
 uint32_t DVSHCK_HostPropSet(const char* switch_id, const char* key, const void* value, uint32_t length, uint32_t flags);
 void DVSHCK_DataFree(void* value);
 
+// Data that is kept per port of a switch.
+
+// Walks over a switch's global properties.
+
 }  // extern "C"

@@ -7,14 +7,25 @@ import pytest
 
 EXPORTED = """
     PyInit__libqdp LibraryInit Warning Panic Log DVSLoadConfig DVSAliasToSwitchId DVSAliasToSwitchIdAllTypes
-    DVSAliasToPortsetName DVSPortsetNameToAlias DVPortExist MACToStr
+    DVSAliasToPortsetName DVSPortsetNameToAlias DVPortExist MACToStr FlagsToStr FCFlowKeyToStr FCActionGroupToStr
+    FCActionsToStr PyQDP_CreatePortList PyQDP_CreateVlanList PyQDP_PortNetQInfo PyQDPSetFiltTypeProp
+    QdpGetIndexTableData QdpGetGenericKeyTableData
+""".split()
+# Of these, the ones that are still to come.
+PENDING = """
+    FlagsToStr
+    FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
+    PyQDP_CreatePortList PyQDP_CreateVlanList
+    PyQDP_PortNetQInfo
+    PyQDPSetFiltTypeProp
+    QdpGetIndexTableData QdpGetGenericKeyTableData
 """.split()
 
 # What the module may call of the interpreter: all are in the stable interface of 3.6.
 STABLE_3_6 = """
     PyArg_ParseTuple Py_BuildValue PyBool_FromLong
     PyDict_GetItemString PyDict_Merge PyDict_New PyDict_SetItemString
-    PyErr_CheckSignals PyErr_Clear PyErr_Occurred PyErr_SetString
+    PyErr_CheckSignals PyErr_Clear PyErr_NoMemory PyErr_Occurred PyErr_SetString
     PyExc_MemoryError PyExc_OSError PyExc_SystemError PyExc_ValueError
     PyList_Append PyList_New PyList_SetItem PyList_Size
     PyLong_AsLong PyLong_FromLong PyLong_FromUnsignedLong PyModule_Create2
@@ -54,7 +65,7 @@ def test_has_no_search_path_of_its_own(binary):
 
 
 def test_shows_the_documented_functions_and_nothing_else(binary):
-    assert sorted(symbols(binary, "--defined-only")) == sorted(EXPORTED)
+    assert sorted(symbols(binary, "--defined-only")) == sorted(set(EXPORTED) - set(PENDING))
 
 
 def test_calls_the_interpreter_through_the_stable_interface_of_3_6(binary):

@@ -13,7 +13,7 @@ import json
 import os
 from collections import namedtuple
 
-__all__ = ["Call", "Capacity", "EmbeddedHost"]
+__all__ = ["Call", "Capacity", "EmbeddedHost", "NullBuffer"]
 
 # A call of a platform operation: its name and its arguments, in order. A buffer and its size word are one argument.
 # Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
@@ -23,13 +23,16 @@ Call = namedtuple("Call", "operation arguments")
 # A buffer for an answer: the number of bytes that the caller said it holds.
 Capacity = namedtuple("Capacity", "size")
 
+# No buffer for an answer: a null pointer, and what stood in its size word.
+NullBuffer = namedtuple("NullBuffer", "size")
+
 
 def _argument(described):
     if not isinstance(described, dict):
         return described
     if "bytes" in described:
         return bytes.fromhex(described["bytes"])
-    return None if described["is_null"] else Capacity(described["capacity"])
+    return (NullBuffer if described["is_null"] else Capacity)(described["capacity"])
 
 
 class EmbeddedHost:

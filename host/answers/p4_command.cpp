@@ -1,0 +1,40 @@
+// The command channel: takes a command's framing apart and hands its payload to the answer of its opcode.
+#include "host/p4.h"
+
+namespace host {
+
+namespace {
+
+struct Registered {
+    void (*answer)();
+    P4Answer::Function function;
+};
+
+std::map<uint16_t, Registered>& registered()
+{
+    static std::map<uint16_t, Registered> answers;
+    return answers;
+}
+
+uint32_t p4_command(Host& host, ByteSpan request, Output response)
+{
+    P4CommandHeader header;
+    if (request.size() < sizeof header)
+        return refused;
+    std::memcpy(&header, request.data(), sizeof header);
+    const auto found = registered().find(header.opcode);
+    if (header.length != request.size() || found == registered().end())
+        return refused;
+    return found->second.function(found->second.answer, host, request.subspan(sizeof header), response);
+}
+
+const Answer answers[] = {{"Qdp_P4_Cmd", p4_command}};
+
+}  // namespace
+
+P4Answer::P4Answer(P4Opcode opcode, void (*answer)(), Function function)
+{
+    registered()[static_cast<uint16_t>(opcode)] = {answer, function};
+}
+
+}  // namespace host
