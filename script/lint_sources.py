@@ -16,7 +16,7 @@ ALLOWED = {
     "smartnic": ["platform", "module", "switchid"],
 }
 # Folders that their siblings may include: the named, shared pieces.
-SHARED = ["smartnic/channel"]
+SHARED = ["smartnic/channel", "smartnic/counters"]
 # The map of the house sees every room.
 MAP = "module/module.cpp"
 

@@ -22,6 +22,7 @@ struct Place {
 class Bytes {
 public:
     Bytes(const void* data, size_t size) : data_{static_cast<const unsigned char*>(data)}, size_{size} {}
+    Bytes() : Bytes{"", 0} {}
 
     size_t size() const { return size_; }
 

@@ -187,22 +187,40 @@ struct Fields {
     }
 };
 
-// Checks the rows of a record of `record_size` bytes at compile time.
+// The table itself, once its rows have been checked.
+template <size_t count>
+constexpr FieldTable<count> checked(const FieldTable<count>& table)
+{
+    for (size_t i = 0; i < count; ++i) {
+        if (table.rows[i].where.offset + table.rows[i].where.size > table.record_size)
+            a_field_leaves_its_record();
+        for (size_t j = 0; j < i; ++j)
+            if (std::string_view{table.rows[i].key} == table.rows[j].key)
+                a_field_repeats_a_key();
+    }
+    return table;
+}
+
+// A table of a record of `record_size` bytes, checked at compile time.
 template <size_t record_size, size_t count>
 consteval FieldTable<count> fields(const Field (&rows)[count])
 {
-    for (size_t i = 0; i < count; ++i) {
-        if (rows[i].where.offset + rows[i].where.size > record_size)
-            a_field_leaves_its_record();
-        for (size_t j = 0; j < i; ++j)
-            if (std::string_view{rows[i].key} == rows[j].key)
-                a_field_repeats_a_key();
-    }
     return [&]<size_t... i>(std::index_sequence<i...>)
     {
-        return FieldTable<count>{{rows[i]...}, record_size};
+        return checked<count>({{rows[i]...}, record_size});
     }
     (std::make_index_sequence<count>{});
+}
+
+// A table with the rows of another one, and then its own.
+template <size_t record_size, size_t first, size_t count>
+consteval FieldTable<first + count> extended(const FieldTable<first>& base, const Field (&rows)[count])
+{
+    return [&]<size_t... i, size_t... j>(std::index_sequence<i...>, std::index_sequence<j...>)
+    {
+        return checked<first + count>({{base.rows[i]..., rows[j]...}, record_size});
+    }
+    (std::make_index_sequence<first>{}, std::make_index_sequence<count>{});
 }
 
 // --- Building. Each returns false or null with SystemError set when it fails. ---

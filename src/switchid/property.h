@@ -24,7 +24,7 @@ struct PropertyValue {
     std::unique_ptr<void, ReleaseValue> value;
     uint32_t length;
 
-    Bytes bytes() const { return {value.get(), value ? length : 0}; }
+    Bytes bytes() const { return value ? Bytes{value.get(), length} : Bytes{}; }
 };
 
 // Reads a host property as the host kernel has it.
