@@ -21,7 +21,7 @@ def table(headings, rows):
 
 
 def lcores(queues):
-    return ",".join(str(lcore) for lcore in queues) or "-"
+    return " ".join(str(lcore) for lcore in queues) or "-"
 
 
 def port_rates(switch, ports, seconds):
