@@ -1,0 +1,170 @@
+// The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and its
+// own malloc and calloc. Methods are called without the interpreter's check in between, so that the pair of returned value
+// and exception is seen as it is.
+#include "module/python.h"
+
+#include <cstdlib>
+
+extern "C" {
+void* __real_malloc(size_t size);
+void* __real_calloc(size_t count, size_t size);
+void __real_free(void* memory);
+void* __wrap_malloc(size_t size);
+void* __wrap_calloc(size_t count, size_t size);
+void __wrap_free(void* memory);
+}
+
+namespace {
+
+// --- Which allocation fails ---
+
+unsigned long reached;  // allocations since arm()
+unsigned long failing;  // the one that fails; 0 is none
+bool and_all_later;
+
+bool fails_now()
+{
+    ++reached;
+    return failing != 0 && (and_all_later ? reached >= failing : reached == failing);
+}
+
+// --- The module's own blocks ---
+
+constexpr size_t max_blocks = 64;
+void* blocks[max_blocks];
+
+void* noted(void* memory)
+{
+    for (void*& block : blocks)
+        if (memory && !block) {
+            block = memory;
+            return memory;
+        }
+    return memory;
+}
+
+// --- The interpreter's ---
+
+constexpr PyMemAllocatorDomain domains[] = {PYMEM_DOMAIN_MEM, PYMEM_DOMAIN_OBJ};
+PyMemAllocatorEx originals[2];
+
+void* failing_malloc(void* context, size_t size)
+{
+    const auto* original = static_cast<PyMemAllocatorEx*>(context);
+    return fails_now() ? nullptr : original->malloc(original->ctx, size);
+}
+
+void* failing_calloc(void* context, size_t count, size_t size)
+{
+    const auto* original = static_cast<PyMemAllocatorEx*>(context);
+    return fails_now() ? nullptr : original->calloc(original->ctx, count, size);
+}
+
+void* failing_realloc(void* context, void* memory, size_t size)
+{
+    const auto* original = static_cast<PyMemAllocatorEx*>(context);
+    return fails_now() ? nullptr : original->realloc(original->ctx, memory, size);
+}
+
+void plain_free(void* context, void* memory)
+{
+    const auto* original = static_cast<PyMemAllocatorEx*>(context);
+    original->free(original->ctx, memory);
+}
+
+void arm(unsigned long nth, bool forever)
+{
+    for (size_t i = 0; i < 2; ++i) {
+        PyMem_GetAllocator(domains[i], &originals[i]);
+        PyMemAllocatorEx hook = {&originals[i], failing_malloc, failing_calloc, failing_realloc, plain_free};
+        PyMem_SetAllocator(domains[i], &hook);
+    }
+    reached = 0;
+    failing = nth;
+    and_all_later = forever;
+}
+
+void disarm()
+{
+    failing = 0;
+    for (size_t i = 0; i < 2; ++i)
+        PyMem_SetAllocator(domains[i], &originals[i]);
+}
+
+// --- For the tests ---
+
+// invoke(method, arguments, nth, forever): calls the method while its nth allocation fails, and all later ones too if
+// `forever`; nth 0 lets all succeed. Gives (was NULL, result, exception type, exception text, allocations reached).
+PyObject* invoke(PyObject*, PyObject* args)
+{
+    PyObject* method;
+    PyObject* arguments;
+    unsigned long nth;
+    int forever;
+    if (!PyArg_ParseTuple(args, "OO!kp", &method, &PyTuple_Type, &arguments, &nth, &forever))
+        return nullptr;
+    const PyCFunction function = PyCFunction_GetFunction(method);
+    if (!function)
+        return nullptr;
+
+    arm(nth, forever != 0);
+    PyObject* result = function(PyCFunction_GetSelf(method), arguments);
+    disarm();
+
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    PyObject* text = value ? PyObject_Str(value) : nullptr;
+    PyErr_Clear();
+    PyObject* seen = Py_BuildValue("OOOOk", result ? Py_False : Py_True, result ? result : Py_None,
+                                   type ? type : Py_None, text ? text : Py_None, reached);
+    Py_XDECREF(result);
+    Py_XDECREF(type);
+    Py_XDECREF(value);
+    Py_XDECREF(traceback);
+    Py_XDECREF(text);
+    return seen;
+}
+
+// The module's own blocks that it has not given back.
+PyObject* blocks_out(PyObject*, PyObject*)
+{
+    long count = 0;
+    for (const void* block : blocks)
+        count += block != nullptr;
+    return PyLong_FromLong(count);
+}
+
+PyMethodDef functions[] = {
+    {"invoke", invoke, METH_VARARGS, nullptr},
+    {"blocks_out", blocks_out, METH_NOARGS, nullptr},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyModuleDef definition = {
+    PyModuleDef_HEAD_INIT, "torture", nullptr, -1, functions, nullptr, nullptr, nullptr, nullptr,
+};
+
+}  // namespace
+
+void* __wrap_malloc(size_t size)
+{
+    return fails_now() ? nullptr : noted(__real_malloc(size));
+}
+
+void* __wrap_calloc(size_t count, size_t size)
+{
+    return fails_now() ? nullptr : noted(__real_calloc(count, size));
+}
+
+void __wrap_free(void* memory)
+{
+    for (void*& block : blocks)
+        if (memory && block == memory)
+            block = nullptr;
+    __real_free(memory);
+}
+
+PyMODINIT_FUNC PyInit_torture()
+{
+    return PyModule_Create(&definition);
+}
