@@ -91,6 +91,26 @@ void disarm()
         PyMem_SetAllocator(domains[i], &originals[i]);
 }
 
+// The interpreter keeps some dicts, lists and tuples for reuse, more of the tuples. Taking them makes each new one an
+// allocation.
+PyObject* take_what_is_kept()
+{
+    constexpr int kept_dicts = 100;
+    constexpr int kept_tuples = 2100;
+    constexpr int tuple_size = 3;
+    PyObject* taken = PyList_New(0);
+    for (int i = 0; taken && i < kept_tuples; ++i) {
+        PyObject* objects[] = {PyTuple_New(tuple_size), i < kept_dicts ? PyDict_New() : nullptr,
+                               i < kept_dicts ? PyList_New(0) : nullptr};
+        for (PyObject* object : objects)
+            if (object) {
+                PyList_Append(taken, object);
+                Py_DECREF(object);
+            }
+    }
+    return taken;
+}
+
 // --- For the tests ---
 
 // invoke(method, arguments, nth, forever): calls the method while its nth allocation fails, and all later ones too if
@@ -107,9 +127,11 @@ PyObject* invoke(PyObject*, PyObject* args)
     if (!function)
         return nullptr;
 
+    PyObject* taken = take_what_is_kept();
     arm(nth, forever != 0);
     PyObject* result = function(PyCFunction_GetSelf(method), arguments);
     disarm();
+    Py_XDECREF(taken);
 
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
