@@ -9,14 +9,17 @@
 
 namespace qdp {
 
-// Where a value lies: `size` bytes at `offset`; for an integer, `bits` bits from bit `shift` of the little-endian word
-// that starts there. A place that holds no integer (a text, an address, an array) has no bits.
+// Where a value lies: `size` bytes at `offset`. An integer is the little-endian word of 64 bits that starts there, shifted
+// up until its highest bit is the word's, and down until its lowest is; a place that holds no integer (a text, an address,
+// an array) has no bits.
 struct Place {
     uint16_t offset;
     uint16_t size;
-    uint8_t shift;
-    uint8_t bits;
+    uint8_t up;
+    uint8_t down;
     bool is_signed;
+
+    constexpr unsigned bits() const { return 64u - down; }
 };
 
 class Bytes {
@@ -33,13 +36,7 @@ public:
     }
 
     // Copies `count` bytes from `offset` on.
-    void copy(size_t offset, void* out, size_t count) const
-    {
-        const Bytes rest = from(offset);
-        const size_t there = count < rest.size_ ? count : rest.size_;
-        std::memcpy(out, rest.data_, there);
-        std::memset(static_cast<unsigned char*>(out) + there, 0, count - there);
-    }
+    void copy(size_t offset, void* out, size_t count) const;
 
     // The value or record at `offset`, which need not be aligned.
     template <class Value>
@@ -47,16 +44,19 @@ public:
     {
         static_assert(std::is_trivially_copyable_v<Value>);
         Value value;
-        if (size_ >= sizeof value && offset <= size_ - sizeof value)
+        if (offset + sizeof value <= size_) [[likely]]
             std::memcpy(&value, data_ + offset, sizeof value);
         else
             copy(offset, &value, sizeof value);
         return value;
     }
 
-    // The integer at a place, its bits in the low end.
-    uint64_t unsigned_at(const Place& where) const { return at_top(where) >> (64 - where.bits); }
-    int64_t signed_at(const Place& where) const { return static_cast<int64_t>(at_top(where)) >> (64 - where.bits); }
+    // The integer at a place.
+    uint64_t unsigned_at(const Place& where) const { return load<uint64_t>(where.offset) << where.up >> where.down; }
+    int64_t signed_at(const Place& where) const
+    {
+        return static_cast<int64_t>(load<uint64_t>(where.offset) << where.up) >> where.down;
+    }
 
     // The NUL-terminated text in the `limit` bytes at `offset`, without its NUL; `limit` bytes when there is none.
     std::string_view text(size_t offset, size_t limit) const
@@ -68,11 +68,6 @@ public:
     }
 
 private:
-    uint64_t at_top(const Place& where) const
-    {
-        return load<uint64_t>(where.offset) << (64 - where.shift - where.bits);
-    }
-
     const unsigned char* data_;
     size_t size_;
 };

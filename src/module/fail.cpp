@@ -64,13 +64,6 @@ bool building_failed(const char* text)
     return false;
 }
 
-PyObject* made(PyObject* object)
-{
-    if (!object)
-        building_failed(no_buffer);
-    return object;
-}
-
 PyObject* built_or_none(PyRef result, bool complete)
 {
     return result && complete ? result.release() : none();

@@ -42,7 +42,12 @@ PyObject* raise(PyObject* exception, const char* text);
 bool building_failed(const char* text);
 
 // An object just created, or null after the failure "Failed to allocate buffer.\n".
-PyObject* made(PyObject* object);
+inline PyObject* made(PyObject* object)
+{
+    if (!object) [[unlikely]]
+        building_failed(no_buffer);
+    return object;
+}
 
 // A result that has been built, or None when that failed: SystemError stays set beside None, which is what the
 // callers of most methods rely on.

@@ -7,25 +7,25 @@
 
 namespace qdp {
 
+namespace {
+
+PyObject* integer(Bytes record, const Place& where)
+{
+    return made(where.is_signed ? PyLong_FromLong(record.signed_at(where))
+                                : PyLong_FromUnsignedLong(record.unsigned_at(where)));
+}
+
+}  // namespace
+
 PyObject* text_object(std::string_view text)
 {
     return made(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
 }
 
-PyObject* unsigned_object(Bytes record, const Field& field)
-{
-    return made(PyLong_FromUnsignedLong(record.unsigned_at(field.where)));
-}
-
-PyObject* signed_object(Bytes record, const Field& field)
-{
-    return made(PyLong_FromLong(record.signed_at(field.where)));
-}
-
 PyObject* big_endian_object(Bytes record, const Field& field)
 {
     const auto word = __builtin_bswap64(record.load<uint64_t>(field.where.offset));
-    return made(PyLong_FromUnsignedLong(word >> (64 - field.where.bits)));
+    return made(PyLong_FromUnsignedLong(word >> field.where.down));
 }
 
 PyObject* field_text_object(Bytes record, const Field& field)
@@ -65,14 +65,6 @@ PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t wid
     return complete ? list.release() : nullptr;
 }
 
-bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
-{
-    const PyRef owned{value};
-    if (!owned)
-        return false;
-    return PyDict_SetItemString(dict, key, value) == 0 || building_failed(cannot_set_dict_item);
-}
-
 bool set_list_item(PyObject* list, size_t position, PyObject* item)
 {
     if (!item)
@@ -90,9 +82,9 @@ bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
 
 bool fill(PyObject* dict, Fields fields, Bytes record)
 {
-    for (size_t i = 0; i < fields.count; ++i) {
-        const Field& field = fields.rows[i];
-        if (!set_dict_item(dict, field.key, field.convert(record, field)))
+    for (const Field* field = fields.rows; field != fields.rows + fields.count; ++field) {
+        PyObject* value = field->convert ? field->convert(record, *field) : integer(record, field->where);
+        if (!set_dict_item(dict, field->key, value)) [[unlikely]]
             return false;
     }
     return true;

@@ -30,16 +30,17 @@ struct Field;
 // null with SystemError set.
 using Converter = PyObject*(Bytes record, const Field& field);
 
-// A converter, and what it needs of the place that it reads.
+// A converter, and what it needs of the place that it reads. Plain integers, which most fields are, have none.
 struct Kind {
     Converter* convert;
     bool is_integer;  // the place has bits
+    bool is_signed;   // and their highest is the sign
     size_t size;      // the place has exactly so many bytes; 0: any
 
     // Any function of the form, which knows its place itself.
-    consteval Kind(Converter* function) : Kind{function, false, 0} {}
-    consteval Kind(Converter* function, bool needs_bits, size_t needs_size)
-        : convert{function}, is_integer{needs_bits}, size{needs_size}
+    consteval Kind(Converter* function) : Kind{function, false, false, 0} {}
+    consteval Kind(Converter* function, bool needs_bits, bool takes_sign, size_t needs_size)
+        : convert{function}, is_integer{needs_bits}, is_signed{takes_sign}, size{needs_size}
     {
     }
 };
@@ -58,10 +59,9 @@ struct Field {
 
     consteval Field(const char* name, Place place, Kind how) : key{name}, convert{how.convert}, where{place}
     {
-        if (place.size == 0 || (how.is_integer && place.bits == 0))
+        where.is_signed = how.is_signed;
+        if (place.size == 0 || (how.is_integer && place.bits() == 0))
             a_field_has_no_width();
-        if (place.shift + place.bits > 64)
-            a_field_is_wider_than_a_word();
         if (how.size != 0 && how.size != place.size)
             a_field_has_the_wrong_size();
     }
@@ -73,16 +73,19 @@ struct Field {
 // `count` bits of a raw entry, from bit `lowest` of the little-endian word that starts at `byte`.
 constexpr Place bits(size_t byte, unsigned lowest, unsigned count)
 {
-    return {static_cast<uint16_t>(byte), static_cast<uint16_t>((lowest + count + 7) / 8), static_cast<uint8_t>(lowest),
-            static_cast<uint8_t>(count), false};
+    if (lowest + count > 64)
+        a_field_is_wider_than_a_word();
+    return {static_cast<uint16_t>(byte), static_cast<uint16_t>((lowest + count + 7) / 8),
+            static_cast<uint8_t>(64 - lowest - count), static_cast<uint8_t>(64 - count), false};
 }
 
-// `count` whole bytes of a raw entry.
+// `count` whole bytes of a raw entry; no integer when there are more than a word has.
 constexpr Place bytes(size_t byte, size_t count)
 {
-    const bool is_integer = count <= sizeof(uint64_t);
-    return {static_cast<uint16_t>(byte), static_cast<uint16_t>(count), 0,
-            static_cast<uint8_t>(is_integer ? count * 8 : 0), false};
+    const auto width = static_cast<unsigned>(count <= sizeof(uint64_t) ? count * 8 : 0);
+    Place where = bits(byte, 0, width);
+    where.size = static_cast<uint16_t>(count);
+    return where;
 }
 
 template <class Member>
@@ -91,7 +94,7 @@ constexpr Place member_at(size_t offset)
     Place where = bytes(offset, sizeof(Member));
     where.is_signed = std::is_signed_v<Member>;
     if (!std::is_integral_v<Member>)
-        where.bits = 0;
+        where.down = 64;
     return where;
 }
 
@@ -100,24 +103,20 @@ constexpr Place member_at(size_t offset)
 // The low 32 bits of a 64-bit member: counters that are reported modulo 2^32.
 constexpr Place low_32(Place where)
 {
-    where.size = sizeof(uint32_t);
-    where.bits = 32;
-    return where;
+    return bytes(where.offset, sizeof(uint32_t));
 }
 
 // --- How ---
 
-Converter unsigned_object;
-Converter signed_object;
 Converter big_endian_object;
 Converter field_text_object;
 Converter field_mac_object;
 
-inline constexpr Kind as_unsigned{unsigned_object, true, 0};  // an integer, as it stands
-inline constexpr Kind as_signed{signed_object, true, 0};      // its highest bit is its sign: 64-bit counters that wrap
-inline constexpr Kind as_big_endian{big_endian_object, true, 0};   // whole bytes in network byte order
-inline constexpr Kind as_text{field_text_object};                  // the NUL-terminated text of a character array
-inline constexpr Kind as_mac{field_mac_object, false, mac_bytes};  // "00:1b:21:0a:0b:0c"
+inline constexpr Kind as_unsigned{nullptr, true, false, 0};  // an integer, as it stands
+inline constexpr Kind as_signed{nullptr, true, true, 0};     // its highest bit is its sign: 64-bit counters wrap
+inline constexpr Kind as_big_endian{big_endian_object, true, false, 0};  // whole bytes in network byte order
+inline constexpr Kind as_text{field_text_object};                        // the NUL-terminated text of a character array
+inline constexpr Kind as_mac{field_mac_object, false, false, mac_bytes};  // "00:1b:21:0a:0b:0c"
 
 consteval Field::Field(const char* name, Place place) : Field{name, place, place.is_signed ? as_signed : as_unsigned} {}
 
@@ -139,7 +138,7 @@ PyObject* name_object(Bytes record, const Field& field)
 }
 
 template <const auto& names>
-inline constexpr Kind as_name{name_object<names>, true, 0};
+inline constexpr Kind as_name{name_object<names>, true, false, 0};
 
 // `length` unsigned integers of `width` bytes each, back to back.
 PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t width);
@@ -165,7 +164,7 @@ PyObject* field_address_object(Bytes record, const Field& field)
 
 // A 16-byte address: IPv6 when the record's flag says so, else IPv4 in its first four bytes.
 template <Place is_ipv6>
-inline constexpr Kind as_address{field_address_object<is_ipv6>, false, 16};
+inline constexpr Kind as_address{field_address_object<is_ipv6>, false, false, 16};
 
 // --- Tables ---
 
@@ -226,7 +225,13 @@ consteval FieldTable<first + count> extended(const FieldTable<first>& base, cons
 // --- Building. Each returns false or null with SystemError set when it fails. ---
 
 // Each takes the object over, which may be null after a failure of its own.
-bool set_dict_item(PyObject* dict, const char* key, PyObject* value);
+inline bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
+{
+    const PyRef owned{value};
+    if (!owned) [[unlikely]]
+        return false;
+    return PyDict_SetItemString(dict, key, value) == 0 || building_failed(cannot_set_dict_item);
+}
 bool set_list_item(PyObject* list, size_t position, PyObject* item);
 bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item);
 

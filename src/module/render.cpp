@@ -40,7 +40,13 @@ int parse_address(uint32_t version, const char* text, void* address)
 
 char* MACToStr(const uint8_t* mac, char* out)
 {
-    std::snprintf(out, qdp::mac_text_bytes, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4],
-                  mac[5]);
+    constexpr char digits[] = "0123456789abcdef";
+    char* cursor = out;
+    for (size_t i = 0; i < mac_bytes; ++i) {
+        *cursor++ = digits[mac[i] >> 4];
+        *cursor++ = digits[mac[i] & 15];
+        *cursor++ = ':';
+    }
+    cursor[-1] = '\0';
     return out;
 }
