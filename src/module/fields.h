@@ -62,6 +62,8 @@ struct Field {
         where.is_signed = how.is_signed;
         if (place.size == 0 || (how.is_integer && place.bits() == 0))
             a_field_has_no_width();
+        if (place.up > 64)  // bits beyond the word shift by less than nothing
+            a_field_is_wider_than_a_word();
         if (how.size != 0 && how.size != place.size)
             a_field_has_the_wrong_size();
     }
@@ -73,8 +75,6 @@ struct Field {
 // `count` bits of a raw entry, from bit `lowest` of the little-endian word that starts at `byte`.
 constexpr Place bits(size_t byte, unsigned lowest, unsigned count)
 {
-    if (lowest + count > 64)
-        a_field_is_wider_than_a_word();
     return {static_cast<uint16_t>(byte), static_cast<uint16_t>((lowest + count + 7) / 8),
             static_cast<uint8_t>(64 - lowest - count), static_cast<uint8_t>(64 - count), false};
 }
