@@ -22,12 +22,9 @@ using H = MacTableHeader;
 // The entries behind the header, as many as its count says.
 PyObject* entries(Bytes table, const Field& count)
 {
-    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(table.unsigned_at(count.where))))};
-    const bool complete = list && fill_list(list.get(), [&](size_t i) {
-                              const Bytes entry = table.from(sizeof(H) + i * sizeof(E));
-                              return made(dict_of(entry_fields, entry).release());
-                          });
-    return complete ? list.release() : nullptr;
+    const Bytes rest = table.from(sizeof(H));
+    return list_of(table.unsigned_at(count.where),
+                   [&](size_t i) { return made(dict_of(entry_fields, rest.from(i * sizeof(E))).release()); });
 }
 
 constexpr auto port_table_fields = fields<sizeof(H)>({

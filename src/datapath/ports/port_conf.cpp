@@ -23,23 +23,15 @@ PyObject* receive_flags(Bytes conf, const Field& field)
     return text_object(text);
 }
 
-// A list of as many items as the record's count says, which `make(position)` makes.
-template <class Make>
-PyObject* list_of(Bytes conf, const Place& count, Make make)
-{
-    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(conf.unsigned_at(count))))};
-    return list && fill_list(list.get(), make) ? list.release() : nullptr;
-}
-
 PyObject* multicast_addresses(Bytes conf, const Field& field)
 {
-    return list_of(conf, AT(R, num_multicast_addresses),
+    return list_of(conf.unsigned_at(AT(R, num_multicast_addresses)),
                    [&](size_t i) { return mac_object(conf, field.where.offset + i * mac_bytes); });
 }
 
 PyObject* vlan_ranges(Bytes conf, const Field& field)
 {
-    return list_of(conf, AT(R, num_vlan_ranges), [&](size_t i) {
+    return list_of(conf.unsigned_at(AT(R, num_vlan_ranges)), [&](size_t i) {
         const auto range = conf.load<VlanRange>(field.where.offset + i * sizeof(VlanRange));
         char text[text_bytes];
         std::snprintf(text, sizeof text, "%u-%u", range.first, range.last);
@@ -58,7 +50,7 @@ PyObject* meta_flow(size_t slot, uint8_t state)
 // place that finds no slot stays None.
 PyObject* meta_flows(Bytes conf, const Field& field)
 {
-    PyRef list{list_of(conf, AT(R, num_meta_flows), [](size_t) { return none(); })};
+    PyRef list{list_of(conf.unsigned_at(AT(R, num_meta_flows)), [](size_t) { return none(); })};
     if (!list)
         return nullptr;
     size_t position = 0;
@@ -151,13 +143,11 @@ PyObject* PyQDP_Get_Port_Conf(PyObject*, PyObject* args)
 
 void FlagsToStr(uint32_t flags, char* out, uint32_t size)
 {
-    if (size == 0)
-        return;
-    *out = '\0';
-    char* cursor = out;
-    char* const end = out + size;
+    std::snprintf(out, size, "%s", "");
+    size_t end = 0;  // of the text; from the first name that is cut on, of the output
     for (const auto& [flag, name] : qdp::receive_flag_names)
-        if (flags & flag)
-            cursor +=
-                std::min<ptrdiff_t>(std::snprintf(cursor, static_cast<size_t>(end - cursor), "%s", name), end - cursor);
+        if (flags & flag) {
+            const int needed = std::snprintf(out + end, size - end, "%s", name);
+            end = std::min<size_t>(end + static_cast<size_t>(needed), size);
+        }
 }
