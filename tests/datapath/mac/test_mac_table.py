@@ -5,6 +5,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import INVALID_PARAMETER, Call, Capacity, Outcome, refused
 
 PORT_TABLE_BYTES = 327696
@@ -91,6 +92,14 @@ class TestListPortMACTable:
         host.fail("Qdp_Dump_Port_MAC_Table", status)
         assert qdp.call("ListPortMACTable", 3, 7) == Outcome(None, PORT_REFUSAL, calls=[self.call()])
 
+    def test_lack_of_memory(self, host, qdp):
+        host.freeze()
+        assert starved(qdp, "ListPortMACTable", 0, 3) == [
+            Outcome(None, "Failed to allocate mac table.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+            Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+        ]
+
     def test_embedded_host(self, host, qdp):
         host.freeze()
         # Port 3 of switch 0: its own address and three behind it, in VLAN 103.
@@ -169,6 +178,16 @@ class TestListSwitchMACTable:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail("Qdp_Dump_Switch_MAC_Table", status)
         assert qdp.call("ListSwitchMACTable", 3) == Outcome(None, SWITCH_REFUSAL, calls=[self.call()])
+
+    def test_lack_of_memory(self, host, qdp):
+        host.freeze()
+        qdp.result("ClearSwitchMACTable", 0)
+        qdp.result("AddMACEntry", 0, 3, 0, 100)
+        assert starved(qdp, "ListSwitchMACTable", 0) == [
+            Outcome(None, "Failed to allocate switch mac table.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+            Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+        ]
 
     def test_embedded_host_lists_what_the_ports_list(self, host, qdp):
         host.freeze()

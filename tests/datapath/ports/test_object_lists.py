@@ -1,8 +1,12 @@
 """Lists of ports and VLANs, as the hosting process has them made."""
 
 import ctypes
+from types import SimpleNamespace
 
 import pytest
+
+from adversity import starved
+from observe import Observer, Outcome
 
 
 @pytest.fixture
@@ -17,6 +21,11 @@ def vlan_list(exported):
     function = exported.PyQDP_CreateVlanList
     function.restype = ctypes.py_object
     return lambda count, *vlans: function(ctypes.c_uint32(count), (ctypes.c_uint16 * len(vlans))(*vlans))
+
+
+def starved_function(host, function, *arguments):
+    """The outcomes of calls that lack memory. An exception that is left set is raised by the caller."""
+    return starved(Observer(SimpleNamespace(function=function), host), "function", *arguments)
 
 
 def bitmap(*ports):
@@ -57,6 +66,10 @@ class TestCreatePortList:
         function.restype = ctypes.py_object
         assert function(ctypes.c_uint32(0), None) == []
 
+    def test_lack_of_memory(self, host, port_list):
+        no_list = Outcome(None, "Failed to allocate memory\n", raised=(MemoryError, ""))
+        assert no_list in starved_function(host, port_list, 2, 3, 70)
+
 
 class TestCreateVlanList:
     @pytest.mark.parametrize(
@@ -74,3 +87,8 @@ class TestCreateVlanList:
 
     def test_as_many_as_can_be(self, vlan_list):
         assert vlan_list(0xFFFF, *range(0xFFFF)) == list(range(0xFFFF))
+
+    def test_lack_of_memory(self, host, vlan_list):
+        outcomes = starved_function(host, vlan_list, 2, 4093, 4094)
+        assert Outcome(None, "Failed to allocate memory.\n", raised=(MemoryError, "")) in outcomes
+        assert outcomes[-1] == Outcome(None, raised=(SystemError, "Failed to allocate buffer.\n"))

@@ -5,6 +5,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import Call, Capacity, Outcome, refused
 
 CONF_BYTES = 1344
@@ -204,6 +205,13 @@ class TestGetPortConf:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail("Qdp_Get_Port_Conf", status)
         assert qdp.call("GetPortConf", 3, 7) == Outcome(None, "Failed to retrieve port conf.\n", calls=[self.call()])
+
+    def test_lack_of_memory(self, qdp):
+        assert starved(qdp, "GetPortConf", 0, 12) == [
+            Outcome(None, "Failed to allocate memory.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+            Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+        ]
 
     def test_embedded_host_configures_every_port(self, qdp):
         for switch in range(3):

@@ -4,6 +4,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import Call, Capacity, Outcome, refused
 
 BAD_PORTS = [(16, 0), (0, 16384), (-1, 0), (0, -1), (16, 16384)]
@@ -230,6 +231,12 @@ class TestGetPortTxUplink:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail("Qdp_Get_Port_Tx_Uplink", status)
         assert qdp.call("GetPortTxUplink", 3, 7) == Outcome(None, "Failed to get port TX uplink.\n", calls=[self.call])
+
+    def test_lack_of_memory_is_the_interpreters_error_and_raised_for_all_but_the_list(self, qdp):
+        assert starved(qdp, "GetPortTxUplink", 0, 2) == [
+            Outcome(None, left_set=(MemoryError, "")),
+            Outcome(raised=(MemoryError, "")),
+        ]
 
     @pytest.mark.parametrize(
         "port, kind, uplinks",
