@@ -1,13 +1,84 @@
 // The MAC tables of the switches.
 #include "host/state/mac_tables.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "host/host.h"
 
 namespace host {
 
-MacTables default_mac_tables(const Host&)
+namespace {
+
+constexpr uint64_t generation_seconds = 30;
+
+constexpr uint32_t neighbours_of_an_uplink = 12;
+constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
+
+bool is_uplink(const Port& port)
 {
-    return {};
+    return static_cast<ClientType>(port.entry.client_type) == ClientType::uplink;
+}
+
+void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t generation)
+{
+    const PortListEntry& entry = port.entry;
+    const auto add = [&](const uint8_t(&mac)[mac_bytes], uint32_t vlan) {
+        MacEntry made{};
+        std::memcpy(made.mac, mac, sizeof made.mac);
+        made.vlan = static_cast<uint16_t>(vlan);
+        made.qdp_port = entry.qdp_port;
+        if (std::ranges::none_of(table.macs, [&](const Mac& known) { return is_same_address(known.entry, made); }))
+            table.macs.push_back({entry.port, made, false, generation});
+    };
+
+    const uint32_t vlan = 100 + entry.port % 8;
+    if (!is_uplink(port))
+        add(entry.mac, vlan);
+    const uint32_t others = is_uplink(port) ? neighbours_of_an_uplink : entry.port % (most_nested + 1);
+    for (uint32_t i = 0; i < others; ++i)
+        add({0x0a, 0x2e, 0x8a, static_cast<uint8_t>(switch_number), static_cast<uint8_t>(entry.port),
+             static_cast<uint8_t>(i)},
+            is_uplink(port) ? 100 + i % 8 : vlan);
+}
+
+}  // namespace
+
+MacTable* MacTables::table(uint32_t switch_number)
+{
+    const auto found = tables.find(switch_number);
+    return found == tables.end() ? nullptr : &found->second;
+}
+
+uint64_t mac_generation(const Host& host)
+{
+    return host.clock.grown(1) / generation_seconds;
+}
+
+bool is_same_address(const MacEntry& one, const MacEntry& other)
+{
+    return one.vlan == other.vlan && std::ranges::equal(one.mac, other.mac);
+}
+
+void relearn_macs(Host& host, uint32_t switch_number, const Port& port)
+{
+    MacTable& table = *host.mac_tables.table(switch_number);
+    std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
+    if (!is_uplink(port) || host.port_settings.datapath_switch(switch_number)->learns_uplink_macs)
+        learn(table, switch_number, port, mac_generation(host));
+}
+
+MacTables default_mac_tables(const Host& host)
+{
+    MacTables made;
+    for (const Switch& each : host.switches) {
+        if (!each.entry)
+            continue;
+        MacTable& table = made.tables[each.entry->switch_number];
+        for (const Port& port : each.ports)
+            learn(table, each.entry->switch_number, port, 0);
+    }
+    return made;
 }
 
 }  // namespace host

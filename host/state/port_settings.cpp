@@ -1,13 +1,157 @@
 // How ports and switches are configured beyond the inventory: filters, features, pins, flow cache switches.
 #include "host/state/port_settings.h"
 
+#include <cstring>
+
 #include "host/host.h"
 
 namespace host {
 
-PortSettings default_port_settings(const Host&)
+namespace {
+
+struct Feature {
+    size_t byte;
+    unsigned bit;
+};
+constexpr Feature mirror_in{0, 1}, lro{0, 2}, spoofguard{1, 4}, tx_l3{1, 6}, min_flow_l3{2, 0}, tx_l4{2, 6},
+    ipfix{2, 7}, firewall{3, 2};
+
+void enable(PortConf& conf, const Feature& feature)
 {
-    return {};
+    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
+}
+
+void enable_meta_flow(PortConf& conf, uint32_t slot, bool second_value)
+{
+    uint8_t& state = conf.meta_flows[slot % meta_flow_slots];
+    conf.num_meta_flows += state == 0;
+    state = static_cast<uint8_t>(meta_flow_enabled | (second_value ? meta_flow_second_value : 0));
+}
+
+template <size_t count>
+void join_group(PortConf& conf, const uint8_t (&group)[count])
+{
+    static_assert(count == mac_bytes);
+    std::memcpy(conf.multicast_addresses[conf.num_multicast_addresses++], group, mac_bytes);
+}
+
+void tag(PortConf& conf, uint16_t first, uint16_t last)
+{
+    conf.vlan_ranges[conf.num_vlan_ranges++] = {first, last};
+}
+
+constexpr uint8_t all_ipv4_hosts[] = {0x01, 0x00, 0x5e, 0x00, 0x00, 0x01};
+constexpr uint8_t all_ipv6_nodes[] = {0x33, 0x33, 0x00, 0x00, 0x00, 0x01};
+
+PortConf conf_of(const PortListEntry& entry)
+{
+    PortConf conf{};
+    conf.port = entry.port;
+    std::memcpy(conf.mac, entry.mac, sizeof conf.mac);
+    conf.receive_flags = receive_unicast | receive_broadcast;
+    enable(conf, tx_l3);
+    enable(conf, tx_l4);
+
+    if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
+        conf.receive_flags |= receive_all_multicast | receive_promiscuous;
+        conf.forged_mac_allowed = 1;
+        tag(conf, 1, 4094);
+        return conf;
+    }
+
+    conf.receive_flags |= receive_multicast;
+    join_group(conf, all_ipv4_hosts);
+    if (entry.port % 2 == 0)
+        join_group(conf, all_ipv6_nodes);
+    enable(conf, spoofguard);
+    enable(conf, firewall);
+    if (entry.port % 3 == 0)
+        enable(conf, lro);
+    if (entry.port % 5 == 0)
+        enable(conf, ipfix);
+    if (entry.port % 7 == 0)
+        enable(conf, mirror_in);
+    if (entry.port % 4 == 3) {  // a trunk
+        tag(conf, 100, 199);
+        tag(conf, 300, 300);
+        conf.forged_mac_allowed = 1;
+    } else {
+        conf.untagged_vlan = static_cast<uint16_t>(100 + entry.port % 8);
+        conf.vni = 5000 + conf.untagged_vlan;
+    }
+    if (entry.port % 4 == 0) {
+        enable(conf, min_flow_l3);
+        enable_meta_flow(conf, entry.port, false);
+        enable_meta_flow(conf, entry.port + 7, true);
+    }
+    return conf;
+}
+
+// The kinds of teaming take turns over the ports; an uplink transmits on itself.
+TxUplinks tx_uplinks_of(const PortListEntry& entry, const Switch& owner)
+{
+    TxUplinks made{};
+    const auto use = [&](TxUplinkType type, uint32_t most) {
+        made.type = static_cast<uint8_t>(type);
+        for (const Port& port : owner.ports)
+            if (static_cast<ClientType>(port.entry.client_type) == ClientType::uplink && made.count < most)
+                made.uplinks[made.count++] = static_cast<uint16_t>(port.entry.port);
+    };
+    if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
+        made.type = static_cast<uint8_t>(TxUplinkType::no_teaming);
+        made.uplinks[made.count++] = static_cast<uint16_t>(entry.port);
+        return made;
+    }
+    switch (entry.port % 5) {
+    case 0:
+        use(TxUplinkType::none, 0);
+        break;
+    case 1:
+        use(TxUplinkType::single, 1);
+        break;
+    case 2:
+        use(TxUplinkType::lag, max_tx_uplinks);
+        break;
+    case 3:
+        use(TxUplinkType::source_mac, max_tx_uplinks);
+        break;
+    default:
+        use(TxUplinkType::all, max_tx_uplinks);
+    }
+    return made;
+}
+
+template <class Key, class Setting>
+Setting* find(std::map<Key, Setting>& settings, const Key& key)
+{
+    const auto found = settings.find(key);
+    return found == settings.end() ? nullptr : &found->second;
+}
+
+}  // namespace
+
+PortSetting* PortSettings::port(uint32_t switch_number, uint32_t port_number)
+{
+    return find(ports, {switch_number, port_number});
+}
+
+SwitchSetting* PortSettings::datapath_switch(uint32_t switch_number)
+{
+    return find(switches, switch_number);
+}
+
+PortSettings default_port_settings(const Host& host)
+{
+    PortSettings made;
+    for (const Switch& each : host.switches) {
+        if (!each.entry)
+            continue;
+        const uint32_t number = each.entry->switch_number;
+        made.switches[number] = {};
+        for (const Port& port : each.ports)
+            made.ports[{number, port.entry.port}] = {conf_of(port.entry), tx_uplinks_of(port.entry, each), {}};
+    }
+    return made;
 }
 
 }  // namespace host

@@ -57,12 +57,10 @@ PyObject* address_object(Bytes record, size_t offset, bool is_ipv6)
 
 PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t width)
 {
-    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
-    const bool complete = list && fill_list(list.get(), [&](size_t i) {
-                              const Bytes rest = record.from(field.where.offset + i * width);
-                              return made(PyLong_FromUnsignedLong(rest.unsigned_at(bytes(0, width))));
-                          });
-    return complete ? list.release() : nullptr;
+    return list_of(length, [&](size_t i) {
+        const Bytes rest = record.from(field.where.offset + i * width);
+        return made(PyLong_FromUnsignedLong(rest.unsigned_at(bytes(0, width))));
+    });
 }
 
 bool set_list_item(PyObject* list, size_t position, PyObject* item)

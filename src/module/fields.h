@@ -256,4 +256,12 @@ bool fill_list(PyObject* list, Make make)
     return true;
 }
 
+// A new list of `length` items, which `make(position)` makes; null with SystemError set.
+template <class Make>
+PyObject* list_of(uint64_t length, Make make)
+{
+    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
+    return list && fill_list(list.get(), make) ? list.release() : nullptr;
+}
+
 }  // namespace qdp

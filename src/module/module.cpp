@@ -1,5 +1,6 @@
 // The module `_libqdp`: its table of methods, which is also the map of the source. The comment above a run of methods
 // names the file that they live in.
+#include "datapath/mac/mac.h"
 #include "datapath/ports/ports.h"
 #include "datapath/stats/stats.h"
 #include "module/python.h"
@@ -23,12 +24,12 @@ PyMethodDef methods[] = {
     // datapath/stats/port_stats.cpp
     METHOD("GetPortStats", PyQDP_Get_Port_Stats, ", switch, port", "Get a port's statistics"),
     // datapath/mac/mac_table.cpp
-    // METHOD("ListPortMACTable", PyQDP_List_Port_MACTable, ", switch, port", "List all mac entries for a port"),
-    // METHOD("ClearPortMACTable", PyQDP_Clear_Port_MACTable, ", switch, port", "clear mac entries for a port"),
-    // METHOD("AddMACEntry", PyQDP_Add_MAC_Entry, ", switch, port, mac, vlan", "Add a MAC Entry for a port"),
-    // METHOD("DelMACEntry", PyQDP_Del_MAC_Entry, ", switch, port, mac, vlan", "Delete a MAC Entry for a port"),
-    // METHOD("ListSwitchMACTable", PyQDP_List_Switch_MACTable, ", switch", "List MAC table for a switch"),
-    // METHOD("ClearSwitchMACTable", PyQDP_Clear_Switch_MACTable, ", switch", "Clear MAC table for a switch"),
+    METHOD("ListPortMACTable", PyQDP_List_Port_MACTable, ", switch, port", "List all mac entries for a port"),
+    METHOD("ClearPortMACTable", PyQDP_Clear_Port_MACTable, ", switch, port", "clear mac entries for a port"),
+    METHOD("AddMACEntry", PyQDP_Add_MAC_Entry, ", switch, port, mac, vlan", "Add a MAC Entry for a port"),
+    METHOD("DelMACEntry", PyQDP_Del_MAC_Entry, ", switch, port, mac, vlan", "Delete a MAC Entry for a port"),
+    METHOD("ListSwitchMACTable", PyQDP_List_Switch_MACTable, ", switch", "List MAC table for a switch"),
+    METHOD("ClearSwitchMACTable", PyQDP_Clear_Switch_MACTable, ", switch", "Clear MAC table for a switch"),
     // datapath/stats/lcore_stats.cpp
     // METHOD("GetFlowStats", PyQDP_Get_Flow_Stats, ", selector, lcores, value", "Get flow stats for lcores"),
     // datapath/stats/port_stats.cpp
@@ -39,12 +40,13 @@ PyMethodDef methods[] = {
     // METHOD("DumpDecapSaFlowTable", PyQDP_Dump_Decap_Sa_Flow_Table, "", "Dump decap SA flow table for a switch"),
     // METHOD("DumpPortFlow", PyQDP_Dump_Port_Flow, "", "Dmo port flows for a switch"),
     // datapath/ports/port_conf.cpp
-    // METHOD("GetPortConf", PyQDP_Get_Port_Conf, ", switch, port", "Get Qdp Port Configuration"),
+    METHOD("GetPortConf", PyQDP_Get_Port_Conf, ", switch, port", "Get Qdp Port Configuration"),
     // datapath/ports/port_control.cpp
-    // METHOD("MigratePort", PyQDP_Migrate_Port, ", switch, port, value_1, value_2, value_3", "Migrate port between Lcores"),
-    // METHOD("UnpinPort", PyQDP_Unpin_Port, ", switch, port, value", "Unpin port from Lcore"),
-    // METHOD("ResetPort", PyQDP_Reset_Port, ", switch, port, value", "Reset a port"),
-    // METHOD("GetPortTxUplink", PyQDP_Get_Port_Tx_Uplink, ", switch, port", "Get the TX uplink of a given port"),
+    METHOD("MigratePort", PyQDP_Migrate_Port, ", switch, port, value_1, value_2, value_3",
+           "Migrate port between Lcores"),
+    METHOD("UnpinPort", PyQDP_Unpin_Port, ", switch, port, value", "Unpin port from Lcore"),
+    METHOD("ResetPort", PyQDP_Reset_Port, ", switch, port, value", "Reset a port"),
+    METHOD("GetPortTxUplink", PyQDP_Get_Port_Tx_Uplink, ", switch, port", "Get the TX uplink of a given port"),
     // datapath/features/l3span.cpp
     // METHOD("GetL3SPANRecord", PyQDP_Get_L3SPAN_Record, ", switch, is_ipv6, destination, value", "Get L3SPAN record for a destination IP"),
     // datapath/stats/uplink_stats.cpp
@@ -53,11 +55,14 @@ PyMethodDef methods[] = {
     // datapath/features/rss_engine.cpp
     // METHOD("ListRSSEngine", PyQDP_List_RSS_Engine, ", switch, port", "List RSS engines"),
     // datapath/ports/port_control.cpp
-    // METHOD("SetUplinkMACLearn", PyQDP_Set_Uplink_MAC_Learn, ", switch, enabled", "Set uplink MAC Learn policy"),
-    // METHOD("ClearSwitchFlowTable", PyQDP_Clear_Switch_Flow_Table, ", switch", "Clear flow table for a switch"),
-    // METHOD("EnableSwitchFlowCache", PyQDP_Enable_Switch_Flow_Cache, ", switch, enabled", "Enable flow cache for a switch"),
-    // METHOD("GetPanicOnTxHang", PyQDP_Get_Panic_On_Tx_Hang, ", switch", "Get if panic when uplink Tx hang detected on a switch"),
-    // METHOD("SetPanicOnTxHang", PyQDP_Set_Panic_On_Tx_Hang, ", switch, enabled", "Set if panic when uplink Tx hang detected on a switch"),
+    METHOD("SetUplinkMACLearn", PyQDP_Set_Uplink_MAC_Learn, ", switch, enabled", "Set uplink MAC Learn policy"),
+    METHOD("ClearSwitchFlowTable", PyQDP_Clear_Switch_Flow_Table, ", switch", "Clear flow table for a switch"),
+    METHOD("EnableSwitchFlowCache", PyQDP_Enable_Switch_Flow_Cache, ", switch, enabled",
+           "Enable flow cache for a switch"),
+    METHOD("GetPanicOnTxHang", PyQDP_Get_Panic_On_Tx_Hang, ", switch",
+           "Get if panic when uplink Tx hang detected on a switch"),
+    METHOD("SetPanicOnTxHang", PyQDP_Set_Panic_On_Tx_Hang, ", switch, enabled",
+           "Set if panic when uplink Tx hang detected on a switch"),
     // datapath/uplink/netq.cpp
     // METHOD("GetPortNetQInfo", PyQDP_Get_Port_NetQ_Info, ", switch, port", "Get port's netq informastion"),
     // METHOD("MigrateNetQFilter", PyQDP_Migrate_NetQ_Filter, ", switch, port, value", "Migrate vNIC port's NetQ filter"),

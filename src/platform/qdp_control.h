@@ -2,7 +2,9 @@
 // fills is followed by a pointer to a size word, which holds the record's capacity in bytes before the call.
 #pragma once
 
+#include "platform/mac.h"
 #include "platform/p4_command.h"
+#include "platform/port_conf.h"
 #include "platform/ports.h"
 #include "platform/stats.h"
 
@@ -13,6 +15,16 @@ uint32_t Qdp_Get_Switch_List(SwitchList* list, uint32_t* size);
 uint32_t Qdp_Get_Port_List(uint32_t switch_number, PortList* list, uint32_t* size);
 
 // Port configuration and control.
+uint32_t Qdp_Get_Port_Conf(uint32_t switch_number, uint32_t port, PortConf* conf, uint32_t* size);
+uint32_t Qdp_Migrate_Port(uint32_t switch_number, uint32_t port, uint32_t, uint32_t, uint32_t);
+uint32_t Qdp_Unpin_Port(uint32_t switch_number, uint32_t port, uint32_t);
+uint32_t Qdp_Reset_Port(uint32_t switch_number, uint32_t port, uint32_t);
+uint32_t Qdp_Get_Port_Tx_Uplink(uint32_t switch_number, uint32_t port, TxUplinks* uplinks, uint32_t* size);
+uint32_t Qdp_Set_Uplink_MAC_Learn(uint32_t switch_number, uint32_t enable);
+uint32_t Qdp_Clear_Switch_Flow_Table(uint32_t switch_number);
+uint32_t Qdp_Enable_Switch_Flow_Cache(uint32_t switch_number, uint32_t enable);
+uint32_t Qdp_Get_Panic_On_Tx_Hang(uint32_t switch_number, uint32_t* enabled);
+uint32_t Qdp_Set_Panic_On_Tx_Hang(uint32_t switch_number, uint32_t enable);
 
 // Port statistics.
 uint32_t Qdp_Get_Port_Stats(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
@@ -21,6 +33,11 @@ uint32_t Qdp_Get_Port_Stats_Slowpath(uint32_t switch_number, uint32_t port, Port
 // Uplink and lcore statistics.
 
 // MAC tables.
+uint32_t Qdp_Dump_Port_MAC_Table(uint32_t switch_number, uint32_t port, PortMacTable* table, uint32_t* size);
+uint32_t Qdp_Dump_Switch_MAC_Table(uint32_t switch_number, SwitchMacTable* table, uint32_t* size);
+uint32_t Qdp_Clear_Port_MAC_Table(uint32_t switch_number, uint32_t port);
+uint32_t Qdp_Clear_Switch_MAC_Table(uint32_t switch_number);
+uint32_t Qdp_MAC_Entry_Ops(uint32_t switch_number, uint32_t port, const uint8_t* mac, uint16_t vlan, uint8_t operation);
 
 // Flow cache.
 

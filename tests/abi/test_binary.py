@@ -13,9 +13,7 @@ EXPORTED = """
 """.split()
 # Of these, the ones that are still to come.
 PENDING = """
-    FlagsToStr
     FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
-    PyQDP_CreatePortList PyQDP_CreateVlanList
     PyQDP_PortNetQInfo
     PyQDPSetFiltTypeProp
     QdpGetIndexTableData QdpGetGenericKeyTableData

@@ -1,0 +1,128 @@
+// Answers about the datapath's MAC tables.
+#include <algorithm>
+
+#include "host/host.h"
+
+namespace host {
+
+namespace {
+
+constexpr uint16_t last_vlan = 4094;
+constexpr std::byte group_address{1};  // bit of a MAC address's first byte
+
+// An entry as it is dumped, with its age.
+MacEntry aged(const Mac& mac, uint64_t generation)
+{
+    MacEntry entry = mac.entry;
+    entry.generation_difference = mac.is_static ? 0 : static_cast<uint32_t>(generation - mac.generation);
+    return entry;
+}
+
+// The macs that are `wanted`, behind a header.
+template <class Wanted>
+uint32_t put_table(const Host& host, const MacTable& table, MacTableHeader header, Wanted wanted, Output output)
+{
+    std::vector<MacEntry> entries;
+    for (const Mac& mac : table.macs)
+        if (wanted(mac))
+            entries.push_back(aged(mac, mac_generation(host)));
+    header.count = static_cast<uint32_t>(entries.size());
+
+    Value answer = value_of(bytes_of(header));
+    const auto bytes = std::as_bytes(std::span{entries});
+    answer.insert(answer.end(), bytes.begin(), bytes.end());
+    return output.put(ByteSpan{answer});
+}
+
+uint32_t dump_port_table(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    if (!host.port(switch_number, port))
+        return not_found;
+    const MacTable& table = *host.mac_tables.table(switch_number);
+    const MacTableHeader header{0, 0, port_mac_limit, table.ports_over_limit.contains(port)};
+    return put_table(
+        host, table, header, [&](const Mac& mac) { return mac.port == port; }, output);
+}
+
+uint32_t dump_switch_table(Host& host, uint32_t switch_number, Output output)
+{
+    const MacTable* table = host.mac_tables.table(switch_number);
+    if (!table)
+        return not_found;
+    const MacTableHeader header{0, 0, switch_mac_limit, 0};
+    return put_table(
+        host, *table, header, [](const Mac&) { return true; }, output);
+}
+
+uint32_t clear_port_table(Host& host, uint32_t switch_number, uint32_t port)
+{
+    if (!host.port(switch_number, port))
+        return not_found;
+    MacTable& table = *host.mac_tables.table(switch_number);
+    std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port; });
+    table.ports_over_limit.erase(port);
+    return success;
+}
+
+uint32_t clear_switch_table(Host& host, uint32_t switch_number)
+{
+    MacTable* table = host.mac_tables.table(switch_number);
+    if (!table)
+        return not_found;
+    *table = {};
+    return success;
+}
+
+// An address that is known at another port moves.
+uint32_t add_entry(Host& host, MacTable& table, const Port& port, const MacEntry& entry)
+{
+    const auto others_of_port = std::ranges::count_if(
+        table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !is_same_address(mac.entry, entry); });
+    if (others_of_port >= port_mac_limit || table.macs.size() >= switch_mac_limit) {
+        table.ports_over_limit.insert(port.entry.port);
+        return refused;
+    }
+    std::erase_if(table.macs, [&](const Mac& mac) { return is_same_address(mac.entry, entry); });
+    table.macs.push_back({port.entry.port, entry, true, mac_generation(host)});
+    return success;
+}
+
+uint32_t remove_entry(MacTable& table, const Port& port, const MacEntry& entry)
+{
+    const auto removed = std::erase_if(
+        table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && is_same_address(mac.entry, entry); });
+    return removed ? success : not_found;
+}
+
+uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number, ByteSpan mac, uint16_t vlan,
+                       uint8_t operation)
+{
+    const Port* port = host.port(switch_number, port_number);
+    if (!port)
+        return not_found;
+    if (mac.size() != mac_bytes || (mac[0] & group_address) != std::byte{} || vlan > last_vlan)
+        return bad_parameter;
+
+    MacEntry entry{};
+    std::memcpy(entry.mac, mac.data(), sizeof entry.mac);
+    entry.vlan = vlan;
+    entry.qdp_port = port->entry.qdp_port;
+    MacTable& table = *host.mac_tables.table(switch_number);
+    switch (static_cast<MacOperation>(operation)) {
+    case MacOperation::add:
+        return add_entry(host, table, *port, entry);
+    case MacOperation::remove:
+        return remove_entry(table, *port, entry);
+    }
+    return bad_parameter;
+}
+
+const Answer answers[] = {
+    {"Qdp_Dump_Port_MAC_Table", dump_port_table},   {"Qdp_Dump_Switch_MAC_Table", dump_switch_table},
+    {"Qdp_Clear_Port_MAC_Table", clear_port_table}, {"Qdp_Clear_Switch_MAC_Table", clear_switch_table},
+    {"Qdp_MAC_Entry_Ops", mac_entry_ops},
+};
+
+}  // namespace
+
+}  // namespace host

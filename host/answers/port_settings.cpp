@@ -1,0 +1,160 @@
+// Answers to commands on ports and switches, and about how ports are configured.
+#include <algorithm>
+
+#include "host/host.h"
+
+namespace host {
+
+namespace {
+
+// Which queues of a port are meant.
+constexpr uint32_t tx_queues = 1;
+constexpr uint32_t rx_queues = 2;
+constexpr uint32_t both = tx_queues | rx_queues;
+
+uint32_t get_port_conf(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    const PortSetting* setting = host.port_settings.port(switch_number, port);
+    return setting ? output.put(setting->conf) : not_found;
+}
+
+uint32_t get_port_tx_uplink(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    const PortSetting* setting = host.port_settings.port(switch_number, port);
+    return setting ? output.put(setting->tx_uplinks) : not_found;
+}
+
+// Moves the queues that run on an lcore to another one. True when there were any.
+bool move(std::span<uint8_t> queue_lcores, uint32_t from, uint32_t to)
+{
+    const auto moved = std::ranges::count(queue_lcores, from);
+    std::ranges::replace(queue_lcores, from, static_cast<uint8_t>(to));
+    return moved != 0;
+}
+
+// The values: the lcore that the queues leave, the lcore that they move to, and which queues. Both lcores are counted
+// from the switch's first, as the inventory counts them. The queues stay pinned until they are unpinned.
+uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, uint32_t from, uint32_t to,
+                      uint32_t queues)
+{
+    Port* port = host.port(switch_number, port_number);
+    if (!port)
+        return not_found;
+    if (to >= host.datapath_switch(switch_number)->entry->num_lcores || queues == 0 || queues > both)
+        return bad_parameter;
+
+    PortListEntry& entry = port->entry;
+    const PortListEntry before = entry;
+    bool moved = false;
+    if (queues & tx_queues)
+        moved |= move({entry.tx_queue_lcores, entry.num_tx_queues}, from, to);
+    if (queues & rx_queues)
+        moved |= move({entry.rx_queue_lcores, entry.num_rx_queues}, from, to);
+    if (!moved)
+        return not_found;
+    auto& unpinned = host.port_settings.port(switch_number, port_number)->unpinned;
+    if (!unpinned)
+        unpinned = before;
+    return success;
+}
+
+// The value says which queues go back to where they ran before they were migrated.
+uint32_t unpin_port(Host& host, uint32_t switch_number, uint32_t port_number, uint32_t queues)
+{
+    PortSetting* setting = host.port_settings.port(switch_number, port_number);
+    if (!setting || !setting->unpinned)
+        return not_found;
+    if (queues == 0 || queues > both)
+        return bad_parameter;
+
+    PortListEntry& entry = host.port(switch_number, port_number)->entry;
+    const PortListEntry& before = *setting->unpinned;
+    if (queues & tx_queues)
+        std::ranges::copy(before.tx_queue_lcores, entry.tx_queue_lcores);
+    if (queues & rx_queues)
+        std::ranges::copy(before.rx_queue_lcores, entry.rx_queue_lcores);
+    if (std::ranges::equal(before.tx_queue_lcores, entry.tx_queue_lcores) &&
+        std::ranges::equal(before.rx_queue_lcores, entry.rx_queue_lcores))
+        setting->unpinned.reset();
+    return success;
+}
+
+// Nothing stays pinned, and the switch learns the port's addresses anew. The value is not looked at.
+uint32_t reset_port(Host& host, uint32_t switch_number, uint32_t port_number, uint32_t)
+{
+    const Port* port = host.port(switch_number, port_number);
+    if (!port)
+        return not_found;
+    unpin_port(host, switch_number, port_number, both);  // refused when it is not pinned, which is as well
+    relearn_macs(host, switch_number, *port);
+    return success;
+}
+
+// A switch that no longer learns from its uplinks forgets what it has learned there.
+uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
+{
+    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
+    if (!setting)
+        return not_found;
+    if (enable > 1)
+        return bad_parameter;
+    if (setting->learns_uplink_macs == (enable == 1))
+        return success;
+    setting->learns_uplink_macs = enable == 1;
+    for (const Port& port : host.datapath_switch(switch_number)->ports)
+        if (static_cast<ClientType>(port.entry.client_type) == ClientType::uplink)
+            relearn_macs(host, switch_number, port);
+    return success;
+}
+
+uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
+{
+    if (!host.datapath_switch(switch_number))
+        return not_found;
+    clear_flows(host, switch_number);
+    return success;
+}
+
+uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable)
+{
+    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
+    if (!setting)
+        return not_found;
+    if (enable > 1)
+        return bad_parameter;
+    setting->*what = enable == 1;
+    return success;
+}
+
+uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
+{
+    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable);
+}
+
+uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
+{
+    const SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
+    return setting ? output.put(uint32_t{setting->panics_on_tx_hang}) : not_found;
+}
+
+uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)
+{
+    return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable);
+}
+
+const Answer answers[] = {
+    {"Qdp_Get_Port_Conf", get_port_conf},
+    {"Qdp_Migrate_Port", migrate_port},
+    {"Qdp_Unpin_Port", unpin_port},
+    {"Qdp_Reset_Port", reset_port},
+    {"Qdp_Get_Port_Tx_Uplink", get_port_tx_uplink},
+    {"Qdp_Set_Uplink_MAC_Learn", set_uplink_mac_learn},
+    {"Qdp_Clear_Switch_Flow_Table", clear_switch_flow_table},
+    {"Qdp_Enable_Switch_Flow_Cache", enable_switch_flow_cache},
+    {"Qdp_Get_Panic_On_Tx_Hang", get_panic_on_tx_hang},
+    {"Qdp_Set_Panic_On_Tx_Hang", set_panic_on_tx_hang},
+};
+
+}  // namespace
+
+}  // namespace host

@@ -1,0 +1,139 @@
+// The MAC tables of ports and switches: listing, clearing, and single entries. None of the methods checks the port; the
+// library does.
+#include "datapath/mac/mac.h"
+#include "module/arguments.h"
+#include "module/fields.h"
+#include "platform/qdp_control.h"
+
+namespace qdp {
+
+namespace {
+
+using E = MacEntry;
+constexpr auto entry_fields = fields<sizeof(E)>({
+    {"macAddr", AT(E, mac), as_mac},
+    {"vlanID", AT(E, vlan)},
+    {"qdpPortID", AT(E, qdp_port)},
+    {"macGenDiff", AT(E, generation_difference)},
+});
+
+using H = MacTableHeader;
+
+// The entries behind the header, as many as its count says.
+PyObject* entries(Bytes table, const Field& count)
+{
+    const Bytes rest = table.from(sizeof(H));
+    return list_of(table.unsigned_at(count.where),
+                   [&](size_t i) { return made(dict_of(entry_fields, rest.from(i * sizeof(E))).release()); });
+}
+
+constexpr auto port_table_fields = fields<sizeof(H)>({
+    {"MacLimit", AT(H, mac_limit)},
+    {"LimitExceeded", AT(H, limit_exceeded)},
+    {"MacTableList", AT(H, count), entries},
+});
+
+constexpr auto switch_table_fields = fields<sizeof(H)>({
+    {"MacLimit", AT(H, mac_limit)},
+    {"MacTableList", AT(H, count), entries},
+});
+
+// A table as a dict; `no_dict` is what is printed when there is none to be had.
+PyObject* listed(Bytes record, Fields table_fields, const char* no_dict)
+{
+    PyRef table{PyDict_New()};
+    if (!table)
+        return print_none(no_dict);
+    const bool complete = fill(table.get(), table_fields, record);
+    return built_or_none(std::move(table), complete);
+}
+
+constexpr char cannot_clear[] = "Failed to clear mac table.\n";  // of a port and of a switch
+
+}  // namespace
+
+PyObject* PyQDP_List_Port_MACTable(PyObject*, PyObject* args)
+{
+    uint32_t switch_number, port;
+    if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_switch(switch_number))
+        return print_none(invalid_parameter);
+
+    const auto record = allocate_list<PortMacTable>();
+    if (!record)
+        return print_none(no_memory);
+
+    uint32_t size = sizeof(PortMacTable);
+    if (Qdp_Dump_Port_MAC_Table(switch_number, port, record.get(), &size) != 0)
+        return print_none("Failed to retrieve mac table.\n");
+    return listed(bytes_of(*record), port_table_fields, "Failed to allocate mac table.\n");
+}
+
+PyObject* PyQDP_List_Switch_MACTable(PyObject*, PyObject* args)
+{
+    uint32_t switch_number;
+    if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
+        return print_none(invalid_parameter);
+
+    const auto record = allocate_list<SwitchMacTable>();
+    if (!record)
+        return print_none(no_memory);
+
+    uint32_t size = sizeof(SwitchMacTable);
+    if (Qdp_Dump_Switch_MAC_Table(switch_number, record.get(), &size) != 0)
+        return print_none("Failed to retrieve switch mac table.\n");
+    return listed(bytes_of(*record), switch_table_fields, "Failed to allocate switch mac table.\n");
+}
+
+PyObject* PyQDP_Clear_Port_MACTable(PyObject*, PyObject* args)
+{
+    uint32_t switch_number, port;
+    if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_switch(switch_number))
+        return print_none(invalid_parameter);
+    if (Qdp_Clear_Port_MAC_Table(switch_number, port) != 0)
+        return print_none(cannot_clear);
+    return none();
+}
+
+PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
+{
+    uint32_t switch_number;
+    if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
+        return print_none(invalid_parameter);
+    if (Qdp_Clear_Switch_MAC_Table(switch_number) != 0)
+        return print_none(cannot_clear);
+    return none();
+}
+
+PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
+{
+    uint32_t switch_argument, port, vlan_argument;
+    long long address;
+    if (!PyArg_ParseTuple(args, "IILI", &switch_argument, &port, &address, &vlan_argument))
+        return print_none(invalid_parameter);
+
+    // Deliberate: the upper half of the VLAN argument replaces the lower half of the switch number. Callers name switch
+    // 5 and VLAN 100 as 0x00050064; a plain VLAN id means switch 0, whatever the switch argument says.
+    const uint32_t switch_number = (switch_argument & 0xffff0000) | vlan_argument >> 16;
+    const auto vlan = static_cast<uint16_t>(vlan_argument);
+    if (!is_switch(switch_number))
+        return print_none(invalid_parameter);
+
+    uint8_t mac[mac_bytes];  // the lowest byte of the integer comes first
+    std::memcpy(mac, &address, sizeof mac);
+    if (Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)) != 0)
+        return print_none(operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
+                                                         : "Failed to delete MAC entry.\n");
+    return none();
+}
+
+PyObject* PyQDP_Add_MAC_Entry(PyObject* module, PyObject* args)
+{
+    return PyQDP_MAC_Entry_Ops(module, args, MacOperation::add);
+}
+
+PyObject* PyQDP_Del_MAC_Entry(PyObject* module, PyObject* args)
+{
+    return PyQDP_MAC_Entry_Ops(module, args, MacOperation::remove);
+}
+
+}  // namespace qdp
