@@ -10,27 +10,18 @@ namespace {
 constexpr uint16_t last_vlan = 4094;
 constexpr std::byte group_address{1};  // bit of a MAC address's first byte
 
-// An entry as it is dumped, with its age.
-MacEntry aged(const Mac& mac, uint64_t generation)
+// What is dumped of a table: a header and the entries with their age.
+uint32_t put_table(const Host& host, const std::vector<Mac>& macs, MacTableHeader header, Output output)
 {
-    MacEntry entry = mac.entry;
-    entry.generation_difference = mac.is_static ? 0 : static_cast<uint32_t>(generation - mac.generation);
-    return entry;
-}
-
-// The macs that are `wanted`, behind a header.
-template <class Wanted>
-uint32_t put_table(const Host& host, const MacTable& table, MacTableHeader header, Wanted wanted, Output output)
-{
-    std::vector<MacEntry> entries;
-    for (const Mac& mac : table.macs)
-        if (wanted(mac))
-            entries.push_back(aged(mac, mac_generation(host)));
-    header.count = static_cast<uint32_t>(entries.size());
-
-    Value answer = value_of(bytes_of(header));
-    const auto bytes = std::as_bytes(std::span{entries});
-    answer.insert(answer.end(), bytes.begin(), bytes.end());
+    Value answer(sizeof header);
+    for (const Mac& mac : macs) {
+        MacEntry entry = mac.entry;
+        entry.generation_difference = mac.is_static ? 0 : static_cast<uint32_t>(mac_generation(host) - mac.generation);
+        const ByteSpan bytes = bytes_of(entry);
+        answer.insert(answer.end(), bytes.begin(), bytes.end());
+        ++header.count;
+    }
+    std::memcpy(answer.data(), &header, sizeof header);
     return output.put(ByteSpan{answer});
 }
 
@@ -39,19 +30,15 @@ uint32_t dump_port_table(Host& host, uint32_t switch_number, uint32_t port, Outp
     if (!host.port(switch_number, port))
         return not_found;
     const MacTable& table = *host.mac_tables.table(switch_number);
-    const MacTableHeader header{0, 0, port_mac_limit, table.ports_over_limit.contains(port)};
-    return put_table(
-        host, table, header, [&](const Mac& mac) { return mac.port == port; }, output);
+    std::vector<Mac> of_port;
+    std::ranges::copy_if(table.macs, std::back_inserter(of_port), [&](const Mac& mac) { return mac.port == port; });
+    return put_table(host, of_port, {0, 0, port_mac_limit, table.ports_over_limit.contains(port)}, output);
 }
 
 uint32_t dump_switch_table(Host& host, uint32_t switch_number, Output output)
 {
     const MacTable* table = host.mac_tables.table(switch_number);
-    if (!table)
-        return not_found;
-    const MacTableHeader header{0, 0, switch_mac_limit, 0};
-    return put_table(
-        host, *table, header, [](const Mac&) { return true; }, output);
+    return table ? put_table(host, table->macs, {0, 0, switch_mac_limit, 0}, output) : not_found;
 }
 
 uint32_t clear_port_table(Host& host, uint32_t switch_number, uint32_t port)

@@ -20,6 +20,7 @@ bool is_uplink(const Port& port)
     return static_cast<ClientType>(port.entry.client_type) == ClientType::uplink;
 }
 
+// An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
 void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t generation)
 {
     const PortListEntry& entry = port.entry;
