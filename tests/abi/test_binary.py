@@ -16,8 +16,6 @@ PENDING = """
     FlagsToStr
     FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
     PyQDP_CreatePortList PyQDP_CreateVlanList
-    PyQDP_PortNetQInfo
-    PyQDPSetFiltTypeProp
     QdpGetIndexTableData QdpGetGenericKeyTableData
 """.split()
 
