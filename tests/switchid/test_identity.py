@@ -168,7 +168,8 @@ class TestAliasToPortsetName:
 
     def test_an_empty_property_of_the_host_is_a_name_too(self, configured, exported, resolve):
         """The library may have no place for a value without bytes."""
-        assert configured.libqmtPublic.DVSHCK_HostPropSet(PRODUCTION, b"com.tarnix.common.host.portset", None, 0, 16) == 0
+        key = b"com.tarnix.common.host.portset"
+        assert configured.libqmtPublic.DVSHCK_HostPropSet(PRODUCTION, key, None, 0, 16) == 0
         assert exported.LibraryInit() == 0
         assert resolve(self.function, b"dvs-production", 128) == (0, bytes(128))
 

@@ -66,7 +66,9 @@ UNREADABLE = [
 
 
 class TestGetSwitchFilterTypes:
-    @pytest.mark.parametrize("mask, shown", [(4, "TRUE"), (0xFFFF, "TRUE"), (0xFFFB, "FALSE"), (1, "FALSE"), (8, "FALSE")])
+    @pytest.mark.parametrize(
+        "mask, shown", [(4, "TRUE"), (0xFFFF, "TRUE"), (0xFFFB, "FALSE"), (1, "FALSE"), (8, "FALSE")]
+    )
     def test_from_the_property(self, configured, qdp, mask, shown):
         script_property(configured, setting(mask))
         assert called(qdp, "GetSwitchFilterTypes", "dvs-production") == Outcome({"VLANMAC": shown}, calls=[GET])
@@ -178,7 +180,8 @@ class TestSetSwitchFilterTypes:
         )
 
     @pytest.mark.parametrize(
-        "arguments", [(), ("a", "VLANMAC"), ("a", "VLANMAC", 1, 1), ("a", "VLANMAC", "1"), (1, "VLANMAC", 1), ("a", 4, 1)]
+        "arguments",
+        [(), ("a", "VLANMAC"), ("a", "VLANMAC", 1, 1), ("a", "VLANMAC", "1"), (1, "VLANMAC", 1), ("a", 4, 1)],
     )
     def test_a_tuple_that_does_not_parse(self, qdp, arguments):
         assert qdp.call("SetSwitchFilterTypes", *arguments) == refused(left_set=TypeError)

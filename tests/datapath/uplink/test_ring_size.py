@@ -100,7 +100,8 @@ class TestSetUplinkRingSize:
         )
 
     @pytest.mark.parametrize(
-        "arguments", [(), ("a", "b", 32), ("a", "b", 32, 32, 32), ("a", 1, 32, 32), ("a", "b", "32", 32), (1, "b", 1, 1)]
+        "arguments",
+        [(), ("a", "b", 32), ("a", "b", 32, 32, 32), ("a", 1, 32, 32), ("a", "b", "32", 32), (1, "b", 1, 1)],
     )
     def test_a_tuple_that_does_not_parse(self, qdp, arguments):
         assert qdp.call("SetUplinkRingSize", *arguments) == refused(left_set=TypeError)
