@@ -4,6 +4,7 @@
 
 #include "host/host.h"
 #include "platform/switch_state.h"
+#include "platform/uplink.h"
 
 namespace host {
 
@@ -83,6 +84,7 @@ Host make_host()
         vswitch("dvs-production", "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01", "DvsPortset-0", 0, 0xff);
     production.config.host_properties[portset_property] = value_of("DvsPortset-0");
     production.config.global_properties[alias_property] = value_of("dvs-production");
+    production.config.global_properties[fast_datapath_property] = value_of("true");
     add_uplinks(production, 2);
     add_vnics(production, 30);
     for (uint32_t i = 0; i < 4; ++i)

@@ -54,6 +54,7 @@ struct Port {
     std::string name;
     PortListEntry entry;
     Traffic tx, rx;
+    Properties data = {};  // that the host kernel keeps for it
 };
 
 // What the switch state library knows of a switch.

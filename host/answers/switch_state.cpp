@@ -37,9 +37,11 @@ Json serialised(const Properties& properties)
 Properties deserialised(const Json& properties)
 {
     Properties made;
-    for (const auto& [key, value] : properties.items())
+    for (const auto& [key, value] : properties.items()) {
+        Value& bytes = made[key];  // an empty value is there too
         for (const uint8_t byte : value.get<std::vector<uint8_t>>())
-            made[key].push_back(std::byte{byte});
+            bytes.push_back(std::byte{byte});
+    }
     return made;
 }
 
@@ -132,6 +134,20 @@ uint32_t global_property_lookup(Host& host, std::string_view id, std::string_vie
     return property_lookup(host, &SwitchConfig::global_properties, id, key, data);
 }
 
+void global_property_for_each(Host&, const void* handle, DVSPropertyCallback* callback, void* context)
+{
+    for (const Property& property : config_of(handle)->global_properties) {
+        void* data = const_cast<Property*>(&property);
+        if (callback(static_cast<DVSData*>(data), context) != 0)
+            return;
+    }
+}
+
+const char* data_name(Host&, const Property* property)
+{
+    return property->first.c_str();
+}
+
 uint32_t data_value(Host&, const Property* property, ValueOutput value)
 {
     *value.pointer = property->second.data();
@@ -170,6 +186,44 @@ uint32_t host_property_set(Host& host, std::string_view id, std::string_view key
     return success;
 }
 
+// A port is known by the id or the alias of its switch, and by its name.
+Port* port_by_name(Host& host, std::string_view switch_text, std::string_view port_text)
+{
+    Switch* owner = host.switch_by_id(switch_text);
+    if (!owner) {
+        const auto found = std::ranges::find(host.switches, switch_text,
+                                             [](const Switch& each) { return std::string_view{each.config.alias}; });
+        if (found == host.switches.end())
+            return nullptr;
+        owner = &*found;
+    }
+    const auto found = std::ranges::find(owner->ports, port_text, &Port::name);
+    return found == owner->ports.end() ? nullptr : &*found;
+}
+
+uint32_t port_data_get(Host& host, std::string_view switch_text, std::string_view port_text, std::string_view key,
+                       ValueOutput value)
+{
+    const Port* port = port_by_name(host, switch_text, port_text);
+    if (!port)
+        return bad_parameter;
+    const auto found = port->data.find(key);
+    if (found == port->data.end())
+        return not_found;
+    hand_out(value, found->second);
+    return success;
+}
+
+uint32_t port_data_set(Host& host, std::string_view switch_text, std::string_view port_text, std::string_view key,
+                       ByteSpan value, uint32_t)
+{
+    Port* port = port_by_name(host, switch_text, port_text);
+    if (!port)
+        return bad_parameter;
+    port->data.insert_or_assign(std::string{key}, value_of(value));
+    return success;
+}
+
 void data_free(Host&, void* value)
 {
     release(value);
@@ -185,10 +239,14 @@ const Answer answers[] = {
     {"DVS_ClassName", class_name},
     {"DVSState_HostPropLookup", host_property_lookup},
     {"DVSState_GlobalPropLookup", global_property_lookup},
+    {"DVSState_GlobalPropForEach", global_property_for_each},
+    {"DVSData_Name", data_name},
     {"DVSData_Data", data_value},
     {"DVSState_PortFind", port_find},
     {"DVSHCK_HostPropGet", host_property_get},
     {"DVSHCK_HostPropSet", host_property_set},
+    {"DVSHCK_PortDataGet", port_data_get},
+    {"DVSHCK_PortDataSet", port_data_set},
     {"DVSHCK_DataFree", data_free},
 };
 

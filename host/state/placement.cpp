@@ -1,13 +1,19 @@
-// Where work runs: device affinity, lcores, mbuf slabs, uplink ring sizes.
+// Where work runs: device affinity and mbuf slabs.
 #include "host/state/placement.h"
 
 #include "host/host.h"
 
 namespace host {
 
-Placement default_placement(const Host&)
+// The NICs behind the uplinks, in turns on two memory nodes.
+Placement default_placement(const Host& host)
 {
-    return {};
+    Placement made;
+    for (const Switch& owner : host.switches)
+        for (const Port& port : owner.ports)
+            if (port.entry.client_type == static_cast<uint32_t>(ClientType::uplink))
+                made.devices.push_back({port.name, static_cast<uint32_t>(made.devices.size() % 2)});
+    return made;
 }
 
 }  // namespace host

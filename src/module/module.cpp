@@ -3,6 +3,7 @@
 #include "datapath/mac/mac.h"
 #include "datapath/ports/ports.h"
 #include "datapath/stats/stats.h"
+#include "datapath/uplink/uplink.h"
 #include "module/python.h"
 
 namespace {
@@ -50,8 +51,9 @@ PyMethodDef methods[] = {
     // datapath/features/l3span.cpp
     // METHOD("GetL3SPANRecord", PyQDP_Get_L3SPAN_Record, ", switch, is_ipv6, destination, value", "Get L3SPAN record for a destination IP"),
     // datapath/stats/uplink_stats.cpp
-    // METHOD("GetUplinkStats", PyQDP_Get_Uplink_Stats, ", switch, port", "Get private stats of an uplink port"),
-    // METHOD("GetUplinkQueueStats", PyQDP_Get_Uplink_Queue_Stats, ", switch, port, direction, queue", "Get uplink queue stats"),
+    METHOD("GetUplinkStats", PyQDP_Get_Uplink_Stats, ", switch, port", "Get private stats of an uplink port"),
+    METHOD("GetUplinkQueueStats", PyQDP_Get_Uplink_Queue_Stats, ", switch, port, direction, queue",
+           "Get uplink queue stats"),
     // datapath/features/rss_engine.cpp
     // METHOD("ListRSSEngine", PyQDP_List_RSS_Engine, ", switch, port", "List RSS engines"),
     // datapath/ports/port_control.cpp
@@ -64,17 +66,19 @@ PyMethodDef methods[] = {
     METHOD("SetPanicOnTxHang", PyQDP_Set_Panic_On_Tx_Hang, ", switch, enabled",
            "Set if panic when uplink Tx hang detected on a switch"),
     // datapath/uplink/netq.cpp
-    // METHOD("GetPortNetQInfo", PyQDP_Get_Port_NetQ_Info, ", switch, port", "Get port's netq informastion"),
-    // METHOD("MigrateNetQFilter", PyQDP_Migrate_NetQ_Filter, ", switch, port, value", "Migrate vNIC port's NetQ filter"),
+    METHOD("GetPortNetQInfo", PyQDP_Get_Port_NetQ_Info, ", switch, port", "Get port's netq informastion"),
+    METHOD("MigrateNetQFilter", PyQDP_Migrate_NetQ_Filter, ", switch, port, value", "Migrate vNIC port's NetQ filter"),
     // datapath/uplink/ring_size.cpp
-    // METHOD("GetUplinkRingSize", PyQDP_Get_Uplink_Ring_Size, ", switch, port", "Get uplink's Tx and Rx ring size"),
-    // METHOD("SetUplinkRingSize", PyQDP_Set_Uplink_Ring_Size, ", switch, port, tx_size, rx_size", "Set uplink's Tx and Rx ring size"),
+    METHOD("GetUplinkRingSize", PyQDP_Get_Uplink_Ring_Size, ", switch, port", "Get uplink's Tx and Rx ring size"),
+    METHOD("SetUplinkRingSize", PyQDP_Set_Uplink_Ring_Size, ", switch, port, tx_size, rx_size",
+           "Set uplink's Tx and Rx ring size"),
     // datapath/uplink/filter_types.cpp
-    // METHOD("GetSwitchFilterTypes", PyQDP_Get_Switch_Filter_Types, ", alias", "Get the Filters Supported on the switch"),
-    // METHOD("SetSwitchFilterTypes", PyQDP_Set_Switch_Filter_Types, ", alias, filter_class, enabled", "Set the Filters Supported on the on switch"),
+    METHOD("GetSwitchFilterTypes", PyQDP_Get_Switch_Filter_Types, ", alias", "Get the Filters Supported on the switch"),
+    METHOD("SetSwitchFilterTypes", PyQDP_Set_Switch_Filter_Types, ", alias, filter_class, enabled",
+           "Set the Filters Supported on the on switch"),
     // datapath/uplink/placement.cpp
-    // METHOD("ListDevAffinity", PyQDP_List_Device_Affinity, "", "List device affinity for all the hwnics on this system"),
-    // METHOD("SetDevAffinity", PyQDP_Set_Device_Affinity, ", device, affinity", "Set device affinity for a given hwnic"),
+    METHOD("ListDevAffinity", PyQDP_List_Device_Affinity, "", "List device affinity for all the hwnics on this system"),
+    METHOD("SetDevAffinity", PyQDP_Set_Device_Affinity, ", device, affinity", "Set device affinity for a given hwnic"),
     // datapath/lb/debug_buffer.cpp
     // METHOD("DumpLBDebugBuf", PyQDP_DumpLBDebugBuf, ", switch, flag", "Dump the current state of the TLB debug buffer"),
     // METHOD("FlushLBDebugBuf", PyQDP_FlushLBDebugBuf, ", switch", "Flush the TLB debug buffer"),
@@ -117,8 +121,8 @@ PyMethodDef methods[] = {
     // METHOD("GetFlowTimeout", PyQDP_GetFlowTimeout, "", "Get flow timeout in seconds"),
     // METHOD("SetFlowTimeout", PyQDP_SetFlowTimeout, ", seconds", "Set flow timeout in seconds"),
     // datapath/uplink/placement.cpp
-    // METHOD("ListLCoreIDs", PyQDP_ListLCoreIDs, ", selector", "List All lcore IDs"),
-    // METHOD("InitMbufFastslabs", PyQDP_InitMbufFastslabs, "", "Init QDP mbuf fastslabs"),
+    METHOD("ListLCoreIDs", PyQDP_ListLCoreIDs, ", selector", "List All lcore IDs"),
+    METHOD("InitMbufFastslabs", PyQDP_InitMbufFastslabs, "", "Init QDP mbuf fastslabs"),
     // datapath/features/timing.cpp
     // METHOD("GetFPORevalConfig", PyQDP_Get_FPO_Reval_Config, "", "Get FPO revaliation config"),
     // METHOD("SetFPORevalConfig", PyQDP_Set_FPO_Reval_Config, ", enabled, inject_packet, reval_interval, flow_scan_quota", "Set FPO revaliation config"),

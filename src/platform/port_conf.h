@@ -71,6 +71,3 @@ struct TxUplinks {
 };
 static_assert(offsetof(TxUplinks, uplinks) == 2);
 static_assert(sizeof(TxUplinks) == 18);
-
-// The status of a migration that is refused because the thread load balancer moves the ports itself.
-inline constexpr uint32_t status_balancer_is_automatic = 1;

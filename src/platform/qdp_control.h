@@ -7,6 +7,10 @@
 #include "platform/port_conf.h"
 #include "platform/ports.h"
 #include "platform/stats.h"
+#include "platform/uplink.h"
+
+// What the migration of a port or a filter answers while the thread load balancer moves them by itself.
+inline constexpr uint32_t status_balancer_is_automatic = 1;
 
 extern "C" {
 
@@ -31,6 +35,11 @@ uint32_t Qdp_Get_Port_Stats(uint32_t switch_number, uint32_t port, PortCounters*
 uint32_t Qdp_Get_Port_Stats_Slowpath(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
 
 // Uplink and lcore statistics.
+uint32_t Qdp_Get_Uplink_Priv_Stats_Len(uint32_t switch_number, uint32_t port, uint32_t* length, uint32_t* size);
+uint32_t Qdp_Get_Uplink_Priv_Stats(uint32_t switch_number, uint32_t port, char* text, uint32_t* length);
+uint32_t Qdp_Get_Uplink_Stats(uint32_t switch_number, uint32_t port, UplinkCounters* counters, uint32_t* size);
+uint32_t Qdp_Get_Uplink_Queue_Stats(uint32_t switch_number, uint32_t port, uint32_t queue, uint32_t direction,
+                                    UplinkCounters* counters, uint32_t* size);
 
 // MAC tables.
 uint32_t Qdp_Dump_Port_MAC_Table(uint32_t switch_number, uint32_t port, PortMacTable* table, uint32_t* size);
@@ -42,8 +51,15 @@ uint32_t Qdp_MAC_Entry_Ops(uint32_t switch_number, uint32_t port, const uint8_t*
 // Flow cache.
 
 // NetQ queues and filters.
+uint32_t Qdp_Get_Port_NetQ_Info(uint32_t switch_number, uint32_t port, NetQInfo* info, uint32_t* size);
+uint32_t Qdp_Migrate_NetQ_Filter(uint32_t switch_number, uint32_t port, uint32_t value);
 
 // Filter classes, device affinity, lcores and mbuf slabs.
+uint32_t Qdp_GetSwitchFilterTypes(const char* portset_name, uint16_t* mask);
+uint32_t Qdp_List_Dev_Affinity(DeviceAffinityList* list, uint32_t* size);
+uint32_t Qdp_Set_Dev_Affinity(const char* device, uint32_t affinity);
+uint32_t Qdp_Get_LCore_ID_Bitmap(uint32_t selector, uint64_t* bitmap);  // bit n: there is an lcore n
+uint32_t Qdp_Init_Mbuf_Fastslabs(void);
 
 // Thread load balancer.
 

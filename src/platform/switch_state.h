@@ -50,8 +50,15 @@ uint32_t DVSHCK_HostPropGet(const char* switch_id, const char* key, void** value
 uint32_t DVSHCK_HostPropSet(const char* switch_id, const char* key, const void* value, uint32_t length, uint32_t flags);
 void DVSHCK_DataFree(void* value);
 
-// Data that is kept per port of a switch.
+// Data that is kept per port of a switch. status_not_found when the port has no such value; a value is released with
+// DVSHCK_DataFree.
+uint32_t DVSHCK_PortDataGet(const char* switch_text, const char* port_text, const char* key, void** value,
+                            uint32_t* length);
+uint32_t DVSHCK_PortDataSet(const char* switch_text, const char* port_text, const char* key, const void* value,
+                            uint32_t length, uint32_t flags);
 
 // Walks over a switch's global properties.
+void DVSState_GlobalPropForEach(DVSSwitch* handle, DVSPropertyCallback* callback, void* context);
+const char* DVSData_Name(DVSData* data);
 
 }  // extern "C"

@@ -18,16 +18,32 @@ std::optional<std::string_view> property_text(Lookup* lookup, const char* switch
     if (lookup(switch_id, key, &data) != status_success || !data)
         return std::nullopt;
 
+    const auto value = data_value(data);
+    if (!value)
+        return std::nullopt;
+    return std::string_view{value->data(), strnlen(value->data(), value->size())};
+}
+
+// A call that failed has handed out nothing.
+PropertyValue handed_out(uint32_t status, void* value, uint32_t length)
+{
+    if (status != status_success)
+        return {status, nullptr, 0};
+    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
+}
+
+}  // namespace
+
+std::optional<std::string_view> data_value(DVSData* data)
+{
     const void* value = nullptr;
     uint32_t length = no_length;
     DVSData_Data(data, &value, &length);
     if (!value)
-        return std::nullopt;
+        return length == 0 ? std::optional<std::string_view>{""} : std::nullopt;
     const auto* text = static_cast<const char*>(value);
-    return std::string_view{text, length == no_length ? std::strlen(text) : strnlen(text, length)};
+    return std::string_view{text, length == no_length ? std::strlen(text) : length};
 }
-
-}  // namespace
 
 std::optional<std::string_view> host_property_text(const char* switch_id, const char* key)
 {
@@ -44,9 +60,15 @@ PropertyValue get_host_property(const SwitchId& id, const char* key)
     void* value = nullptr;
     uint32_t length = 0;
     const uint32_t status = DVSHCK_HostPropGet(id.text, key, &value, &length);
-    if (status != status_success)
-        return {status, nullptr, 0};
-    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
+    return handed_out(status, value, length);
+}
+
+PropertyValue get_port_data(const char* switch_text, const char* port_text, const char* key)
+{
+    void* value = nullptr;
+    uint32_t length = 0;
+    const uint32_t status = DVSHCK_PortDataGet(switch_text, port_text, key, &value, &length);
+    return handed_out(status, value, length);
 }
 
 Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)

@@ -14,6 +14,10 @@ namespace qdp {
 std::optional<std::string_view> host_property_text(const char* switch_id, const char* key);
 std::optional<std::string_view> global_property_text(const char* switch_id, const char* key);
 
+// The bytes of a property of the loaded configuration, as many as the library reports; up to the NUL when it reports
+// none.
+std::optional<std::string_view> data_value(DVSData* data);
+
 struct ReleaseValue {
     void operator()(void* value) const { DVSHCK_DataFree(value); }
 };
@@ -29,6 +33,9 @@ struct PropertyValue {
 
 // Reads a host property as the host kernel has it.
 PropertyValue get_host_property(const SwitchId& id, const char* key);
+
+// Reads the data that the host kernel keeps for a port. The texts that name the switch and the port are the caller's.
+PropertyValue get_port_data(const char* switch_text, const char* port_text, const char* key);
 
 enum class Setting { present, absent, malformed };
 

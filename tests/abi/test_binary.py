@@ -14,8 +14,6 @@ EXPORTED = """
 # Of these, the ones that are still to come.
 PENDING = """
     FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
-    PyQDP_PortNetQInfo
-    PyQDPSetFiltTypeProp
     QdpGetIndexTableData QdpGetGenericKeyTableData
 """.split()
 

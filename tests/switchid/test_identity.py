@@ -166,6 +166,13 @@ class TestAliasToPortsetName:
         self.scripted(host, b"")
         assert resolve(self.function, b"any", 128) == (0, bytes(128))
 
+    def test_an_empty_property_of_the_host_is_a_name_too(self, configured, exported, resolve):
+        """The library may have no place for a value without bytes."""
+        key = b"com.tarnix.common.host.portset"
+        assert configured.libqmtPublic.DVSHCK_HostPropSet(PRODUCTION, key, None, 0, 16) == 0
+        assert exported.LibraryInit() == 0
+        assert resolve(self.function, b"dvs-production", 128) == (0, bytes(128))
+
     def test_an_id_beyond_128_bytes_is_cut(self, host, resolve):
         host.script("DVSState_SwitchFindByAlias", HANDLE)
         host.script("DVS_SwitchId", text=b"i" * 200 + b"\0")

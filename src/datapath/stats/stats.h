@@ -9,4 +9,8 @@ namespace qdp {
 Method PyQDP_Get_Port_Stats;
 Method PyQDP_Get_Rep_Port_Stats;
 
+// uplink_stats.cpp
+Method PyQDP_Get_Uplink_Stats;
+Method PyQDP_Get_Uplink_Queue_Stats;
+
 }  // namespace qdp

@@ -1,0 +1,230 @@
+// Answers about uplinks: their counters, which follow from a port's traffic and the clock, their filters and queues.
+#include <algorithm>
+#include <cstdio>
+
+#include "host/host.h"
+#include "platform/qdp_control.h"
+
+namespace host {
+
+namespace {
+
+// Of all packets, 1 in so many.
+constexpr uint64_t multicast_share = 50;
+constexpr uint64_t broadcast_share = 200;
+constexpr uint64_t drop_share = 10'000;
+constexpr uint64_t miss_share = 20'000;
+
+Port* uplink_at(Host& host, uint32_t switch_number, uint32_t port_number)
+{
+    Port* port = host.port(switch_number, port_number);
+    return port && port->entry.client_type == static_cast<uint32_t>(ClientType::uplink) ? port : nullptr;
+}
+
+// --- Counters ---
+
+void count_rx(UplinkCounters& counters, const Clock& clock, const Traffic& traffic, uint64_t queues)
+{
+    counters.rx_packets = clock.grown(traffic.packets) / queues;
+    counters.rx_bytes = counters.rx_packets * traffic.packet_bytes;
+    counters.rx_multicast_packets = counters.rx_packets / multicast_share;
+    counters.rx_broadcast_packets = counters.rx_packets / broadcast_share;
+    counters.rx_drops = counters.rx_packets / drop_share;
+    counters.rx_miss_errors = counters.rx_packets / miss_share;
+    counters.rx_errors = counters.rx_miss_errors;
+}
+
+void count_tx(UplinkCounters& counters, const Clock& clock, const Traffic& traffic, uint64_t queues)
+{
+    counters.tx_packets = clock.grown(traffic.packets) / queues;
+    counters.tx_bytes = counters.tx_packets * traffic.packet_bytes;
+    counters.tx_multicast_packets = counters.tx_packets / multicast_share;
+    counters.tx_broadcast_packets = counters.tx_packets / broadcast_share;
+    counters.tx_drops = counters.tx_packets / drop_share;
+}
+
+uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink)
+        return refused;
+    UplinkCounters counters{};
+    count_rx(counters, host.clock, uplink->rx, 1);
+    count_tx(counters, host.clock, uplink->tx, 1);
+    return output.put(counters);
+}
+
+// An uplink's queues share its traffic evenly. Direction 1 is transmit.
+uint32_t get_uplink_queue_stats(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue, uint32_t direction,
+                                Output output)
+{
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink || direction > 1)
+        return refused;
+    const uint32_t queues = direction ? uplink->entry.num_tx_queues : uplink->entry.num_rx_queues;
+    if (queue >= queues)
+        return refused;
+    UplinkCounters counters{};
+    if (direction)
+        count_tx(counters, host.clock, uplink->tx, queues);
+    else
+        count_rx(counters, host.clock, uplink->rx, queues);
+    return output.put(counters);
+}
+
+// A line a counter. The lines keep their width while the counters grow, so that a text fits the length that was asked
+// for before.
+std::string private_stats(const Host& host, const PortAddress& address)
+{
+    const auto found = host.uplinks.private_counters.find(address);
+    if (found == host.uplinks.private_counters.end())
+        return {};
+    std::string text;
+    for (const PrivateCounter& counter : found->second) {
+        char line[64];
+        std::snprintf(line, sizeof line, "%-24s %20lu\n", counter.name.c_str(), host.clock.grown(counter.per_second));
+        text += line;
+    }
+    return text;
+}
+
+// The length has room for the text's NUL; an uplink without a text has the length 0.
+uint32_t get_private_stats_length(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    if (!uplink_at(host, switch_number, port))
+        return refused;
+    const std::string text = private_stats(host, {switch_number, port});
+    return output.put(static_cast<uint32_t>(text.empty() ? 0 : text.size() + 1));
+}
+
+uint32_t get_private_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
+{
+    if (!uplink_at(host, switch_number, port))
+        return refused;
+    const std::string text = private_stats(host, {switch_number, port});
+    return output.put(ByteSpan{value_of(std::string_view{text})});
+}
+
+// --- Filters ---
+
+template <class Part>
+void append(Value& record, const Part& part)
+{
+    const ByteSpan bytes = bytes_of(part);
+    record.insert(record.end(), bytes.begin(), bytes.end());
+}
+
+bool is_tunnel(NetQFilterType type)
+{
+    return type == NetQFilterType::geneve || type == NetQFilterType::vxlan;
+}
+
+ByteSpan key_of(const ReceiveFilter& filter)
+{
+    if (is_tunnel(filter.type))
+        return bytes_of(filter.tunnel);
+    const size_t end = filter.type == NetQFilterType::mac ? offsetof(NetQMacKey, vlan) : sizeof filter.mac;
+    return bytes_of(filter.mac).first(end);
+}
+
+// The queues of a filter as its vNIC sees them, or those that are an uplink's own.
+std::vector<NetQQueue> queues_seen(Host& host, const ReceiveFilter& filter, const PortAddress& viewer)
+{
+    std::vector<NetQQueue> queues;
+    for (const auto& each : filter.queues)
+        if (viewer == filter.vnic || viewer == PortAddress{filter.vnic.first, each.uplink}) {
+            const Port* uplink = host.port(filter.vnic.first, each.uplink);
+            queues.push_back({uplink->entry.qdp_port, each.queue, each.filter_id});
+        }
+    return queues;
+}
+
+void append_filter(Value& filters, const ReceiveFilter& filter, const std::vector<NetQQueue>& queues)
+{
+    const ByteSpan key = key_of(filter);
+    append(filters, NetQFilter{static_cast<uint16_t>(filter.type), 0, static_cast<uint16_t>(key.size()),
+                               static_cast<uint16_t>(queues.size())});
+    filters.insert(filters.end(), key.begin(), key.end());
+    for (const NetQQueue& queue : queues)
+        append(filters, queue);
+}
+
+// A vNIC's own filters; an uplink's are all that steer to it.
+uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number, Output output)
+{
+    const Port* port = host.port(switch_number, port_number);
+    if (!port)
+        return refused;
+
+    Value filters;
+    uint16_t count = 0;
+    bool is_flow_filter = false;
+    for (const ReceiveFilter& filter : host.uplinks.filters)
+        if (const auto queues = queues_seen(host, filter, {switch_number, port_number}); !queues.empty()) {
+            append_filter(filters, filter, queues);
+            is_flow_filter |= is_tunnel(filter.type);
+            ++count;
+        }
+
+    Value record;
+    append(record, switch_number);
+    append(record, port->entry.qdp_port);
+    append(record, uint32_t{0});
+    append(record, count);
+    append(record, static_cast<uint8_t>(uplink_at(host, switch_number, port_number) != nullptr));
+    append(record, static_cast<uint8_t>(is_flow_filter));
+    record.insert(record.end(), filters.begin(), filters.end());
+    return output.put(ByteSpan{record});
+}
+
+// Moves all filters of a vNIC to one queue of the uplinks that they steer to.
+uint32_t migrate_netq_filter(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue)
+{
+    if (host.uplinks.balancer_is_automatic)
+        return status_balancer_is_automatic;
+
+    std::vector<ReceiveFilter::Queue*> moved;
+    for (ReceiveFilter& filter : host.uplinks.filters)
+        if (filter.vnic == PortAddress{switch_number, port})
+            for (auto& each : filter.queues) {
+                if (queue >= host.port(switch_number, each.uplink)->entry.num_rx_queues)
+                    return refused;
+                moved.push_back(&each);
+            }
+    for (ReceiveFilter::Queue* each : moved)
+        each->queue = queue;
+    return moved.empty() ? refused : success;
+}
+
+// --- Filter classes ---
+
+// What the switch's host property says counts here too.
+uint32_t get_filter_types(Host& host, std::string_view portset_name, Output output)
+{
+    const auto owner = std::ranges::find_if(host.switches, [&](const Switch& each) {
+        return each.entry && std::string_view{each.entry->name} == portset_name;
+    });
+    if (owner == host.switches.end())
+        return refused;
+
+    const auto& properties = owner->config.host_properties;
+    const auto property = properties.find(std::string_view{filter_types_property});
+    FilterTypesSetting setting{0, host.uplinks.filter_types[owner->entry->switch_number]};
+    if (property != properties.end() && property->second.size() == sizeof setting)
+        std::memcpy(&setting, property->second.data(), sizeof setting);
+    return output.put(uint16_t{setting.mask});
+}
+
+const Answer answers[] = {
+    {"Qdp_Get_Uplink_Stats", get_uplink_stats},
+    {"Qdp_Get_Uplink_Queue_Stats", get_uplink_queue_stats},
+    {"Qdp_Get_Uplink_Priv_Stats_Len", get_private_stats_length},
+    {"Qdp_Get_Uplink_Priv_Stats", get_private_stats},
+    {"Qdp_Get_Port_NetQ_Info", get_netq_info},
+    {"Qdp_Migrate_NetQ_Filter", migrate_netq_filter},
+    {"Qdp_GetSwitchFilterTypes", get_filter_types},
+};
+
+}  // namespace
+
+}  // namespace host
