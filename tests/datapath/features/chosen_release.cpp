@@ -1,5 +1,5 @@
-// Stands before the system's uname in a process that preloads it: the kernel release is what CHOSEN_RELEASE says, and
-// the call fails without it.
+// Stands before the system's uname in a process that preloads it: the kernel release is what CHOSEN_RELEASE says.
+// Without it the call fails, and leaves a release behind that is not to be believed.
 #include <sys/utsname.h>
 
 #include <cstdio>
@@ -7,10 +7,8 @@
 
 extern "C" int uname(utsname* system) noexcept
 {
-    const char* release = std::getenv("CHOSEN_RELEASE");
-    if (!release)
-        return -1;
+    const char* chosen = std::getenv("CHOSEN_RELEASE");
     *system = {};
-    std::snprintf(system->release, sizeof system->release, "%s", release);
-    return 0;
+    std::snprintf(system->release, sizeof system->release, "%s", chosen ? chosen : "9.9.9");
+    return chosen ? 0 : -1;
 }
