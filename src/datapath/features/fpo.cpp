@@ -1,7 +1,8 @@
 // Whether and how a switch offloads flows to its NICs, kept as a host property of the switch.
+#include "datapath/features/features.h"
+
 #include <bit>
 
-#include "datapath/features/features.h"
 #include "datapath/features/fpo_defaults.h"
 #include "module/arguments.h"
 #include "module/fields.h"
@@ -13,16 +14,16 @@ namespace {
 
 using R = FpoSettings;
 
-constexpr Place flag(uint32_t mask)
+constexpr Place flag_at(uint32_t mask)
 {
     return bits(offsetof(R, flags), static_cast<unsigned>(std::countr_zero(mask)), 1);
 }
 
 constexpr auto settings_fields = fields<sizeof(R)>({
-    {"enabled", flag(fpo_enabled)},
-    {"geneveCritical", flag(fpo_geneve_critical)},
-    {"ipDiscoveryDHCP", flag(fpo_ip_discovery_dhcp)},
-    {"ipDiscoveryICMP6ND", flag(fpo_ip_discovery_icmp6_nd)},
+    {"enabled", flag_at(fpo_enabled)},
+    {"geneveCritical", flag_at(fpo_geneve_critical)},
+    {"ipDiscoveryDHCP", flag_at(fpo_ip_discovery_dhcp)},
+    {"ipDiscoveryICMP6ND", flag_at(fpo_ip_discovery_icmp6_nd)},
     {"models", AT(R, models)},
 });
 
