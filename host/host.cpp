@@ -72,6 +72,15 @@ Switch* Host::switch_by_id(std::string_view id)
     return found == switches.end() ? nullptr : &*found;
 }
 
+Switch* Host::switch_by_portset(std::string_view portset_name)
+{
+    const auto found = std::ranges::find_if(switches, [&](const Switch& candidate) {
+        return candidate.entry && portset_name == std::string_view{candidate.entry->name,
+                                                                   strnlen(candidate.entry->name, portset_name_bytes)};
+    });
+    return found == switches.end() ? nullptr : &*found;
+}
+
 Value value_of(ByteSpan bytes)
 {
     return {bytes.begin(), bytes.end()};

@@ -99,6 +99,7 @@ struct Host {
     Switch* datapath_switch(uint32_t switch_number);
     Port* port(uint32_t switch_number, uint32_t port);
     Switch* switch_by_id(std::string_view id);
+    Switch* switch_by_portset(std::string_view portset_name);
 };
 
 // The host that is built in.

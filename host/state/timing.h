@@ -1,11 +1,20 @@
-// Host-wide timing settings, RSS engines and L3 SPAN records.
+// Host-wide timing of flows and of their offload.
 #pragma once
+
+#include <cstdint>
+
+#include "platform/timing.h"
 
 namespace host {
 
 struct Host;
 
-struct Timing {};
+struct Timing {
+    uint32_t flow_timeout;  // in seconds
+    FpoRevalConfig reval;
+    FpoConntrackDelay conntrack_delay;
+    uint32_t refresh_packet_injection;
+};
 
 // Of the built-in host, whose switches stand already.
 Timing default_timing(const Host& host);

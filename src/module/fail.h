@@ -7,6 +7,7 @@ namespace qdp {
 
 // Texts that many methods share.
 inline constexpr char invalid_parameter[] = "TypeError: Invalid parameter passed.\n";
+inline constexpr char invalid_parameter_blank_line[] = "TypeError: Invalid parameter passed.\n\n";  // of some methods
 inline constexpr char no_memory[] = "Failed to allocate memory.\n";
 inline constexpr char no_buffer[] = "Failed to allocate buffer.\n";
 inline constexpr char no_switch_id[] = "Failed to find dvs ID for dvs alias %s.\n";

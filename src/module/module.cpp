@@ -1,5 +1,6 @@
 // The module `_libqdp`: its table of methods, which is also the map of the source. The comment above a run of methods
 // names the file that they live in.
+#include "datapath/features/features.h"
 #include "datapath/mac/mac.h"
 #include "datapath/ports/ports.h"
 #include "datapath/stats/stats.h"
@@ -93,43 +94,52 @@ PyMethodDef methods[] = {
     // datapath/lb/stats.cpp
     // METHOD("DumpLBStats", PyQDP_DumpLBStats, ", switch, first_port, port_count, first_context, context_count", "Dump the latest LB statistics"),
     // datapath/features/switch_settings.cpp
-    // METHOD("GetSwitchNUMATeam", PyQDP_GetSwitchNUMATeam, ", alias", "Get the current status NUMA awareness of teaming"),
-    // METHOD("SetSwitchNUMATeam", PyQDP_SetSwitchNUMATeam, ", alias, enabled", "Set NUMA awareness of teaming to enabled or disabled"),
-    // METHOD("GetSwitchBurstSize", PyQDP_GetSwitchBurstSize, ", alias", "Get burst size of an QDP switch"),
-    // METHOD("SetSwitchBurstSize", PyQDP_SetSwitchBurstSize, ", alias, burst_size", "Set burst size of an QDP switch"),
-    // METHOD("GetSwitchOverlayL2Flow", PyQDP_GetSwitchOverlayL2Flow, ", alias", "Get OverlayL2Flow flag  of an QDP switch"),
-    // METHOD("SetSwitchOverlayL2Flow", PyQDP_SetSwitchOverlayL2Flow, ", alias, value", "Set OverlayL2Flow flag  of an QDP switch"),
+    METHOD("GetSwitchNUMATeam", PyQDP_GetSwitchNUMATeam, ", alias", "Get the current status NUMA awareness of teaming"),
+    METHOD("SetSwitchNUMATeam", PyQDP_SetSwitchNUMATeam, ", alias, enabled",
+           "Set NUMA awareness of teaming to enabled or disabled"),
+    METHOD("GetSwitchBurstSize", PyQDP_GetSwitchBurstSize, ", alias", "Get burst size of an QDP switch"),
+    METHOD("SetSwitchBurstSize", PyQDP_SetSwitchBurstSize, ", alias, burst_size", "Set burst size of an QDP switch"),
+    METHOD("GetSwitchOverlayL2Flow", PyQDP_GetSwitchOverlayL2Flow, ", alias",
+           "Get OverlayL2Flow flag  of an QDP switch"),
+    METHOD("SetSwitchOverlayL2Flow", PyQDP_SetSwitchOverlayL2Flow, ", alias, value",
+           "Set OverlayL2Flow flag  of an QDP switch"),
     // datapath/features/lro.cpp
-    // METHOD("GetPortLRO", PyQDP_GetPortLRO, ", switch, port", "Get the current status of LRO of a port"),
-    // METHOD("SetPortLRO", PyQDP_SetPortLRO, ", switch, port, enabled", "Enable or Disable LRO for a ort"),
-    // METHOD("GetSwitchLRO", PyQDP_GetSwitchLRO, ", switch", "Get the current status of LRO of a switch"),
-    // METHOD("SetSwitchLRO", PyQDP_SetSwitchLRO, ", switch, enabled", "Enable or Disable LRO for a switch. This overrides per-port setting"),
+    METHOD("GetPortLRO", PyQDP_GetPortLRO, ", switch, port", "Get the current status of LRO of a port"),
+    METHOD("SetPortLRO", PyQDP_SetPortLRO, ", switch, port, enabled", "Enable or Disable LRO for a ort"),
+    METHOD("GetSwitchLRO", PyQDP_GetSwitchLRO, ", switch", "Get the current status of LRO of a switch"),
+    METHOD("SetSwitchLRO", PyQDP_SetSwitchLRO, ", switch, enabled",
+           "Enable or Disable LRO for a switch. This overrides per-port setting"),
     // datapath/features/min_flow_layer.cpp
-    // METHOD("GetSwitchMinFlowLayer", PyQDP_GetSwitchMinFlowLayer, ", switch", "Get the current status switch minimum flow layer"),
-    // METHOD("SetSwitchMinFlowLayer", PyQDP_SetSwitchMinFlowLayer, ", switch, layer", "Set the minimum flow layer used by a switch"),
+    METHOD("GetSwitchMinFlowLayer", PyQDP_GetSwitchMinFlowLayer, ", switch",
+           "Get the current status switch minimum flow layer"),
+    METHOD("SetSwitchMinFlowLayer", PyQDP_SetSwitchMinFlowLayer, ", switch, layer",
+           "Set the minimum flow layer used by a switch"),
     // datapath/features/switch_settings.cpp
-    // METHOD("GetSwitchMetaFlow", PyQDP_GetSwitchMetaFlow, ", alias", "Get the current status of MetaFlow on a DVS"),
-    // METHOD("SetSwitchMetaFlow", PyQDP_SetSwitchMetaFlow, ", alias, value", "Enable/Disable MetaFlow on a DVS"),
+    METHOD("GetSwitchMetaFlow", PyQDP_GetSwitchMetaFlow, ", alias", "Get the current status of MetaFlow on a DVS"),
+    METHOD("SetSwitchMetaFlow", PyQDP_SetSwitchMetaFlow, ", alias, value", "Enable/Disable MetaFlow on a DVS"),
     // datapath/features/fpo.cpp
-    // METHOD("GetFPOEnabled", PyQDP_GetFPOEnabled, ", alias", "Get FPO enabled on a DVS"),
-    // METHOD("EnableFPO", PyQDP_EnableFPO, ", alias, settings", "Enable/Disable FPO on a DVS"),
+    METHOD("GetFPOEnabled", PyQDP_GetFPOEnabled, ", alias", "Get FPO enabled on a DVS"),
+    METHOD("EnableFPO", PyQDP_EnableFPO, ", alias, settings", "Enable/Disable FPO on a DVS"),
     // datapath/features/fpo_stats.cpp
-    // METHOD("GetFPOStats", PyQDP_Get_FPO_Stats, ", switch, lcores", "Get FPO stats for lcores"),
-    // METHOD("GetFPOUplinkStatus", PyQDP_Get_FPO_Uplink_Status, ", switch, port", "Get FPO status for an uplink"),
-    // METHOD("GetFPOUplinkStats", PyQDP_Get_FPO_Uplink_Stats, ", switch, port", "Get FPO stats for an uplink"),
+    METHOD("GetFPOStats", PyQDP_Get_FPO_Stats, ", switch, lcores", "Get FPO stats for lcores"),
+    METHOD("GetFPOUplinkStatus", PyQDP_Get_FPO_Uplink_Status, ", switch, port", "Get FPO status for an uplink"),
+    METHOD("GetFPOUplinkStats", PyQDP_Get_FPO_Uplink_Stats, ", switch, port", "Get FPO stats for an uplink"),
     // datapath/features/timing.cpp
-    // METHOD("GetFlowTimeout", PyQDP_GetFlowTimeout, "", "Get flow timeout in seconds"),
-    // METHOD("SetFlowTimeout", PyQDP_SetFlowTimeout, ", seconds", "Set flow timeout in seconds"),
+    METHOD("GetFlowTimeout", PyQDP_GetFlowTimeout, "", "Get flow timeout in seconds"),
+    METHOD("SetFlowTimeout", PyQDP_SetFlowTimeout, ", seconds", "Set flow timeout in seconds"),
     // datapath/uplink/placement.cpp
     METHOD("ListLCoreIDs", PyQDP_ListLCoreIDs, ", selector", "List All lcore IDs"),
     METHOD("InitMbufFastslabs", PyQDP_InitMbufFastslabs, "", "Init QDP mbuf fastslabs"),
     // datapath/features/timing.cpp
-    // METHOD("GetFPORevalConfig", PyQDP_Get_FPO_Reval_Config, "", "Get FPO revaliation config"),
-    // METHOD("SetFPORevalConfig", PyQDP_Set_FPO_Reval_Config, ", enabled, inject_packet, reval_interval, flow_scan_quota", "Set FPO revaliation config"),
-    // METHOD("GetFPODelayCtOlConfig", PyQDP_Get_FPO_DelayCtOl_Config, "", "Get FPO CT OL delay config"),
-    // METHOD("SetFPODelayCtOlConfig", PyQDP_Set_FPO_DelayCtOl_Config, ", enabled, num_packets", "Set FPO CT OL delay config"),
-    // METHOD("GetRefreshPktInjectionConfig", PyQdp_Get_Refresh_Pkt_Injection, "", "Get refresh packet injection config"),
-    // METHOD("SetRefreshPktInjectionConfig", PyQdp_Set_Refresh_Pkt_Injection, ", value", "Set refresh packet injection config"),
+    METHOD("GetFPORevalConfig", PyQDP_Get_FPO_Reval_Config, "", "Get FPO revaliation config"),
+    METHOD("SetFPORevalConfig", PyQDP_Set_FPO_Reval_Config, ", enabled, inject_packet, reval_interval, flow_scan_quota",
+           "Set FPO revaliation config"),
+    METHOD("GetFPODelayCtOlConfig", PyQDP_Get_FPO_DelayCtOl_Config, "", "Get FPO CT OL delay config"),
+    METHOD("SetFPODelayCtOlConfig", PyQDP_Set_FPO_DelayCtOl_Config, ", enabled, num_packets",
+           "Set FPO CT OL delay config"),
+    METHOD("GetRefreshPktInjectionConfig", PyQdp_Get_Refresh_Pkt_Injection, "", "Get refresh packet injection config"),
+    METHOD("SetRefreshPktInjectionConfig", PyQdp_Set_Refresh_Pkt_Injection, ", value",
+           "Set refresh packet injection config"),
     // smartnic/ports/mux.cpp
     // METHOD("GetSwitchMuxMode", PyQDP_GetSwitchMuxMode, ", switch", "Get Mux mode of an QDP switch"),
     // METHOD("ListSwitchMuxVLAN", PyQDP_ListSwitchMuxVLAN, ", switch, start_fc_port", "Get internal VLAN map of a Mux QDP switch"),

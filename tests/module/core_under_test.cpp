@@ -1,4 +1,5 @@
 // The module's core as a Python extension of its own, so that its tests can hand it bytes of their own making.
+#include "datapath/features/fpo_defaults.h"
 #include "module/fields.h"
 #include "module/render.h"
 #include "switchid/property.h"
@@ -194,6 +195,37 @@ PyObject* portset_name(PyObject*, PyObject* args)
     return resolve_portset_name(alias, name) ? PyUnicode_FromString(name.text) : none();
 }
 
+PyObject* compared_releases(PyObject*, PyObject* args)
+{
+    const char *first, *second;
+    if (!PyArg_ParseTuple(args, "ss", &first, &second))
+        return nullptr;
+    return PyLong_FromLong(compare_releases(first, second));
+}
+
+PyObject* fpo_models(PyObject*, PyObject* args)
+{
+    const char* release;
+    if (!PyArg_ParseTuple(args, "z", &release))
+        return nullptr;
+    return PyLong_FromUnsignedLong(default_fpo_models(release));
+}
+
+// What a method returns and the type of the exception that it leaves set, which the interpreter would show in place of
+// the result.
+PyObject* returned(PyObject*, PyObject* args)
+{
+    PyObject *method, *arguments;
+    if (!PyArg_ParseTuple(args, "OO", &method, &arguments))
+        return nullptr;
+    PyObject* result = PyCFunction_GetFunction(method)(PyCFunction_GetSelf(method), arguments);
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    Py_XDECREF(value);
+    Py_XDECREF(traceback);
+    return Py_BuildValue("NN", result, type ? type : none());
+}
+
 PyMethodDef functions[] = {
     {"members", members, METH_VARARGS, nullptr},
     {"entry", entry, METH_VARARGS, nullptr},
@@ -204,6 +236,9 @@ PyMethodDef functions[] = {
     {"setting", setting, METH_VARARGS, nullptr},
     {"set_setting", set_setting, METH_VARARGS, nullptr},
     {"portset_name", portset_name, METH_VARARGS, nullptr},
+    {"compared_releases", compared_releases, METH_VARARGS, nullptr},
+    {"fpo_models", fpo_models, METH_VARARGS, nullptr},
+    {"returned", returned, METH_VARARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
 
