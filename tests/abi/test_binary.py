@@ -18,7 +18,6 @@ PENDING = """
     PyQDP_CreatePortList PyQDP_CreateVlanList
     PyQDP_PortNetQInfo
     PyQDPSetFiltTypeProp
-    QdpGetIndexTableData QdpGetGenericKeyTableData
 """.split()
 
 # What the module may call of the interpreter: all are in the stable interface of 3.6.
