@@ -45,6 +45,10 @@ FlowOperationsEntry flow_operations(const Host& host, uint32_t index);
 
 // --- Shared ---
 
+// What a counter of the pipeline that grows by `per_second` has reached: the SmartNIC had been up for an hour when the
+// host came up.
+uint64_t grown(const Host& host, uint64_t per_second);
+
 // The element with a number in one of its members, or null.
 template <class Element, class Number>
 const Element* find(const std::vector<Element>& elements, Number Element::*member, uint64_t number)

@@ -15,10 +15,11 @@ constexpr uint16_t window = 0xffff;
 constexpr uint16_t first_outer_port = 0xc000;
 constexpr uint32_t first_cookie = 0x0f100000;
 constexpr uint32_t unacknowledged = 1 << 16;
+constexpr uint64_t seconds_before = 3600;
 
 uint64_t packets_of(const Host& host, const Flow& flow)
 {
-    return host.clock.grown(flow.packets);
+    return grown(host, flow.packets);
 }
 
 bool is_uplink(const Host& host, const FlowEnd& end)
@@ -75,6 +76,11 @@ uint32_t sequence(const Host& host, const Flow& flow)
 
 }  // namespace
 
+uint64_t grown(const Host& host, uint64_t per_second)
+{
+    return seconds_before * per_second + host.clock.grown(per_second);
+}
+
 void store_mac(uint8_t (&out)[mac_bytes], uint64_t mac)
 {
     for (size_t i = 0; i < mac_bytes; ++i)
@@ -124,12 +130,15 @@ CtCountersEntry ct_counters(const Host& host, Direction direction, uint32_t inde
     return made;
 }
 
+// A connection that is tracked here has the state of both its ends.
 CtStateEntry ct_state(const Host& host, Direction direction, uint32_t index)
 {
     CtStateEntry made{};
+    bool is_here = false;
     for (const Flow& flow : host.hardware_tables.flows) {
-        if (flow.conversation != index || !is_tracked(flow, direction))
+        if (flow.conversation != index)
             continue;
+        is_here = is_here || is_tracked(flow, direction);
         const uint32_t sent = sequence(host, flow);
         const uint8_t state = flow.protocol == tcp ? established : opening;
         if (!flow.is_reply) {
@@ -148,7 +157,7 @@ CtStateEntry ct_state(const Host& host, Direction direction, uint32_t index)
         made.software_state = 1;
         made.is_logged = flow.mirror.has_value() || made.is_logged;
     }
-    return made;
+    return is_here ? made : CtStateEntry{};
 }
 
 std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
@@ -187,7 +196,7 @@ FlowInfoEntry flow_info(const Host& host, uint32_t index)
     made.flow = flow->index;
     made.port = flow->destination.port;
     made.count = packets_of(host, *flow);
-    made.seconds = static_cast<uint32_t>(host.clock.nanoseconds() / 1'000'000'000);
+    made.seconds = static_cast<uint32_t>(grown(host, 1));
     made.source_tag = tag_of(host, flow->source);
     made.destination_tag = tag_of(host, flow->destination);
     made.is_routed = flow->destination.tunnel.has_value();
@@ -225,15 +234,15 @@ FlowInfoEntry flow_info(const Host& host, uint32_t index)
 // Flows come and go; those of the tables stay.
 FlowOperationsEntry flow_operations(const Host& host, uint32_t)
 {
-    const uint64_t gone = host.clock.grown(20);
+    const uint64_t gone = grown(host, 20);
     FlowOperationsEntry made{};
     made.entries = host.hardware_tables.flows.size();
     made.removes = made.remove_calls = made.removes_by_level[0] = gone;
     made.inserts = made.insert_calls = gone + made.entries;
     made.inserts_by_level[1] = made.collisions = made.inserts / 50;
     made.inserts_by_level[0] = made.inserts - made.collisions;
-    made.updates = host.clock.grown(5);
-    made.gets = host.clock.grown(100);
+    made.updates = grown(host, 5);
+    made.gets = grown(host, 100);
     made.releases = gone;
     made.reads = made.gets + made.updates;
     made.writes = made.inserts + made.removes + made.updates;

@@ -34,8 +34,8 @@ P4TrafficCounters traffic(uint64_t packets)
 
 P4PortCounters counters_of(const Host& host, const Port& port)
 {
-    const uint64_t rx = host.clock.grown(port.rx_packets);
-    const uint64_t tx = host.clock.grown(port.tx_packets);
+    const uint64_t rx = grown(host, port.rx_packets);
+    const uint64_t tx = grown(host, port.tx_packets);
     return {traffic(rx), traffic(rx / drop_share), traffic(tx), traffic(tx / drop_share)};
 }
 
@@ -45,7 +45,7 @@ uint64_t packets(const Host& host, bool of_uplinks, uint64_t Port::*direction)
     uint64_t sum = 0;
     for (const Port& port : host.hardware_tables.ports)
         if (port.is_uplink == of_uplinks)
-            sum += host.clock.grown(port.*direction);
+            sum += grown(host, port.*direction);
     return sum;
 }
 
@@ -61,8 +61,8 @@ P4LifCounters lif_counters(const Host& host, uint32_t lif)
     P4LifCounters made{};
     if (const Port* port = find(host.hardware_tables.ports, &Port::lif, lif)) {
         made.traffic = counters_of(host, *port);
-        made.rx_queue.empty = host.clock.grown(port->rx_packets) / drop_share;
-        made.tx_queue.error = host.clock.grown(port->tx_packets) / error_share;
+        made.rx_queue.empty = grown(host, port->rx_packets) / drop_share;
+        made.tx_queue.error = grown(host, port->tx_packets) / error_share;
     }
     return made;
 }
