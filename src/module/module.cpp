@@ -6,6 +6,7 @@
 #include "datapath/stats/stats.h"
 #include "datapath/uplink/uplink.h"
 #include "module/python.h"
+#include "smartnic/tables/tables.h"
 
 namespace {
 
@@ -191,36 +192,45 @@ PyMethodDef methods[] = {
     // METHOD("FPOQueryContextMgr", PyQDP_FPOQueryContextMgr, ", id_1, id_2, id_3", "FPO Query Context Mgr"),
     // METHOD("FPOHWDestroy", PyQDP_FPOHWDestroy, "", "FPO HWFLow destroy"),
     // smartnic/tables/stats_tables.cpp
-    // METHOD("TableLifStatsGet", PyQDP_TableLifStatsGet, ", lif", "Read lif stats table"),
-    // METHOD("TablePortStatsGet", PyQDP_TablePortStatsGet, ", port", "Read port stats table"),
-    // METHOD("TableP4IStatsGet", PyQDP_TableP4IStatsGet, "", "Read p4i stats table"),
-    // METHOD("TableP4EStatsGet", PyQDP_TableP4EStatsGet, "", "Read p4e stats table"),
+    METHOD("TableLifStatsGet", PyQDP_TableLifStatsGet, ", lif", "Read lif stats table"),
+    METHOD("TablePortStatsGet", PyQDP_TablePortStatsGet, ", port", "Read port stats table"),
+    METHOD("TableP4IStatsGet", PyQDP_TableP4IStatsGet, "", "Read p4i stats table"),
+    METHOD("TableP4EStatsGet", PyQDP_TableP4EStatsGet, "", "Read p4e stats table"),
     // smartnic/tables/port_tables.cpp
-    // METHOD("TableInputGet", PyQDP_TableInputGet, ", lif", "Read input table entry"),
-    // METHOD("TableOutputGet", PyQDP_TableOutputGet, ", port", "Read output table entry"),
-    // METHOD("TableMuxVlanGet", PyQDP_TableMuxVlanGet, ", vlan, selector", "Read mux vlan table entry"),
-    // METHOD("TableVlanMapGet", PyQDP_TableVlanMapGet, ", vlan, value", "Read classic mode VLAN mapping table entr"),
-    // METHOD("TableL2SegGet", PyQDP_TableL2SegGet, ", segment", "Read classic mode L2 segment table entry"),
-    // METHOD("TableRegMACGet", PyQDP_TableRegMACGet, ", value, mac", "Read classic mode registered MAC table entry"),
+    METHOD("TableInputGet", PyQDP_TableInputGet, ", lif", "Read input table entry"),
+    METHOD("TableOutputGet", PyQDP_TableOutputGet, ", port", "Read output table entry"),
+    METHOD("TableMuxVlanGet", PyQDP_TableMuxVlanGet, ", vlan, selector", "Read mux vlan table entry"),
+    METHOD("TableVlanMapGet", PyQDP_TableVlanMapGet, ", vlan, value", "Read classic mode VLAN mapping table entr"),
+    METHOD("TableL2SegGet", PyQDP_TableL2SegGet, ", segment", "Read classic mode L2 segment table entry"),
+    METHOD("TableRegMACGet", PyQDP_TableRegMACGet, ", value, mac", "Read classic mode registered MAC table entry"),
     // smartnic/tables/conntrack_tables.cpp
-    // METHOD("TableIPFixGet", PyQDP_TableIPFixGet, ", index, selector", "Read ipfix table entry(flow stats table entry)"),
-    // METHOD("TableCTStatsGet", PyQDP_TableCTStatsGet, ", index, selector", " Read CT stats table (per port) entry"),
-    // METHOD("TableCTStateGet", PyQDP_TableCTStateGet, ", index, selector", "Read CT state table entry"),
+    METHOD("TableIPFixGet", PyQDP_TableIPFixGet, ", index, selector", "Read ipfix table entry(flow stats table entry)"),
+    METHOD("TableCTStatsGet", PyQDP_TableCTStatsGet, ", index, selector", " Read CT stats table (per port) entry"),
+    METHOD("TableCTStateGet", PyQDP_TableCTStateGet, ", index, selector", "Read CT state table entry"),
     // smartnic/tables/mirror_tables.cpp
-    // METHOD("TableMirrorGet", PyQDP_TableMirrorGet, ", session, selector", "Read mirror table entry"),
-    // METHOD("TableMirrorL3Get", PyQDP_TableMirrorL3Get, ", first, second", "Read mirror L3 table entry"),
+    METHOD("TableMirrorGet", PyQDP_TableMirrorGet, ", session, selector", "Read mirror table entry"),
+    METHOD("TableMirrorL3Get", PyQDP_TableMirrorL3Get, ", first, second", "Read mirror L3 table entry"),
     // smartnic/tables/tunnel_tables.cpp
-    // METHOD("TableTunnelTerminateGet", PyQDP_TableTunnelTerminateGet, ", mac, value, is_first, is_ipv4, vlan_1, vlan_2, address_low, address_high", "Read tunnel termintate hash table entry"),
-    // METHOD("TableTunnelSAGet", PyQDP_TableTunnelSAGet, ", value, is_ipv4, address_low, address_high", "Read tunnel SA hash table entry"),
+    METHOD("TableTunnelTerminateGet", PyQDP_TableTunnelTerminateGet,
+           ", mac, value, is_first, is_ipv4, vlan_1, vlan_2, address_low, address_high",
+           "Read tunnel termintate hash table entry"),
+    METHOD("TableTunnelSAGet", PyQDP_TableTunnelSAGet, ", value, is_ipv4, address_low, address_high",
+           "Read tunnel SA hash table entry"),
     // smartnic/tables/flow_tables.cpp
-    // METHOD("TableFlowKeyGet", PyQDP_TableFlowKeyGet, ", value, mac_1, mac_2, port, flow_index, vni, protocol, is_ipv4, address_1_low, address_1_high, address_2_low, address_2_high, port_1, port_2", "Read flow key hash table entry"),
-    // METHOD("TableFlowInfoGet", PyQDP_TableFlowInfoGet, ", index", "Read flow info table entry"),
-    // METHOD("TableFlowRewriteGet", PyQDP_TableFlowRewriteGet, ", index", "Read flow rewrite table entry"),
+    METHOD("TableFlowKeyGet", PyQDP_TableFlowKeyGet,
+           ", value, mac_1, mac_2, port, flow_index, vni, protocol, is_ipv4, address_1_low, address_1_high, "
+           "address_2_low, address_2_high, port_1, port_2",
+           "Read flow key hash table entry"),
+    METHOD("TableFlowInfoGet", PyQDP_TableFlowInfoGet, ", index", "Read flow info table entry"),
+    METHOD("TableFlowRewriteGet", PyQDP_TableFlowRewriteGet, ", index", "Read flow rewrite table entry"),
     // smartnic/tables/tunnel_tables.cpp
-    // METHOD("TableTunnelRewriteGet", PyQDP_TableTunnelRewriteGet, ", index", "Read tunnel rewrite table entry (encap record)"),
+    METHOD("TableTunnelRewriteGet", PyQDP_TableTunnelRewriteGet, ", index",
+           "Read tunnel rewrite table entry (encap record)"),
     // smartnic/tables/config_tables.cpp
-    // METHOD("TableDSCPConfGet", PyQDP_TableDSCPConfGet, "", "Get DSCP configuration (trace flow configuration for vlan LS"),
-    // METHOD("TableUplinkMapGet", PyQDP_TableUplinkMapGet, "", "Get Uplink index to port map for Phy port failover support"),
+    METHOD("TableDSCPConfGet", PyQDP_TableDSCPConfGet, "",
+           "Get DSCP configuration (trace flow configuration for vlan LS"),
+    METHOD("TableUplinkMapGet", PyQDP_TableUplinkMapGet, "",
+           "Get Uplink index to port map for Phy port failover support"),
     // smartnic/diag/p4_app.cpp
     // METHOD("P4AppSet", PyQDP_P4AppSet, ", enabled", "Enable/disable p4 user application"),
     // METHOD("P4AppGet", PyQDP_P4AppGet, "", "check whether p4 user application enabled or not"),
@@ -228,7 +238,7 @@ PyMethodDef methods[] = {
     // METHOD("P4UKLatencySet", PyQDP_P4UKLatencySet, ", enabled", "Enable/disable p4 table program latency histogram collection"),
     // METHOD("P4UKLatencyDump", PyQDP_P4UKLatencyDump, ", selector", "Dump p4 table program latency histogram data"),
     // smartnic/tables/flow_ops.cpp
-    // METHOD("FlowOpsStatsGet", PyQDP_FlowOpsStatsGet, "", "Get flow operation stats maintained by ftl API level"),
+    METHOD("FlowOpsStatsGet", PyQDP_FlowOpsStatsGet, "", "Get flow operation stats maintained by ftl API level"),
     // smartnic/diag/advanced_stats.cpp
     // METHOD("AdvStatsSetEnabled", PyQDP_AdvStatsSetEnabled, ", switch, mode", "Enable or disable advanced stats"),
     // METHOD("AdvStatsGetEnabled", PyQDP_AdvStatsGetEnabled, ", switch", "Get advanced stats enabled"),

@@ -14,7 +14,6 @@ EXPORTED = """
 # Of these, the ones that are still to come.
 PENDING = """
     FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
-    QdpGetIndexTableData QdpGetGenericKeyTableData
 """.split()
 
 # What the module may call of the interpreter: all are in the stable interface of 3.6.

@@ -1,0 +1,89 @@
+// Tunnels: the hash tables of their ends and of their security associations, and the headers that they add.
+#include "smartnic/tables/keys.h"
+#include "smartnic/tables/reader.h"
+#include "smartnic/tables/tables.h"
+
+namespace qdp {
+
+namespace {
+
+constexpr auto tunnel_termination = table<P4Table::tunnel_termination>({
+    {"vtepIdx", bytes(0, 1)},
+    {"valid", bytes(1, 1)},
+});
+
+constexpr auto tunnel_sa = table<P4Table::tunnel_sa>({
+    {"outerFlowId", bytes(0, 2)},
+    {"valid", bytes(2, 1)},
+});
+
+constexpr Place is_ipv6 = bits(0, 0, 1);
+constexpr auto tunnel_rewrite = table<P4Table::tunnel_rewrite>({
+    {"isIpv6", is_ipv6},
+    {"geneve", bits(0, 1, 1)},
+    {"vlanVld", bits(0, 2, 1)},
+    {"tcCopy", bits(0, 3, 1)},
+    {"labelOptVld", bits(0, 4, 1)},
+    {"labelID", bits(0, 5, 17)},
+    {"l2Type", bits(0, 22, 2)},
+    {"vlanID", bytes(4, 2)},
+    {"tc", bytes(6, 1)},
+    {"ttl", bytes(7, 1)},
+    {"smac", bytes(8, 6), as_mac},
+    {"dmac", bytes(14, 6), as_mac},
+    {"ipsa", bytes(20, 16), as_address<is_ipv6>},
+    {"ipda", bytes(36, 16), as_address<is_ipv6>},
+});
+
+// A VLAN and its valid bit; without a VLAN both are 0.
+constexpr uint16_t vlan_bits(uint32_t vlan)
+{
+    return vlan == no_vlan ? uint16_t{0} : static_cast<uint16_t>(vlan << tunnel_key_vlan_shift | tunnel_key_vlan_valid);
+}
+
+}  // namespace
+
+PyObject* PyQDP_TableTunnelTerminateGet(PyObject*, PyObject* args)
+{
+    long long mac, address_low, address_high;
+    uint32_t qualifier, is_first, is_ipv4, vlan_1, vlan_2;
+    if (!PyArg_ParseTuple(args, "LIIIIILL", &mac, &qualifier, &is_first, &is_ipv4, &vlan_1, &vlan_2, &address_low,
+                          &address_high) ||
+        qualifier >= max_tunnel_qualifiers || vlan_1 > no_vlan || vlan_2 > no_vlan || !fits_48_bits(mac) ||
+        (is_ipv4 && !fits_ipv4(address_low, address_high)))
+        return print_none(invalid_parameter);
+
+    P4TunnelTerminationKey key{};
+    for (size_t i = 0; i < mac_bytes; ++i)
+        key.mac[i] = static_cast<uint8_t>(mac >> (8 * i));
+    key.qualifier = static_cast<uint16_t>(qualifier);
+    const uint16_t flags = (is_first ? tunnel_key_first : tunnel_key_second) | (is_ipv4 ? tunnel_key_ipv4 : 0);
+    key.flags_and_vlan_1 = flags | vlan_bits(vlan_1);
+    key.flags_and_vlan_2 = vlan_bits(vlan_2);
+    key.address_low = static_cast<uint64_t>(address_low);
+    key.address_high = static_cast<uint64_t>(address_high);
+    return read_by_key(tunnel_termination, key);
+}
+
+PyObject* PyQDP_TableTunnelSAGet(PyObject*, PyObject* args)
+{
+    uint32_t qualifier, is_ipv4;
+    long long address_low, address_high;
+    if (!PyArg_ParseTuple(args, "IILL", &qualifier, &is_ipv4, &address_low, &address_high) || qualifier > UINT8_MAX ||
+        (is_ipv4 && !fits_ipv4(address_low, address_high)))
+        return print_none(invalid_parameter);
+
+    P4TunnelSaKey key{};
+    key.qualifier = static_cast<uint8_t>(qualifier);
+    key.is_ipv4 = is_ipv4 != 0;
+    key.address_low = static_cast<uint64_t>(address_low);
+    key.address_high = static_cast<uint64_t>(address_high);
+    return read_by_key(tunnel_sa, key);
+}
+
+PyObject* PyQDP_TableTunnelRewriteGet(PyObject*, PyObject* args)
+{
+    return read_by_index(args, tunnel_rewrite, max_tunnel_rewrites);
+}
+
+}  // namespace qdp
