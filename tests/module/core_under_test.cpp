@@ -194,6 +194,20 @@ PyObject* portset_name(PyObject*, PyObject* args)
     return resolve_portset_name(alias, name) ? PyUnicode_FromString(name.text) : none();
 }
 
+// What a method's function returns, and the type of the exception beside it: the interpreter itself drops the result
+// when there is an exception.
+PyObject* returned(PyObject*, PyObject* args)
+{
+    PyObject *method, *arguments;
+    if (!PyArg_ParseTuple(args, "OO", &method, &arguments))
+        return nullptr;
+    const PyRef result{PyCFunction_GetFunction(method)(PyCFunction_GetSelf(method), arguments)};
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    const PyRef owned_value{value}, owned_traceback{traceback};
+    return Py_BuildValue("ON", result.get(), type ? type : none());
+}
+
 PyMethodDef functions[] = {
     {"members", members, METH_VARARGS, nullptr},
     {"entry", entry, METH_VARARGS, nullptr},
@@ -204,6 +218,7 @@ PyMethodDef functions[] = {
     {"setting", setting, METH_VARARGS, nullptr},
     {"set_setting", set_setting, METH_VARARGS, nullptr},
     {"portset_name", portset_name, METH_VARARGS, nullptr},
+    {"returned", returned, METH_VARARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
 
