@@ -30,7 +30,7 @@ struct PortLoads {
 std::vector<Load> queue_loads(const Clock& clock, const Traffic& traffic, const uint8_t* lcores, size_t queues)
 {
     std::vector<Load> loads;
-    for (size_t queue = 0; queue < queues; ++queue) {
+    for (size_t queue = 0; queue < queues && queue < max_queues; ++queue) {
         const uint64_t rate = traffic.packets / queues;
         const uint64_t packets = clock.grown(rate);
         loads.push_back({lcores[queue], rate, packets, packets * traffic.packet_bytes});
