@@ -129,6 +129,8 @@ Host default_host()
     made.balancer = default_balancer(made);
     made.features = default_features(made);
     made.timing = default_timing(made);
+    made.rss_engines = default_rss_engines(made);
+    made.l3span_records = default_l3span_records(made);
     made.smartnic = default_smartnic(made);
     made.pipeline = default_pipeline(made);
     made.hardware_tables = default_hardware_tables(made);

@@ -17,6 +17,7 @@
 #include "host/state/pipeline.h"
 #include "host/state/placement.h"
 #include "host/state/port_settings.h"
+#include "host/state/rss_engines.h"
 #include "host/state/smartnic.h"
 #include "host/state/timing.h"
 #include "host/state/uplinks.h"
@@ -91,6 +92,8 @@ struct Host {
     Balancer balancer;
     Features features;
     Timing timing;
+    RssEngines rss_engines;
+    L3SpanRecords l3span_records;
     SmartNic smartnic;
     Pipeline pipeline;
     HardwareTables hardware_tables;

@@ -1,6 +1,7 @@
 // The module `_libqdp`: its table of methods, which is also the map of the source. The comment above a run of methods
 // names the file that they live in.
 #include "datapath/features/features.h"
+#include "datapath/lb/lb.h"
 #include "datapath/mac/mac.h"
 #include "datapath/ports/ports.h"
 #include "datapath/stats/stats.h"
@@ -51,13 +52,14 @@ PyMethodDef methods[] = {
     METHOD("ResetPort", PyQDP_Reset_Port, ", switch, port, value", "Reset a port"),
     METHOD("GetPortTxUplink", PyQDP_Get_Port_Tx_Uplink, ", switch, port", "Get the TX uplink of a given port"),
     // datapath/features/l3span.cpp
-    // METHOD("GetL3SPANRecord", PyQDP_Get_L3SPAN_Record, ", switch, is_ipv6, destination, value", "Get L3SPAN record for a destination IP"),
+    METHOD("GetL3SPANRecord", PyQDP_Get_L3SPAN_Record, ", switch, is_ipv6, destination, value",
+           "Get L3SPAN record for a destination IP"),
     // datapath/stats/uplink_stats.cpp
     METHOD("GetUplinkStats", PyQDP_Get_Uplink_Stats, ", switch, port", "Get private stats of an uplink port"),
     METHOD("GetUplinkQueueStats", PyQDP_Get_Uplink_Queue_Stats, ", switch, port, direction, queue",
            "Get uplink queue stats"),
     // datapath/features/rss_engine.cpp
-    // METHOD("ListRSSEngine", PyQDP_List_RSS_Engine, ", switch, port", "List RSS engines"),
+    METHOD("ListRSSEngine", PyQDP_List_RSS_Engine, ", switch, port", "List RSS engines"),
     // datapath/ports/port_control.cpp
     METHOD("SetUplinkMACLearn", PyQDP_Set_Uplink_MAC_Learn, ", switch, enabled", "Set uplink MAC Learn policy"),
     METHOD("ClearSwitchFlowTable", PyQDP_Clear_Switch_Flow_Table, ", switch", "Clear flow table for a switch"),
@@ -82,18 +84,19 @@ PyMethodDef methods[] = {
     METHOD("ListDevAffinity", PyQDP_List_Device_Affinity, "", "List device affinity for all the hwnics on this system"),
     METHOD("SetDevAffinity", PyQDP_Set_Device_Affinity, ", device, affinity", "Set device affinity for a given hwnic"),
     // datapath/lb/debug_buffer.cpp
-    // METHOD("DumpLBDebugBuf", PyQDP_DumpLBDebugBuf, ", switch, flag", "Dump the current state of the TLB debug buffer"),
-    // METHOD("FlushLBDebugBuf", PyQDP_FlushLBDebugBuf, ", switch", "Flush the TLB debug buffer"),
+    METHOD("DumpLBDebugBuf", PyQDP_DumpLBDebugBuf, ", switch, flag", "Dump the current state of the TLB debug buffer"),
+    METHOD("FlushLBDebugBuf", PyQDP_FlushLBDebugBuf, ", switch", "Flush the TLB debug buffer"),
     // datapath/lb/metric.cpp
-    // METHOD("GetLBMetric", PyQDP_GetLBMetric, ", alias", "Get thread load balancing metric"),
-    // METHOD("SetLBMetric", PyQDP_SetLBMetric, ", alias, metric", "Set thread load balancing metric"),
+    METHOD("GetLBMetric", PyQDP_GetLBMetric, ", alias", "Get thread load balancing metric"),
+    METHOD("SetLBMetric", PyQDP_SetLBMetric, ", alias, metric", "Set thread load balancing metric"),
     // datapath/lb/parameters.cpp
-    // METHOD("SetLBParam", PyQDP_SetLBParam, ", alias, name, value", "Set thread load balancing runtime parameter"),
-    // METHOD("GetLBParams", PyQDP_GetLBParams, ", alias", "Get thread load balancing runtime parameters"),
+    METHOD("SetLBParam", PyQDP_SetLBParam, ", alias, name, value", "Set thread load balancing runtime parameter"),
+    METHOD("GetLBParams", PyQDP_GetLBParams, ", alias", "Get thread load balancing runtime parameters"),
     // datapath/lb/traffic.cpp
-    // METHOD("InjectLBTraffic", PyQDP_InjectLBTraffic, ", switch, traffic", "Inject LB Traffic"),
+    METHOD("InjectLBTraffic", PyQDP_InjectLBTraffic, ", switch, traffic", "Inject LB Traffic"),
     // datapath/lb/stats.cpp
-    // METHOD("DumpLBStats", PyQDP_DumpLBStats, ", switch, first_port, port_count, first_context, context_count", "Dump the latest LB statistics"),
+    METHOD("DumpLBStats", PyQDP_DumpLBStats, ", switch, first_port, port_count, first_context, context_count",
+           "Dump the latest LB statistics"),
     // datapath/features/switch_settings.cpp
     METHOD("GetSwitchNUMATeam", PyQDP_GetSwitchNUMATeam, ", alias", "Get the current status NUMA awareness of teaming"),
     METHOD("SetSwitchNUMATeam", PyQDP_SetSwitchNUMATeam, ", alias, enabled",

@@ -3,10 +3,13 @@
 #pragma once
 
 #include "platform/fpo.h"
+#include "platform/l3span.h"
+#include "platform/load_balancer.h"
 #include "platform/mac.h"
 #include "platform/p4_command.h"
 #include "platform/port_conf.h"
 #include "platform/ports.h"
+#include "platform/rss_engines.h"
 #include "platform/settings.h"
 #include "platform/stats.h"
 #include "platform/uplink.h"
@@ -65,6 +68,13 @@ uint32_t Qdp_Get_LCore_ID_Bitmap(uint32_t selector, uint64_t* bitmap);  // bit n
 uint32_t Qdp_Init_Mbuf_Fastslabs(void);
 
 // Thread load balancer.
+uint32_t Qdp_GetLBParams(const char* portset_name, LBParameters* parameters);
+uint32_t Qdp_SetLBParam(const char* portset_name, uint32_t parameter, uint64_t value);
+uint32_t Qdp_DumpLBDebugBuf(uint32_t switch_number, int8_t flag, char* text, uint32_t* length);
+uint32_t Qdp_FlushLBDebugBuf(uint32_t switch_number);
+uint32_t Qdp_DumpLBStats(uint32_t switch_number, uint32_t first_port, uint32_t port_count, uint32_t first_context,
+                         uint32_t context_count, LBStatsChunk* chunk, uint32_t size);
+uint32_t Qdp_InjectLBTraffic(const LBTrafficRequest* request);
 
 // Switch features. A portset name is a text; the first call also wants the size of its buffer.
 uint32_t Qdp_GetSwitchNUMATeam(const char* portset_name, uint32_t name_bytes, uint8_t* enabled);
@@ -92,6 +102,8 @@ uint32_t Qdp_Get_Refresh_Pkt_Injection(uint32_t* value);
 uint32_t Qdp_Set_Refresh_Pkt_Injection(uint32_t value);
 
 // RSS engines and L3 SPAN.
+uint32_t Qdp_Get_RSS_Engine_List(uint32_t switch_number, uint32_t port, RSSEngineList* list);
+uint32_t Qdp_Get_L3SPAN_Record(const L3SPANRequest* request, L3SPANRecord* answer, uint32_t* size);
 
 // SmartNIC: the command channel.
 uint32_t Qdp_P4_Cmd(const void* request, uint32_t request_length, void* response, uint32_t* response_length);

@@ -211,19 +211,18 @@ PyObject* fpo_models(PyObject*, PyObject* args)
     return PyLong_FromUnsignedLong(default_fpo_models(release));
 }
 
-// What a method returns and the type of the exception that it leaves set, which the interpreter would show in place of
-// the result.
+// What a method's function returns, and the type of the exception beside it: the interpreter itself drops the result
+// when there is an exception.
 PyObject* returned(PyObject*, PyObject* args)
 {
     PyObject *method, *arguments;
     if (!PyArg_ParseTuple(args, "OO", &method, &arguments))
         return nullptr;
-    PyObject* result = PyCFunction_GetFunction(method)(PyCFunction_GetSelf(method), arguments);
+    const PyRef result{PyCFunction_GetFunction(method)(PyCFunction_GetSelf(method), arguments)};
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
-    Py_XDECREF(value);
-    Py_XDECREF(traceback);
-    return Py_BuildValue("NN", result, type ? type : none());
+    const PyRef owned_value{value}, owned_traceback{traceback};
+    return Py_BuildValue("ON", result.get(), type ? type : none());
 }
 
 PyMethodDef functions[] = {

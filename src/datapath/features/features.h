@@ -1,4 +1,4 @@
-// Methods on a switch's features, on flow offload and on the timing of flows.
+// Methods on a switch's features, on flow offload, the timing of flows, RSS engines and L3 SPAN.
 #pragma once
 
 #include "module/python.h"
@@ -43,5 +43,10 @@ Method PyQDP_Get_FPO_DelayCtOl_Config;
 Method PyQDP_Set_FPO_DelayCtOl_Config;
 Method PyQdp_Get_Refresh_Pkt_Injection;
 Method PyQdp_Set_Refresh_Pkt_Injection;
+// rss_engine.cpp
+Method PyQDP_List_RSS_Engine;
+
+// l3span.cpp
+Method PyQDP_Get_L3SPAN_Record;
 
 }  // namespace qdp

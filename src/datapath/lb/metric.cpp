@@ -1,0 +1,78 @@
+// What the load balancer of a switch balances by: the metric that the switch's host property keeps.
+#include <algorithm>
+#include <iterator>
+
+#include "datapath/lb/lb.h"
+#include "module/fields.h"
+#include "platform/qdp_control.h"
+#include "switchid/property.h"
+
+namespace qdp {
+
+namespace {
+
+constexpr Names<3> metric_names{{"none", "cpu", "count"}, "invalid"};
+
+// The settings that a switch keeps; for a switch that keeps none, the metric that the balancer works with. False after
+// a message, or without one when the balancer does not answer.
+bool read_settings(const char* alias, LBSettings& settings)
+{
+    SwitchId id;
+    if (!resolve_switch_id(alias, id))
+        return false;
+    const Setting kept = read_setting(id, load_balancer_property, settings);
+    if (kept != Setting::absent)
+        return kept == Setting::present;
+
+    PortsetName name;
+    LBParameters parameters{};
+    if (!resolve_portset_name(alias, name) || Qdp_GetLBParams(name.text, &parameters) != 0)
+        return false;
+    settings = {};
+    settings.metric = parameters.metric;
+    return true;
+}
+
+// Stores the metric beside whatever else the switch's settings hold. The settings are read before the name is looked
+// at, so that an unknown switch is reported first.
+bool set_metric(const char* alias, std::string_view name)
+{
+    LBSettings settings;
+    if (!read_settings(alias, settings))
+        return false;
+
+    const auto* found = std::ranges::find(metric_names.names, name);
+    if (found == std::end(metric_names.names)) {
+        print_format("Invalid metric name %s.\n", name.data());
+        return false;
+    }
+    settings.version = 0;
+    settings.metric = static_cast<uint32_t>(found - metric_names.names);
+
+    SwitchId id;
+    return resolve_switch_id(alias, id) && write_setting(id, load_balancer_property, settings);
+}
+
+}  // namespace
+
+PyObject* PyQDP_GetLBMetric(PyObject*, PyObject* args)
+{
+    const char* alias;
+    if (!PyArg_ParseTuple(args, "s", &alias))
+        return print_none(invalid_parameter);
+
+    LBSettings settings;
+    if (!read_settings(alias, settings))
+        return none();
+    return Py_BuildValue("s", metric_names[settings.metric]);
+}
+
+PyObject* PyQDP_SetLBMetric(PyObject*, PyObject* args)
+{
+    const char *alias, *name;
+    if (!PyArg_ParseTuple(args, "ss", &alias, &name))
+        return print_false(invalid_parameter);
+    return PyBool_FromLong(set_metric(alias, name));
+}
+
+}  // namespace qdp

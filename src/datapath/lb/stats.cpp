@@ -1,0 +1,207 @@
+// The load balancer's statistics: entries of ports, uplinks and contexts, which the library hands out in chunks.
+#include <iterator>
+
+#include "datapath/lb/lb.h"
+#include "module/arguments.h"
+#include "module/fields.h"
+#include "platform/qdp_control.h"
+
+namespace qdp {
+
+namespace {
+
+// A tuple with one dict an item of a group. A group may begin at any item, which then need not be the entry's own.
+template <const auto& item_fields, size_t head_bytes>
+PyObject* group_object(Bytes entry, const Field& field)
+{
+    const auto group = entry.load<LBItemGroup>(field.where.offset);
+    PyRef tuple{made(PyTuple_New(group.count))};
+    if (!tuple)
+        return nullptr;
+    for (uint64_t i = 0; i < group.count; ++i) {
+        const Bytes item = entry.from(head_bytes + (group.first + i) * item_fields.record_size);
+        if (!set_tuple_item(tuple.get(), i, dict_of(item_fields, item).release()))
+            return nullptr;
+    }
+    return tuple.release();
+}
+
+template <const auto& item_fields, class Entry>
+constexpr Kind as_group{group_object<item_fields, sizeof(Entry)>, false, false, sizeof(LBItemGroup)};
+
+using F = LBFeatureItem;
+constexpr auto feature_fields = fields<sizeof(F)>({
+    {"count load", AT(F, count_load)},
+    {"feat ID", AT(F, feature)},
+    {"ctx ID", AT(F, context)},
+    {"pkts", AT(F, packets)},
+    {"bytes", AT(F, bytes)},
+});
+
+using P = LBPortEntry;
+constexpr auto port_fields = fields<sizeof(P)>({
+    {"port ID", AT(P, port)},
+    {"mem affinity mask", AT(P, affinity_mask)},
+    {"priority", AT(P, priority)},
+    {"vnicRxQ", AT(P, vnic_rx_queues), as_group<feature_fields, P>},
+    {"ofldRSS", AT(P, offload_rss), as_group<feature_fields, P>},
+    {"vnicTxQ", AT(P, vnic_tx_queues), as_group<feature_fields, P>},
+    {"filt", AT(P, filters), as_group<feature_fields, P>},
+});
+
+using Q = LBQueueItem;
+constexpr auto queue_fields = fields<sizeof(Q)>({
+    {"count load", AT(Q, count_load)},
+    {"ctx ID", AT(Q, context)},
+    {"pkts", AT(Q, packets)},
+    {"bytes", AT(Q, bytes)},
+});
+
+using U = LBUplinkEntry;
+constexpr auto uplink_fields = fields<sizeof(U)>({
+    {"port ID", AT(U, port)},
+    {"mem affinity ID", AT(U, affinity)},
+    {"uplinkRx", AT(U, rx_queues), as_group<queue_fields, U>},
+});
+
+// Deliberately widened with its sign and then shown unsigned: world -1 reads as 2^64 - 1.
+PyObject* world(Bytes entry, const Field& field)
+{
+    return made(PyLong_FromUnsignedLong(static_cast<uint64_t>(entry.signed_at(field.where))));
+}
+
+using C = LBContextEntry;
+constexpr auto context_fields = fields<sizeof(C)>({
+    {"ctx ID", AT(C, context)},
+    {"world ID", AT(C, world), world},
+    {"biased CPU", AT(C, biased_cpu)},
+    {"raw CPU", AT(C, raw_cpu)},
+    {"pkts", AT(C, packets)},
+    {"bytes", AT(C, bytes)},
+    {"max pb load", AT(C, max_pb_load)},
+});
+
+// The lengths of entries, their items included.
+uint64_t port_length(Bytes entry)
+{
+    const auto head = entry.load<LBPortEntry>(0);
+    uint64_t items = 0;
+    for (const LBItemGroup& group : {head.vnic_rx_queues, head.offload_rss, head.vnic_tx_queues, head.filters})
+        items += group.count;
+    return sizeof head + items * sizeof(LBFeatureItem);
+}
+
+uint64_t uplink_length(Bytes entry)
+{
+    const auto head = entry.load<LBUplinkEntry>(0);
+    return sizeof head + uint64_t{head.rx_queues.count} * sizeof(LBQueueItem);
+}
+
+uint64_t context_length(Bytes)
+{
+    return sizeof(LBContextEntry);
+}
+
+struct EntryKind {
+    Fields fields;
+    uint64_t (*length)(Bytes entry);
+};
+
+// By LBEntryType, which is also the position of the kind's list in the result.
+constexpr EntryKind kinds[] = {
+    {port_fields, port_length},
+    {uplink_fields, uplink_length},
+    {context_fields, context_length},
+};
+
+// The result, whose lists are still empty. Null with its exception set.
+PyRef empty_lists()
+{
+    PyRef lists{PyTuple_New(std::size(kinds))};
+    if (!lists)
+        raise(PyExc_MemoryError, "Failed to create tuple.");
+    for (size_t i = 0; lists && i < std::size(kinds); ++i)
+        if (!set_tuple_item(lists.get(), i, made(PyList_New(0))))
+            lists.reset();
+    return lists;
+}
+
+bool append_dict(PyObject* list, Fields fields, Bytes entry)
+{
+    const PyRef dict{made(PyDict_New())};
+    if (!dict)
+        return false;
+    if (PyList_Append(list, dict.get()) != 0)
+        return building_failed(cannot_set_list_item);
+    return fill(dict.get(), fields, entry);
+}
+
+// Appends the entries of a chunk to the lists of their kinds. False with its exception set, also for an entry that does
+// not lie in the chunk with its whole length.
+bool append_entries(PyObject* lists, const LBStatsChunk& chunk)
+{
+    Bytes rest = entries_of(chunk);
+    for (uint32_t i = 0; i < chunk.count; ++i) {
+        const auto type = rest.load<uint32_t>(0);
+        const uint64_t length = type < std::size(kinds) ? kinds[type].length(rest) : UINT64_MAX;
+        if (length > rest.size()) {
+            raise(PyExc_OSError, "Invalid format in LB stats dump");
+            return false;
+        }
+        if (!append_dict(PyTuple_GetItem(lists, type), kinds[type].fields, rest))
+            return false;
+        rest = rest.from(length);
+    }
+    return true;
+}
+
+// What is still to be dumped of the ports or of the contexts. Sums wrap at 2^32.
+struct Range {
+    uint32_t first;
+    uint32_t count;
+
+    bool is_within(uint32_t most) const { return first < most && first + count <= most; }
+
+    // The count deliberately stays: the next call asks for as many from the new start.
+    void go_on(uint32_t next)
+    {
+        if (next != lb_stats_finished && next < first + count)
+            first = next;
+        else
+            count = 0;
+    }
+};
+
+}  // namespace
+
+PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
+{
+    uint32_t switch_number;
+    Range ports, contexts;
+    if (!PyArg_ParseTuple(args, "IIIII", &switch_number, &ports.first, &ports.count, &contexts.first, &contexts.count))
+        return nullptr;
+    if (!is_switch(switch_number) || !ports.is_within(max_ports) || !contexts.is_within(max_lb_contexts))
+        return raise(PyExc_ValueError, "Invalid parameter passed.");
+
+    const auto chunk = allocate<LBStatsChunk>();
+    if (!chunk)
+        return raise(PyExc_MemoryError, "Failed to create dump buffer.");
+    PyRef lists = empty_lists();
+    if (!lists)
+        return nullptr;
+
+    while (ports.count != 0 || contexts.count != 0) {
+        if (Qdp_DumpLBStats(switch_number, ports.first, ports.count, contexts.first, contexts.count, chunk.get(),
+                            sizeof(LBStatsChunk)) != 0)
+            return raise(PyExc_OSError, "Failed to dump LB stats. Please see hostcore.log");
+        if (!append_entries(lists.get(), *chunk))
+            return nullptr;
+        ports.go_on(chunk->next_port);
+        contexts.go_on(chunk->next_context);
+        if (PyErr_CheckSignals() != 0)  // Ctrl-C ends a dump that the library never finishes
+            return nullptr;
+    }
+    return lists.release();
+}
+
+}  // namespace qdp
