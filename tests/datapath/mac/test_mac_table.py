@@ -407,8 +407,9 @@ class TestAddMACEntry(EntryOperation):
         before = addresses(qdp, 0, 3)
         own = int.from_bytes(bytes.fromhex(before[0].replace(":", "")), "little")
         qdp.result("AddMACEntry", 0, 3, own, 103)
+        qdp.result("AddMACEntry", 0, 3, self.MAC, 103)
         qdp.result("ResetPort", 0, 3, 0)
-        assert addresses(qdp, 0, 3) == before
+        assert addresses(qdp, 0, 3) == [before[0], "00:11:22:33:44:55", *before[1:]]
 
     def test_embedded_host_limits_a_port(self, host, qdp):
         qdp.result("ClearPortMACTable", 0, 3)

@@ -1,11 +1,14 @@
 """Commands to ports and switches, and the state of the embedded host that they change."""
 
+import gc
 import struct
+from types import SimpleNamespace
 
 import pytest
+from _testcapi import remove_mem_hooks, set_nomemory
 
 from adversity import starved
-from observe import Call, Capacity, Outcome, refused
+from observe import Call, Capacity, Observer, Outcome, refused
 
 BAD_PORTS = [(16, 0), (0, 16384), (-1, 0), (0, -1), (16, 16384)]
 BAD_SWITCHES = [16, 17, 0xFFFFFFFF, -1]
@@ -232,11 +235,29 @@ class TestGetPortTxUplink:
         host.fail("Qdp_Get_Port_Tx_Uplink", status)
         assert qdp.call("GetPortTxUplink", 3, 7) == Outcome(None, "Failed to get port TX uplink.\n", calls=[self.call])
 
-    def test_lack_of_memory_is_the_interpreters_error_and_raised_for_all_but_the_list(self, qdp):
+    def test_lack_of_memory_is_the_interpreters_error(self, qdp):
         assert starved(qdp, "GetPortTxUplink", 0, 2) == [
             Outcome(None, left_set=(MemoryError, "")),
             Outcome(raised=(MemoryError, "")),
         ]
+
+    @pytest.mark.parametrize(
+        "nth, failure",
+        [(0, {"left_set": (MemoryError, "")}), (1, {"left_set": (MemoryError, "")})]  # the list and its items
+        + [(nth, {"raised": (MemoryError, "")}) for nth in range(2, 10)],  # the ids
+    )
+    def test_only_a_list_that_cannot_be_made_is_none(self, host, qdp, nth, failure):
+        def lacking(*arguments):
+            gc.collect()  # so that no kept object makes an allocation needless
+            set_nomemory(nth, nth + 1)
+            try:
+                return qdp.module.GetPortTxUplink(*arguments)
+            finally:
+                remove_mem_hooks()
+
+        host.script("Qdp_Get_Port_Tx_Uplink", outputs=[self.record(4, 8, *range(1000, 1008))])
+        observer = Observer(SimpleNamespace(GetPortTxUplink=lacking), host)
+        assert observer.call("GetPortTxUplink", 3, 7) == Outcome(None, calls=[self.call], **failure)
 
     @pytest.mark.parametrize(
         "port, kind, uplinks",
