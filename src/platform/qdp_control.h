@@ -2,6 +2,7 @@
 // fills is followed by a pointer to a size word, which holds the record's capacity in bytes before the call.
 #pragma once
 
+#include "platform/flow_cache.h"
 #include "platform/p4_command.h"
 #include "platform/ports.h"
 #include "platform/stats.h"
@@ -19,10 +20,13 @@ uint32_t Qdp_Get_Port_Stats(uint32_t switch_number, uint32_t port, PortCounters*
 uint32_t Qdp_Get_Port_Stats_Slowpath(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
 
 // Uplink and lcore statistics.
+uint32_t Qdp_Get_Flow_Stats(uint32_t selector, const uint32_t* lcores, uint32_t count, uint32_t value, FlowStats* stats,
+                            uint32_t* size);
 
 // MAC tables.
 
 // Flow cache.
+uint32_t Qdp_Dump_Flow_Table(const FlowTableRequest* request, FlowTableResponse* response, uint32_t* size);
 
 // NetQ queues and filters.
 

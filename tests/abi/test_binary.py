@@ -14,7 +14,6 @@ EXPORTED = """
 # Of these, the ones that are still to come.
 PENDING = """
     FlagsToStr
-    FCFlowKeyToStr FCActionGroupToStr FCActionsToStr
     PyQDP_CreatePortList PyQDP_CreateVlanList
     PyQDP_PortNetQInfo
     PyQDPSetFiltTypeProp

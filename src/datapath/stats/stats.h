@@ -9,4 +9,7 @@ namespace qdp {
 Method PyQDP_Get_Port_Stats;
 Method PyQDP_Get_Rep_Port_Stats;
 
+// lcore_stats.cpp
+Method PyQDP_Get_Flow_Stats;
+
 }  // namespace qdp
