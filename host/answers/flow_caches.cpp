@@ -105,10 +105,10 @@ Value entry_of(const Host& host, const Flow& flow)
     entry.destination_has_context = actions.destination_context.has_value();
     entry.source_context = actions.source_context.value_or(0);
     entry.destination_context = actions.destination_context.value_or(0);
-    entry.hardware_hits = host.clock.grown(flow.hardware_rate);
+    entry.hardware_hits = hardware_hits(host, flow);
     entry.hardware_bytes = entry.hardware_hits * flow.packet_bytes;
     entry.key = key_of(flow.packets);
-    const uint64_t hits = host.clock.grown(flow.software_rate);
+    const uint64_t hits = software_hits(host, flow);
     entry.area.generation = flow.generation;
     std::memcpy(entry.area.software_hits, &hits, sizeof entry.area.software_hits);
     entry.area.software_bytes = hits * flow.packet_bytes;
@@ -203,8 +203,8 @@ LcoreFlowStats stats_of(const Host& host, uint32_t lcore)
             ++stats.num_flows;
             ++stats.num_flows_created;
             stats.num_model2_flows += flow.offload.has_value();
-            stats.hits += host.clock.grown(flow.software_rate);
-            stats.offload_hits += host.clock.grown(flow.hardware_rate);
+            stats.hits += software_hits(host, flow);
+            stats.offload_hits += hardware_hits(host, flow);
         }
     stats.misses = stats.num_flows_created + stats.hits / miss_share;
     stats.slow_path = stats.hits / slow_path_share;

@@ -201,6 +201,7 @@ Flow flow(const Switch& owner, uint32_t lcore, uint32_t number)
     made.actions.destination_port = static_cast<uint16_t>(to.entry.qdp_port);
     made.generation = 40 + number % 9;
     made.num_invalidations = number % 11;
+    made.age = 60 + number * 29 % 3600;
     made.software_rate = 5 + number * 13 % 900;
     made.packet_bytes = 64 + number * 37 % 1400;
     recipes[number % std::size(recipes)]({made, owner, number});
@@ -234,6 +235,16 @@ FlowCaches default_flow_caches(const Host& host)
     return made;
 }
 
+uint64_t software_hits(const Host& host, const Flow& flow)
+{
+    return flow.age * flow.software_rate + host.clock.grown(flow.software_rate);
+}
+
+uint64_t hardware_hits(const Host& host, const Flow& flow)
+{
+    return flow.age * flow.hardware_rate + host.clock.grown(flow.hardware_rate);
+}
+
 void clear_flows(Host& host, uint32_t switch_number)
 {
     const Switch* owner = host.datapath_switch(switch_number);
@@ -244,8 +255,8 @@ void clear_flows(Host& host, uint32_t switch_number)
         if (has_lcore(*owner, each.lcore)) {
             ClearedFlows& cleared = caches.cleared[each.lcore];
             ++cleared.count;
-            cleared.software_hits += host.clock.grown(each.software_rate);
-            cleared.hardware_hits += host.clock.grown(each.hardware_rate);
+            cleared.software_hits += software_hits(host, each);
+            cleared.hardware_hits += hardware_hits(host, each);
         }
     std::erase_if(caches.flows, [&](const Flow& each) { return has_lcore(*owner, each.lcore); });
 }

@@ -59,6 +59,7 @@ struct Flow {
     uint64_t generation;
     uint32_t num_invalidations;
     std::optional<FlowOffload> offload;
+    uint64_t age;            // in seconds, when the host came up
     uint64_t software_rate;  // packets a second
     uint64_t hardware_rate;
     uint64_t packet_bytes;
@@ -80,6 +81,10 @@ struct FlowCaches {
 
 // Of the built-in host, whose switches stand already.
 FlowCaches default_flow_caches(const Host& host);
+
+// The packets that a flow has met so far.
+uint64_t software_hits(const Host& host, const Flow& flow);
+uint64_t hardware_hits(const Host& host, const Flow& flow);
 
 // Clears the flow tables of a switch's lcores. Their counters go on.
 void clear_flows(Host& host, uint32_t switch_number);
