@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "datapath/flowcache/flow_text.h"
+#include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
 #include "module/arguments.h"
 #include "module/fields.h"

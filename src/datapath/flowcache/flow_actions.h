@@ -1,4 +1,4 @@
-// The texts of flows, written from bounded views of a library's answer.
+// The text of a flow's actions, written from bounded views of what it is read from.
 #pragma once
 
 #include "module/bytes.h"

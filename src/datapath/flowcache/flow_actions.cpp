@@ -1,45 +1,18 @@
-// Flow keys and actions as text.
-#include "datapath/flowcache/flow_text.h"
+// The actions of flows as text.
+#include "datapath/flowcache/flow_actions.h"
 
+#include <algorithm>
 #include <bit>
-#include <cstdarg>
-#include <cstdio>
 
+#include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
 #include "module/fail.h"
 #include "module/fields.h"
-#include "module/render.h"
 #include "platform/flow_cache.h"
 
 namespace qdp {
 
 namespace {
-
-// A text that is written piece by piece. What does not fit is cut.
-struct Text {
-    char* cursor;
-    char* end;
-
-    bool is_full() const { return cursor >= end; }
-    size_t room() const { return is_full() ? 0 : static_cast<size_t>(end - cursor); }
-
-    // Takes a piece that has been written at the cursor; its length is that of the uncut piece, as snprintf tells it.
-    int written(int length)
-    {
-        const auto advance = static_cast<size_t>(length);
-        cursor = advance < room() ? cursor + advance : end;
-        return length;
-    }
-
-    [[gnu::format(printf, 2, 3)]] int print(const char* format, ...)
-    {
-        va_list values;
-        va_start(values, format);
-        const int length = std::vsnprintf(cursor, room(), format, values);
-        va_end(values);
-        return written(length);
-    }
-};
 
 // An unsigned member of a record. Reads its own bytes and no others: a caller's record may end with it.
 uint64_t word(Bytes record, const Place& where)
@@ -54,58 +27,12 @@ uint32_t number(Bytes record, const Place& where)
     return static_cast<uint32_t>(word(record, where));
 }
 
-// --- Keys ---
-
-uint32_t layer_of(const FlowKey& key)
-{
-    if (key.flags_and_vlan & flow_key_is_l4)
-        return 4;
-    return key.flags_and_vlan & flow_key_is_l3 ? 3 : 2;
-}
-
-// Clears what has no meaning at the key's layer.
-void normalise(FlowKey& key)
-{
-    const uint32_t layer = layer_of(key);
-    if (layer < 3) {
-        std::memset(key.first_address, 0, sizeof key.first_address);
-        std::memset(key.second_address, 0, sizeof key.second_address);
-    }
-    if (layer < 4) {
-        key.first_port = 0;
-        key.second_port = 0;
-        key.protocol = 0;
-    }
-}
-
-void write_addresses(const FlowKey& key, Text& text)
-{
-    const auto room = [&text] { return static_cast<uint32_t>(text.room()); };
-    if (key.flags_and_vlan & flow_key_is_ipv6) {
-        text.written(ipv6_column(key.first_address, text.cursor, room()));
-        text.written(ipv6_column(key.second_address, text.cursor, room()));
-    } else {
-        uint32_t addresses[2];
-        std::memcpy(addresses, key.first_address, sizeof addresses);
-        for (const uint32_t address : addresses)
-            text.written(ipv4_column(address, text.cursor, room()));
-    }
-}
-
-uint32_t shown_port(const FlowKey& key, uint16_t port)
-{
-    const bool is_icmp = key.protocol == protocol_icmp || key.protocol == protocol_icmpv6;
-    return is_icmp ? port : __builtin_bswap16(port);
-}
-
-// --- Actions ---
-
 using A = FlowActionArea;
 using E = FlowEntry;
 using G = FlowActionGroup;
 using T = FlowActionTail;
 
-void write_offload(Bytes area, Text& text)
+void write_offload(Bytes area, CutText& text)
 {
     const uint32_t flags = number(area, AT(A, offload_flags));
     if (!(flags & offload_is_offloaded))
@@ -122,14 +49,14 @@ void write_offload(Bytes area, Text& text)
     }
 }
 
-void write_multicast(Bytes area, Text& text)
+void write_multicast(Bytes area, CutText& text)
 {
     text.print("MC: inval(s):%u cg:%lu len:%u; flag %#x n_ag:%u n_dp:%u", number(area, AT(A, num_invalidations)),
                word(area, AT(A, generation)), number(area, AT(A, length)), number(area, AT(A, group_flags)),
                number(area, AT(A, num_groups)), number(area, AT(A, num_destination_ports)));
 }
 
-void write_header(Bytes area, Bytes group, Text& text)
+void write_header(Bytes area, Bytes group, CutText& text)
 {
     const uint64_t bitmap = word(group, AT(G, bitmap));
     const uint32_t invalidations = number(area, AT(A, num_invalidations));
@@ -176,18 +103,18 @@ constexpr NamedAction named_actions[] = {
     {FlowAction::meta_flow, "MetaFlow"},
 };
 
-void write_named(FlowAction action, Bytes group, Text& text)
+void write_named(FlowAction action, Bytes group, CutText& text)
 {
-    for (const NamedAction& named : named_actions)
-        if (named.action == action) {
-            if (named.number.size != 0)
-                text.print("%s: %u; ", named.name, number(group, named.number));
-            else
-                text.print("%s; ", named.name);
-        }
+    const auto* named = std::ranges::find(named_actions, action, &NamedAction::action);
+    if (named == std::end(named_actions))
+        return;
+    if (named->number.size != 0)
+        text.print("%s: %u; ", named->name, number(group, named->number));
+    else
+        text.print("%s; ", named->name);
 }
 
-void write_firewall(const char* side, Bytes entry, const Place& has_context, const Place& context, Text& text)
+void write_firewall(const char* side, Bytes entry, const Place& has_context, const Place& context, CutText& text)
 {
     if (number(entry, has_context) != 0)
         text.print("DFW on %sPort, ctCtxId: %#lx; ", side, word(entry, context));
@@ -196,7 +123,7 @@ void write_firewall(const char* side, Bytes entry, const Place& has_context, con
 }
 
 // False when the output ended before the last instance.
-bool write_routing(Bytes tail, Text& text)
+bool write_routing(Bytes tail, CutText& text)
 {
     const uint32_t count = number(tail, AT(T, num_instances));
     text.print("VDR inst: %u; ", count);
@@ -209,7 +136,7 @@ bool write_routing(Bytes tail, Text& text)
     return true;
 }
 
-void write_encapsulation(const char* name, Bytes group, Bytes vni, Text& text)
+void write_encapsulation(const char* name, Bytes group, Bytes vni, CutText& text)
 {
     text.print("VNI: %u; ", number(group, AT(G, vni)));
     text.print("%s ENCAP VNI: %u; ", name,
@@ -217,7 +144,7 @@ void write_encapsulation(const char* name, Bytes group, Bytes vni, Text& text)
 }
 
 // False when the output ended inside a list of the action.
-bool write_action(FlowAction action, const FlowActions& flow, Text& text)
+bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
 {
     switch (action) {
     case FlowAction::firewall_source:
@@ -242,7 +169,7 @@ bool write_action(FlowAction action, const FlowActions& flow, Text& text)
 
 // The actions from the lowest bit upward; a dropped packet meets no further ones. False when the output ended before
 // them: also before a bit that has no text. A last text that is cut is none of that.
-bool write_group(const FlowActions& flow, Text& text)
+bool write_group(const FlowActions& flow, CutText& text)
 {
     for (uint64_t bits = word(flow.group, AT(G, bitmap)); bits != 0; bits &= bits - 1) {
         if (text.is_full())
@@ -272,7 +199,7 @@ FlowActions callers_flow(const void* area, const void* group, uint32_t tail_leng
 
 bool write_actions(const FlowActions& flow, char* out, size_t size)
 {
-    Text text{out, out + size};
+    CutText text{out, out + size};
     write_offload(flow.area, text);
     if (number(flow.area, AT(A, group_flags)) & action_group_is_multicast) {
         write_multicast(flow.area, text);
@@ -287,29 +214,6 @@ bool write_actions(const FlowActions& flow, char* out, size_t size)
 
 }  // namespace qdp
 
-int FCFlowKeyToStr(void* key, char* out)
-{
-    using namespace qdp;
-
-    FlowKey shown;
-    std::memcpy(&shown, key, sizeof shown);
-    normalise(shown);
-    std::memcpy(key, &shown, sizeof shown);
-
-    Text text{out, out + flow_key_text_bytes};
-    const uint8_t* first = shown.first_mac;
-    const uint8_t* second = shown.second_mac;
-    text.print("L%u  %02x:%02x:%02x:%02x:%02x:%02x  %02x:%02x:%02x:%02x:%02x:%02x  %-4u  %-7u", layer_of(shown),
-               first[0], first[1], first[2], first[3], first[4], first[5], second[0], second[1], second[2], second[3],
-               second[4], second[5], shown.vlan_high << 4 | shown.flags_and_vlan >> 4,
-               (shown.tag_high & 0x7f) << 8 | shown.tag_low);
-    write_addresses(shown, text);
-    text.print("  %-5u", shown.protocol);
-    text.print("  %-7u", shown.vni_high << 16 | shown.vni_low);
-    text.print("  %-12u", shown_port(shown, shown.first_port));
-    return text.print("  %-12u", shown_port(shown, shown.second_port));
-}
-
 int FCActionsToStr(const void* area, char* out, uint32_t size, uint32_t tail_length, const void* entry,
                    uint32_t group_offset)
 {
@@ -320,6 +224,6 @@ int FCActionsToStr(const void* area, char* out, uint32_t size, uint32_t tail_len
 int FCActionGroupToStr(const void* area, const void* group, char* out, char* end, uint32_t tail_length,
                        const void* entry)
 {
-    qdp::Text text{out, end};
+    qdp::CutText text{out, end};
     return qdp::write_group(qdp::callers_flow(area, group, tail_length, entry), text) ? 0 : 1;
 }
