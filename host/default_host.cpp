@@ -130,6 +130,7 @@ Host default_host()
     made.smartnic = default_smartnic(made);
     made.pipeline = default_pipeline(made);
     made.hardware_tables = default_hardware_tables(made);
+    made.clock = {};  // the host is up now: a clock that is frozen at once shows no counter grown
     return made;
 }
 

@@ -30,9 +30,12 @@ FlowKey key_of(const FlowPackets& packets)
     FlowKey key{};
     std::ranges::copy(packets.source_mac, key.first_mac);
     std::ranges::copy(packets.destination_mac, key.second_mac);
-    const uint32_t flags = (packets.layer == 4 ? flow_key_is_l4 : 0u) | (packets.layer == 3 ? flow_key_is_l3 : 0u) |
-                           (packets.is_ipv6 ? flow_key_is_ipv6 : 0u);
-    key.flags_and_vlan = static_cast<uint8_t>(flags | packets.vlan << 4);
+    uint32_t flags = packets.is_ipv6 ? flow_key_is_ipv6 : 0;
+    if (packets.layer == 4)
+        flags |= flow_key_is_l4;
+    else if (packets.layer == 3)
+        flags |= flow_key_is_l3;
+    key.flags_and_vlan = static_cast<uint8_t>(flags | uint32_t{packets.vlan} << 4);
     key.vlan_high = static_cast<uint8_t>(packets.vlan >> 4);
     key.tag_low = static_cast<uint8_t>(packets.tag);
     key.tag_high = static_cast<uint8_t>(packets.tag >> 8 & 0x7f);
