@@ -3,7 +3,7 @@
 Runs on a real host, and anywhere on the embedded one:
 
     script/run examples/flow_table.py
-    script/run examples/flow_table.py --lcore 3 --lcore 9 --source 10.1.3.209
+    script/run examples/flow_table.py --lcore 3 --lcore 9 --source 10.1.2.93
 """
 
 import argparse
