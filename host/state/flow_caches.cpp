@@ -5,12 +5,260 @@
 
 namespace host {
 
-FlowCaches default_flow_caches(const Host&)
+namespace {
+
+constexpr uint32_t smartnic_switch = 2;
+
+MacAddress mac_of(const Port& port)
 {
-    return {};
+    MacAddress mac;
+    std::memcpy(mac.data(), port.entry.mac, sizeof mac);
+    return mac;
 }
 
-// The caches hold no flows yet.
-void clear_flows(Host&, uint32_t) {}
+// Addresses of a tenant's network: 10.<switch>.<network>.<host>, and its like.
+IpAddress address(const Switch& owner, bool is_ipv6, uint32_t network, uint32_t number)
+{
+    const auto switch_number = static_cast<uint8_t>(owner.entry->switch_number);
+    const auto subnet = static_cast<uint8_t>(network);
+    const auto last = static_cast<uint8_t>(number);
+    if (is_ipv6)
+        return {0x20, 0x01, 0x0d, 0xb8, 0, switch_number, 0, subnet, 0, 0, 0, 0, 0, 0, 0x10, last};
+    return {10, switch_number, subnet, last};
+}
+
+// A flow under construction, and what its recipe may draw on.
+struct Draft {
+    Flow& flow;
+    const Switch& owner;
+    uint32_t number;  // of the flow among all
+
+    void act(std::initializer_list<FlowAction> actions) const
+    {
+        for (const FlowAction action : actions)
+            flow.actions.bitmap |= action_bit(action);
+    }
+
+    void is_ip(uint32_t layer, bool is_ipv6) const
+    {
+        flow.packets.layer = layer;
+        flow.packets.is_ipv6 = is_ipv6;
+        flow.packets.source_ip = address(owner, is_ipv6, number % 5, 1 + number % 250);
+        flow.packets.destination_ip = address(owner, is_ipv6, 16 + number % 3, 1 + number * 7 % 250);
+    }
+
+    void is_transport(uint8_t protocol, bool is_ipv6, uint16_t service) const
+    {
+        is_ip(4, is_ipv6);
+        flow.packets.protocol = protocol;
+        flow.packets.source_port = static_cast<uint16_t>(32768 + number * 131 % 28000);
+        flow.packets.destination_port = service;
+    }
+
+    void is_echo(bool is_ipv6) const
+    {
+        is_ip(4, is_ipv6);
+        flow.packets.protocol = is_ipv6 ? protocol_icmpv6 : protocol_icmp;
+        flow.packets.source_port = is_ipv6 ? 128 : 8;
+    }
+};
+
+void web_into_geneve(const Draft& draft)
+{
+    draft.is_transport(protocol_tcp, false, 443);
+    draft.act({FlowAction::ipfix_ingress, FlowAction::destination_port, FlowAction::geneve_encap});
+    draft.flow.actions.vni = 69632 + draft.number % 4;
+    draft.flow.actions.geneve_vni = draft.flow.actions.vni;
+}
+
+void web_out_of_geneve(const Draft& draft)
+{
+    draft.is_transport(protocol_tcp, false, 8443);
+    draft.act({FlowAction::destination_port, FlowAction::vni, FlowAction::geneve_decap, FlowAction::ipfix_egress});
+    draft.flow.packets.vni = 69632 + draft.number % 4;
+    draft.flow.actions.vni = draft.flow.packets.vni;
+}
+
+void database_into_vxlan(const Draft& draft)
+{
+    draft.is_transport(protocol_tcp, true, 5432);
+    draft.act({FlowAction::destination_port, FlowAction::vxlan_encap, FlowAction::inner_lookup});
+    draft.flow.actions.vni = 5000 + draft.number % 3;
+    draft.flow.actions.vxlan_vni = draft.flow.actions.vni;
+}
+
+void names_out_of_vxlan(const Draft& draft)
+{
+    draft.is_transport(protocol_udp, true, 53);
+    draft.act({FlowAction::destination_port, FlowAction::destination_mac, FlowAction::vxlan_decap});
+    draft.flow.packets.vni = 5000 + draft.number % 3;
+}
+
+void echo_through_firewall(const Draft& draft)
+{
+    draft.is_echo(false);
+    draft.act({FlowAction::firewall_source, FlowAction::destination_port, FlowAction::firewall_destination});
+    draft.flow.actions.source_context = 0x100000000 + draft.number;
+    draft.flow.actions.destination_context = 0x200000000 + draft.number;
+}
+
+void echo_through_stateless_firewall(const Draft& draft)
+{
+    draft.is_echo(true);
+    draft.act({FlowAction::firewall_source, FlowAction::destination_port, FlowAction::firewall_destination});
+}
+
+void names_mirrored(const Draft& draft)
+{
+    draft.is_transport(protocol_udp, false, 53);
+    draft.act({FlowAction::destination_port, FlowAction::mirror_ingress, FlowAction::mirror_egress});
+    draft.flow.actions.ingress_mirror = static_cast<uint8_t>(1 + draft.number % 3);
+    draft.flow.actions.egress_mirror = 7;
+}
+
+void routed(const Draft& draft)
+{
+    draft.is_ip(3, draft.number % 2 == 1);
+    draft.act({FlowAction::destination_port, FlowAction::destination_mac, FlowAction::routing});
+    for (uint32_t i = 0; i < 1 + draft.number % max_routing_instances; ++i)
+        draft.flow.actions.routing_instances.push_back(0x1770 + i);
+}
+
+void vlan_inserted(const Draft& draft)
+{
+    draft.flow.packets.layer = 2;
+    draft.act({FlowAction::destination_port, FlowAction::vlan_insert, FlowAction::port_insert});
+    draft.flow.actions.vlan = static_cast<uint16_t>(100 + draft.number % 20);
+    draft.flow.actions.port_index = static_cast<uint8_t>(draft.number % 8);
+}
+
+void vlan_removed(const Draft& draft)
+{
+    draft.flow.packets.layer = 2;
+    draft.flow.packets.vlan = static_cast<uint16_t>(100 + draft.number % 20);
+    draft.flow.packets.tag = static_cast<uint16_t>(draft.number * 97 % 0x8000);
+    draft.act({FlowAction::destination_port, FlowAction::vlan_remove, FlowAction::port_remove});
+}
+
+void routed_between_vlans(const Draft& draft)
+{
+    draft.is_transport(protocol_udp, false, 4789);
+    draft.act({FlowAction::input_child_port, FlowAction::guest_vlan_insert, FlowAction::output_vlan,
+               FlowAction::l3_vlan_routed});
+    draft.flow.actions.input_child_port = 0x4000 + draft.number;
+    draft.flow.actions.output_vlan = static_cast<uint16_t>(200 + draft.number % 20);
+}
+
+void dropped(const Draft& draft)
+{
+    draft.is_transport(protocol_tcp, false, 23);
+    draft.act({FlowAction::drop, FlowAction::vni});
+}
+
+void to_the_slow_path(const Draft& draft)
+{
+    draft.is_transport(protocol_udp, true, 546);
+    draft.act({FlowAction::lro, FlowAction::slow_path, FlowAction::lta, FlowAction::meta_flow});
+}
+
+void multicast(const Draft& draft)
+{
+    draft.is_transport(protocol_udp, false, 5353);
+    draft.flow.packets.destination_mac = {0x01, 0x00, 0x5e, 0, 0, 0xfb};
+    draft.flow.packets.destination_ip = {224, 0, 0, 251};
+    draft.flow.actions.multicast_ports = static_cast<uint8_t>(2 + draft.number % 6);
+}
+
+using Recipe = void(const Draft& draft);
+
+constexpr Recipe* recipes[] = {
+    web_into_geneve,       web_out_of_geneve,
+    database_into_vxlan,   names_out_of_vxlan,
+    echo_through_firewall, echo_through_stateless_firewall,
+    names_mirrored,        routed,
+    vlan_inserted,         vlan_removed,
+    routed_between_vlans,  dropped,
+    to_the_slow_path,      multicast,
+};
+
+bool is_offloaded(const Switch& owner, const Flow& flow, uint32_t number)
+{
+    // A SmartNIC takes over what it can; other uplinks take some established connections.
+    if (flow.actions.multicast_ports || flow.actions.bitmap & action_bit(FlowAction::slow_path))
+        return false;
+    return owner.entry->switch_number == smartnic_switch ? number % 4 != 3 : number % 7 == 0;
+}
+
+Flow flow(const Switch& owner, uint32_t lcore, uint32_t number)
+{
+    const Port& from = owner.ports[number % owner.ports.size()];
+    const Port& to = owner.ports[(number * 5 + 1) % owner.ports.size()];
+
+    Flow made{};
+    made.lcore = lcore;
+    made.packets.source_mac = mac_of(from);
+    made.packets.destination_mac = mac_of(to);
+    made.actions.destination_port = static_cast<uint16_t>(to.entry.qdp_port);
+    made.generation = 40 + number % 9;
+    made.num_invalidations = number % 11;
+    made.age = 60 + number * 29 % 3600;
+    made.software_rate = 5 + number * 13 % 900;
+    made.packet_bytes = 64 + number * 37 % 1400;
+    recipes[number % std::size(recipes)]({made, owner, number});
+
+    if (is_offloaded(owner, made, number)) {
+        const bool is_pointer = number % 3 == 0;
+        const uint64_t index = is_pointer ? 0x430a5c000000 + uint64_t{number} * 0x80 : number;
+        made.offload = FlowOffload{0x1000 + number, index, is_pointer};
+        made.hardware_rate = made.software_rate * 20;
+        made.software_rate = 1;  // the packets that came before it was offloaded, and its refreshes
+    }
+    return made;
+}
+
+bool has_lcore(const Switch& owner, uint32_t lcore)
+{
+    return lcore < max_lcores && (owner.entry->lcore_mask >> lcore & 1);
+}
+
+}  // namespace
+
+FlowCaches default_flow_caches(const Host& host)
+{
+    FlowCaches made;
+    uint32_t number = 0;
+    for (const Switch& owner : host.switches)
+        for (uint32_t lcore = 0; owner.entry && lcore < max_lcores; ++lcore)
+            if (has_lcore(owner, lcore))
+                for (const uint32_t end = number + 24 + lcore * 11 % 30; number < end; ++number)
+                    made.flows.push_back(flow(owner, lcore, number));
+    return made;
+}
+
+uint64_t software_hits(const Host& host, const Flow& flow)
+{
+    return flow.age * flow.software_rate + host.clock.grown(flow.software_rate);
+}
+
+uint64_t hardware_hits(const Host& host, const Flow& flow)
+{
+    return flow.age * flow.hardware_rate + host.clock.grown(flow.hardware_rate);
+}
+
+void clear_flows(Host& host, uint32_t switch_number)
+{
+    const Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
+        return;
+    FlowCaches& caches = host.flow_caches;
+    for (const Flow& each : caches.flows)
+        if (has_lcore(*owner, each.lcore)) {
+            ClearedFlows& cleared = caches.cleared[each.lcore];
+            ++cleared.count;
+            cleared.software_hits += software_hits(host, each);
+            cleared.hardware_hits += hardware_hits(host, each);
+        }
+    std::erase_if(caches.flows, [&](const Flow& each) { return has_lcore(*owner, each.lcore); });
+}
 
 }  // namespace host

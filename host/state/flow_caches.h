@@ -1,18 +1,92 @@
 // The flow caches of the lcores.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "platform/flow_cache.h"
 
 namespace host {
 
 struct Host;
 
-struct FlowCaches {};
+using MacAddress = std::array<uint8_t, mac_bytes>;
+using IpAddress = std::array<uint8_t, ip_address_bytes>;  // of IPv4 the first four bytes
+
+// What a flow's packets look like. A flow of layer 2 has no addresses, one below layer 4 no protocol and no ports.
+struct FlowPackets {
+    uint32_t layer;
+    MacAddress source_mac, destination_mac;
+    uint16_t vlan;
+    uint16_t tag;
+    uint32_t vni;
+    bool is_ipv6;
+    IpAddress source_ip, destination_ip;
+    uint8_t protocol;
+    uint16_t source_port, destination_port;  // of ICMP: its type and its code
+};
+
+// What the datapath does with them.
+struct FlowActions {
+    uint64_t bitmap;
+    uint16_t destination_port;
+    uint8_t port_index;
+    uint16_t vlan;
+    uint32_t vni;
+    uint8_t ingress_mirror, egress_mirror;
+    uint16_t output_vlan;
+    uint32_t input_child_port;
+    uint32_t geneve_vni, vxlan_vni;           // of the header that is put before a packet
+    std::vector<uint32_t> routing_instances;  // at most max_routing_instances
+    std::optional<uint64_t> source_context, destination_context;
+    uint8_t multicast_ports;  // 0: not a multicast group
+};
+
+// Where the SmartNIC keeps an offloaded flow. The index is the flow's own.
+struct FlowOffload {
+    uint32_t hardware_index;
+    uint64_t software_index;
+    bool is_pointer;
+};
+
+struct Flow {
+    uint32_t lcore;
+    FlowPackets packets;
+    FlowActions actions;
+    uint64_t generation;
+    uint32_t num_invalidations;
+    std::optional<FlowOffload> offload;
+    uint64_t age;            // in seconds, when the host came up
+    uint64_t software_rate;  // packets a second
+    uint64_t hardware_rate;
+    uint64_t packet_bytes;
+};
+
+inline constexpr size_t max_routing_instances = 3;
+
+// What the counters of a lcore keep of flows that have been cleared.
+struct ClearedFlows {
+    uint64_t count = 0;
+    uint64_t software_hits = 0;
+    uint64_t hardware_hits = 0;
+};
+
+struct FlowCaches {
+    std::vector<Flow> flows;                   // those of a lcore in the order of their table
+    std::map<uint32_t, ClearedFlows> cleared;  // by lcore
+};
 
 // Of the built-in host, whose switches stand already.
 FlowCaches default_flow_caches(const Host& host);
 
-// Empties the flow tables of a switch.
+// The packets that a flow has met so far.
+uint64_t software_hits(const Host& host, const Flow& flow);
+uint64_t hardware_hits(const Host& host, const Flow& flow);
+
+// Clears the flow tables of a switch's lcores. Their counters go on.
 void clear_flows(Host& host, uint32_t switch_number);
 
 }  // namespace host

@@ -1,6 +1,7 @@
 // The module `_libqdp`: its table of methods, which is also the map of the source. The comment above a run of methods
 // names the file that they live in.
 #include "datapath/features/features.h"
+#include "datapath/flowcache/flowcache.h"
 #include "datapath/lb/lb.h"
 #include "datapath/mac/mac.h"
 #include "datapath/ports/ports.h"
@@ -35,14 +36,18 @@ PyMethodDef methods[] = {
     METHOD("ListSwitchMACTable", PyQDP_List_Switch_MACTable, ", switch", "List MAC table for a switch"),
     METHOD("ClearSwitchMACTable", PyQDP_Clear_Switch_MACTable, ", switch", "Clear MAC table for a switch"),
     // datapath/stats/lcore_stats.cpp
-    // METHOD("GetFlowStats", PyQDP_Get_Flow_Stats, ", selector, lcores, value", "Get flow stats for lcores"),
+    METHOD("GetFlowStats", PyQDP_Get_Flow_Stats, ", selector, lcores, value", "Get flow stats for lcores"),
     // datapath/stats/port_stats.cpp
     METHOD("GetRepPortStats", PyQDP_Get_Rep_Port_Stats, "", "Get rep port stats for a port in switch"),
     // datapath/flowcache/flow_table.cpp
-    // METHOD("DumpFlowTable", PyQDP_Dump_Flow_Table, ", selector, lcore, start_index, option, source_mac_filter, source_mac, destination_mac_filter, destination_mac, source_ip_version, source_ip, destination_ip_version, destination_ip, filter_1, filter_2, filter_3, filter_4, filter_5", "Dump flow table for a lcore"),
-    // METHOD("DumpDecapFlowTable", PyQDP_Dump_Decap_Flow_Table, "", "Dump decap flow table for a switch"),
-    // METHOD("DumpDecapSaFlowTable", PyQDP_Dump_Decap_Sa_Flow_Table, "", "Dump decap SA flow table for a switch"),
-    // METHOD("DumpPortFlow", PyQDP_Dump_Port_Flow, "", "Dmo port flows for a switch"),
+    METHOD("DumpFlowTable", PyQDP_Dump_Flow_Table,
+           ", selector, lcore, start_index, option, source_mac_filter, source_mac, destination_mac_filter, "
+           "destination_mac, source_ip_version, source_ip, destination_ip_version, destination_ip, filter_1, filter_2, "
+           "filter_3, filter_4, filter_5",
+           "Dump flow table for a lcore"),
+    METHOD("DumpDecapFlowTable", PyQDP_Dump_Decap_Flow_Table, "", "Dump decap flow table for a switch"),
+    METHOD("DumpDecapSaFlowTable", PyQDP_Dump_Decap_Sa_Flow_Table, "", "Dump decap SA flow table for a switch"),
+    METHOD("DumpPortFlow", PyQDP_Dump_Port_Flow, "", "Dmo port flows for a switch"),
     // datapath/ports/port_conf.cpp
     METHOD("GetPortConf", PyQDP_Get_Port_Conf, ", switch, port", "Get Qdp Port Configuration"),
     // datapath/ports/port_control.cpp

@@ -2,6 +2,7 @@
 // fills is followed by a pointer to a size word, which holds the record's capacity in bytes before the call.
 #pragma once
 
+#include "platform/flow_cache.h"
 #include "platform/fpo.h"
 #include "platform/l3span.h"
 #include "platform/load_balancer.h"
@@ -46,6 +47,8 @@ uint32_t Qdp_Get_Uplink_Priv_Stats(uint32_t switch_number, uint32_t port, char* 
 uint32_t Qdp_Get_Uplink_Stats(uint32_t switch_number, uint32_t port, UplinkCounters* counters, uint32_t* size);
 uint32_t Qdp_Get_Uplink_Queue_Stats(uint32_t switch_number, uint32_t port, uint32_t queue, uint32_t direction,
                                     UplinkCounters* counters, uint32_t* size);
+uint32_t Qdp_Get_Flow_Stats(uint32_t selector, const uint32_t* lcores, uint32_t count, uint32_t value, FlowStats* stats,
+                            uint32_t* size);
 
 // MAC tables.
 uint32_t Qdp_Dump_Port_MAC_Table(uint32_t switch_number, uint32_t port, PortMacTable* table, uint32_t* size);
@@ -55,6 +58,7 @@ uint32_t Qdp_Clear_Switch_MAC_Table(uint32_t switch_number);
 uint32_t Qdp_MAC_Entry_Ops(uint32_t switch_number, uint32_t port, const uint8_t* mac, uint16_t vlan, uint8_t operation);
 
 // Flow cache.
+uint32_t Qdp_Dump_Flow_Table(const FlowTableRequest* request, FlowTableResponse* response, uint32_t* size);
 
 // NetQ queues and filters.
 uint32_t Qdp_Get_Port_NetQ_Info(uint32_t switch_number, uint32_t port, NetQInfo* info, uint32_t* size);

@@ -58,3 +58,53 @@ static_assert(offsetof(UplinkCounters, rx_multicast_packets) == 64);
 static_assert(offsetof(UplinkCounters, collisions) == 96);
 static_assert(offsetof(UplinkCounters, tx_window_errors) == 184);
 static_assert(sizeof(UplinkCounters) == 192);
+// The counters of a lcore's flow cache.
+struct LcoreFlowStats {
+    uint32_t lcore;
+    uint32_t num_flows;
+    uint32_t num_model2_flows;
+    uint32_t reserved;
+    uint64_t num_flows_created;
+    uint64_t hits;
+    uint64_t misses;
+    uint64_t slow_path;
+    uint64_t offload_hits;
+    uint64_t local_hits;
+    uint64_t action_alloc_fails;
+    uint64_t action_group_alloc_fails;
+    uint64_t key_insert_fails;
+    uint64_t latency_samples;
+    uint64_t conntrack_packets_queued;
+    uint64_t conntrack_packets_dropped;
+    uint64_t conntrack_packets_injected;
+    uint64_t conntrack_packets_continued;
+    uint64_t conntrack_context_fails;
+    uint64_t conntrack_flow_invalidations;
+    uint64_t mark_mismatches;
+    uint64_t pnic_mismatches;
+    uint64_t delayed_mark_matches;
+    uint64_t ephemeral_flows;
+    uint64_t transient_flows;
+    uint64_t backoff_times;
+    uint64_t total_backoff_flows;
+    uint64_t max_backoff_flows;
+    uint64_t first_lookup_hits;
+    uint64_t first_lookup_local_hits;
+};
+static_assert(offsetof(LcoreFlowStats, num_flows_created) == 16);
+static_assert(offsetof(LcoreFlowStats, local_hits) == 56);
+static_assert(offsetof(LcoreFlowStats, latency_samples) == 88);
+static_assert(offsetof(LcoreFlowStats, conntrack_flow_invalidations) == 136);
+static_assert(offsetof(LcoreFlowStats, backoff_times) == 184);
+static_assert(offsetof(LcoreFlowStats, first_lookup_hits) == 208);
+static_assert(sizeof(LcoreFlowStats) == 224);
+
+inline constexpr size_t max_flow_stats = 32;
+
+struct FlowStats {
+    uint32_t count;
+    uint32_t reserved;
+    LcoreFlowStats entries[max_flow_stats];
+};
+static_assert(offsetof(FlowStats, entries) == 8);
+static_assert(sizeof(FlowStats) == 7176);

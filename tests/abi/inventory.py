@@ -22,6 +22,9 @@ for switch in switches:
     ports = _libqdp.ListPorts(switch["swID"])
     print(json.dumps(ports))
     print(json.dumps([_libqdp.GetPortStats(switch["swID"], port["portID"]) for port in ports]))
+for lcore in range(16):
+    page = _libqdp.DumpFlowTable(0, lcore, 0, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)
+    print(json.dumps([(flow["key"], flow["actions"]) for flow in page["list"]]), page["startIndex"])
 for name, method in vars(_libqdp).items():
     if inspect.isbuiltin(method):
         try:

@@ -13,4 +13,7 @@ Method PyQDP_Get_Rep_Port_Stats;
 Method PyQDP_Get_Uplink_Stats;
 Method PyQDP_Get_Uplink_Queue_Stats;
 
+// lcore_stats.cpp
+Method PyQDP_Get_Flow_Stats;
+
 }  // namespace qdp
