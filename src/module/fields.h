@@ -251,4 +251,9 @@ bool fill_list(PyObject* list, Make make)
     return true;
 }
 
+// A table's dict as the result of a method. A dict that cannot be made is "Failed to allocate buffer.\n" on standard
+// error and None; a key that cannot be set is SystemError, beside None or raised.
+PyObject* dict_or_none(Fields fields, Bytes record);
+PyObject* dict_or_null(Fields fields, Bytes record);
+
 }  // namespace qdp
