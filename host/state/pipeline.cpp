@@ -5,9 +5,219 @@
 
 namespace host {
 
+namespace {
+
+// LIFs, ports and connection-tracking entries that carry traffic; the others are idle.
+constexpr uint32_t num_active = 48;
+
+// Of all packets, 1 in so many.
+constexpr uint64_t multicast_share = 50;
+constexpr uint64_t broadcast_share = 200;
+constexpr uint64_t drop_share = 1000;
+constexpr uint64_t error_share = 100'000;
+
+constexpr uint64_t packets_a_second = 100'000;  // of the whole pipeline
+
+uint64_t counted(const Clock& clock, uint64_t per_second)
+{
+    return clock.grown(1) * per_second;
+}
+
+P4TrafficCounters traffic(uint64_t packets, uint64_t packet_bytes)
+{
+    P4TrafficCounters made{};
+    made.unicast_packets = packets;
+    made.unicast_bytes = packets * packet_bytes;
+    made.multicast_packets = packets / multicast_share;
+    made.multicast_bytes = made.multicast_packets * packet_bytes;
+    made.broadcast_packets = packets / broadcast_share;
+    made.broadcast_bytes = made.broadcast_packets * packet_bytes;
+    return made;
+}
+
+P4PortCounters traffic_of(const Clock& clock, uint32_t number, uint64_t rx_packets, uint64_t tx_packets)
+{
+    if (number >= num_active)
+        return {};
+    const uint64_t rx = counted(clock, rx_packets);
+    const uint64_t tx = counted(clock, tx_packets);
+    const uint64_t packet_bytes = 64 + 29 * number;
+    return {traffic(rx, packet_bytes), traffic(rx / drop_share, packet_bytes), traffic(tx, packet_bytes),
+            traffic(tx / drop_share, packet_bytes)};
+}
+
+MirrorSession mirror_session(uint8_t index, uint16_t destination_port, bool is_tunnel)
+{
+    MirrorSession made{};
+    made.is_offloaded = 1;
+    made.index = index & 7;
+    made.direction = index & 1;
+    made.destination_port = destination_port;
+    made.is_tunnel = is_tunnel;
+    made.tunnel_index = is_tunnel ? index : -1;
+    made.vni = is_tunnel ? 5000 + index : 0;
+    made.uplink_logical_ports[0] = 1;
+    made.uplink_logical_ports[1] = 2;
+    return made;
+}
+
+PortMirror port_mirror(uint16_t fc_port, uint8_t index, MirrorType type)
+{
+    PortMirror made{};
+    made.is_offloaded = 1;
+    made.index = index & 7;
+    made.fc_port = fc_port & 0xfff;
+    made.gre_key = type == MirrorType::gre_only ? 100 + index : 0;
+    made.type = static_cast<uint8_t>(type) & 3;
+    made.hardware_id = index;
+    made.class_of_service = 3;
+    made.snap_length = 128;
+    made.erspan_id = static_cast<uint16_t>(type >= MirrorType::erspan2 ? 10 + index : 0);
+    return made;
+}
+
+MirrorAddress ipv4(uint8_t last)
+{
+    return {{10, 20, 30, last}};
+}
+
+MirrorAddress ipv6(uint8_t last)
+{
+    return {{0xfd, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, last}};
+}
+
+std::vector<PortMirror> default_port_mirrors()
+{
+    PortMirror plain = port_mirror(1, 0, MirrorType::gre_only);
+    plain.source = ipv4(1);
+    plain.destination = ipv4(99);
+    PortMirror wide = port_mirror(1, 1, MirrorType::erspan3);
+    wide.is_ipv6 = 1;
+    wide.source = ipv6(1);
+    wide.destination = ipv6(0x99);
+    PortMirror other = port_mirror(2, 0, MirrorType::erspan2);
+    other.source = ipv4(2);
+    other.destination = ipv4(99);
+    return {plain, wide, other};
+}
+
+FpoContextSide side_of(const ConntrackDirection& direction)
+{
+    const uint32_t lowest = __builtin_bswap32(direction.lowest_sequence);
+    const uint32_t highest = __builtin_bswap32(direction.highest_sequence);
+    return {lowest,
+            highest,
+            highest - lowest,
+            __builtin_bswap16(direction.max_window),
+            static_cast<uint32_t>(direction.state_and_scale >> 4),
+            static_cast<uint32_t>(direction.state_and_scale & 15)};
+}
+
+// Of a switch's first connections, as its hardware tracks them.
+constexpr uint32_t num_contexts = 8;
+constexpr uint32_t first_flow = 100;
+constexpr uint32_t smartnic_switch = 2;
+
+std::vector<KnownContext> default_contexts()
+{
+    std::vector<KnownContext> contexts;
+    for (uint32_t connection = 0; connection < num_contexts; ++connection) {
+        const ConntrackEntry tracked = conntrack_entry(connection);
+        KnownContext known{{smartnic_switch, first_flow + connection, connection}, {}};
+        known.context = {sizeof known.context,        0, tracked.software_state != 0, 0, side_of(tracked.source),
+                         side_of(tracked.destination)};
+        contexts.push_back(known);
+    }
+    return contexts;
+}
+
+}  // namespace
+
+void SecondsOn::turn(bool on, const Clock& clock)
+{
+    counted_ = seconds(clock);
+    since_ = on ? std::optional{clock.grown(1)} : std::nullopt;
+}
+
+void SecondsOn::clear(const Clock& clock)
+{
+    counted_ = 0;
+    if (since_)
+        since_ = clock.grown(1);
+}
+
+uint64_t SecondsOn::seconds(const Clock& clock) const
+{
+    return counted_ + (since_ ? clock.grown(1) - *since_ : 0);
+}
+
+P4LifCounters lif_counters(const Clock& clock, uint32_t lif)
+{
+    P4LifCounters made{};
+    made.traffic = traffic_of(clock, lif, 100 + 7 * lif, 150 + 11 * lif);
+    made.rx_queue.empty = made.traffic.rx.unicast_packets / drop_share;
+    made.rx_queue.descriptor_fetch_error = made.traffic.rx.unicast_packets / error_share;
+    made.tx_queue.descriptor_fetch_error = made.traffic.tx.unicast_packets / error_share;
+    return made;
+}
+
+P4PortCounters p4_port_counters(const Clock& clock, uint32_t port)
+{
+    return traffic_of(clock, port, 400 + 13 * port, 300 + 17 * port);
+}
+
+P4ConntrackCounters conntrack_counters(const Clock& clock, uint32_t index)
+{
+    const P4PortCounters port = p4_port_counters(clock, index);
+    P4ConntrackCounters made{};
+    made.tx_pass_bytes = port.tx.unicast_bytes / 2;
+    made.tx_pass_packets = port.tx.unicast_packets / 2;
+    made.tx_drop_bytes = port.tx_drops.unicast_bytes / 2;
+    made.tx_drop_packets = port.tx_drops.unicast_packets / 2;
+    made.rx_pass_bytes = port.rx.unicast_bytes / 2;
+    made.rx_pass_packets = port.rx.unicast_packets / 2;
+    made.rx_drop_bytes = port.rx_drops.unicast_bytes / 2;
+    made.rx_drop_packets = port.rx_drops.unicast_packets / 2;
+    return made;
+}
+
+P4IngressCounters ingress_counters(const Clock& clock)
+{
+    const uint64_t packets = counted(clock, packets_a_second);
+    P4IngressCounters made{};
+    made.from_host = packets;
+    made.from_switch = packets / 2 * 3;
+    made.from_cpu = packets / multicast_share;
+    made.user_checksum_errors = packets / error_share;
+    made.malformed = packets / error_share * 2;
+    return made;
+}
+
+P4EgressCounters egress_counters(const Clock& clock)
+{
+    const P4IngressCounters ingress = ingress_counters(clock);
+    P4EgressCounters made{};
+    made.to_host = ingress.from_switch;
+    made.to_switch = ingress.from_host;
+    made.to_cpu = ingress.from_cpu;
+    made.flow_miss = ingress.from_cpu / 2;
+    made.conntrack_redirects = ingress.from_cpu / 4;
+    made.drops = ingress.malformed;
+    return made;
+}
+
 Pipeline default_pipeline(const Host&)
 {
-    return {};
+    Pipeline made{};
+    made.flow_stats = {256, 1000};
+    made.offloads_icmp_echo = 0;
+    made.dscp = {0, 46, 0x3f};
+    made.tables = default_memory_tables();
+    made.mirror_sessions = {mirror_session(0, 17, false), mirror_session(1, 18, true), mirror_session(2, 40, true)};
+    made.port_mirrors = default_port_mirrors();
+    made.contexts = default_contexts();
+    made.app_is_enabled = 1;
+    return made;
 }
 
 }  // namespace host

@@ -1,13 +1,65 @@
 // The SmartNIC's pipeline: counters, offload settings, memory, mirrors, contexts, latency, advanced statistics.
 #pragma once
 
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/state/table_memory.h"
+#include "platform/mirrors.h"
+#include "platform/p4_counters.h"
+#include "platform/pipeline.h"
+
 namespace host {
 
+class Clock;
 struct Host;
 
-struct Pipeline {};
+// Counts the seconds in which something was on.
+class SecondsOn {
+public:
+    void turn(bool on, const Clock& clock);
+    void clear(const Clock& clock);
+    bool is_on() const { return since_.has_value(); }
+    uint64_t seconds(const Clock& clock) const;
+
+private:
+    uint64_t counted_ = 0;
+    std::optional<uint64_t> since_;
+};
+
+// What the context manager knows by three identifiers: the switch, a flow of it, and a connection.
+struct KnownContext {
+    uint32_t ids[3];
+    FpoContext context;
+};
+
+struct Pipeline {
+    FpoFlowStatsConfig flow_stats;
+    std::map<std::string, uint32_t, std::less<>> offloaded;  // by portset name
+    uint32_t offloads_icmp_echo;
+    DscpConfig dscp;
+
+    std::vector<MemoryTable> tables;
+    std::vector<MirrorSession> mirror_sessions;
+    std::vector<PortMirror> port_mirrors;
+    std::vector<KnownContext> contexts;
+
+    uint32_t app_is_enabled;
+    SecondsOn latency;
+    std::map<uint32_t, SecondsOn> advanced_stats;  // by switch number
+};
 
 // Of the built-in host, whose switches stand already.
 Pipeline default_pipeline(const Host& host);
+
+// The counter blocks as they stand now. The SmartNIC refreshes them once a second, so that two reads side by side agree.
+P4LifCounters lif_counters(const Clock& clock, uint32_t lif);
+P4PortCounters p4_port_counters(const Clock& clock, uint32_t port);
+P4ConntrackCounters conntrack_counters(const Clock& clock, uint32_t index);
+P4IngressCounters ingress_counters(const Clock& clock);
+P4EgressCounters egress_counters(const Clock& clock);
 
 }  // namespace host

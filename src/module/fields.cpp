@@ -107,4 +107,22 @@ bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
     return true;
 }
 
+PyObject* dict_or_none(Fields fields, Bytes record)
+{
+    PyRef dict{PyDict_New()};
+    if (!dict)
+        return print_none(no_buffer);
+    const bool complete = fill(dict.get(), fields, record);
+    return built_or_none(std::move(dict), complete);
+}
+
+PyObject* dict_or_null(Fields fields, Bytes record)
+{
+    PyRef dict{PyDict_New()};
+    if (!dict)
+        return print_none(no_buffer);
+    const bool complete = fill(dict.get(), fields, record);
+    return built_or_null(std::move(dict), complete);
+}
+
 }  // namespace qdp

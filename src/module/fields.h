@@ -263,5 +263,9 @@ PyObject* list_of(uint64_t length, Make make)
     PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
     return list && fill_list(list.get(), make) ? list.release() : nullptr;
 }
+// A table's dict as the result of a method. A dict that cannot be made is "Failed to allocate buffer.\n" on standard
+// error and None; a key that cannot be set is SystemError, beside None or raised.
+PyObject* dict_or_none(Fields fields, Bytes record);
+PyObject* dict_or_null(Fields fields, Bytes record);
 
 }  // namespace qdp

@@ -8,6 +8,8 @@
 #include "datapath/stats/stats.h"
 #include "datapath/uplink/uplink.h"
 #include "module/python.h"
+#include "smartnic/diag/diag.h"
+#include "smartnic/stats/stats.h"
 #include "smartnic/tables/tables.h"
 
 namespace {
@@ -169,36 +171,38 @@ PyMethodDef methods[] = {
     // METHOD("PortDelete", PyQDP_PortDelete, ", port", "Delete a port"),
     // METHOD("PortList", PyQDP_PortList, ", start_index", "List p4 output table"),
     // smartnic/stats/pipeline_stats.cpp
-    // METHOD("LifStatsGet", PyQDP_LifStatsGet, ", lif", "Get Lif stats"),
-    // METHOD("PortStatsGet", PyQDP_PortStatsGet, ", port", "Get port stats"),
-    // METHOD("P4IStatsGet", PyQDP_P4IStatsGet, "", "Get p4 ingress stats"),
-    // METHOD("P4EStatsGet", PyQDP_P4EStatsGet, "", "Get p4 egress stats"),
-    // METHOD("CTStatsGet", PyQDP_CTStatsGet, ", index", "Get ConnTrack Per Port Stats"),
+    METHOD("LifStatsGet", PyQDP_LifStatsGet, ", lif", "Get Lif stats"),
+    METHOD("PortStatsGet", PyQDP_PortStatsGet, ", port", "Get port stats"),
+    METHOD("P4IStatsGet", PyQDP_P4IStatsGet, "", "Get p4 ingress stats"),
+    METHOD("P4EStatsGet", PyQDP_P4EStatsGet, "", "Get p4 egress stats"),
+    METHOD("CTStatsGet", PyQDP_CTStatsGet, ", index", "Get ConnTrack Per Port Stats"),
     // smartnic/stats/flow_stats.cpp
-    // METHOD("P4StatsFlowGet", PyQDP_P4StatsFlowGet, ", index", "Get P4 flow stats"),
+    METHOD("P4StatsFlowGet", PyQDP_P4StatsFlowGet, ", index", "Get P4 flow stats"),
     // smartnic/stats/fpo_flow_stats_config.cpp
-    // METHOD("GetFPOFlowStatsConfig", PyQDP_Get_FPO_Flow_Stats_Config, "", "Get FPO stats update config"),
-    // METHOD("SetFPOFlowStatsConfig", PyQDP_Set_FPO_Flow_Stats_Config, ", interval, scan_quota", "Set FPO stats update config"),
+    METHOD("GetFPOFlowStatsConfig", PyQDP_Get_FPO_Flow_Stats_Config, "", "Get FPO stats update config"),
+    METHOD("SetFPOFlowStatsConfig", PyQDP_Set_FPO_Flow_Stats_Config, ", interval, scan_quota",
+           "Set FPO stats update config"),
     // smartnic/stats/offload.cpp
-    // METHOD("SetOffloadFlows", PyQDP_SetOffloadFlows, ", alias, enabled", "Enable/disable offload flows"),
-    // METHOD("GetOffloadFlows", PyQDP_GetOffloadFlows, ", alias", "Get offload flows"),
-    // METHOD("SetOffloadICMPEcho", PyQDP_SetOffloadICMPEcho, ", enabled", "Enable/disable offload icmp echo flow"),
-    // METHOD("GetOffloadICMPEcho", PyQDP_GetOffloadICMPEcho, "", "Get offload icmp echo flow"),
+    METHOD("SetOffloadFlows", PyQDP_SetOffloadFlows, ", alias, enabled", "Enable/disable offload flows"),
+    METHOD("GetOffloadFlows", PyQDP_GetOffloadFlows, ", alias", "Get offload flows"),
+    METHOD("SetOffloadICMPEcho", PyQDP_SetOffloadICMPEcho, ", enabled", "Enable/disable offload icmp echo flow"),
+    METHOD("GetOffloadICMPEcho", PyQDP_GetOffloadICMPEcho, "", "Get offload icmp echo flow"),
     // smartnic/stats/dscp.cpp
-    // METHOD("DSCPConfSet", PyQDP_DSCPConfSet, ", selector, dscp, mask", "Set DSCP configuration"),
-    // METHOD("DSCPConfGet", PyQDP_DSCPConfGet, "", "Get DSCP configuration"),
+    METHOD("DSCPConfSet", PyQDP_DSCPConfSet, ", selector, dscp, mask", "Set DSCP configuration"),
+    METHOD("DSCPConfGet", PyQDP_DSCPConfGet, "", "Get DSCP configuration"),
     // smartnic/diag/hw_tables.cpp
-    // METHOD("P4HWTableList", PyQDP_P4HWTableList, "", "List HBM based p4 tables"),
-    // METHOD("P4HWTableDump", PyQDP_P4HWTableDump, ", table, first_index, count", "Dump HW table entry data"),
-    // METHOD("P4CacheInvalidate", PyQDP_P4CacheInvalidate, ", table, first_index, count", "Invalidate P4 MPU cache"),
+    METHOD("P4HWTableList", PyQDP_P4HWTableList, "", "List HBM based p4 tables"),
+    METHOD("P4HWTableDump", PyQDP_P4HWTableDump, ", table, first_index, count", "Dump HW table entry data"),
+    METHOD("P4CacheInvalidate", PyQDP_P4CacheInvalidate, ", table, first_index, count", "Invalidate P4 MPU cache"),
     // smartnic/diag/contexts.cpp
-    // METHOD("P4CTContextQuery", PyQDP_CTContextQuery, ", index", "Print state of a CT Context"),
+    METHOD("P4CTContextQuery", PyQDP_CTContextQuery, ", index", "Print state of a CT Context"),
     // smartnic/diag/mirrors.cpp
-    // METHOD("P4MirrorTableDump", PyQDP_P4MirrorTableDump, "", "Dump Mirror table entry data"),
-    // METHOD("P4PortMirrorTableDump", PyQDP_P4PortMirrorTableDump, ", value_1, value_2", "Dump Port Mirror table entry data"),
+    METHOD("P4MirrorTableDump", PyQDP_P4MirrorTableDump, "", "Dump Mirror table entry data"),
+    METHOD("P4PortMirrorTableDump", PyQDP_P4PortMirrorTableDump, ", value_1, value_2",
+           "Dump Port Mirror table entry data"),
     // smartnic/diag/contexts.cpp
-    // METHOD("FPOQueryContextMgr", PyQDP_FPOQueryContextMgr, ", id_1, id_2, id_3", "FPO Query Context Mgr"),
-    // METHOD("FPOHWDestroy", PyQDP_FPOHWDestroy, "", "FPO HWFLow destroy"),
+    METHOD("FPOQueryContextMgr", PyQDP_FPOQueryContextMgr, ", id_1, id_2, id_3", "FPO Query Context Mgr"),
+    METHOD("FPOHWDestroy", PyQDP_FPOHWDestroy, "", "FPO HWFLow destroy"),
     // smartnic/tables/stats_tables.cpp
     METHOD("TableLifStatsGet", PyQDP_TableLifStatsGet, ", lif", "Read lif stats table"),
     METHOD("TablePortStatsGet", PyQDP_TablePortStatsGet, ", port", "Read port stats table"),
@@ -240,17 +244,18 @@ PyMethodDef methods[] = {
     METHOD("TableUplinkMapGet", PyQDP_TableUplinkMapGet, "",
            "Get Uplink index to port map for Phy port failover support"),
     // smartnic/diag/p4_app.cpp
-    // METHOD("P4AppSet", PyQDP_P4AppSet, ", enabled", "Enable/disable p4 user application"),
-    // METHOD("P4AppGet", PyQDP_P4AppGet, "", "check whether p4 user application enabled or not"),
+    METHOD("P4AppSet", PyQDP_P4AppSet, ", enabled", "Enable/disable p4 user application"),
+    METHOD("P4AppGet", PyQDP_P4AppGet, "", "check whether p4 user application enabled or not"),
     // smartnic/diag/latency.cpp
-    // METHOD("P4UKLatencySet", PyQDP_P4UKLatencySet, ", enabled", "Enable/disable p4 table program latency histogram collection"),
-    // METHOD("P4UKLatencyDump", PyQDP_P4UKLatencyDump, ", selector", "Dump p4 table program latency histogram data"),
+    METHOD("P4UKLatencySet", PyQDP_P4UKLatencySet, ", enabled",
+           "Enable/disable p4 table program latency histogram collection"),
+    METHOD("P4UKLatencyDump", PyQDP_P4UKLatencyDump, ", selector", "Dump p4 table program latency histogram data"),
     // smartnic/tables/flow_ops.cpp
     METHOD("FlowOpsStatsGet", PyQDP_FlowOpsStatsGet, "", "Get flow operation stats maintained by ftl API level"),
     // smartnic/diag/advanced_stats.cpp
-    // METHOD("AdvStatsSetEnabled", PyQDP_AdvStatsSetEnabled, ", switch, mode", "Enable or disable advanced stats"),
-    // METHOD("AdvStatsGetEnabled", PyQDP_AdvStatsGetEnabled, ", switch", "Get advanced stats enabled"),
-    // METHOD("AdvStatsGetCounters", PyQDP_AdvStatsGetCounters, ", switch, selector, text", "Get advanced stats counters"),
+    METHOD("AdvStatsSetEnabled", PyQDP_AdvStatsSetEnabled, ", switch, mode", "Enable or disable advanced stats"),
+    METHOD("AdvStatsGetEnabled", PyQDP_AdvStatsGetEnabled, ", switch", "Get advanced stats enabled"),
+    METHOD("AdvStatsGetCounters", PyQDP_AdvStatsGetCounters, ", switch, selector, text", "Get advanced stats counters"),
     // smartnic/diag/aging.cpp
     // METHOD("AgingIntervalGet", PyQDP_Get_Aging_Interval, ", selector", "Get flow table aging interval"),
     // METHOD("AgingIntervalSet", PyQDP_Set_Aging_Interval, ", selector, interval", "Set flow table aging interval"),

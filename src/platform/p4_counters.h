@@ -70,3 +70,19 @@ struct P4EgressCounters {
     uint64_t reserved;
 };
 static_assert(sizeof(P4EgressCounters) == 64);
+
+// What connection tracking passed and dropped. Only the beginning is known; the library takes room for the whole.
+struct P4ConntrackCounters {
+    uint64_t tx_pass_bytes;
+    uint64_t tx_pass_packets;
+    uint64_t tx_drop_bytes;
+    uint64_t tx_drop_packets;
+    uint64_t rx_pass_bytes;
+    uint64_t rx_pass_packets;
+    uint64_t rx_drop_bytes;
+    uint64_t rx_drop_packets;
+    uint64_t reserved[24];
+};
+static_assert(offsetof(P4ConntrackCounters, rx_pass_bytes) == 32);
+static_assert(offsetof(P4ConntrackCounters, rx_drop_packets) == 56);
+static_assert(sizeof(P4ConntrackCounters) == 256);

@@ -5,7 +5,7 @@ import subprocess
 
 import pytest
 
-from observe import exact
+from observe import Observer, Outcome, exact
 
 MEMBERS = struct.pack(
     "<BHIQbiq8s6sB4H",
@@ -55,6 +55,23 @@ def test_a_text_without_a_nul_ends_with_its_field(core):
 def test_a_text_that_is_not_utf_8_is_a_value_that_cannot_be_made(core):
     with pytest.raises(SystemError, match="^Failed to allocate buffer.\n$"):
         core.members(MEMBERS.replace(b"vmnic0\0x", b"vm\xff\xfe\0\0\0\0"))
+
+
+@pytest.mark.parametrize("result", ["members_or_none", "members_or_null"])
+def test_a_dict_as_the_result_of_a_method(core, result):
+    assert exact(getattr(core, result)(MEMBERS)) == exact(core.members(MEMBERS))
+
+
+@pytest.mark.parametrize(
+    "result, failure",
+    [
+        ("members_or_none", Outcome(left_set=(SystemError, "Failed to allocate buffer.\n"))),
+        ("members_or_null", Outcome(raised=(SystemError, "Failed to allocate buffer.\n"))),
+    ],
+)
+def test_a_dict_that_cannot_be_filled(core, host, result, failure):
+    broken = MEMBERS.replace(b"vmnic0\0x", b"vm\xff\xfe\0\0\0\0")
+    assert Observer(core, host).call(result, broken) == failure
 
 
 def test_a_list_is_as_long_as_its_count_says(core):

@@ -1,0 +1,41 @@
+// Answers about the counters of the SmartNIC's pipeline.
+#include "host/host.h"
+
+namespace host {
+
+namespace {
+
+uint32_t lif_stats_get(Host& host, uint32_t lif, Output output)
+{
+    return lif < max_lifs ? output.put(lif_counters(host.clock, lif)) : refused;
+}
+
+uint32_t port_stats_get(Host& host, uint32_t port, Output output)
+{
+    return port < max_p4_ports ? output.put(p4_port_counters(host.clock, port)) : refused;
+}
+
+uint32_t conntrack_stats_get(Host& host, uint32_t index, Output output)
+{
+    return index < max_p4_ports ? output.put(conntrack_counters(host.clock, index)) : refused;
+}
+
+uint32_t ingress_stats_get(Host& host, Output output)
+{
+    return output.put(ingress_counters(host.clock));
+}
+
+uint32_t egress_stats_get(Host& host, Output output)
+{
+    return output.put(egress_counters(host.clock));
+}
+
+const Answer answers[] = {
+    {"Qdp_Lif_Stats_Get", lif_stats_get},      {"Qdp_Port_Stats_Get", port_stats_get},
+    {"Qdp_CT_Stats_Get", conntrack_stats_get}, {"Qdp_P4I_Stats_Get", ingress_stats_get},
+    {"Qdp_P4E_Stats_Get", egress_stats_get},
+};
+
+}  // namespace
+
+}  // namespace host

@@ -1,0 +1,32 @@
+// The counters of one offloaded flow, from the raw memory of the IPFIX table.
+#include "smartnic/channel/table_memory.h"
+#include "smartnic/stats/stats.h"
+
+namespace qdp {
+
+namespace {
+
+// A counter in network byte order, shown signed.
+PyObject* counter(Bytes entry, const Field& field)
+{
+    return made(PyLong_FromLong(static_cast<long>(__builtin_bswap64(entry.load<uint64_t>(field.where.offset)))));
+}
+
+using E = IpfixEntry;
+constexpr auto flow_fields = fields<sizeof(E)>({
+    {"pcnt", AT(E, packets), counter},
+    {"bcnt", AT(E, bytes), counter},
+    {"tcp_flags", AT(E, tcp_flags)},
+});
+
+}  // namespace
+
+PyObject* PyQDP_P4StatsFlowGet(PyObject*, PyObject* args)
+{
+    uint32_t index;
+    if (!PyArg_ParseTuple(args, "I", &index))
+        return print_none("TypeError: Invalid startIndex passed.\n");
+    return table_entry(ipfix_table, index, flow_fields, "Failed to dump ipfix table entry.\n");
+}
+
+}  // namespace qdp
