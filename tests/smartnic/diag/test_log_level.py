@@ -2,6 +2,7 @@
 
 import pytest
 
+from adversity import starved
 from observe import Outcome, refused
 from smartnic.commands import OPERATION, command, unparsable
 
@@ -53,6 +54,12 @@ class TestP4LogLevelGet:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail(OPERATION, status)
         assert qdp.call("P4LogLevelGet") == Outcome(None, "Failed to get borea log level.\n", calls=[self.call])
+
+    def test_lack_of_memory_is_printed_for_the_dict_and_left_set_for_what_is_in_it(self, qdp):
+        assert starved(qdp, "P4LogLevelGet") == [
+            Outcome(None, "Failed to allocate buffer.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+        ]
 
     def test_embedded_host(self, qdp):
         assert qdp.call("P4LogLevelGet") == Outcome({"level": 3}, calls=[self.call])

@@ -4,6 +4,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import Outcome, refused
 from smartnic.commands import OPERATION, command, unparsable
 
@@ -110,6 +111,13 @@ class TestP4RssOverrideGet:
         assert qdp.call("P4RssOverrideGet", 1, 2) == Outcome(
             None, "Failed to get RSS override info.\n", calls=[self.call(1, 2)]
         )
+
+    def test_lack_of_memory_is_printed_for_the_dict_and_left_set_for_what_is_in_it(self, qdp):
+        assert starved(qdp, "P4RssOverrideGet", 2, 1022) == [
+            Outcome(None, "Failed to allocate buffer.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+            Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+        ]
 
     def test_embedded_host(self, qdp):
         assert qdp.call("P4RssOverrideGet", 2, 96) == Outcome(

@@ -4,6 +4,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import Outcome, refused
 from smartnic.commands import OPERATION, at_bounds, command, out_of_bounds, unparsable
 
@@ -76,6 +77,13 @@ class TestHostPFGet:
     def test_a_refusing_library(self, host, qdp, status):
         host.script(OPERATION, status, outputs=[struct.pack("<6H", 6, *range(5))])
         assert qdp.call("HostPFGet") == Outcome(None, "Failed to get host pfs\n", calls=[self.call])
+
+    def test_lack_of_memory_is_printed_for_the_list_and_left_set_for_a_pf(self, qdp):
+        qdp.result("HostPFSet", 2, 1022, 1023, 0, 0)
+        assert starved(qdp, "HostPFGet") == [
+            Outcome(None, "Failed to allocate buffer.\n", left_set=(MemoryError, "")),
+            Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+        ]
 
     def test_embedded_host(self, qdp):
         assert qdp.call("HostPFGet") == Outcome([1, 2, 3, 4], calls=[self.call])

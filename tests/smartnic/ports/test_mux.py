@@ -5,6 +5,7 @@ import struct
 
 import pytest
 
+from adversity import starved
 from observe import Call, Capacity, Outcome, refused
 from smartnic.commands import unparsable
 
@@ -44,6 +45,9 @@ class TestGetSwitchMuxMode:
         assert qdp.call("GetSwitchMuxMode", 3) == Outcome(
             None, "TypeError: Failed to get mux mode.\n\n", calls=[self.call(3)]
         )
+
+    def test_lack_of_memory_is_raised(self, qdp):
+        assert starved(qdp, "GetSwitchMuxMode", 2) == [Outcome(raised=(MemoryError, ""))]
 
     @pytest.mark.parametrize("switch, enabled", [(0, 0), (1, 0), (2, 1)])
     def test_embedded_host(self, qdp, switch, enabled):

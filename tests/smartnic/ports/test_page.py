@@ -5,6 +5,7 @@ from collections import namedtuple
 
 import pytest
 
+from adversity import starved
 from observe import Outcome, exact
 from smartnic.commands import OPERATION
 
@@ -83,6 +84,24 @@ class TestPage:
         outcome = qdp.call(each.method, *each.before, 0)
         assert outcome == Outcome(None, each.failure, calls=outcome.calls)
         assert len(outcome.calls) == 1
+
+
+@pytest.mark.parametrize(
+    "method, arguments",
+    [
+        ("LifPortList", (195,)),
+        ("VlanPortList", (279,)),
+        ("PortList", (435,)),
+        ("ListSwitchMuxVLAN", (2, 243)),
+        ("ListSwitchShadowPorts", (2, 243)),
+    ],
+)
+def test_lack_of_memory_is_printed_for_the_page_itself_and_left_set_for_what_is_in_it(qdp, method, arguments):
+    assert starved(qdp, method, *arguments) == [
+        Outcome(None, "Failed to allocate buffer.\n", left_set=(MemoryError, "")),
+        Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n")),
+        Outcome(None, left_set=(SystemError, "Failed to set dict item.\n")),
+    ]
 
 
 def test_an_entry_across_the_end_of_the_buffer_has_what_is_left_of_it(host, qdp):
