@@ -1,13 +1,174 @@
-// The SmartNIC's port model: host PFs, LIFs, mux VLAN ports, output ports, mux mode, RSS overrides, log level.
+// The SmartNIC's port model: host PFs, LIFs, mux VLAN ports, output ports, mux mode, RSS overrides, log level, aging.
 #include "host/state/smartnic.h"
 
 #include "host/host.h"
 
 namespace host {
 
+namespace {
+
+constexpr uint16_t tag_of_port_0 = 2048;
+constexpr uint32_t default_aging_interval = 10;
+
+// The built-in model. LIF n sends from port n, its representor is port n + 512; so it is with mux VLAN ports.
+constexpr uint32_t first_pf = 1, pf_count = 4;
+constexpr uint32_t first_uplink = 8, uplink_count = 2;
+constexpr uint32_t first_vf = 16, vf_count = 180;
+constexpr uint32_t first_vlan = 100, first_vlan_source = 256, vlan_count = 180;
+constexpr uint32_t first_rep_port = 512;
+constexpr uint32_t first_fc_port = 64;
+
+// Types of a LIF; mux VLAN ports have one too, in the output port table.
+enum LifType : uint8_t { uplink_lif = 1, pf_lif = 2, vf_lif = 3, vlan_port_lif = 4 };
+
+constexpr uint16_t up = 1;  // the status of ports that carry traffic
+
+constexpr uint16_t narrow(uint32_t value)
+{
+    return static_cast<uint16_t>(value);
+}
+
+template <class Value>
+const Value* found_in(const std::map<uint32_t, Value>& table, uint32_t key)
+{
+    const auto found = table.find(key);
+    return found == table.end() ? nullptr : &found->second;
+}
+
+void add_lifs(SmartNic& nic, uint32_t first, uint32_t count, LifType type)
+{
+    for (uint32_t lif = first; lif < first + count; ++lif) {
+        const uint32_t flow_key_type = type == vf_lif ? lif % max_flow_key_types : 0;
+        nic.lifs[lif] = {
+            .lif = narrow(lif),
+            .source_port = narrow(lif),
+            .rep_port = narrow(first_rep_port + lif),
+            .unused = 0,
+            .type = type,
+            .flags = lif_flags(flow_key_type, type == vf_lif && lif % 2, type == pf_lif),
+            .status = lif % 16 == 15 ? uint16_t{0} : up,
+        };
+        if (type == vf_lif && lif % 4 == 0)
+            nic.default_vlans[lif] = narrow(10 + lif % 8);
+    }
+}
+
+// A mux VLAN port on a pair of PFs, with the FC port that it stands for.
+void add_vlan_port(SmartNic& nic, MuxSwitch& owner, uint32_t index)
+{
+    const uint16_t vlan = narrow(first_vlan + index);
+    const uint16_t source_port = narrow(first_vlan_source + index);
+    const uint16_t pf = narrow(first_pf + index % 2 * 2);
+    const uint16_t fc_port = narrow(first_fc_port + index);
+    nic.vlan_ports[vlan] = {
+        .mux_vlan = vlan,
+        .pf_lifs = {pf, narrow(pf + 1u)},
+        .source_port = source_port,
+        .unused = 0,
+        .rep_port = narrow(first_rep_port + source_port),
+        .flow_key_type = static_cast<uint8_t>(index % max_flow_key_types),
+        .flags = 0,
+        .status = up,
+    };
+    owner.vlans[fc_port] = {fc_port, vlan, source_port};
+    owner.shadow_ports[fc_port] = {fc_port, pf, vlan};
+}
+
+// The row that a port has, with what it keeps of its own.
+P4OutputPort& add_row(std::map<uint32_t, P4OutputPort>& rows, const SmartNic& nic, uint16_t port)
+{
+    P4OutputPort& row = rows[port];
+    row = {};
+    row.destination_port = port;
+    row.tag = narrow(tag_of_port_0 + port);
+    if (const uint16_t* default_vlan = found_in(nic.default_vlans, port))
+        row.default_vlan = *default_vlan;
+    return row;
+}
+
+}  // namespace
+
+const P4LifPort* SmartNic::lif(uint32_t number) const
+{
+    return found_in(lifs, number);
+}
+
+const P4VlanPort* SmartNic::vlan_port(uint32_t mux_vlan) const
+{
+    return found_in(vlan_ports, mux_vlan);
+}
+
+const MuxSwitch* SmartNic::mux_switch(uint32_t switch_number) const
+{
+    return found_in(mux_switches, switch_number);
+}
+
+std::map<uint32_t, P4OutputPort> SmartNic::output_ports() const
+{
+    std::map<uint32_t, P4OutputPort> rows;
+    for (const auto& [number, lif] : lifs) {
+        P4OutputPort& row = add_row(rows, *this, lif.source_port);
+        row.lif = lif.lif;
+        row.lif_type = lif.type;
+        row.status = lif.status;
+    }
+    for (const auto& [vlan, port] : vlan_ports) {
+        P4OutputPort& row = add_row(rows, *this, port.source_port);
+        row.lif = port.pf_lifs[0];
+        row.mux_vlan = port.mux_vlan;
+        row.lif_type = vlan_port_lif;
+        row.status = port.status;
+    }
+    return rows;
+}
+
+std::optional<P4OutputPort> SmartNic::output_port(uint32_t port) const
+{
+    const auto rows = output_ports();
+    const P4OutputPort* row = found_in(rows, port);
+    return row ? std::optional{*row} : std::nullopt;
+}
+
+P4RssOverride SmartNic::rss_override(uint32_t switch_number, uint32_t port) const
+{
+    const auto found = rss_overrides.find({switch_number, port});
+    return found == rss_overrides.end() ? P4RssOverride{narrow(switch_number), narrow(port), 0, 0} : found->second;
+}
+
+uint32_t SmartNic::aging_interval(uint32_t selector) const
+{
+    const uint32_t* interval = found_in(aging_intervals, selector);
+    return interval ? *interval : default_aging_interval;
+}
+
+bool SmartNic::delete_port(uint32_t port)
+{
+    const auto sends_from_it = [=](const auto& item) { return item.second.source_port == port; };
+    default_vlans.erase(port);
+    return std::erase_if(lifs, sends_from_it) + std::erase_if(vlan_ports, sends_from_it) != 0;
+}
+
 SmartNic default_smartnic(const Host&)
 {
-    return {};
+    constexpr uint32_t mux_switch_number = 2;
+
+    SmartNic nic{};
+    nic.host_pfs.count = pf_count;
+    for (uint32_t i = 0; i < pf_count; ++i)
+        nic.host_pfs.lifs[i] = narrow(first_pf + i);
+    add_lifs(nic, first_pf, pf_count, pf_lif);
+    add_lifs(nic, first_uplink, uplink_count, uplink_lif);
+    add_lifs(nic, first_vf, vf_count, vf_lif);
+
+    MuxSwitch& mux_switch = nic.mux_switches[mux_switch_number];
+    for (uint32_t i = 0; i < vlan_count; ++i)
+        add_vlan_port(nic, mux_switch, i);
+
+    for (const uint16_t fc_port : {uint16_t{70}, uint16_t{96}})
+        nic.rss_overrides[{mux_switch_number, fc_port}] = {mux_switch_number, fc_port,
+                                                           static_cast<uint8_t>(fc_port % max_rss_queues), 1};
+    nic.log_level = {3};
+    return nic;
 }
 
 }  // namespace host

@@ -1,11 +1,50 @@
-// The SmartNIC's port model: host PFs, LIFs, mux VLAN ports, output ports, mux mode, RSS overrides, log level.
+// The SmartNIC's port model: host PFs, LIFs, mux VLAN ports, output ports, mux mode, RSS overrides, log level, aging.
 #pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "platform/mux.h"
+#include "platform/p4_ports.h"
+#include "platform/p4_settings.h"
 
 namespace host {
 
 struct Host;
 
-struct SmartNic {};
+// What a switch in mux mode has.
+struct MuxSwitch {
+    std::map<uint32_t, MuxVlanEntry> vlans;            // by FC port
+    std::map<uint32_t, ShadowPortEntry> shadow_ports;  // by FC port
+};
+
+struct SmartNic {
+    P4HostPfs host_pfs;
+    std::map<uint32_t, P4LifPort> lifs;                                    // by LIF number
+    std::map<uint32_t, P4VlanPort> vlan_ports;                             // by mux VLAN
+    std::map<uint32_t, uint16_t> default_vlans;                            // by port; 0 where none is set
+    std::map<uint32_t, MuxSwitch> mux_switches;                            // by switch number
+    std::map<std::pair<uint32_t, uint32_t>, P4RssOverride> rss_overrides;  // by switch number and port
+    P4LogLevel log_level;
+    std::map<uint32_t, uint32_t> aging_intervals;  // by selector; those that have been set
+
+    // Null when there is no such object.
+    const P4LifPort* lif(uint32_t number) const;
+    const P4VlanPort* vlan_port(uint32_t mux_vlan) const;
+    const MuxSwitch* mux_switch(uint32_t switch_number) const;
+
+    // The output port table, by destination port: a row for the source port of every LIF and of every mux VLAN port.
+    std::map<uint32_t, P4OutputPort> output_ports() const;
+    std::optional<P4OutputPort> output_port(uint32_t port) const;
+
+    P4RssOverride rss_override(uint32_t switch_number, uint32_t port) const;
+    uint32_t aging_interval(uint32_t selector) const;
+
+    // Takes away the port and what has it as its source port. False when there is no such port.
+    bool delete_port(uint32_t port);
+};
 
 // Of the built-in host, whose switches stand already.
 SmartNic default_smartnic(const Host& host);

@@ -9,6 +9,7 @@
 #include "datapath/uplink/uplink.h"
 #include "module/python.h"
 #include "smartnic/diag/diag.h"
+#include "smartnic/ports/ports.h"
 #include "smartnic/stats/stats.h"
 #include "smartnic/tables/tables.h"
 
@@ -152,24 +153,29 @@ PyMethodDef methods[] = {
     METHOD("SetRefreshPktInjectionConfig", PyQdp_Set_Refresh_Pkt_Injection, ", value",
            "Set refresh packet injection config"),
     // smartnic/ports/mux.cpp
-    // METHOD("GetSwitchMuxMode", PyQDP_GetSwitchMuxMode, ", switch", "Get Mux mode of an QDP switch"),
-    // METHOD("ListSwitchMuxVLAN", PyQDP_ListSwitchMuxVLAN, ", switch, start_fc_port", "Get internal VLAN map of a Mux QDP switch"),
-    // METHOD("ListSwitchShadowPorts", PyQDP_ListSwitchShadowPorts, ", switch, start_fc_port", "List all shadow port configuartion"),
+    METHOD("GetSwitchMuxMode", PyQDP_GetSwitchMuxMode, ", switch", "Get Mux mode of an QDP switch"),
+    METHOD("ListSwitchMuxVLAN", PyQDP_ListSwitchMuxVLAN, ", switch, start_fc_port",
+           "Get internal VLAN map of a Mux QDP switch"),
+    METHOD("ListSwitchShadowPorts", PyQDP_ListSwitchShadowPorts, ", switch, start_fc_port",
+           "List all shadow port configuartion"),
     // smartnic/ports/host_pf.cpp
-    // METHOD("HostPFSet", PyQDP_HostPFSet, ", count, pf_0, pf_1, pf_2, pf_3", "Set host PF lifs"),
-    // METHOD("HostPFGet", PyQDP_HostPFGet, "", "Get Host PFs"),
+    METHOD("HostPFSet", PyQDP_HostPFSet, ", count, pf_0, pf_1, pf_2, pf_3", "Set host PF lifs"),
+    METHOD("HostPFGet", PyQDP_HostPFGet, "", "Get Host PFs"),
     // smartnic/ports/lif_port.cpp
-    // METHOD("LifPortCreate", PyQDP_LifPortCreate, ", lif, source_port, rep_port, flow_key_type, lif_type, is_mux_pf, fwd_mode, status", "create an LIF port"),
-    // METHOD("LifPortUpdate", PyQDP_LifPortUpdate, ", lif, flow_key_type, is_mux_pf, fwd_mode", "update lif port config"),
-    // METHOD("LifPortList", PyQDP_LifPortList, ", start_index", "List lif ports"),
+    METHOD("LifPortCreate", PyQDP_LifPortCreate,
+           ", lif, source_port, rep_port, flow_key_type, lif_type, is_mux_pf, fwd_mode, status", "create an LIF port"),
+    METHOD("LifPortUpdate", PyQDP_LifPortUpdate, ", lif, flow_key_type, is_mux_pf, fwd_mode", "update lif port config"),
+    METHOD("LifPortList", PyQDP_LifPortList, ", start_index", "List lif ports"),
     // smartnic/ports/vlan_port.cpp
-    // METHOD("VlanPortCreate", PyQDP_VlanPortCreate, ", mux_vlan, source_port, rep_port, flow_key_type, pf_lif_0, pf_lif_1, status", "Create a MUX vlan based port"),
-    // METHOD("VlanPortUpdate", PyQDP_VlanPortUpdate, ", mux_vlan, flow_key_type", "Update MUX vlan port config"),
-    // METHOD("VlanPortList", PyQDP_VlanPortList, ", start_index", "List EMU ports(MUX VLAN ports)"),
+    METHOD("VlanPortCreate", PyQDP_VlanPortCreate,
+           ", mux_vlan, source_port, rep_port, flow_key_type, pf_lif_0, pf_lif_1, status",
+           "Create a MUX vlan based port"),
+    METHOD("VlanPortUpdate", PyQDP_VlanPortUpdate, ", mux_vlan, flow_key_type", "Update MUX vlan port config"),
+    METHOD("VlanPortList", PyQDP_VlanPortList, ", start_index", "List EMU ports(MUX VLAN ports)"),
     // smartnic/ports/output_port.cpp
-    // METHOD("PortUpdate", PyQDP_PortUpdate, ", port, default_vlan", "Update port default VLAN"),
-    // METHOD("PortDelete", PyQDP_PortDelete, ", port", "Delete a port"),
-    // METHOD("PortList", PyQDP_PortList, ", start_index", "List p4 output table"),
+    METHOD("PortUpdate", PyQDP_PortUpdate, ", port, default_vlan", "Update port default VLAN"),
+    METHOD("PortDelete", PyQDP_PortDelete, ", port", "Delete a port"),
+    METHOD("PortList", PyQDP_PortList, ", start_index", "List p4 output table"),
     // smartnic/stats/pipeline_stats.cpp
     METHOD("LifStatsGet", PyQDP_LifStatsGet, ", lif", "Get Lif stats"),
     METHOD("PortStatsGet", PyQDP_PortStatsGet, ", port", "Get port stats"),
@@ -257,14 +263,15 @@ PyMethodDef methods[] = {
     METHOD("AdvStatsGetEnabled", PyQDP_AdvStatsGetEnabled, ", switch", "Get advanced stats enabled"),
     METHOD("AdvStatsGetCounters", PyQDP_AdvStatsGetCounters, ", switch, selector, text", "Get advanced stats counters"),
     // smartnic/diag/aging.cpp
-    // METHOD("AgingIntervalGet", PyQDP_Get_Aging_Interval, ", selector", "Get flow table aging interval"),
-    // METHOD("AgingIntervalSet", PyQDP_Set_Aging_Interval, ", selector, interval", "Set flow table aging interval"),
+    METHOD("AgingIntervalGet", PyQDP_Get_Aging_Interval, ", selector", "Get flow table aging interval"),
+    METHOD("AgingIntervalSet", PyQDP_Set_Aging_Interval, ", selector, interval", "Set flow table aging interval"),
     // smartnic/diag/rss_override.cpp
-    // METHOD("P4RssOverrideSet", PyQDP_P4RssOverrideSet, ", switch, port, is_override, queue", "Set RSS override for a VNIC"),
-    // METHOD("P4RssOverrideGet", PyQDP_P4RssOverrideGet, ", switch, port", "Get RSS override for a VNIC"),
+    METHOD("P4RssOverrideSet", PyQDP_P4RssOverrideSet, ", switch, port, is_override, queue",
+           "Set RSS override for a VNIC"),
+    METHOD("P4RssOverrideGet", PyQDP_P4RssOverrideGet, ", switch, port", "Get RSS override for a VNIC"),
     // smartnic/diag/log_level.cpp
-    // METHOD("P4LogLevelSet", PyQDP_P4LogLevelSet, ", level", "Set borea app log level"),
-    // METHOD("P4LogLevelGet", PyQDP_P4LogLevelGet, "", "Get borea app log level"),
+    METHOD("P4LogLevelSet", PyQDP_P4LogLevelSet, ", level", "Set borea app log level"),
+    METHOD("P4LogLevelGet", PyQDP_P4LogLevelGet, "", "Get borea app log level"),
     {nullptr, nullptr, 0, nullptr},
 };
 

@@ -8,8 +8,11 @@
 #include "platform/load_balancer.h"
 #include "platform/mac.h"
 #include "platform/mirrors.h"
+#include "platform/mux.h"
 #include "platform/p4_command.h"
 #include "platform/p4_counters.h"
+#include "platform/p4_ports.h"
+#include "platform/p4_settings.h"
 #include "platform/pipeline.h"
 #include "platform/port_conf.h"
 #include "platform/ports.h"
@@ -117,6 +120,11 @@ uint32_t Qdp_Get_L3SPAN_Record(const L3SPANRequest* request, L3SPANRecord* answe
 uint32_t Qdp_P4_Cmd(const void* request, uint32_t request_length, void* response, uint32_t* response_length);
 
 // SmartNIC: mux mode.
+uint32_t Qdp_Get_Mux_Mode(uint32_t switch_number, uint32_t* is_enabled);
+uint32_t Qdp_List_Mux_VLAN_Info(const MuxListRequest* request, uint32_t request_length, MuxVlanList* list,
+                                uint32_t* size);
+uint32_t Qdp_List_Shadow_Ports(const MuxListRequest* request, uint32_t request_length, ShadowPortList* list,
+                               uint32_t* size);
 
 // SmartNIC: pipeline statistics.
 uint32_t Qdp_Lif_Stats_Get(uint32_t lif, P4LifCounters* counters, uint32_t* size);
@@ -155,5 +163,7 @@ uint32_t Qdp_AdvStatsGetCounters(uint32_t switch_number, uint32_t selector, cons
                                  AdvancedCounters* counters, uint32_t* size);
 
 // SmartNIC: flow aging.
+uint32_t Qdp_GetAgingInterval(uint32_t selector, uint32_t* interval);
+uint32_t Qdp_SetAgingInterval(uint32_t selector, uint32_t interval);
 
 }  // extern "C"

@@ -1,4 +1,4 @@
-// Methods that look into the SmartNIC's pipeline.
+// Methods that diagnose and tune the SmartNIC's pipeline.
 #pragma once
 
 #include "module/python.h"
@@ -31,5 +31,17 @@ Method PyQDP_P4UKLatencyDump;
 Method PyQDP_AdvStatsSetEnabled;
 Method PyQDP_AdvStatsGetEnabled;
 Method PyQDP_AdvStatsGetCounters;
+
+// aging.cpp
+Method PyQDP_Get_Aging_Interval;
+Method PyQDP_Set_Aging_Interval;
+
+// rss_override.cpp
+Method PyQDP_P4RssOverrideSet;
+Method PyQDP_P4RssOverrideGet;
+
+// log_level.cpp
+Method PyQDP_P4LogLevelSet;
+Method PyQDP_P4LogLevelGet;
 
 }  // namespace qdp

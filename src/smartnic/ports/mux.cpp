@@ -1,0 +1,69 @@
+// Switches in mux mode: which they are, their internal VLANs, and the shadow ports behind their FC ports.
+#include "module/arguments.h"
+#include "platform/qdp_control.h"
+#include "smartnic/ports/page.h"
+#include "smartnic/ports/ports.h"
+
+namespace qdp {
+
+namespace {
+
+// The port comes last in the entry and first in the dict.
+using V = MuxVlanEntry;
+constexpr auto mux_vlan_fields = fields<sizeof(V)>({
+    {"portID", AT(V, port)},
+    {"fcPortID", AT(V, fc_port)},
+    {"vlanID", AT(V, vlan)},
+});
+
+using S = ShadowPortEntry;
+constexpr auto shadow_port_fields = fields<sizeof(S)>({
+    {"fcPortID", AT(S, fc_port)},
+    {"muxPFPortID", AT(S, mux_pf_port)},
+    {"muxVLANID", AT(S, mux_vlan)},
+});
+
+}  // namespace
+
+// Checks no switch number, and both of its texts end in an empty line, deliberately.
+PyObject* PyQDP_GetSwitchMuxMode(PyObject*, PyObject* args)
+{
+    uint32_t switch_number;
+    if (!PyArg_ParseTuple(args, "I", &switch_number))
+        return print_none("TypeError: Invalid parameter passed.\n\n");
+
+    uint32_t is_enabled = 0;
+    if (Qdp_Get_Mux_Mode(switch_number, &is_enabled) != 0)
+        return print_none("TypeError: Failed to get mux mode.\n\n");
+    return Py_BuildValue("{s:I}", "enabled", is_enabled);
+}
+
+PyObject* PyQDP_ListSwitchMuxVLAN(PyObject*, PyObject* args)
+{
+    MuxListRequest request;
+    if (!PyArg_ParseTuple(args, "II", &request.switch_number, &request.start_fc_port) ||
+        !is_switch(request.switch_number))
+        return print_none(invalid_parameter);
+
+    MuxVlanList page{};
+    uint32_t size = sizeof page;
+    if (Qdp_List_Mux_VLAN_Info(&request, sizeof request, &page, &size) != 0)
+        return print_none("Failed to get mux VLAN info\n");
+    return page_object(page, mux_vlan_fields);
+}
+
+PyObject* PyQDP_ListSwitchShadowPorts(PyObject*, PyObject* args)
+{
+    MuxListRequest request;
+    if (!PyArg_ParseTuple(args, "II", &request.switch_number, &request.start_fc_port) ||
+        !is_switch(request.switch_number))
+        return print_none(invalid_parameter);
+
+    ShadowPortList page{};
+    uint32_t size = sizeof page;
+    if (Qdp_List_Shadow_Ports(&request, sizeof request, &page, &size) != 0)
+        return print_none("Failed to get shadow port list\n");
+    return page_object(page, shadow_port_fields);
+}
+
+}  // namespace qdp

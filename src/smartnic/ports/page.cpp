@@ -1,0 +1,19 @@
+// A page of a list as a dict.
+#include "smartnic/ports/page.h"
+
+namespace qdp {
+
+PyObject* page_object(PageKeys keys, uint32_t count, uint32_t next, Fields fields, Bytes entries)
+{
+    PyRef page{PyDict_New()};
+    if (!page)
+        return print_none(no_buffer);
+
+    PyObject* list = made(PyList_New(count));  // the page owns it from the next line on
+    const bool complete = set_dict_item(page.get(), keys.list, list) &&
+                          set_dict_item(page.get(), keys.next, made(PyLong_FromUnsignedLong(next))) &&
+                          fill_dicts(list, fields, entries);
+    return built_or_none(std::move(page), complete);
+}
+
+}  // namespace qdp
