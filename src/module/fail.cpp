@@ -40,6 +40,11 @@ PyObject* print_none_format(const char* format, ...)
     return none();
 }
 
+PyObject* commanded(uint32_t status, const char* refusal)
+{
+    return status == 0 ? none() : print_none(refusal);
+}
+
 PyObject* print_null(const char* text)
 {
     print(text);

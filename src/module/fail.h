@@ -29,6 +29,9 @@ void print(const char* text);
 PyObject* print_none(const char* text);
 [[gnu::format(printf, 1, 2)]] PyObject* print_none_format(const char* format, ...);
 
+// The end of a command: None, after a text when the library has refused it.
+PyObject* commanded(uint32_t status, const char* refusal);
+
 // Print and return NULL with no exception of our own.
 PyObject* print_null(const char* text);
 

@@ -107,11 +107,11 @@ bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
     return true;
 }
 
-PyObject* dict_or_none(Fields fields, Bytes record)
+PyObject* dict_or_none(Fields fields, Bytes record, const char* no_dict)
 {
     PyRef dict{PyDict_New()};
     if (!dict)
-        return print_none(no_buffer);
+        return print_none(no_dict);
     const bool complete = fill(dict.get(), fields, record);
     return built_or_none(std::move(dict), complete);
 }
@@ -123,6 +123,15 @@ PyObject* dict_or_null(Fields fields, Bytes record)
         return print_none(no_buffer);
     const bool complete = fill(dict.get(), fields, record);
     return built_or_null(std::move(dict), complete);
+}
+
+PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list)
+{
+    PyRef list{PyList_New(count)};
+    if (!list)
+        return print_none(no_list);
+    const bool complete = fill_dicts(list.get(), fields, entries);
+    return built_or_none(std::move(list), complete);
 }
 
 }  // namespace qdp

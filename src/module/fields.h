@@ -263,9 +263,15 @@ PyObject* list_of(uint64_t length, Make make)
     PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
     return list && fill_list(list.get(), make) ? list.release() : nullptr;
 }
-// A table's dict as the result of a method. A dict that cannot be made is "Failed to allocate buffer.\n" on standard
-// error and None; a key that cannot be set is SystemError, beside None or raised.
-PyObject* dict_or_none(Fields fields, Bytes record);
+// --- Whole results of methods ---
+
+// A table's dict. A dict that cannot be made is a text on standard error and None; a key that cannot be set is
+// SystemError, beside None or raised.
+PyObject* dict_or_none(Fields fields, Bytes record, const char* no_dict = no_buffer);
 PyObject* dict_or_null(Fields fields, Bytes record);
+
+// A list with one dict an entry. A list that cannot be made is a text on standard error and None; what cannot be put
+// into it is SystemError beside None.
+PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list = no_buffer);
 
 }  // namespace qdp

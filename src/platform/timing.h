@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// In the quota or the interval of a set request: the current value stays.
+// In a quota or an interval that is to be set: the current value stays.
 inline constexpr uint32_t keep_current = UINT32_MAX;
 
 // How offloaded flows are looked at again.

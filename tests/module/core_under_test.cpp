@@ -94,14 +94,17 @@ PyObject* members(PyObject*, PyObject* args)
     return decode(member_fields, args);
 }
 
-// The same as the result of a method.
-template <PyObject* (*result)(Fields, Bytes)>
-PyObject* members_as(PyObject*, PyObject* args)
+// The same as the results of methods.
+PyObject* members_or_none(PyObject*, PyObject* args)
 {
     PyObject* bytes;
-    if (!PyArg_ParseTuple(args, "S", &bytes))
-        return nullptr;
-    return result(member_fields, Block{bytes}.bytes());
+    return PyArg_ParseTuple(args, "S", &bytes) ? dict_or_none(member_fields, Block{bytes}.bytes()) : nullptr;
+}
+
+PyObject* members_or_null(PyObject*, PyObject* args)
+{
+    PyObject* bytes;
+    return PyArg_ParseTuple(args, "S", &bytes) ? dict_or_null(member_fields, Block{bytes}.bytes()) : nullptr;
 }
 
 PyObject* entry(PyObject*, PyObject* args)
@@ -237,8 +240,8 @@ PyObject* returned(PyObject*, PyObject* args)
 
 PyMethodDef functions[] = {
     {"members", members, METH_VARARGS, nullptr},
-    {"members_or_none", members_as<dict_or_none>, METH_VARARGS, nullptr},
-    {"members_or_null", members_as<dict_or_null>, METH_VARARGS, nullptr},
+    {"members_or_none", members_or_none, METH_VARARGS, nullptr},
+    {"members_or_null", members_or_null, METH_VARARGS, nullptr},
     {"entry", entry, METH_VARARGS, nullptr},
     {"entries", entries, METH_VARARGS, nullptr},
     {"column", column, METH_VARARGS, nullptr},

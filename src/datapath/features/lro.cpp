@@ -21,9 +21,7 @@ PyObject* get(LroScope scope, uint32_t switch_number, uint32_t port)
 
 PyObject* set(LroScope scope, uint32_t switch_number, uint32_t port, uint32_t value)
 {
-    if (Qdp_SetLRO(scope, switch_number, port, value) != 0)
-        return print_none("ValueError: Failed to set LRO.\n\n");
-    return none();
+    return commanded(Qdp_SetLRO(scope, switch_number, port, value), "ValueError: Failed to set LRO.\n\n");
 }
 
 }  // namespace

@@ -190,7 +190,8 @@ PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
     if (!lists)
         return nullptr;
 
-    while (ports.count != 0 || contexts.count != 0) {
+    const auto is_open = [&] { return ports.count != 0 || contexts.count != 0; };
+    while (is_open()) {
         if (Qdp_DumpLBStats(switch_number, ports.first, ports.count, contexts.first, contexts.count, chunk.get(),
                             sizeof(LBStatsChunk)) != 0)
             return raise(PyExc_OSError, "Failed to dump LB stats. Please see hostcore.log");
@@ -198,7 +199,7 @@ PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
             return nullptr;
         ports.go_on(chunk->next_port);
         contexts.go_on(chunk->next_context);
-        if (PyErr_CheckSignals() != 0)  // Ctrl-C ends a dump that the library never finishes
+        if (is_open() && PyErr_CheckSignals() != 0)  // Ctrl-C ends a dump that the library never finishes
             return nullptr;
     }
     return lists.release();

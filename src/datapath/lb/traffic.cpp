@@ -10,7 +10,6 @@ namespace qdp {
 namespace {
 
 // These texts end in two line breaks, deliberately.
-constexpr char invalid_traffic_parameter[] = "TypeError: Invalid parameter passed.\n\n";
 constexpr char no_traffic_memory[] = "Memory allocation failed.\n\n";
 
 constexpr uint32_t max_load_percent = 100;
@@ -98,7 +97,7 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
     uint32_t switch_number;
     PyObject* loads;
     if (!PyArg_ParseTuple(args, "IO", &switch_number, &loads) || !PyTuple_Check(loads))
-        return print_none(invalid_traffic_parameter);
+        return print_none(invalid_parameter_blank_line);
 
     const auto ports = allocate_list<PortList>();
     if (!ports)
@@ -125,7 +124,7 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
         if (Qdp_InjectLBTraffic(request.get()) != 0)
             return print_none("Failed to inject traffic.\n\n");
         *request = {switch_number, 0, {}};
-        if (PyErr_CheckSignals() != 0)  // Ctrl-C ends an injection of many batches
+        if (!is_last && PyErr_CheckSignals() != 0)  // Ctrl-C ends an injection of many batches
             return nullptr;
     }
     return none();

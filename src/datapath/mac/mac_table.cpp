@@ -38,16 +38,6 @@ constexpr auto switch_table_fields = fields<sizeof(H)>({
     {"MacTableList", AT(H, count), entries},
 });
 
-// A table as a dict; `no_dict` is what is printed when there is none to be had.
-PyObject* listed(Bytes record, Fields table_fields, const char* no_dict)
-{
-    PyRef table{PyDict_New()};
-    if (!table)
-        return print_none(no_dict);
-    const bool complete = fill(table.get(), table_fields, record);
-    return built_or_none(std::move(table), complete);
-}
-
 constexpr char cannot_clear[] = "Failed to clear mac table.\n";  // of a port and of a switch
 
 }  // namespace
@@ -65,7 +55,7 @@ PyObject* PyQDP_List_Port_MACTable(PyObject*, PyObject* args)
     uint32_t size = sizeof(PortMacTable);
     if (Qdp_Dump_Port_MAC_Table(switch_number, port, record.get(), &size) != 0)
         return print_none("Failed to retrieve mac table.\n");
-    return listed(bytes_of(*record), port_table_fields, "Failed to allocate mac table.\n");
+    return dict_or_none(port_table_fields, bytes_of(*record), "Failed to allocate mac table.\n");
 }
 
 PyObject* PyQDP_List_Switch_MACTable(PyObject*, PyObject* args)
@@ -81,7 +71,7 @@ PyObject* PyQDP_List_Switch_MACTable(PyObject*, PyObject* args)
     uint32_t size = sizeof(SwitchMacTable);
     if (Qdp_Dump_Switch_MAC_Table(switch_number, record.get(), &size) != 0)
         return print_none("Failed to retrieve switch mac table.\n");
-    return listed(bytes_of(*record), switch_table_fields, "Failed to allocate switch mac table.\n");
+    return dict_or_none(switch_table_fields, bytes_of(*record), "Failed to allocate switch mac table.\n");
 }
 
 PyObject* PyQDP_Clear_Port_MACTable(PyObject*, PyObject* args)
@@ -89,9 +79,7 @@ PyObject* PyQDP_Clear_Port_MACTable(PyObject*, PyObject* args)
     uint32_t switch_number, port;
     if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_switch(switch_number))
         return print_none(invalid_parameter);
-    if (Qdp_Clear_Port_MAC_Table(switch_number, port) != 0)
-        return print_none(cannot_clear);
-    return none();
+    return commanded(Qdp_Clear_Port_MAC_Table(switch_number, port), cannot_clear);
 }
 
 PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
@@ -99,9 +87,7 @@ PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
     uint32_t switch_number;
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
         return print_none(invalid_parameter);
-    if (Qdp_Clear_Switch_MAC_Table(switch_number) != 0)
-        return print_none(cannot_clear);
-    return none();
+    return commanded(Qdp_Clear_Switch_MAC_Table(switch_number), cannot_clear);
 }
 
 PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
@@ -120,10 +106,9 @@ PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
 
     uint8_t mac[mac_bytes];  // the lowest byte of the integer comes first
     std::memcpy(mac, &address, sizeof mac);
-    if (Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)) != 0)
-        return print_none(operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
-                                                         : "Failed to delete MAC entry.\n");
-    return none();
+    const char* refusal = operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
+                                                         : "Failed to delete MAC entry.\n";
+    return commanded(Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)), refusal);
 }
 
 PyObject* PyQDP_Add_MAC_Entry(PyObject* module, PyObject* args)

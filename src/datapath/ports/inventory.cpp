@@ -78,11 +78,7 @@ PyObject* PyQDP_List_Switches(PyObject*, PyObject*)
     if (Qdp_Get_Switch_List(record.get(), &size) != 0)
         return print_none("Failed to retrieve list of switches.\n");
 
-    PyRef list{PyList_New(record->count)};
-    if (!list)
-        return print_none(no_buffer);
-    const bool complete = fill_dicts(list.get(), switch_fields, entries_of(*record));
-    return built_or_none(std::move(list), complete);
+    return dicts_or_none(record->count, switch_fields, entries_of(*record));
 }
 
 PyObject* PyQDP_List_Ports(PyObject*, PyObject* args)
@@ -99,11 +95,7 @@ PyObject* PyQDP_List_Ports(PyObject*, PyObject* args)
     if (Qdp_Get_Port_List(switch_number, record.get(), &size) != 0)
         return print_none("Failed to retrieve list of ports.\n");
 
-    PyRef list{PyList_New(record->count)};
-    if (!list)
-        return print_none("Failed to allocate port list.\n");
-    const bool complete = fill_dicts(list.get(), port_fields, entries_of(*record));
-    return built_or_none(std::move(list), complete);
+    return dicts_or_none(record->count, port_fields, entries_of(*record), "Failed to allocate port list.\n");
 }
 
 }  // namespace qdp

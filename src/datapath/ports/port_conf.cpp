@@ -132,11 +132,7 @@ PyObject* PyQDP_Get_Port_Conf(PyObject*, PyObject* args)
     if (Qdp_Get_Port_Conf(switch_number, port, record.get(), &size) != 0)
         return print_none("Failed to retrieve port conf.\n");
 
-    PyRef conf{PyDict_New()};
-    if (!conf)
-        return print_none(no_memory);
-    const bool complete = fill(conf.get(), conf_fields, bytes_of(*record));
-    return built_or_none(std::move(conf), complete);
+    return dict_or_none(conf_fields, bytes_of(*record), no_memory);
 }
 
 }  // namespace qdp

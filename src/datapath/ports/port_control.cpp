@@ -8,12 +8,6 @@ namespace qdp {
 
 namespace {
 
-// The end of a command: None, after a text when the library has refused it.
-PyObject* commanded(uint32_t status, const char* refusal)
-{
-    return status == 0 ? none() : print_none(refusal);
-}
-
 // A command to a port with one value, whose meaning is the library's.
 PyObject* command_port(PyObject* args, decltype(Qdp_Reset_Port) command, const char* refusal)
 {

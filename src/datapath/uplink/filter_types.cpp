@@ -11,9 +11,6 @@ namespace {
 // The only class that is shown and changed; the other bits of the mask are carried over.
 constexpr char vlan_mac_class[] = "VLANMAC";
 
-// Deliberately the load balancer's property: a filter class property of an unknown version is reported under its name.
-constexpr char version_message_property[] = "com.tarnix.wyx.qdp.loadbal";
-
 uint16_t datapath_filter_types(const char* alias)
 {
     PortsetName portset;
@@ -37,7 +34,8 @@ uint16_t filter_types(const char* alias)
         return 0;
 
     FilterTypesSetting setting{};
-    switch (read_setting(id, filter_types_property, &setting, sizeof setting, version_message_property)) {
+    // A property of an unknown version is deliberately reported as the load balancer's.
+    switch (read_setting(id, filter_types_property, &setting, sizeof setting, load_balancer_property)) {
     case Setting::present:
         return setting.mask;
     case Setting::malformed:

@@ -148,9 +148,5 @@ using namespace qdp;
 PyObject* PyQDP_PortNetQInfo(void* info, uint32_t size)
 {
     const Owned<void> owned{info};
-    PyRef result{PyDict_New()};
-    if (!result)
-        return print_none("Failed to allocate NetQ Info resp.\n");
-    const bool complete = fill(result.get(), info_fields, Bytes{info, size});
-    return built_or_none(std::move(result), complete);
+    return dict_or_none(info_fields, Bytes{info, size}, "Failed to allocate NetQ Info resp.\n");
 }

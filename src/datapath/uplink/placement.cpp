@@ -83,11 +83,8 @@ PyObject* PyQDP_List_Device_Affinity(PyObject*, PyObject*)
     if (Qdp_List_Dev_Affinity(record.get(), &size) != 0)
         return print_none("ValueError: Failed to list device affinity.\n");
 
-    PyRef list{PyList_New(record->count)};
-    if (!list)
-        return print_none("Failed to allocate port list.\n");
-    const bool complete = fill_dicts(list.get(), device_fields, entries_of(*record));
-    return built_or_none(std::move(list), complete);
+    // The text is that of another list, deliberately.
+    return dicts_or_none(record->count, device_fields, entries_of(*record), "Failed to allocate port list.\n");
 }
 
 PyObject* PyQDP_Set_Device_Affinity(PyObject*, PyObject* args)
@@ -97,9 +94,7 @@ PyObject* PyQDP_Set_Device_Affinity(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "sI", &device, &affinity))
         return print_none(invalid_parameter);
 
-    if (Qdp_Set_Dev_Affinity(device, affinity) != 0)
-        return print_none("ValueError: Failed to set device affinity.\n");
-    return none();
+    return commanded(Qdp_Set_Dev_Affinity(device, affinity), "ValueError: Failed to set device affinity.\n");
 }
 
 // The messages of these two methods deliberately end in a blank line.
@@ -107,7 +102,7 @@ PyObject* PyQDP_ListLCoreIDs(PyObject*, PyObject* args)
 {
     uint32_t selector;
     if (!PyArg_ParseTuple(args, "I", &selector))
-        return print_none("TypeError: Invalid parameter passed.\n\n");
+        return print_none(invalid_parameter_blank_line);
 
     uint64_t bitmap = 0;
     if (Qdp_Get_LCore_ID_Bitmap(selector, &bitmap) != 0)

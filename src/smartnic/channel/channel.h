@@ -25,25 +25,25 @@ inline constexpr size_t max_payload_bytes = 16;
 // null response and a capacity of 0. The status of the library: 0 for success.
 uint32_t send_command(P4Opcode opcode, const void* payload, size_t payload_size, void* response, uint32_t capacity);
 
-// The forms of it. True for success. A response should be zeroed before: a short answer then decodes as zeros.
+// The forms of it. A response should be zeroed before: a short answer then decodes as zeros.
 template <class Payload>
-bool send(P4Opcode opcode, const Payload& payload)
+uint32_t send(P4Opcode opcode, const Payload& payload)
 {
     static_assert(sizeof payload <= max_payload_bytes);
-    return send_command(opcode, &payload, sizeof payload, nullptr, 0) == 0;
+    return send_command(opcode, &payload, sizeof payload, nullptr, 0);
 }
 
 template <class Payload, class Response>
-bool ask(P4Opcode opcode, const Payload& payload, Response& response)
+uint32_t ask(P4Opcode opcode, const Payload& payload, Response& response)
 {
     static_assert(sizeof payload <= max_payload_bytes);
-    return send_command(opcode, &payload, sizeof payload, &response, sizeof response) == 0;
+    return send_command(opcode, &payload, sizeof payload, &response, sizeof response);
 }
 
 template <class Response>
-bool ask(P4Opcode opcode, Response& response)
+uint32_t ask(P4Opcode opcode, Response& response)
 {
-    return send_command(opcode, nullptr, 0, &response, sizeof response) == 0;
+    return send_command(opcode, nullptr, 0, &response, sizeof response);
 }
 
 }  // namespace qdp

@@ -22,8 +22,7 @@ PyObject* table_entry(uint32_t table, uint32_t index, Fields fields, const char*
     if (!dump_table({table, index, 1}, dump))
         return print_none(failure);
 
-    // What an answer shorter than its header leaves is shown as the difference wraps.
-    const uint32_t length = dump.length - dump.header_bytes;
+    const uint32_t length = data_bytes(dump);
     const auto expected = static_cast<uint32_t>(fields.record_size);
     if (length != expected)
         return print_none_format("Unexpected response size %u, expected: %u\n", length, expected);

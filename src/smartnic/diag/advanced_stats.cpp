@@ -70,7 +70,7 @@ PyObject* PyQDP_AdvStatsGetEnabled(PyObject*, PyObject* args)
 {
     uint32_t switch_number;
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
-        return print_none("TypeError: Invalid parameter passed.\n\n");
+        return print_none(invalid_parameter_blank_line);
 
     uint8_t is_enabled = 0;
     if (Qdp_AdvStatsGetEnabled(switch_number, &is_enabled) != 0)

@@ -23,9 +23,7 @@ PyObject* PyQDP_Set_Aging_Interval(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "II", &selector, &interval))
         return print_none(invalid_parameter);
 
-    if (Qdp_SetAgingInterval(selector, interval) != 0)
-        return print_none("Failed to set aging interval\n");
-    return none();
+    return commanded(Qdp_SetAgingInterval(selector, interval), "Failed to set aging interval\n");
 }
 
 }  // namespace qdp

@@ -67,7 +67,7 @@ PyObject* PyQDP_FPOQueryContextMgr(PyObject*, PyObject* args)
 {
     uint32_t ids[3];
     if (!PyArg_ParseTuple(args, "III", &ids[0], &ids[1], &ids[2]))
-        return print_none("TypeError: Invalid parameter passed.\n\n");
+        return print_none(invalid_parameter_blank_line);
 
     const auto request = allocate<FpoContextRequest>();
     if (!request)

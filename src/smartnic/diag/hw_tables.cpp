@@ -49,11 +49,7 @@ PyObject* PyQDP_P4HWTableList(PyObject*, PyObject*)
     if (Qdp_P4_HWTable_List(&tables, &size) != 0)
         return print_none("Failed to get p4 table info\n");
 
-    PyRef list{PyList_New(tables.count)};
-    if (!list)
-        return print_none(no_buffer);
-    const bool complete = fill_dicts(list.get(), descriptor_fields, entries_of(tables));
-    return built_or_none(std::move(list), complete);
+    return dicts_or_none(tables.count, descriptor_fields, entries_of(tables));
 }
 
 PyObject* PyQDP_P4HWTableDump(PyObject*, PyObject* args)
@@ -83,9 +79,7 @@ PyObject* PyQDP_P4CacheInvalidate(PyObject*, PyObject* args)
     TableRange range;
     if (!PyArg_ParseTuple(args, "III", &range.table, &range.first_index, &range.count))
         return print_none(invalid_parameter);
-    if (Qdp_P4_Cache_Invalidate(&range, sizeof range) != 0)
-        return print_none("Failed to perform cache invalidation\n");
-    return none();
+    return commanded(Qdp_P4_Cache_Invalidate(&range, sizeof range), "Failed to perform cache invalidation\n");
 }
 
 }  // namespace qdp

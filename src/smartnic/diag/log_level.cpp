@@ -19,7 +19,7 @@ PyObject* PyQDP_P4LogLevelSet(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &level) || level >= max_log_levels)
         return print_none(invalid_parameter);
 
-    if (!send(P4Opcode::log_level_set, P4LogLevel{low_8(level)}))
+    if (send(P4Opcode::log_level_set, P4LogLevel{low_8(level)}) != 0)
         return print_none("Failed to set borea log level.\n");
     return PyBool_FromLong(1);
 }
@@ -27,14 +27,10 @@ PyObject* PyQDP_P4LogLevelSet(PyObject*, PyObject* args)
 PyObject* PyQDP_P4LogLevelGet(PyObject*, PyObject*)
 {
     P4LogLevel setting{};
-    if (!ask(P4Opcode::log_level_get, setting))
+    if (ask(P4Opcode::log_level_get, setting) != 0)
         return print_none("Failed to get borea log level.\n");
 
-    PyRef dict{PyDict_New()};
-    if (!dict)
-        return print_none(no_buffer);
-    const bool complete = fill(dict.get(), log_level_fields, bytes_of(setting));
-    return built_or_none(std::move(dict), complete);
+    return dict_or_none(log_level_fields, bytes_of(setting));
 }
 
 }  // namespace qdp

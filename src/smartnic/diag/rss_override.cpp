@@ -28,7 +28,7 @@ PyObject* PyQDP_P4RssOverrideSet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const P4RssOverride override{low_16(switch_number), low_16(port), low_8(queue), is_override != 0};
-    if (!send(P4Opcode::rss_override_set, override))
+    if (send(P4Opcode::rss_override_set, override) != 0)
         return print_none("Failed to set RSS override\n");
     return PyBool_FromLong(1);
 }
@@ -40,14 +40,10 @@ PyObject* PyQDP_P4RssOverrideGet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4RssOverride override{};
-    if (!ask(P4Opcode::rss_override_get, P4RssOverride{low_16(switch_number), low_16(port), 0, 0}, override))
+    if (ask(P4Opcode::rss_override_get, P4RssOverride{low_16(switch_number), low_16(port), 0, 0}, override) != 0)
         return print_none("Failed to get RSS override info.\n");
 
-    PyRef dict{PyDict_New()};
-    if (!dict)
-        return print_none(no_buffer);
-    const bool complete = fill(dict.get(), rss_override_fields, bytes_of(override));
-    return built_or_none(std::move(dict), complete);
+    return dict_or_none(rss_override_fields, bytes_of(override));
 }
 
 }  // namespace qdp

@@ -15,15 +15,13 @@ PyObject* PyQDP_HostPFSet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const P4HostPfs pfs{low_16(count), {low_16(pf_0), low_16(pf_1), low_16(pf_2), low_16(pf_3), 0}};
-    if (!send(P4Opcode::host_pf_set, pfs))
-        return print_none("Failed to set host PFs\n");
-    return none();
+    return commanded(send(P4Opcode::host_pf_set, pfs), "Failed to set host PFs\n");
 }
 
 PyObject* PyQDP_HostPFGet(PyObject*, PyObject*)
 {
     P4HostPfs pfs{};
-    if (!ask(P4Opcode::host_pf_get, pfs))
+    if (ask(P4Opcode::host_pf_get, pfs) != 0)
         return print_none("Failed to get host pfs\n");
     if (pfs.count > max_host_pfs)
         return print_none("Error in geting host pfs\n");  // misspelt, deliberately

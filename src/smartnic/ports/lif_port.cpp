@@ -46,9 +46,7 @@ PyObject* PyQDP_LifPortCreate(PyObject*, PyObject* args)
         .flags = lif_flags(flow_key_type, fwd_mode, is_mux_pf),
         .status = low_16(status),
     };
-    if (!send(P4Opcode::lif_port_create, port))
-        return print_none("Failed to create/update the lif port\n");
-    return none();
+    return commanded(send(P4Opcode::lif_port_create, port), "Failed to create/update the lif port\n");
 }
 
 PyObject* PyQDP_LifPortUpdate(PyObject*, PyObject* args)
@@ -59,9 +57,7 @@ PyObject* PyQDP_LifPortUpdate(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const P4LifUpdate update{low_16(lif), low_8(flow_key_type), low_8(is_mux_pf), low_8(fwd_mode), 0};
-    if (!send(P4Opcode::lif_port_update, update))
-        return print_none("Failed to update the lif port\n");
-    return none();
+    return commanded(send(P4Opcode::lif_port_update, update), "Failed to update the lif port\n");
 }
 
 PyObject* PyQDP_LifPortList(PyObject*, PyObject* args)
@@ -71,7 +67,7 @@ PyObject* PyQDP_LifPortList(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4LifPortList page{};
-    if (!ask(P4Opcode::lif_port_list, P4ListRequest{low_16(start)}, page))
+    if (ask(P4Opcode::lif_port_list, P4ListRequest{low_16(start)}, page) != 0)
         return print_none(no_port_list);
     return page_object("liflist", page, lif_fields);
 }

@@ -30,7 +30,7 @@ PyObject* PyQDP_GetSwitchMuxMode(PyObject*, PyObject* args)
 {
     uint32_t switch_number;
     if (!PyArg_ParseTuple(args, "I", &switch_number))
-        return print_none("TypeError: Invalid parameter passed.\n\n");
+        return print_none(invalid_parameter_blank_line);
 
     uint32_t is_enabled = 0;
     if (Qdp_Get_Mux_Mode(switch_number, &is_enabled) != 0)

@@ -28,9 +28,8 @@ PyObject* PyQDP_PortUpdate(PyObject*, PyObject* args)
         default_vlan >= max_default_vlans)
         return print_none(invalid_parameter);
 
-    if (!send(P4Opcode::port_update, P4PortUpdate{low_16(port), low_16(default_vlan)}))
-        return print_none("Failed to update the defaultVLAN of a port\n");
-    return none();
+    return commanded(send(P4Opcode::port_update, P4PortUpdate{low_16(port), low_16(default_vlan)}),
+                     "Failed to update the defaultVLAN of a port\n");
 }
 
 PyObject* PyQDP_PortDelete(PyObject*, PyObject* args)
@@ -39,9 +38,7 @@ PyObject* PyQDP_PortDelete(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &port) || port >= max_p4_ports)
         return print_none(invalid_parameter);
 
-    if (!send(P4Opcode::port_delete, P4PortDelete{low_16(port)}))
-        return print_none("Failed to delete a port\n");
-    return none();
+    return commanded(send(P4Opcode::port_delete, P4PortDelete{low_16(port)}), "Failed to delete a port\n");
 }
 
 PyObject* PyQDP_PortList(PyObject*, PyObject* args)
@@ -51,7 +48,7 @@ PyObject* PyQDP_PortList(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4OutputPortList page{};
-    if (!ask(P4Opcode::port_list, P4ListRequest{low_16(start)}, page))
+    if (ask(P4Opcode::port_list, P4ListRequest{low_16(start)}, page) != 0)
         return print_none(no_port_list);
     return page_object("portlist", page, output_port_fields);
 }

@@ -42,9 +42,7 @@ PyObject* PyQDP_VlanPortCreate(PyObject*, PyObject* args)
         .flags = 0,
         .status = low_16(status),
     };
-    if (!send(P4Opcode::vlan_port_create, port))
-        return print_none("Failed to create/update the mux vlan port\n");
-    return none();
+    return commanded(send(P4Opcode::vlan_port_create, port), "Failed to create/update the mux vlan port\n");
 }
 
 PyObject* PyQDP_VlanPortUpdate(PyObject*, PyObject* args)
@@ -54,9 +52,8 @@ PyObject* PyQDP_VlanPortUpdate(PyObject*, PyObject* args)
         flow_key_type >= max_flow_key_types)
         return print_none(invalid_parameter);
 
-    if (!send(P4Opcode::vlan_port_update, P4VlanPortUpdate{low_16(mux_vlan), low_8(flow_key_type), 0}))
-        return print_none("Failed to update mux vlan based port\n");
-    return none();
+    return commanded(send(P4Opcode::vlan_port_update, P4VlanPortUpdate{low_16(mux_vlan), low_8(flow_key_type), 0}),
+                     "Failed to update mux vlan based port\n");
 }
 
 // The start index has its own, wider bound, deliberately.
@@ -67,7 +64,7 @@ PyObject* PyQDP_VlanPortList(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4VlanPortList page{};
-    if (!ask(P4Opcode::vlan_port_list, P4ListRequest{low_16(start)}, page))
+    if (ask(P4Opcode::vlan_port_list, P4ListRequest{low_16(start)}, page) != 0)
         return print_none(no_port_list);
     return page_object("vlanlist", page, vlan_port_fields);
 }

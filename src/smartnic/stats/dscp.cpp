@@ -22,9 +22,7 @@ PyObject* PyQDP_DSCPConfSet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const DscpConfig config{selector, static_cast<uint8_t>(dscp), static_cast<uint8_t>(mask)};
-    if (Qdp_DSCP_Conf_Set(&config, sizeof config) != 0)
-        return print_none("Failed to set DSCP conf\n");
-    return none();
+    return commanded(Qdp_DSCP_Conf_Set(&config, sizeof config), "Failed to set DSCP conf\n");
 }
 
 PyObject* PyQDP_DSCPConfGet(PyObject*, PyObject*)

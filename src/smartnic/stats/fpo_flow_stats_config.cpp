@@ -5,13 +5,6 @@
 
 namespace qdp {
 
-namespace {
-
-// As an argument: the current value stays.
-constexpr uint32_t keep_current = UINT32_MAX;
-
-}  // namespace
-
 PyObject* PyQDP_Get_FPO_Flow_Stats_Config(PyObject*, PyObject*)
 {
     FpoFlowStatsConfig config{};
@@ -33,9 +26,7 @@ PyObject* PyQDP_Set_FPO_Flow_Stats_Config(PyObject*, PyObject* args)
         config.interval = interval;
     if (scan_quota != keep_current)
         config.scan_quota = scan_quota;
-    if (Qdp_Set_FPO_Flow_Stats_Config(&config) != 0)
-        return print_none("Failed to set FPO flow stats update config\n");
-    return none();
+    return commanded(Qdp_Set_FPO_Flow_Stats_Config(&config), "Failed to set FPO flow stats update config\n");
 }
 
 }  // namespace qdp

@@ -48,6 +48,7 @@ constexpr auto flow_info = table<P4Table::flow_info>({
     {"ipfixEgressIdx", bytes(52, 4)},
 });
 
+// clang-format off: one key a line
 constexpr auto flow_rewrite = table<P4Table::flow_rewrite>({
     {"vlanPop", bits(0, 0, 1)},     {"vlanPush", bits(0, 1, 1)},        {"vlanSet", bits(0, 2, 1)},
     {"vlanSetPcp", bits(0, 3, 1)},  {"ipDscpSet", bits(0, 4, 1)},       {"route", bits(0, 5, 1)},
@@ -57,6 +58,7 @@ constexpr auto flow_rewrite = table<P4Table::flow_rewrite>({
     {"encapSport", bytes(12, 2)},   {"flowCookie", bytes(28, 4)},       {"smac", bytes(14, 6), as_mac},
     {"dmac", bytes(20, 6), as_mac},
 });
+// clang-format on
 
 }  // namespace
 

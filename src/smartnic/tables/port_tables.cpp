@@ -101,7 +101,7 @@ PyObject* PyQDP_TableInputGet(PyObject*, PyObject* args)
     if (!entry.read_at(lif))
         return none();
     const bool is_valid = entry.bytes().unsigned_at(is_wyx_valid) != 0;
-    return shown(is_valid ? Fields{input.fields} : Fields{pinned_input.fields}, entry.bytes());
+    return dict_or_none(is_valid ? Fields{input.fields} : Fields{pinned_input.fields}, entry.bytes());
 }
 
 PyObject* PyQDP_TableOutputGet(PyObject*, PyObject* args)

@@ -67,23 +67,20 @@ private:
     uint32_t length_ = sizeof data_;
 };
 
-// The result of a reader that has its entry.
-PyObject* shown(Fields fields, Bytes entry);
-
 // The forms of readers.
 
 template <P4Table id, size_t count>
 PyObject* read_entry(const HardwareTable<id, count>& table, uint32_t index, uint32_t selector = 0)
 {
     Entry<id> entry;
-    return entry.read_at(index, selector) ? shown(table.fields, entry.bytes()) : none();
+    return entry.read_at(index, selector) ? dict_or_none(table.fields, entry.bytes()) : none();
 }
 
 template <P4Table id, size_t count, class Key>
 PyObject* read_by_key(const HardwareTable<id, count>& table, const Key& key)
 {
     Entry<id> entry;
-    return entry.read_with(key) ? shown(table.fields, entry.bytes()) : none();
+    return entry.read_with(key) ? dict_or_none(table.fields, entry.bytes()) : none();
 }
 
 // With the arguments of a method: an index below a bound.
