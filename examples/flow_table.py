@@ -11,6 +11,7 @@ import ipaddress
 import sys
 
 import _libqdp
+from display import table
 
 NO_MORE = 0xFFFFFFFF  # the start index behind the last page
 HEADINGS = """
@@ -59,17 +60,7 @@ class Progress:
 def row(lcore, flow):
     # The key text is eleven columns as wide as the longest address; here each gets the width it needs.
     counters = [flow["swHits"], flow["swBytes"], flow["hwHits"], flow["hwBytes"]]
-    return [str(lcore), *flow["key"].split(), *map(str, counters), flow["actions"].rstrip("; ")]
-
-
-def table(rows):
-    widths = [max(map(len, column)) for column in zip(HEADINGS, *rows)]
-    for cells in [HEADINGS, *rows]:
-        placed = [
-            cell.rjust(width) if heading in TO_THE_RIGHT else cell.ljust(width)
-            for heading, cell, width in zip(HEADINGS, cells, widths)
-        ]
-        print("  ".join(placed).rstrip())
+    return [lcore, *flow["key"].split(), *counters, flow["actions"].rstrip("; ")]
 
 
 def lcores_of_switches():
@@ -106,7 +97,7 @@ def main():
             failures.append(failure)
     progress.clear()
 
-    table(rows)
+    table(HEADINGS, rows, indent="", to_the_right=TO_THE_RIGHT)
     for failure in failures:
         print(f"flow_table: {failure}", file=sys.stderr)
     sys.exit(1 if failures else 0)

@@ -8,16 +8,7 @@ import sys
 import time
 
 import _libqdp
-
-
-def table(headings, rows):
-    """Aligned lines: numbers to the right, texts to the left."""
-    rows = [[str(cell) for cell in row] for row in rows]
-    widths = [max(len(row[i]) for row in [headings] + rows) for i in range(len(headings))]
-    right = [all(row[i].replace(",", "").lstrip("-").isdigit() for row in rows) for i in range(len(headings))]
-    for row in [headings] + rows:
-        cells = [cell.rjust(width) if to_right else cell.ljust(width) for cell, width, to_right in zip(row, widths, right)]
-        print("  " + "  ".join(cells).rstrip())
+from display import table
 
 
 def lcores(queues):

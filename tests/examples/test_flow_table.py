@@ -95,6 +95,7 @@ def test_a_terminal_sees_how_far_the_dump_has_come(run):
 
 def test_a_table_that_ends_early(root, host, monkeypatch, capfd):
     host.fail("Qdp_Dump_Flow_Table", nth=2)
+    monkeypatch.syspath_prepend(root / "examples")  # as when the script is started
     monkeypatch.setattr(sys, "argv", ["flow_table.py", "--lcore", "3", "--lcore", "4"])
     with pytest.raises(SystemExit) as end:
         runpy.run_path(str(root / "examples" / "flow_table.py"), run_name="__main__")
