@@ -1,5 +1,12 @@
 """How the examples show what they read: aligned tables, and bars."""
 
+import signal
+
+
+def end_with_the_reader():
+    """From here on, a pager that is closed before the end ends the script without a word."""
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)
+
 
 def is_number(text):
     return text.replace(",", "").lstrip("-").isdigit()

@@ -11,7 +11,7 @@ import ipaddress
 import sys
 
 import _libqdp
-from display import table
+from display import end_with_the_reader, table
 
 NO_MORE = 0xFFFFFFFF  # the start index behind the last page
 HEADINGS = """
@@ -73,6 +73,7 @@ def lcores_of_switches():
 
 
 def main():
+    end_with_the_reader()
     parser = argparse.ArgumentParser(description="Prints the flow tables of the host's lcores.")
     parser.add_argument("--lcore", type=int, action="append", help="this lcore only; may be given again")
     parser.add_argument("--source", type=ipaddress.ip_address, help="flows from this address only")

@@ -8,7 +8,7 @@ import sys
 import time
 
 import _libqdp
-from display import table
+from display import end_with_the_reader, table
 
 
 def lcores(queues):
@@ -32,6 +32,7 @@ def port_rates(switch, ports, seconds):
 
 
 def main():
+    end_with_the_reader()
     # The process that uses the module loads the switch configuration, once, before it names a switch by its alias.
     status = ctypes.PyDLL(_libqdp.__file__).LibraryInit()
     if status != 0:

@@ -21,7 +21,7 @@ import time
 from collections import namedtuple
 
 import _libqdp
-from display import bars, table
+from display import bars, end_with_the_reader, table
 
 USAGE, REFUSED = 1, 2  # exit codes
 DAY = 24 * 60 * 60
@@ -305,7 +305,7 @@ def main():
     with collecting(datapath, options.collect):
         readings = [read(section, datapath, options) for section in options.sections]
 
-    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # a pager may be closed before the end
+    end_with_the_reader()
     if options.json:
         print(json.dumps(as_json(readings), indent=2))
     else:

@@ -51,3 +51,18 @@ def test_rates(printed):
     rates = [re.split(" {2,}", line.strip()) for line in lines]
     assert [int(port) for port, *_ in rates] == list(range(36))
     assert all(re.fullmatch(r"\d[\d,]*", rate) for _, _, *row in rates for rate in row)
+
+@pytest.mark.parametrize("script", ["inventory.py", "flow_table.py", "smartnic.py"])
+def test_a_pager_that_is_closed_early_ends_a_script_quietly(root, build, script):
+    environment = dict(os.environ, LD_LIBRARY_PATH=str(build / "host"), PYTHONPATH=str(build))
+    running = subprocess.Popen(
+        [sys.executable, "-u", str(root / "examples" / script)],
+        env=environment,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+    )
+    assert running.stdout.readline() != b""
+    running.stdout.close()
+    with running.stderr:
+        assert running.stderr.read() == b""
+    running.wait(timeout=60)
