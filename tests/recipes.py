@@ -50,6 +50,16 @@ def new_vlan(module):
     return (900, 50, 51, 1, 5, 6, 0)
 
 
+def after(setter, *arguments, returned=()):
+    """A recipe that puts a value there first, for a getter whose arguments are `returned`."""
+
+    def recipe(module):
+        getattr(module, setter)(*arguments)
+        return returned
+
+    return recipe
+
+
 def mux_vlan(module):
     return next((vlan, 0) for vlan in range(1, 4095) if module.TableMuxVlanGet(vlan, 0)["valid"])
 
@@ -141,9 +151,9 @@ RECIPES = {
     "DumpLBStats": (0, 0, 4, 0, 2),
     "GetSwitchNUMATeam": (ALIAS,),
     "SetSwitchNUMATeam": (ALIAS, 1),
-    "GetSwitchBurstSize": (ALIAS,),
+    "GetSwitchBurstSize": after("SetSwitchBurstSize", ALIAS, 1000, returned=(ALIAS,)),
     "SetSwitchBurstSize": (ALIAS, 32),
-    "GetSwitchOverlayL2Flow": (ALIAS,),
+    "GetSwitchOverlayL2Flow": after("SetSwitchOverlayL2Flow", ALIAS, 1000, returned=(ALIAS,)),
     "SetSwitchOverlayL2Flow": (ALIAS, 1),
     "GetPortLRO": VNIC,
     "SetPortLRO": (*VNIC, 1),
@@ -151,14 +161,14 @@ RECIPES = {
     "SetSwitchLRO": (0, 1),
     "GetSwitchMinFlowLayer": (0,),
     "SetSwitchMinFlowLayer": (0, 2),
-    "GetSwitchMetaFlow": (ALIAS,),
+    "GetSwitchMetaFlow": after("SetSwitchMetaFlow", ALIAS, 1, returned=(ALIAS,)),
     "SetSwitchMetaFlow": (ALIAS, 1),
     "GetFPOEnabled": (ALIAS,),
     "EnableFPO": (ALIAS, {"enabled": True, "models": 0x36}),
     "GetFPOStats": (0, (0, 1)),
     "GetFPOUplinkStatus": UPLINK,
     "GetFPOUplinkStats": UPLINK,
-    "GetFlowTimeout": (),
+    "GetFlowTimeout": after("SetFlowTimeout", 1000),
     "SetFlowTimeout": (30,),
     "ListLCoreIDs": (0,),
     "InitMbufFastslabs": (),
@@ -166,7 +176,7 @@ RECIPES = {
     "SetFPORevalConfig": (1, 1, 10, 1000),
     "GetFPODelayCtOlConfig": (),
     "SetFPODelayCtOlConfig": (1, 5),
-    "GetRefreshPktInjectionConfig": (),
+    "GetRefreshPktInjectionConfig": after("SetRefreshPktInjectionConfig", 1000),
     "SetRefreshPktInjectionConfig": (1,),
     "GetSwitchMuxMode": (SMARTNIC_SWITCH,),
     "ListSwitchMuxVLAN": (SMARTNIC_SWITCH, 0),
@@ -230,12 +240,12 @@ RECIPES = {
     "P4AppSet": (1,),
     "P4AppGet": (),
     "P4UKLatencySet": (1,),
-    "P4UKLatencyDump": (0,),
+    "P4UKLatencyDump": after("P4UKLatencySet", 1, returned=(0,)),
     "FlowOpsStatsGet": (),
     "AdvStatsSetEnabled": (0, 1),
     "AdvStatsGetEnabled": (0,),
-    "AdvStatsGetCounters": (0, 0, ""),
-    "AgingIntervalGet": (0,),
+    "AdvStatsGetCounters": after("AdvStatsSetEnabled", 0, 1, returned=(0, 0, "")),
+    "AgingIntervalGet": after("AgingIntervalSet", 0, 1000, returned=(0,)),
     "AgingIntervalSet": (0, 20),
     "P4RssOverrideSet": (SMARTNIC_SWITCH, 3, 1, 2),
     "P4RssOverrideGet": (SMARTNIC_SWITCH, 70),
