@@ -1,5 +1,5 @@
-"""Lists the embedded host, calls every method with wrong arguments and as it succeeds, and prints it all as JSON: run by
-other interpreters, whose output must be the same. The clock is stopped as soon as the host is made, so that counters
+"""Lists the embedded host, calls every method with wrong arguments and as it succeeds, and prints it all as JSON: run
+by other interpreters, whose output must be the same. The clock is stopped as soon as the host is made, so that counters
 are the same too."""
 
 import ctypes

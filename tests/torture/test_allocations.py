@@ -1,5 +1,5 @@
-"""Every allocation of every method fails in turn, once and from then on for ever: nothing crashes, nothing leaks, and the
-failure is the documented one."""
+"""Every allocation of every method fails in turn, once and from then on for ever: nothing crashes, nothing leaks, and
+the failure is the documented one."""
 
 import gc
 import sys
@@ -126,6 +126,9 @@ BUILDERS = {*PRINTED, "ListLCoreIDs"} - {"GetUplinkStats", "GetUplinkQueueStats"
 # A sweep that loses a block loses it every time; what else comes and goes does not grow with the sweeps.
 SWEEPS = 3
 
+# The sanitizers' allocator does not; they see for themselves what is lost or misused.
+COUNTS_BLOCKS = sys.getallocatedblocks() > 0
+
 EXPORTED = ["PyQDP_CreatePortList", "PyQDP_CreateVlanList", "PyQDP_PortNetQInfo"]
 
 
@@ -150,7 +153,7 @@ def test_failing_allocations(frozen, tortured, count_failures, young, name, fore
     def sweep():
         for nth in range(1, points + 1):
             check(*shoot(nth))
-            assert torture.blocks_out() == 0
+            assert (torture.blocks_out(), frozen.values_out()) == (0, 0)
 
     def check(was_null, result, raised, text, _, printed):
         if printed:
@@ -189,6 +192,9 @@ def test_failing_allocations(frozen, tortured, count_failures, young, name, fore
     assert printed_texts == PRINTED.get(name, [])
     if not forever:
         assert raised_errors == RAISING.get(name, [])
+    count_failures("allocations, once and for ever," if forever else "allocations, once,", points)
+    if not COUNTS_BLOCKS:
+        return
     sweep()
     gc.collect()
     before = sys.getallocatedblocks()
@@ -196,5 +202,3 @@ def test_failing_allocations(frozen, tortured, count_failures, young, name, fore
         sweep()
     gc.collect()
     assert sys.getallocatedblocks() - before < SWEEPS
-    assert frozen.values_out() == 0
-    count_failures("allocations, once and for ever," if forever else "allocations, once,", points * (2 + SWEEPS))

@@ -1,5 +1,5 @@
-"""Every platform operation that a method calls is refused in turn, with several statuses: nothing crashes, nothing leaks,
-and the method fails in its documented form."""
+"""Every platform operation that a method calls is refused in turn, with several statuses: nothing crashes, nothing
+leaks, and the method fails in its documented form."""
 
 import re
 
