@@ -1,17 +1,21 @@
-"""Lists the embedded host, calls every method once with wrong arguments, and prints it all as JSON: run by other
-interpreters, whose output must be the same."""
+"""Lists the embedded host, calls every method with wrong arguments and as it succeeds, and prints it all as JSON: run
+by other interpreters, whose output must be the same. The clock is stopped as soon as the host is made, so that counters
+are the same too."""
 
 import ctypes
 import inspect
 import json
+import os
 import sys
 
-sys.path[:0] = sys.argv[1:3]
+sys.path[:0] = [*sys.argv[1:3], os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")]
 
 from qdp_host import EmbeddedHost  # noqa: E402
+from recipes import RECIPES, is_made_of  # noqa: E402
 
 host = EmbeddedHost(sys.argv[1] + "/host")
 host.freeze()
+host.advance(seconds=1000)
 
 import _libqdp  # noqa: E402
 
@@ -32,3 +36,6 @@ for name, method in vars(_libqdp).items():
         except Exception as failure:
             result = type(failure).__name__, type(failure.__cause__).__name__
         print(name, str(inspect.signature(method)), method.__doc__, result)
+for name, recipe in RECIPES.items():
+    arguments = is_made_of(recipe, _libqdp)
+    print(name, json.dumps(getattr(_libqdp, name)(*arguments)))

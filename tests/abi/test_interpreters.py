@@ -7,6 +7,8 @@ import subprocess
 
 import pytest
 
+from recipes import RECIPES
+
 MINORS = range(6, 14)
 
 
@@ -43,4 +45,7 @@ def test_same_answers(root, build, interpreter):
     reference = listed(root, build, "/usr/bin/python3")
     assert "DvsPortset-0" in reference[0]
     assert "TypeError: Invalid parameter passed.\n" in reference[1]
+    results = dict(line.split(" ", 1) for line in reference[0].splitlines()[-len(RECIPES) :])
+    assert list(results) == list(RECIPES)
+    assert results["GetLBMetric"] == '"cpu"'
     assert listed(root, build, interpreter) == reference

@@ -3,6 +3,8 @@
 import os
 import subprocess
 
+from recipes import RECIPES
+
 
 def test_valgrind_has_nothing_to_say(root, build):
     done = subprocess.run(
@@ -24,3 +26,4 @@ def test_valgrind_has_nothing_to_say(root, build):
     assert done.returncode == 0, done.stderr
     assert "==" not in done.stderr, done.stderr
     assert "DvsPortset-0" in done.stdout
+    assert [name for name in RECIPES if f"\n{name} " not in done.stdout] == []

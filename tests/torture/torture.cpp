@@ -1,9 +1,13 @@
 // The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and its
 // own malloc and calloc. Methods are called without the interpreter's check in between, so that the pair of returned value
 // and exception is seen as it is.
-#include "module/python.h"
-
 #include <cstdlib>
+#include <cstring>
+
+#include "datapath/ports/ports.h"
+#include "datapath/uplink/uplink.h"
+#include "module/python.h"
+#include "platform/uplink.h"
 
 extern "C" {
 void* __real_malloc(size_t size);
@@ -91,22 +95,24 @@ void disarm()
         PyMem_SetAllocator(domains[i], &originals[i]);
 }
 
-// The interpreter keeps some dicts, lists and tuples for reuse, more of the tuples. Taking them makes each new one an
-// allocation.
+// The interpreter keeps some dicts, lists and tuples of each size for reuse. Taking them makes each new one an
+// allocation; the test sees to it that no more of them are kept.
 PyObject* take_what_is_kept()
 {
-    constexpr int kept_dicts = 100;
-    constexpr int kept_tuples = 2100;
-    constexpr int tuple_size = 3;
+    constexpr int kept = 100;
+    constexpr int tuple_sizes = 20;
     PyObject* taken = PyList_New(0);
-    for (int i = 0; taken && i < kept_tuples; ++i) {
-        PyObject* objects[] = {PyTuple_New(tuple_size), i < kept_dicts ? PyDict_New() : nullptr,
-                               i < kept_dicts ? PyList_New(0) : nullptr};
-        for (PyObject* object : objects)
-            if (object) {
-                PyList_Append(taken, object);
-                Py_DECREF(object);
-            }
+    const auto take = [taken](PyObject* object) {
+        if (!object)
+            return;
+        PyList_Append(taken, object);
+        Py_DECREF(object);
+    };
+    for (int i = 0; taken && i < kept; ++i) {
+        take(PyDict_New());
+        take(PyList_New(0));
+        for (int size = 1; size <= tuple_sizes; ++size)
+            take(PyTuple_New(size));
     }
     return taken;
 }
@@ -156,7 +162,40 @@ PyObject* blocks_out(PyObject*, PyObject*)
     return PyLong_FromLong(count);
 }
 
+// The module's plain functions that build objects, as methods without arguments: so that they can be invoked too.
+// Their records hold numbers beyond those that the interpreter keeps as objects, where there is room for such.
+
+PyObject* create_port_list(PyObject*, PyObject*)
+{
+    constexpr uint64_t bitmap[] = {1ULL << 3 | 1ULL << 63, 1ULL << 6};
+    return PyQDP_CreatePortList(3, bitmap);
+}
+
+PyObject* create_vlan_list(PyObject*, PyObject*)
+{
+    constexpr uint16_t vlans[] = {0, 1000, 4094};
+    return PyQDP_CreateVlanList(3, vlans);
+}
+
+// The function frees the record that it is given.
+PyObject* netq_info(PyObject*, PyObject*)
+{
+    auto* info = static_cast<NetQInfo*>(noted(__real_malloc(sizeof(NetQInfo))));
+    if (!info)
+        return nullptr;
+    std::memset(static_cast<void*>(info), 0, sizeof *info);
+    constexpr uint32_t filter[] = {0, 1U << 16, 0x01000007, 1000, 2000, 0};  // of no key and one queue
+    info->qdp_port = 0x01000007;
+    info->num_filters = 2;
+    std::memcpy(info->entries, filter, sizeof filter);
+    std::memcpy(info->entries + sizeof filter, filter, sizeof filter);
+    return PyQDP_PortNetQInfo(info, sizeof *info);
+}
+
 PyMethodDef functions[] = {
+    {"PyQDP_CreatePortList", create_port_list, METH_VARARGS, nullptr},
+    {"PyQDP_CreateVlanList", create_vlan_list, METH_VARARGS, nullptr},
+    {"PyQDP_PortNetQInfo", netq_info, METH_VARARGS, nullptr},
     {"invoke", invoke, METH_VARARGS, nullptr},
     {"blocks_out", blocks_out, METH_NOARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},

@@ -1,0 +1,59 @@
+"""The tortured module, and what every kind of torture needs."""
+
+import gc
+import importlib.machinery
+import importlib.util
+
+import pytest
+
+FAILURE_POINTS = pytest.StashKey()
+
+
+def pytest_terminal_summary(terminalreporter, config):
+    tried = config.stash.get(FAILURE_POINTS, {})
+    for what, count in tried.items():
+        terminalreporter.write_line(f"{count} {what} were made to fail")
+
+
+@pytest.fixture
+def count_failures(request):
+    """Counts failure points for the session's summary."""
+
+    def count(what, points):
+        tried = request.config.stash.setdefault(FAILURE_POINTS, {})
+        tried[what] = tried.get(what, 0) + points
+
+    return count
+
+
+@pytest.fixture(scope="session")
+def tortured(build):
+    """The functions that torture, and the tortured module; both are in one file."""
+    path = str(build / "tests" / "torture.so")
+    loaded = []
+    for name in ("torture", "_libqdp"):
+        loader = importlib.machinery.ExtensionFileLoader(name, path)
+        spec = importlib.util.spec_from_file_location(name, path, loader=loader)
+        loaded.append(importlib.util.module_from_spec(spec))
+    return loaded
+
+
+@pytest.fixture
+def frozen(configured, tortured):
+    """The built-in host after LibraryInit, at a standstill, with counters that are objects of their own and not the
+    interpreter's small integers."""
+    _, module = tortured
+    configured.freeze()
+    assert module.P4UKLatencySet(1) is True
+    assert module.AdvStatsSetEnabled(0, 1) is None
+    configured.advance(seconds=1e6)
+    return configured
+
+
+@pytest.fixture
+def young():
+    """All older objects are out of the collector's sight, so that collecting is quick."""
+    gc.collect()
+    gc.freeze()
+    yield
+    gc.unfreeze()
