@@ -99,7 +99,7 @@ TunnelRewriteEntry tunnel_rewrite(const Host& host, uint32_t record)
     if (!tunnel)
         return made;
     made.is_ipv6 = !tunnel->remote.is_ipv4;
-    made.is_geneve = 1;
+    made.is_geneve = tunnel->is_geneve;
     made.has_vlan = 1;
     made.copies_traffic_class = 1;
     made.vlan = tunnel->vlan;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/host.h"
+#include "platform/qdp_control.h"
 
 namespace host {
 
@@ -12,10 +13,16 @@ constexpr uint32_t tx_queues = 1;
 constexpr uint32_t rx_queues = 2;
 constexpr uint32_t both = tx_queues | rx_queues;
 
+// A port's LRO is a setting of its own or its switch's.
 uint32_t get_port_conf(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
     const PortSetting* setting = host.port_settings.port(switch_number, port);
-    return setting ? output.put(setting->conf) : not_found;
+    if (!setting)
+        return not_found;
+    PortConf conf = setting->conf;
+    if (host.features.of(switch_number)->lro_of(port))
+        enable(conf, feature_lro);
+    return output.put(conf);
 }
 
 uint32_t get_port_tx_uplink(Host& host, uint32_t switch_number, uint32_t port, Output output)
@@ -40,6 +47,8 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
     Port* port = host.port(switch_number, port_number);
     if (!port)
         return not_found;
+    if (host.balancer.is_automatic)
+        return status_balancer_is_automatic;
     if (to >= host.datapath_switch(switch_number)->entry->num_lcores || queues == 0 || queues > both)
         return bad_parameter;
 
@@ -102,7 +111,7 @@ uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enabl
         return success;
     setting->learns_uplink_macs = enable == 1;
     for (const Port& port : host.datapath_switch(switch_number)->ports)
-        if (static_cast<ClientType>(port.entry.client_type) == ClientType::uplink)
+        if (is_a(port, ClientType::uplink))
             relearn_macs(host, switch_number, port);
     return success;
 }
@@ -115,20 +124,22 @@ uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
     return success;
 }
 
-uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable)
+// A flow cache that is switched off loses its flows; one that is switched on begins anew.
+uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
 {
     SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
     if (!setting)
         return not_found;
     if (enable > 1)
         return bad_parameter;
-    setting->*what = enable == 1;
+    if (setting->has_flow_cache == (enable == 1))
+        return success;
+    setting->has_flow_cache = enable == 1;
+    if (enable)
+        fill_flows(host, switch_number);
+    else
+        clear_flows(host, switch_number);
     return success;
-}
-
-uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
-{
-    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable);
 }
 
 uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
@@ -139,7 +150,13 @@ uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
 
 uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable);
+    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
+    if (!setting)
+        return not_found;
+    if (enable > 1)
+        return bad_parameter;
+    setting->panics_on_tx_hang = enable == 1;
+    return success;
 }
 
 const Answer answers[] = {

@@ -17,7 +17,7 @@ constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
 
 bool is_uplink(const Port& port)
 {
-    return static_cast<ClientType>(port.entry.client_type) == ClientType::uplink;
+    return is_a(port, ClientType::uplink);
 }
 
 // An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
