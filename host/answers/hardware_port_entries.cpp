@@ -1,6 +1,5 @@
 // Entries about the pipeline's ports and VLANs: those of the port model.
 #include <algorithm>
-#include <ranges>
 
 #include "host/answers/hardware_entries.h"
 
@@ -71,7 +70,7 @@ OutputEntry output(const Host& host, uint32_t number)
     }
     if (const auto fc_port = host.smartnic.fc_ports.find(number); fc_port != host.smartnic.fc_ports.end()) {
         const P4RssOverride setting = host.smartnic.rss_override(smartnic_switch, fc_port->second);
-        made.rss_override = setting.is_override;
+        made.rss_override = setting.is_override != 0;
         made.rss_override_queue = setting.queue;
     }
     return made;
@@ -123,7 +122,7 @@ std::optional<RegisteredMacEntry> registered_mac(const Host& host, const P4Regis
             continue;
         const auto port =
             std::ranges::find(owner->ports, fc_port->second, [](const Port& each) { return each.entry.port; });
-        if (port != owner->ports.end() && std::ranges::equal(std::views::reverse(port->entry.mac), key.mac))
+        if (port != owner->ports.end() && std::equal(std::rbegin(port->entry.mac), std::rend(port->entry.mac), key.mac))
             return RegisteredMacEntry{row.destination_port, 0, 0, row.lif};
     }
     return std::nullopt;

@@ -99,21 +99,35 @@ uint32_t reset_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
     return success;
 }
 
-// A switch that no longer learns from its uplinks forgets what it has learned there.
-uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
+// Switches something of a switch on or off; what follows from a change is done then.
+uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable,
+             void (*follow)(Host& host, uint32_t switch_number, bool is_on))
 {
     SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
     if (!setting)
         return not_found;
     if (enable > 1)
         return bad_parameter;
-    if (setting->learns_uplink_macs == (enable == 1))
+    const bool is_on = enable == 1;
+    if (setting->*what == is_on)
         return success;
-    setting->learns_uplink_macs = enable == 1;
+    setting->*what = is_on;
+    if (follow)
+        follow(host, switch_number, is_on);
+    return success;
+}
+
+// A switch that no longer learns from its uplinks forgets what it has learned there.
+void relearn_uplinks(Host& host, uint32_t switch_number, bool)
+{
     for (const Port& port : host.datapath_switch(switch_number)->ports)
         if (is_a(port, ClientType::uplink))
             relearn_macs(host, switch_number, port);
-    return success;
+}
+
+uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
+{
+    return set(host, switch_number, &SwitchSetting::learns_uplink_macs, enable, relearn_uplinks);
 }
 
 uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
@@ -125,21 +139,14 @@ uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
 }
 
 // A flow cache that is switched off loses its flows; one that is switched on begins anew.
+void fill_or_clear_flows(Host& host, uint32_t switch_number, bool is_on)
+{
+    is_on ? fill_flows(host, switch_number) : clear_flows(host, switch_number);
+}
+
 uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
-    if (!setting)
-        return not_found;
-    if (enable > 1)
-        return bad_parameter;
-    if (setting->has_flow_cache == (enable == 1))
-        return success;
-    setting->has_flow_cache = enable == 1;
-    if (enable)
-        fill_flows(host, switch_number);
-    else
-        clear_flows(host, switch_number);
-    return success;
+    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable, fill_or_clear_flows);
 }
 
 uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
@@ -150,13 +157,7 @@ uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
 
 uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
-    if (!setting)
-        return not_found;
-    if (enable > 1)
-        return bad_parameter;
-    setting->panics_on_tx_hang = enable == 1;
-    return success;
+    return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable, nullptr);
 }
 
 const Answer answers[] = {
