@@ -1,4 +1,4 @@
-// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels and mirror sessions.
+// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of mirror sessions.
 #include "host/state/hardware_tables.h"
 
 #include "host/host.h"
@@ -45,26 +45,36 @@ std::vector<Uplink> uplinks_of(const Host& host)
 std::vector<Tunnel> tunnels(const Uplink& first, const Uplink& second)
 {
     return {
-        {17, true, 1, first.port, 300, 501, first.mac, 0x001b21aa0001, ipv4(0xac100001), ipv4(0xac100002)},
-        {18, false, 2, second.port, 301, 502, second.mac, 0x001b21aa0002, ipv6(0xfd00'0000'0000'0001, 1),
-         ipv6(0xfd00'0000'0000'0001, 2)},
+        {first_tunnel_record, true, 1, first.port, 300, 501, first.mac, 0x001b21aa0001, ipv4(0xac100001),
+         ipv4(0xac100002)},
+        {first_tunnel_record + 1, false, 2, second.port, 301, 502, second.mac, 0x001b21aa0002,
+         ipv6(0xfd00'0000'0000'0001, 1), ipv6(0xfd00'0000'0000'0001, 2)},
     };
 }
 
-// The sessions that flows name. Those for what comes in go over IPv4, the others over IPv6.
-std::vector<MirrorSession> mirrors(const Uplink& first, const Uplink& second)
+// Those for what comes in go over IPv4, the others over IPv6.
+std::vector<MirrorHeaders> mirrors(const std::vector<::MirrorSession>& sessions, const Uplink& first,
+                                   const Uplink& second)
 {
-    std::vector<MirrorSession> made;
-    for (uint8_t session = 0; session < 2; ++session)
-        made.push_back({session, false, first.port, 400, 0x5eed0000u + session, first.mac, collector_mac,
-                        ipv4(0xac100001), ipv4(0xac1000feu - session)});
-    for (uint8_t session = 0; session < 3; ++session)
-        made.push_back({session, true, second.port, 401, 0x5eed0100u + session, second.mac, collector_mac,
-                        ipv6(0xfd00'0000'0000'0001, 1), ipv6(0xfd00'0000'0000'0001, 0xfeu - session)});
+    std::vector<MirrorHeaders> made;
+    for (const ::MirrorSession& session : sessions) {
+        const uint32_t number = mirror_number(session);
+        if (session.direction)
+            made.push_back({number, 401, 0x5eed0000 + number, second.mac, collector_mac, ipv6(0xfd00'0000'0000'0001, 1),
+                            ipv6(0xfd00'0000'0000'0001, 0xfe)});
+        else
+            made.push_back(
+                {number, 400, 0x5eed0000 + number, first.mac, collector_mac, ipv4(0xac100001), ipv4(0xac1000fe)});
+    }
     return made;
 }
 
 }  // namespace
+
+uint32_t mirror_number(const ::MirrorSession& session)
+{
+    return session.index + (session.direction ? max_mirror_sessions : 0);
+}
 
 }  // namespace hardware
 
@@ -73,7 +83,8 @@ HardwareTables default_hardware_tables(const Host& host)
     const auto uplinks = hardware::uplinks_of(host);
     if (uplinks.size() < 2)
         return {};
-    return {hardware::tunnels(uplinks[0], uplinks[1]), hardware::mirrors(uplinks[0], uplinks[1])};
+    return {hardware::tunnels(uplinks[0], uplinks[1]),
+            hardware::mirrors(host.pipeline.mirror_sessions, uplinks[0], uplinks[1])};
 }
 
 }  // namespace host

@@ -1,13 +1,18 @@
-// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels and mirror sessions.
+// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of mirror sessions.
 // The entries of the tables are made from all of these when they are read.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include "platform/mirrors.h"
+#include "platform/p4_tables.h"
+
 namespace host {
 
 struct Host;
+
+inline constexpr uint16_t first_tunnel_record = 17;
 
 namespace hardware {
 
@@ -28,21 +33,23 @@ struct Tunnel {
     Address local, remote;
 };
 
-struct MirrorSession {
-    uint8_t session;
-    bool is_egress;
-    uint16_t port;
+// The headers that a mirror session adds to its packets.
+struct MirrorHeaders {
+    uint32_t number;  // of the session's entry
     uint16_t vlan;
     uint32_t cookie;
     uint64_t source_mac, destination_mac;
     Address source, destination;
 };
 
+// The entry of a session: those for what goes out lie behind those for what comes in.
+uint32_t mirror_number(const ::MirrorSession& session);
+
 }  // namespace hardware
 
 struct HardwareTables {
     std::vector<hardware::Tunnel> tunnels;
-    std::vector<hardware::MirrorSession> mirrors;
+    std::vector<hardware::MirrorHeaders> mirrors;
 };
 
 // Of the built-in host, whose switches and whose SmartNIC stand already.

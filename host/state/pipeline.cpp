@@ -27,18 +27,20 @@ P4TrafficCounters traffic(uint64_t packets, uint64_t packet_bytes)
     return made;
 }
 
-MirrorSession mirror_session(uint8_t index, uint16_t destination_port, bool is_tunnel)
+// The session's packets leave by an uplink, bare or in one of the tunnels.
+MirrorSession mirror_session(const SmartNic& nic, uint8_t index, bool is_egress, size_t uplink, bool is_tunnel)
 {
+    const std::vector<P4OutputPort> uplinks = nic.uplinks();
     MirrorSession made{};
     made.is_offloaded = 1;
     made.index = index & 7;
-    made.direction = index & 1;
-    made.destination_port = destination_port;
+    made.direction = is_egress;
+    made.destination_port = uplinks[uplink].destination_port;
     made.is_tunnel = is_tunnel;
-    made.tunnel_index = is_tunnel ? index : -1;
+    made.tunnel_index = is_tunnel ? static_cast<int32_t>(first_tunnel_record + uplink) : -1;
     made.vni = is_tunnel ? 5000 + index : 0;
-    made.uplink_logical_ports[0] = 1;
-    made.uplink_logical_ports[1] = 2;
+    for (size_t i = 0; i < std::size(made.uplink_logical_ports); ++i)
+        made.uplink_logical_ports[i] = uplinks[i].destination_port;
     return made;
 }
 
@@ -167,14 +169,17 @@ P4EgressCounters egress_counters(const Host& host)
     return made;
 }
 
-Pipeline default_pipeline(const Host&)
+Pipeline default_pipeline(const Host& host)
 {
     Pipeline made{};
     made.flow_stats = {256, 1000};
     made.offloads_icmp_echo = 0;
     made.dscp = {0, 46, 0x3f};
     made.tables = default_memory_tables();
-    made.mirror_sessions = {mirror_session(0, 17, false), mirror_session(1, 18, true), mirror_session(2, 40, true)};
+    for (uint8_t index = 0; index < 2; ++index)
+        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, false, 0, index == 1));
+    for (uint8_t index = 0; index < 3; ++index)
+        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, true, 1, index == 2));
     made.port_mirrors = default_port_mirrors();
     made.app_is_enabled = 1;
     return made;

@@ -176,6 +176,22 @@ class TestAnOffloadedFlow:
             headers = at("TableMirrorL3Get", 0, session + 8 * table)
             assert (entry["mirrorL3"], headers["vlanID"]) == (1, entry["vlanID"])
 
+    def test_the_mirror_sessions_are_those_of_the_tables(self, at):
+        sessions = at("P4MirrorTableDump")
+        assert len(sessions) == 5
+        for text in sessions:
+            index, direction, port, tunnel, record, vni, *uplinks = re.fullmatch(
+                r"OL:1 Idx:(\d) Dir:(\d) D-port:(\d+) Tunnel:(\d) TunnelIdx:(-?\d+)vni:(\d+)"
+                r":uplinkLport0:(\d+):uplinkLport1:(\d+)",
+                text,
+            ).groups()
+            entry = at("TableMirrorGet", int(index), int(direction))
+            assert (entry["dstPort"], entry["tunnelRewriteVld"], entry["tunnelVNI"]) == (int(port), int(tunnel), int(vni))
+            assert [entry["uplinkLport0"], entry["uplinkLport1"]] == list(map(int, uplinks))
+            assert entry["TunnelIdx"] == max(int(record), 0)
+            if entry["tunnelRewriteVld"]:
+                assert at("TableTunnelRewriteGet", entry["TunnelIdx"])["ttl"] == 64
+
     def test_a_cleared_flow_is_gone_from_the_pipeline(self, at, qdp):
         flow = offloaded(at)[101]
         at("ClearSwitchFlowTable", SMARTNIC_SWITCH)
