@@ -82,15 +82,29 @@ void add_fc_ports(SmartNic& nic, const Host& host)
                 nic.fc_ports[is_a(port, ClientType::uplink) ? uplink++ : vf++] = narrow(port.entry.port);
 }
 
-// The row that a port has, with what it keeps of its own.
-P4OutputPort& add_row(std::map<uint32_t, P4OutputPort>& rows, const SmartNic& nic, uint16_t port)
+// A row of the output port table, with what the port keeps of its own.
+P4OutputPort row_of(const SmartNic& nic, uint16_t port, uint16_t lif, uint8_t lif_type, uint16_t status)
 {
-    P4OutputPort& row = rows[port];
-    row = {};
+    P4OutputPort row{};
     row.destination_port = port;
     row.tag = tag_of(port);
+    row.lif = lif;
+    row.lif_type = lif_type;
+    row.status = status;
     if (const uint16_t* default_vlan = found_in(nic.default_vlans, port))
         row.default_vlan = *default_vlan;
+    return row;
+}
+
+P4OutputPort row_of(const SmartNic& nic, const P4LifPort& lif)
+{
+    return row_of(nic, lif.source_port, lif.lif, lif.type, lif.status);
+}
+
+P4OutputPort row_of(const SmartNic& nic, const P4VlanPort& port)
+{
+    P4OutputPort row = row_of(nic, port.source_port, port.pf_lifs[0], vlan_port_lif, port.status);
+    row.mux_vlan = port.mux_vlan;
     return row;
 }
 
@@ -114,35 +128,32 @@ const MuxSwitch* SmartNic::mux_switch(uint32_t switch_number) const
 std::map<uint32_t, P4OutputPort> SmartNic::output_ports() const
 {
     std::map<uint32_t, P4OutputPort> rows;
-    for (const auto& [number, lif] : lifs) {
-        P4OutputPort& row = add_row(rows, *this, lif.source_port);
-        row.lif = lif.lif;
-        row.lif_type = lif.type;
-        row.status = lif.status;
-    }
-    for (const auto& [vlan, port] : vlan_ports) {
-        P4OutputPort& row = add_row(rows, *this, port.source_port);
-        row.lif = port.pf_lifs[0];
-        row.mux_vlan = port.mux_vlan;
-        row.lif_type = vlan_port_lif;
-        row.status = port.status;
-    }
+    for (const auto& [number, lif] : lifs)
+        rows[lif.source_port] = row_of(*this, lif);
+    for (const auto& [vlan, port] : vlan_ports)
+        rows[port.source_port] = row_of(*this, port);
     return rows;
 }
 
+// As in the whole table, which is not made for this: the last one that sends from the port counts.
 std::optional<P4OutputPort> SmartNic::output_port(uint32_t port) const
 {
-    const auto rows = output_ports();
-    const P4OutputPort* row = found_in(rows, port);
-    return row ? std::optional{*row} : std::nullopt;
+    std::optional<P4OutputPort> row;
+    for (const auto& [number, lif] : lifs)
+        if (lif.source_port == port)
+            row = row_of(*this, lif);
+    for (const auto& [vlan, vlan_port] : vlan_ports)
+        if (vlan_port.source_port == port)
+            row = row_of(*this, vlan_port);
+    return row;
 }
 
 std::vector<P4OutputPort> SmartNic::uplinks() const
 {
     std::vector<P4OutputPort> found;
-    for (const auto& [port, row] : output_ports())
-        if (row.lif_type == uplink_lif)
-            found.push_back(row);
+    for (const auto& [number, lif] : lifs)
+        if (lif.type == uplink_lif)
+            found.push_back(row_of(*this, lif));
     return found;
 }
 
