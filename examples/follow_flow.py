@@ -2,9 +2,9 @@
 they travel in, the counters and the connection that they belong to, and where they leave.
 
     script/run examples/follow_flow.py               the first flow that the pipeline knows
-    script/run examples/follow_flow.py 17            the flow with this index
-    script/run examples/follow_flow.py --key vlan=102 source=02:1b:21:02:00:02 destination=02:50:56:0a:00:01 port=2 \\
-        vni=5102 protocol=6 source_ip=10.1.0.2 destination_ip=10.2.0.5 source_port=40001 destination_port=443
+    script/run examples/follow_flow.py 101           the flow that a flow table shows with "hwFlowIdx: 101"
+    script/run examples/follow_flow.py --key source=02:1b:21:02:00:1c destination=02:50:56:0a:00:c0 port=42 protocol=6 \\
+        source_ip=10.2.3.199 destination_ip=10.2.17.137 source_port=35456 destination_port=443
 
 Runs on a real host, and anywhere on the embedded one.
 """
@@ -17,7 +17,7 @@ import _libqdp
 # The pipeline gives its entries away one by one; where no flow is named, so many are looked at.
 SEARCHED = 4096
 
-# Which table of a pair is for the way in is up to the pipeline's program; on the embedded host it is the first.
+# Which table of a pair is for the way in is up to the pipeline's program; on the embedded host both are the same.
 WAY_IN, WAY_OUT = 0, 1
 
 

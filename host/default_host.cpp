@@ -98,7 +98,7 @@ Host make_host()
 
     // Known by neither, so its id is its name. Its uplinks end in a SmartNIC, whose representors are ports too.
     Switch smart = vswitch("dvs-smartnic", "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03",
-                           "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03", 2, 0xf000);
+                           "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03", smartnic_switch, 0xf000);
     add_uplinks(smart, 2);
     for (uint32_t type = 0; type < representor_types; ++type)
         for (const uint32_t flags : {0u, port_flag_pass_through}) {
@@ -123,7 +123,6 @@ Host default_host()
     Host made = make_host();
     made.port_settings = default_port_settings(made);
     made.mac_tables = default_mac_tables(made);
-    made.flow_caches = default_flow_caches(made);
     made.uplinks = default_uplinks(made);
     made.placement = default_placement(made);
     made.balancer = default_balancer(made);
@@ -132,6 +131,7 @@ Host default_host()
     made.rss_engines = default_rss_engines(made);
     made.l3span_records = default_l3span_records(made);
     made.smartnic = default_smartnic(made);
+    made.flow_caches = default_flow_caches(made);  // those that are offloaded go through the SmartNIC's ports
     made.pipeline = default_pipeline(made);
     made.hardware_tables = default_hardware_tables(made);
     made.clock = Clock{};  // the time that it took to build is none of the host's

@@ -10,6 +10,8 @@ namespace host {
 
 namespace {
 
+constexpr uint64_t past = 3600 * nanoseconds_a_second;
+
 uint64_t real_nanoseconds()
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -18,7 +20,7 @@ uint64_t real_nanoseconds()
 
 }  // namespace
 
-Clock::Clock() : start_{real_nanoseconds()} {}
+Clock::Clock() : start_{real_nanoseconds() - past} {}
 
 uint64_t Clock::nanoseconds() const
 {
@@ -27,7 +29,8 @@ uint64_t Clock::nanoseconds() const
 
 void Clock::freeze()
 {
-    frozen_ = nanoseconds();
+    if (!frozen_)
+        frozen_ = nanoseconds() / nanoseconds_a_second * nanoseconds_a_second;
 }
 
 void Clock::advance(uint64_t nanoseconds)
@@ -38,11 +41,11 @@ void Clock::advance(uint64_t nanoseconds)
         start_ -= nanoseconds;
 }
 
-uint64_t Clock::grown(uint64_t per_second) const
+uint64_t Clock::grown(uint64_t per_second, uint64_t since) const
 {
-    constexpr uint64_t second = 1'000'000'000;
-    const uint64_t now = nanoseconds();
-    return now / second * per_second + now % second * per_second / second;
+    constexpr uint64_t second = nanoseconds_a_second;
+    const uint64_t time = nanoseconds() - since;
+    return time / second * per_second + time % second * per_second / second;
 }
 
 Switch* Host::datapath_switch(uint32_t switch_number)

@@ -29,7 +29,10 @@ namespace host {
 using Value = std::vector<std::byte>;
 using Properties = std::map<std::string, Value, std::less<>>;
 
-// Time since the host came up. Real until a test freezes it.
+inline constexpr uint64_t nanoseconds_a_second = 1'000'000'000;
+
+// Time since the host came up, which was an hour before the process began: its counters have a past. Real until a test
+// freezes it, which is at a full second, so that counters are the same in every process that freezes it at once.
 class Clock {
 public:
     Clock();
@@ -37,8 +40,8 @@ public:
     void freeze();
     void advance(uint64_t nanoseconds);
 
-    // What a counter that grows by `per_second` has reached.
-    uint64_t grown(uint64_t per_second) const;
+    // What a counter that grows by `per_second` has reached; and one that began at a later time, in nanoseconds.
+    uint64_t grown(uint64_t per_second, uint64_t since = 0) const;
 
 private:
     uint64_t start_;
@@ -57,6 +60,12 @@ struct Port {
     Traffic tx, rx;
     Properties data = {};  // that the host kernel keeps for it
 };
+
+// Whether the port is of this client type.
+inline bool is_a(const Port& port, ClientType client)
+{
+    return port.entry.client_type == static_cast<uint32_t>(client);
+}
 
 // What the switch state library knows of a switch.
 struct SwitchConfig {

@@ -1,7 +1,7 @@
 // Answers of the thread load balancer about its settings, its debug buffers and injected traffic.
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/property.h"
 
 namespace host {
 
@@ -13,30 +13,16 @@ SwitchBalancer* balancer_of(Host& host, uint32_t switch_number)
     return found == host.balancer.switches.end() ? nullptr : &found->second;
 }
 
-// The switch that the datapath knows by this portset name.
-Switch* switch_of_portset(Host& host, std::string_view portset)
-{
-    const auto found = std::ranges::find_if(host.switches, [&](const Switch& each) {
-        return each.entry &&
-               portset == std::string_view{each.entry->name, strnlen(each.entry->name, sizeof each.entry->name)};
-    });
-    return found == host.switches.end() ? nullptr : &*found;
-}
-
 // The switch's host property names the metric; without one the balancer keeps its own.
 uint32_t metric_of(const Switch& owner, const SwitchBalancer& balancer)
 {
-    const auto kept = owner.config.host_properties.find(load_balancer_property);
-    LBSettings settings;
-    if (kept == owner.config.host_properties.end() || kept->second.size() != sizeof settings)
-        return static_cast<uint32_t>(balancer.metric);
-    std::memcpy(&settings, kept->second.data(), sizeof settings);
-    return settings.version == 0 ? settings.metric : static_cast<uint32_t>(balancer.metric);
+    const auto settings = property<LBSettings>(owner, load_balancer_property);
+    return settings && settings->version == 0 ? settings->metric : static_cast<uint32_t>(balancer.metric);
 }
 
 uint32_t get_parameters(Host& host, std::string_view portset, Output output)
 {
-    const Switch* owner = switch_of_portset(host, portset);
+    const Switch* owner = host.switch_by_portset(portset);
     const SwitchBalancer* balancer = owner ? balancer_of(host, owner->entry->switch_number) : nullptr;
     if (!balancer)
         return not_found;
@@ -48,7 +34,7 @@ uint32_t get_parameters(Host& host, std::string_view portset, Output output)
 
 uint32_t set_parameter(Host& host, std::string_view portset, uint32_t parameter, uint64_t value)
 {
-    const Switch* owner = switch_of_portset(host, portset);
+    const Switch* owner = host.switch_by_portset(portset);
     SwitchBalancer* balancer = owner ? balancer_of(host, owner->entry->switch_number) : nullptr;
     if (!balancer)
         return not_found;

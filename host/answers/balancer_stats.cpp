@@ -51,11 +51,6 @@ void add_injected(std::vector<Load>& queues, uint32_t queue, const InjectedTraff
     load.bytes += milliseconds * injected.traffic.byte_rate / 1000;
 }
 
-bool is_uplink(const Port& port)
-{
-    return port.entry.client_type == static_cast<uint32_t>(ClientType::uplink);
-}
-
 // Of every port, in the order of the port list. What an uplink receives enters the switch, what any other port
 // receives leaves it.
 std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner, const SwitchBalancer& balancer)
@@ -64,14 +59,14 @@ std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner, const
     for (const Port& port : owner.ports)
         loads.push_back({queue_loads(clock, port.rx, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
                          queue_loads(clock, port.tx, port.entry.tx_queue_lcores, port.entry.num_tx_queues)});
+    const auto enters = [&](uint32_t port) { return is_a(owner.ports[port], ClientType::uplink); };
     for (const InjectedTraffic& injected : balancer.injected) {
         const LBTraffic& traffic = injected.traffic;
         PortLoads& source = loads[traffic.source_port];
         PortLoads& destination = loads[traffic.destination_port];
-        add_injected(is_uplink(owner.ports[traffic.source_port]) ? source.rx : source.tx, traffic.source_queue,
+        add_injected(enters(traffic.source_port) ? source.rx : source.tx, traffic.source_queue, injected, clock);
+        add_injected(enters(traffic.destination_port) ? destination.tx : destination.rx, traffic.destination_queue,
                      injected, clock);
-        add_injected(is_uplink(owner.ports[traffic.destination_port]) ? destination.tx : destination.rx,
-                     traffic.destination_queue, injected, clock);
     }
     return loads;
 }
@@ -208,7 +203,8 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
     Chunk chunk;
     chunk.record.next_port = add_range(first_port, port_count, loads.size(), [&](uint32_t i) {
         const Port& port = owner->ports[i];
-        return is_uplink(port) ? add_uplink(chunk, port.entry, loads[i]) : add_port(chunk, port.entry, loads[i]);
+        return is_a(port, ClientType::uplink) ? add_uplink(chunk, port.entry, loads[i])
+                                              : add_port(chunk, port.entry, loads[i]);
     });
     chunk.record.next_context = add_range(first_context, context_count, owner->entry->num_lcores,
                                           [&](uint32_t i) { return add_context(chunk, i, loads); });

@@ -58,9 +58,7 @@ uint32_t get_lro(Host& host, LroScope scope, uint32_t switch_number, uint32_t po
     const SwitchFeatures* target = lro_target(host, scope, switch_number, port);
     if (!target)
         return refused;
-    const auto own = target->port_lro.find(port);
-    const bool is_own = scope == LroScope::port && own != target->port_lro.end();
-    return value.put(is_own ? own->second : target->lro);
+    return value.put(scope == LroScope::port ? target->lro_of(port) : target->lro);
 }
 
 // A switch's setting overrides those that its ports had.

@@ -65,7 +65,7 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
 const SwitchFeatures* of_uplink(Host& host, uint32_t switch_number, uint32_t number)
 {
     const Port* port = host.port(switch_number, number);
-    const bool is_uplink = port && port->entry.client_type == static_cast<uint32_t>(ClientType::uplink);
+    const bool is_uplink = port && is_a(*port, ClientType::uplink);
     return is_uplink ? host.features.of(switch_number) : nullptr;
 }
 

@@ -1,85 +1,78 @@
-// Entries about flows: their keys, what happens to their packets, their counters and their connections' state.
+// Entries about offloaded flows: their keys, what happens to their packets, their counters and their connections' state.
+#include <algorithm>
+
 #include "host/answers/hardware_entries.h"
+#include "host/state/offloaded_flows.h"
 
 namespace host::hardware {
 
 namespace {
 
-constexpr uint8_t tcp = 6;
-constexpr uint8_t established = 4;
-constexpr uint8_t opening = 1;
-constexpr uint8_t tcp_syn = 0x02;
-constexpr uint8_t tcp_ack = 0x10;
-constexpr uint8_t window_scale = 7;
-constexpr uint16_t window = 0xffff;
 constexpr uint16_t first_outer_port = 0xc000;
 constexpr uint32_t first_cookie = 0x0f100000;
-constexpr uint32_t unacknowledged = 1 << 16;
-constexpr uint64_t seconds_before = 3600;
 
-uint64_t packets_of(const Host& host, const Flow& flow)
+bool has(const Flow& flow, FlowAction action)
 {
-    return grown(host, flow.packets);
+    return flow.actions.bitmap & action_bit(action);
 }
 
-bool is_uplink(const Host& host, const FlowEnd& end)
+bool is_decapsulated(const Flow& flow)
 {
-    const Port* port = find(host.hardware_tables.ports, &Port::port, end.port);
-    return port && port->is_uplink;
+    return has(flow, FlowAction::geneve_decap) || has(flow, FlowAction::vxlan_decap);
 }
 
-uint16_t tag_of(const Host& host, const FlowEnd& end)
+// The tunnel that the flow's packets enter, or null.
+const Tunnel* tunnel_of(const Host& host, const Flow& flow)
 {
-    const Port* port = find(host.hardware_tables.ports, &Port::port, end.port);
-    return port ? port->tag : uint16_t{0};
+    if (!has(flow, FlowAction::geneve_encap) && !has(flow, FlowAction::vxlan_encap))
+        return nullptr;
+    return find(host.hardware_tables.tunnels, &Tunnel::is_geneve, has(flow, FlowAction::geneve_encap));
 }
 
-// The first uplink's port is 0, and so on.
-uint8_t uplink_index(const Host& host, const FlowEnd& end)
+// Which of the uplinks a port is.
+std::optional<uint8_t> uplink_index(const Host& host, uint16_t port)
 {
-    return is_uplink(host, end) ? end.port & 3 : 0;
+    const auto uplinks = host.smartnic.uplinks();
+    const auto found = std::ranges::find(uplinks, port, &P4OutputPort::destination_port);
+    return found == uplinks.end() ? std::nullopt : std::optional{static_cast<uint8_t>(found - uplinks.begin())};
 }
 
-// Connections are tracked where they come in, and where they go out to a VM of this host.
-bool is_tracked(const Flow& flow, Direction direction)
+uint16_t source_port(const Host& host, const Flow& flow)
 {
-    return !flow.is_dropped && (direction == Direction::ingress || !flow.destination.tunnel);
+    return host.smartnic.port_of(flow.input_port);
 }
 
-P4FlowKey key_of(const Flow& flow)
+void store(uint64_t& high, uint64_t& low, const IpAddress& address, bool is_ipv6)
 {
+    const ByteSpan bytes = std::as_bytes(std::span{address});
+    high = is_ipv6 ? number_of(bytes.first(8)) : 0;
+    low = is_ipv6 ? number_of(bytes.last(8)) : number_of(bytes.first(4));
+}
+
+// MAC addresses lie least significant byte first.
+P4FlowKey key_of(const Host& host, const Flow& flow)
+{
+    const FlowPackets& packets = flow.packets;
     P4FlowKey key{};
-    key.qualifier = flow.vlan;
-    uint8_t mac[mac_bytes];
-    store_mac_of_key(mac, flow.source.mac);
-    std::memcpy(key.mac_1, mac, sizeof mac);
-    store_mac_of_key(mac, flow.destination.mac);
-    std::memcpy(key.mac_2, mac, sizeof mac);
-    key.address_1_low = flow.source.address.low;
-    key.address_1_high = flow.source.address.high;
-    key.address_2_low = flow.destination.address.low;
-    key.address_2_high = flow.destination.address.high;
-    key.port = flow.source.port;
-    key.port_1 = flow.source.transport_port;
-    key.port_2 = flow.destination.transport_port;
-    key.is_ipv4 = flow.source.address.is_ipv4;
-    key.protocol_and_vni = flow.vni << flow_key_vni_shift | flow.protocol;
+    key.qualifier = packets.vlan;
+    std::ranges::reverse_copy(packets.source_mac, key.mac_1);
+    std::ranges::reverse_copy(packets.destination_mac, key.mac_2);
+    uint64_t high, low;
+    store(high, low, packets.source_ip, packets.is_ipv6);
+    key.address_1_high = high;
+    key.address_1_low = low;
+    store(high, low, packets.destination_ip, packets.is_ipv6);
+    key.address_2_high = high;
+    key.address_2_low = low;
+    key.port = source_port(host, flow);
+    key.port_1 = packets.source_port;
+    key.port_2 = packets.destination_port;
+    key.is_ipv4 = !packets.is_ipv6;
+    key.protocol_and_vni = packets.vni << flow_key_vni_shift | packets.protocol;
     return key;
 }
 
-// What one end of a connection has sent so far.
-uint32_t sequence(const Host& host, const Flow& flow)
-{
-    const uint32_t first = 1000 * flow.index;
-    return first + static_cast<uint32_t>(packets_of(host, flow) * flow.packet_bytes);
-}
-
 }  // namespace
-
-uint64_t grown(const Host& host, uint64_t per_second)
-{
-    return seconds_before * per_second + host.clock.grown(per_second);
-}
 
 void store_mac(uint8_t (&out)[mac_bytes], uint64_t mac)
 {
@@ -87,9 +80,12 @@ void store_mac(uint8_t (&out)[mac_bytes], uint64_t mac)
         out[mac_bytes - 1 - i] = static_cast<uint8_t>(mac >> (8 * i));
 }
 
-void store_mac_of_key(uint8_t (&out)[mac_bytes], uint64_t mac)
+uint64_t number_of(ByteSpan bytes)
 {
-    std::memcpy(out, &mac, sizeof out);
+    uint64_t number = 0;
+    for (const std::byte byte : bytes)
+        number = number << 8 | std::to_integer<uint64_t>(byte);
+    return number;
 }
 
 void store_address(uint8_t (&out)[16], const Address& address)
@@ -102,147 +98,126 @@ void store_address(uint8_t (&out)[16], const Address& address)
         std::memcpy(out, words, sizeof words);
 }
 
-IpfixEntry ipfix(const Host& host, Direction direction, uint32_t index)
+IpfixEntry ipfix(const Host& host, uint32_t record)
 {
-    IpfixEntry made{};
-    const Flow* flow = find(host.hardware_tables.flows, &Flow::ipfix, index);
-    if (!flow || (direction == Direction::egress && flow->is_dropped))
-        return made;
-    made.packets = packets_of(host, *flow);
-    made.bytes = made.packets * flow->packet_bytes;
-    made.tcp_flags = flow->protocol == tcp ? (flow->is_dropped ? tcp_syn : tcp_syn | tcp_ack) : 0;
-    return made;
+    const FlowCounters counters = flow_counters(host, record);
+    return {counters.packets, counters.bytes, counters.tcp_flags, {}};
 }
 
-// Counted at the port that the packets come from or go to: first what opens conversations, then the replies.
-CtCountersEntry ct_counters(const Host& host, Direction direction, uint32_t index)
+// The same counters as of the port's connection tracking: first what is sent, then what is received.
+CtCountersEntry ct_counters(const Host& host, uint32_t port)
 {
-    CtCountersEntry made{};
-    for (const Flow& flow : host.hardware_tables.flows) {
-        const FlowEnd& end = direction == Direction::ingress ? flow.source : flow.destination;
-        if (end.port != index)
-            continue;
-        auto& set = made.sets[flow.is_reply ? 1 : 0];
-        const uint64_t packets = packets_of(host, flow);
-        (flow.is_dropped ? set.drop_packets : set.pass_packets) += packets;
-        (flow.is_dropped ? set.drop_bytes : set.pass_bytes) += packets * flow.packet_bytes;
-    }
-    return made;
+    const P4ConntrackCounters counters = conntrack_counters(host, port);
+    return {{{counters.tx_pass_bytes, counters.tx_pass_packets, counters.tx_drop_bytes, counters.tx_drop_packets},
+             {counters.rx_pass_bytes, counters.rx_pass_packets, counters.rx_drop_bytes, counters.rx_drop_packets}}};
 }
 
-// A connection that is tracked here has the state of both its ends.
-CtStateEntry ct_state(const Host& host, Direction direction, uint32_t index)
+CtStateEntry ct_state(const Host& host, uint32_t record)
 {
+    const auto [source, destination, software_state, is_logged] = connection(host, record);
     CtStateEntry made{};
-    bool is_here = false;
-    for (const Flow& flow : host.hardware_tables.flows) {
-        if (flow.conversation != index)
-            continue;
-        is_here = is_here || is_tracked(flow, direction);
-        const uint32_t sent = sequence(host, flow);
-        const uint8_t state = flow.protocol == tcp ? established : opening;
-        if (!flow.is_reply) {
-            made.source_sequence_low = sent;
-            made.source_sequence_high = sent + unacknowledged;
-            made.source_window = window;
-            made.source_state = state & 15;
-            made.source_window_scale = window_scale;
-        } else {
-            made.destination_sequence_low = sent;
-            made.destination_sequence_high = sent + unacknowledged;
-            made.destination_window = window;
-            made.destination_state = state & 15;
-            made.destination_window_scale = window_scale;
-        }
-        made.software_state = 1;
-        made.is_logged = flow.mirror.has_value() || made.is_logged;
-    }
-    return is_here ? made : CtStateEntry{};
+    made.source_sequence_low = source.lowest_sequence;
+    made.source_sequence_high = source.highest_sequence;
+    made.source_window = source.max_window;
+    made.source_state = source.state & 15;
+    made.source_window_scale = source.window_scale & 15;
+    made.destination_sequence_low = destination.lowest_sequence;
+    made.destination_sequence_high = destination.highest_sequence;
+    made.destination_window = destination.max_window;
+    made.destination_state = destination.state & 15;
+    made.destination_window_scale = destination.window_scale & 15;
+    made.software_state = software_state;
+    made.is_logged = is_logged;
+    return made;
 }
 
 std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
 {
-    for (const Flow& flow : host.hardware_tables.flows)
-        if (same_key(key_of(flow), key))
-            return FlowKeyEntry{flow.index};
+    for (const Flow& flow : host.flow_caches.flows)
+        if (flow.offload && !flow.offload->is_pointer && same_key(key_of(host, flow), key))
+            return FlowKeyEntry{flow.offload->hardware_index};
     return std::nullopt;
 }
 
 FlowRewriteEntry flow_rewrite(const Host& host, uint32_t index)
 {
     FlowRewriteEntry made{};
-    const Flow* flow = find(host.hardware_tables.flows, &Flow::index, index);
+    const Flow* flow = host.flow_caches.offloaded(index);
     if (!flow)
         return made;
-    made.vlan_pop = flow->source.tunnel.has_value();
-    made.vlan_push = flow->destination.tunnel.has_value();
-    made.route = flow->destination.tunnel.has_value();
-    made.hops = 1;
-    made.vlan = flow->vlan & 0xfff;
-    made.vni = flow->vni & 0xffffff;
-    made.outer_source_port = static_cast<uint16_t>(first_outer_port | (index & 0xfff));
-    store_mac(made.source_mac, flow->source.mac);
-    store_mac(made.destination_mac, flow->destination.mac);
+    made.vlan_push = has(*flow, FlowAction::guest_vlan_insert);
+    made.vlan_set = has(*flow, FlowAction::output_vlan);
+    made.vlan = flow->actions.output_vlan & 0xfff;
+    made.route = has(*flow, FlowAction::routing);
+    made.hops = made.route;
+    if (tunnel_of(host, *flow)) {
+        made.vni = flow->actions.vni & 0xffffff;
+        made.outer_source_port = static_cast<uint16_t>(first_outer_port | (index & 0xfff));
+    }
+    std::ranges::copy(flow->packets.source_mac, made.source_mac);
+    std::ranges::copy(flow->packets.destination_mac, made.destination_mac);
     made.flow_cookie = first_cookie | index;
     return made;
 }
 
+// Both directions count packets and track connections; of a dropped flow only what comes in is counted.
 FlowInfoEntry flow_info(const Host& host, uint32_t index)
 {
     FlowInfoEntry made{};
-    const Flow* flow = find(host.hardware_tables.flows, &Flow::index, index);
+    const Flow* flow = host.flow_caches.offloaded(index);
     if (!flow)
         return made;
-    made.flow = flow->index;
-    made.port = flow->destination.port;
-    made.count = packets_of(host, *flow);
-    made.seconds = static_cast<uint32_t>(grown(host, 1));
-    made.source_tag = tag_of(host, flow->source);
-    made.destination_tag = tag_of(host, flow->destination);
-    made.is_routed = flow->destination.tunnel.has_value();
+    const uint16_t from = source_port(host, *flow);
+    const uint16_t to = host.smartnic.port_of(flow->actions.destination_port);
+    const auto from_uplink = uplink_index(host, from), to_uplink = uplink_index(host, to);
+    const uint32_t record = record_of(*flow);
+
+    made.flow = index;
+    made.port = to;
+    made.count = flow_counters(host, record).packets;
+    made.seconds = static_cast<uint32_t>(host.clock.grown(1));
+    made.source_tag = tag_of(from);
+    made.destination_tag = tag_of(to);
+    made.is_routed = has(*flow, FlowAction::routing);
     made.checks_ttl = made.is_routed;
     made.hops = made.is_routed;
-    made.encap = flow->destination.tunnel.has_value();
-    made.decap = flow->source.tunnel.has_value();
-    made.tunnel = flow->destination.tunnel.value_or(0);
-    made.drop = flow->is_dropped;
-    made.to_uplink = is_uplink(host, flow->destination);
-    made.from_uplink = is_uplink(host, flow->source);
-    made.destination_uplink = uplink_index(host, flow->destination) & 3;
-    made.source_uplink = uplink_index(host, flow->source) & 3;
-    made.ingress_mirrors = flow->mirror ? static_cast<uint8_t>(1u << *flow->mirror) : uint8_t{0};
+    made.decap = is_decapsulated(*flow);
+    if (const Tunnel* tunnel = tunnel_of(host, *flow)) {
+        made.encap = 1;
+        made.tunnel = tunnel->record;
+    }
+    made.drop = is_dropped(*flow);
+    made.from_uplink = from_uplink.has_value();
+    made.source_uplink = from_uplink.value_or(0) & 3;
+    made.to_uplink = to_uplink.has_value();
+    made.destination_uplink = to_uplink.value_or(0) & 3;
+    made.ingress_mirrors = flow->actions.ingress_mirror;
+    made.egress_mirrors = flow->actions.egress_mirror;
 
-    if (is_tracked(*flow, Direction::ingress)) {
-        made.has_ingress_ct = 1;
-        made.ingress_ct_direction = flow->is_reply;
-        made.ingress_ct = flow->conversation;
-    }
-    if (is_tracked(*flow, Direction::egress)) {
-        made.has_egress_ct = 1;
-        made.egress_ct_direction = flow->is_reply;
-        made.egress_ct = flow->conversation;
-    }
-    made.ingress_ct_counters = flow->source.port;
-    made.egress_ct_counters = flow->destination.port;
+    made.has_ingress_ct = made.has_egress_ct = is_tracked(*flow);
+    made.ingress_ct = made.egress_ct = is_tracked(*flow) ? record : 0;
+    made.ingress_ct_counters = from;
+    made.egress_ct_counters = to;
     made.has_ingress_ipfix = 1;
-    made.ingress_ipfix = flow->ipfix;
-    made.has_egress_ipfix = !flow->is_dropped;
-    made.egress_ipfix = flow->is_dropped ? 0 : flow->ipfix;
+    made.ingress_ipfix = record;
+    made.has_egress_ipfix = !made.drop;
+    made.egress_ipfix = made.drop ? 0 : record;
     return made;
 }
 
 // Flows come and go; those of the tables stay.
-FlowOperationsEntry flow_operations(const Host& host, uint32_t)
+FlowOperationsEntry flow_operations(const Host& host)
 {
-    const uint64_t gone = grown(host, 20);
+    const uint64_t gone = host.clock.grown(20);
     FlowOperationsEntry made{};
-    made.entries = host.hardware_tables.flows.size();
+    made.entries = static_cast<uint64_t>(std::ranges::count_if(
+        host.flow_caches.flows, [](const Flow& flow) { return flow.offload && !flow.offload->is_pointer; }));
     made.removes = made.remove_calls = made.removes_by_level[0] = gone;
     made.inserts = made.insert_calls = gone + made.entries;
     made.inserts_by_level[1] = made.collisions = made.inserts / 50;
     made.inserts_by_level[0] = made.inserts - made.collisions;
-    made.updates = grown(host, 5);
-    made.gets = grown(host, 100);
+    made.updates = host.clock.grown(5);
+    made.gets = host.clock.grown(100);
     made.releases = gone;
     made.reads = made.gets + made.updates;
     made.writes = made.inserts + made.removes + made.updates;

@@ -1,4 +1,5 @@
-// Answers table reads: finds the table and its entry, by index or by key.
+// Answers table reads: finds the table and its entry, by index or by key. Both tables of a pair show the same: what comes
+// in here goes out there.
 #include "host/answers/hardware_entries.h"
 #include "host/p4.h"
 
@@ -24,11 +25,11 @@ uint32_t indexed(const Host& host, ByteSpan key, Output output)
     return index < entries ? output.put(entry_at(host, index)) : refused;
 }
 
-template <auto entry_at, uint32_t entries, Direction direction>
-uint32_t indexed_of_pair(const Host& host, ByteSpan key, Output output)
+// Of a table with a single entry.
+template <auto entry>
+uint32_t single(const Host& host, ByteSpan key, Output output)
 {
-    const auto index = key_from<uint32_t>(key);
-    return index < entries ? output.put(entry_at(host, direction, index)) : refused;
+    return key_from<uint32_t>(key) == 0 ? output.put(entry(host)) : refused;
 }
 
 template <class Key, class Entry, std::optional<Entry> (*find_entry)(const Host&, const Key&)>
@@ -49,13 +50,13 @@ struct Table {
 
 constexpr Table tables[] = {
     {P4Table::lif_counters, indexed<lif_counters, max_lifs>},
-    {P4Table::port_counters, indexed<port_counters, max_p4_ports>},
-    {P4Table::egress_counters, indexed<egress_counters, 1>},
-    {P4Table::ingress_counters, indexed<ingress_counters, 1>},
-    {P4Table::ct_counters, indexed_of_pair<ct_counters, max_ct_counters, Direction::ingress>},
-    {P4Table::ct_counters_second, indexed_of_pair<ct_counters, max_ct_counters, Direction::egress>},
-    {P4Table::ipfix, indexed_of_pair<ipfix, max_flows, Direction::ingress>},
-    {P4Table::ipfix_second, indexed_of_pair<ipfix, max_flows, Direction::egress>},
+    {P4Table::port_counters, indexed<p4_port_counters, max_p4_ports>},
+    {P4Table::egress_counters, single<egress_counters>},
+    {P4Table::ingress_counters, single<ingress_counters>},
+    {P4Table::ct_counters, indexed<ct_counters, max_ct_counters>},
+    {P4Table::ct_counters_second, indexed<ct_counters, max_ct_counters>},
+    {P4Table::ipfix, indexed<ipfix, max_flows>},
+    {P4Table::ipfix_second, indexed<ipfix, max_flows>},
     {P4Table::input, indexed<input, max_lifs>},
     {P4Table::mux_vlan, indexed<mux_vlan, max_vlan + 1>},
     {P4Table::mux_vlan_second, indexed<mux_vlan, max_vlan + 1>},
@@ -68,14 +69,14 @@ constexpr Table tables[] = {
     {P4Table::tunnel_termination, keyed<P4TunnelTerminationKey, TunnelTerminationEntry, tunnel_termination>},
     {P4Table::tunnel_sa, keyed<P4TunnelSaKey, TunnelSaEntry, tunnel_sa>},
     {P4Table::tunnel_rewrite, indexed<tunnel_rewrite, max_tunnel_rewrites>},
-    {P4Table::ct_state, indexed_of_pair<ct_state, max_flows, Direction::ingress>},
-    {P4Table::ct_state_second, indexed_of_pair<ct_state, max_flows, Direction::egress>},
-    {P4Table::dscp, indexed<dscp, 1>},
-    {P4Table::uplink_map, indexed<uplink_map, 1>},
+    {P4Table::ct_state, indexed<ct_state, max_flows>},
+    {P4Table::ct_state_second, indexed<ct_state, max_flows>},
+    {P4Table::dscp, single<dscp>},
+    {P4Table::uplink_map, single<uplink_map>},
     {P4Table::flow_key, keyed<P4FlowKey, FlowKeyEntry, flow_key>},
     {P4Table::flow_rewrite, indexed<flow_rewrite, max_flows>},
     {P4Table::flow_info, indexed<flow_info, max_flows>},
-    {P4Table::flow_operations, indexed<flow_operations, 1>},
+    {P4Table::flow_operations, single<flow_operations>},
 };
 static_assert(std::size(tables) == std::size(p4_table_shapes));
 

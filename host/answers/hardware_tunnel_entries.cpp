@@ -1,4 +1,6 @@
 // Entries about tunnels and mirror sessions.
+#include <algorithm>
+
 #include "host/answers/hardware_entries.h"
 
 namespace host::hardware {
@@ -38,32 +40,25 @@ P4TunnelSaKey sa_key(const Tunnel& tunnel)
     return key;
 }
 
-// The sessions for what goes out lie behind those for what comes in.
-uint32_t number_of(const MirrorSession& session)
-{
-    return session.session + (session.is_egress ? max_mirror_sessions : 0);
-}
-
-const MirrorSession* session_at(const Host& host, uint32_t number)
-{
-    for (const MirrorSession& session : host.hardware_tables.mirrors)
-        if (number_of(session) == number)
-            return &session;
-    return nullptr;
-}
-
 }  // namespace
 
 MirrorEntry mirror(const Host& host, uint32_t index)
 {
     MirrorEntry made{};
-    if (const MirrorSession* session = session_at(host, index)) {
-        made.port = session->port;
-        made.has_l3 = 1;
-        made.vlan_push = 1;
-        made.vlan = session->vlan & 0xfff;
-        made.flow_cookie = session->cookie;
-        made.uplink_ports[0] = made.uplink_ports[1] = session->port;
+    const auto session = std::ranges::find(host.pipeline.mirror_sessions, index, mirror_number);
+    const MirrorHeaders* headers = find(host.hardware_tables.mirrors, &MirrorHeaders::number, index);
+    if (session == host.pipeline.mirror_sessions.end() || !headers)
+        return made;
+    made.port = session->destination_port;
+    made.has_l3 = 1;
+    made.vlan_push = 1;
+    made.vlan = headers->vlan & 0xfff;
+    made.flow_cookie = headers->cookie;
+    std::ranges::copy(session->uplink_logical_ports, made.uplink_ports);
+    if (session->is_tunnel) {
+        made.has_tunnel_rewrite = 1;
+        made.tunnel = static_cast<uint32_t>(session->tunnel_index) & 0x1fff;
+        made.vni = static_cast<uint32_t>(session->vni) & 0xffffff;
     }
     return made;
 }
@@ -72,23 +67,25 @@ MirrorEntry mirror(const Host& host, uint32_t index)
 MirrorL3Entry mirror_l3(const Host& host, uint32_t index)
 {
     MirrorL3Entry made{};
-    const MirrorSession* session = index % mirror_l3_row == 0 ? session_at(host, index / mirror_l3_row) : nullptr;
-    if (!session)
+    const MirrorHeaders* headers =
+        index % mirror_l3_row == 0 ? find(host.hardware_tables.mirrors, &MirrorHeaders::number, index / mirror_l3_row)
+                                   : nullptr;
+    if (!headers)
         return made;
-    made.number = static_cast<uint16_t>(number_of(*session));
+    made.number = static_cast<uint16_t>(headers->number);
     made.type = erspan;
-    made.is_ipv6 = !session->source.is_ipv4;
+    made.is_ipv6 = !headers->source.is_ipv4;
     made.has_vlan = 1;
     made.has_truncation = 1;
-    store_mac(made.source_mac, session->source_mac);
-    store_mac(made.destination_mac, session->destination_mac);
-    made.vlan = session->vlan;
+    store_mac(made.source_mac, headers->source_mac);
+    store_mac(made.destination_mac, headers->destination_mac);
+    made.vlan = headers->vlan;
     made.truncated_bytes = truncated_bytes;
     made.ttl = default_ttl;
-    made.erspan_session = number_of(*session) & 0x3ff;
-    made.gre_key = session->cookie;
-    store_address(made.source, session->source);
-    store_address(made.destination, session->destination);
+    made.erspan_session = headers->number & 0x3ff;
+    made.gre_key = headers->cookie;
+    store_address(made.source, headers->source);
+    store_address(made.destination, headers->destination);
     return made;
 }
 
@@ -99,7 +96,7 @@ TunnelRewriteEntry tunnel_rewrite(const Host& host, uint32_t record)
     if (!tunnel)
         return made;
     made.is_ipv6 = !tunnel->remote.is_ipv4;
-    made.is_geneve = 1;
+    made.is_geneve = tunnel->is_geneve;
     made.has_vlan = 1;
     made.copies_traffic_class = 1;
     made.vlan = tunnel->vlan;

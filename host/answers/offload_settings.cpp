@@ -1,6 +1,4 @@
 // Answers about the SmartNIC's offload and DSCP settings.
-#include <algorithm>
-
 #include "host/host.h"
 
 namespace host {
@@ -20,15 +18,9 @@ uint32_t set_flow_stats_config(Host& host, ByteSpan config)
     return success;
 }
 
-bool knows_portset(const Host& host, std::string_view portset)
-{
-    return std::ranges::any_of(host.switches,
-                               [&](const Switch& each) { return each.entry && portset == each.entry->name; });
-}
-
 uint32_t set_offload_flows(Host& host, std::string_view portset, uint32_t is_enabled)
 {
-    if (!knows_portset(host, portset))
+    if (!host.switch_by_portset(portset))
         return not_found;
     host.pipeline.offloaded.insert_or_assign(std::string{portset}, is_enabled);
     return success;
@@ -36,7 +28,7 @@ uint32_t set_offload_flows(Host& host, std::string_view portset, uint32_t is_ena
 
 uint32_t get_offload_flows(Host& host, std::string_view portset, Output output)
 {
-    if (!knows_portset(host, portset))
+    if (!host.switch_by_portset(portset))
         return not_found;
     const auto found = host.pipeline.offloaded.find(portset);
     return output.put(found == host.pipeline.offloaded.end() ? uint32_t{0} : found->second);

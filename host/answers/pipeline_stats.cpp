@@ -7,27 +7,27 @@ namespace {
 
 uint32_t lif_stats_get(Host& host, uint32_t lif, Output output)
 {
-    return lif < max_lifs ? output.put(lif_counters(host.clock, lif)) : refused;
+    return lif < max_lifs ? output.put(lif_counters(host, lif)) : refused;
 }
 
 uint32_t port_stats_get(Host& host, uint32_t port, Output output)
 {
-    return port < max_p4_ports ? output.put(p4_port_counters(host.clock, port)) : refused;
+    return port < max_p4_ports ? output.put(p4_port_counters(host, port)) : refused;
 }
 
 uint32_t conntrack_stats_get(Host& host, uint32_t index, Output output)
 {
-    return index < max_p4_ports ? output.put(conntrack_counters(host.clock, index)) : refused;
+    return index < max_p4_ports ? output.put(conntrack_counters(host, index)) : refused;
 }
 
 uint32_t ingress_stats_get(Host& host, Output output)
 {
-    return output.put(ingress_counters(host.clock));
+    return output.put(ingress_counters(host));
 }
 
 uint32_t egress_stats_get(Host& host, Output output)
 {
-    return output.put(egress_counters(host.clock));
+    return output.put(egress_counters(host));
 }
 
 const Answer answers[] = {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/host.h"
+#include "platform/qdp_control.h"
 
 namespace host {
 
@@ -12,10 +13,16 @@ constexpr uint32_t tx_queues = 1;
 constexpr uint32_t rx_queues = 2;
 constexpr uint32_t both = tx_queues | rx_queues;
 
+// A port's LRO is a setting of its own or its switch's.
 uint32_t get_port_conf(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
     const PortSetting* setting = host.port_settings.port(switch_number, port);
-    return setting ? output.put(setting->conf) : not_found;
+    if (!setting)
+        return not_found;
+    PortConf conf = setting->conf;
+    if (host.features.of(switch_number)->lro_of(port))
+        enable(conf, feature_lro);
+    return output.put(conf);
 }
 
 uint32_t get_port_tx_uplink(Host& host, uint32_t switch_number, uint32_t port, Output output)
@@ -40,6 +47,8 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
     Port* port = host.port(switch_number, port_number);
     if (!port)
         return not_found;
+    if (host.balancer.is_automatic)
+        return status_balancer_is_automatic;
     if (to >= host.datapath_switch(switch_number)->entry->num_lcores || queues == 0 || queues > both)
         return bad_parameter;
 
@@ -90,21 +99,35 @@ uint32_t reset_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
     return success;
 }
 
-// A switch that no longer learns from its uplinks forgets what it has learned there.
-uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
+// Switches something of a switch on or off; what follows from a change is done then.
+uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable,
+             void (*follow)(Host& host, uint32_t switch_number, bool is_on))
 {
     SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
     if (!setting)
         return not_found;
     if (enable > 1)
         return bad_parameter;
-    if (setting->learns_uplink_macs == (enable == 1))
+    const bool is_on = enable == 1;
+    if (setting->*what == is_on)
         return success;
-    setting->learns_uplink_macs = enable == 1;
-    for (const Port& port : host.datapath_switch(switch_number)->ports)
-        if (static_cast<ClientType>(port.entry.client_type) == ClientType::uplink)
-            relearn_macs(host, switch_number, port);
+    setting->*what = is_on;
+    if (follow)
+        follow(host, switch_number, is_on);
     return success;
+}
+
+// A switch that no longer learns from its uplinks forgets what it has learned there.
+void relearn_uplinks(Host& host, uint32_t switch_number, bool)
+{
+    for (const Port& port : host.datapath_switch(switch_number)->ports)
+        if (is_a(port, ClientType::uplink))
+            relearn_macs(host, switch_number, port);
+}
+
+uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
+{
+    return set(host, switch_number, &SwitchSetting::learns_uplink_macs, enable, relearn_uplinks);
 }
 
 uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
@@ -115,20 +138,15 @@ uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
     return success;
 }
 
-uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable)
+// A flow cache that is switched off loses its flows; one that is switched on begins anew.
+void fill_or_clear_flows(Host& host, uint32_t switch_number, bool is_on)
 {
-    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
-    if (!setting)
-        return not_found;
-    if (enable > 1)
-        return bad_parameter;
-    setting->*what = enable == 1;
-    return success;
+    is_on ? fill_flows(host, switch_number) : clear_flows(host, switch_number);
 }
 
 uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable);
+    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable, fill_or_clear_flows);
 }
 
 uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
@@ -139,7 +157,7 @@ uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
 
 uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable);
+    return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable, nullptr);
 }
 
 const Answer answers[] = {

@@ -1,14 +1,12 @@
 // Answers about the datapath's counters. All follow from a port's traffic and the clock.
 #include "host/host.h"
+#include "host/shares.h"
 
 namespace host {
 
 namespace {
 
 // Of all packets, 1 in so many.
-constexpr uint64_t multicast_share = 50;
-constexpr uint64_t broadcast_share = 200;
-constexpr uint64_t drop_share = 10'000;
 constexpr uint64_t slow_path_share = 100;
 
 PortDirectionCounters counters(const Clock& clock, const Traffic& traffic, uint64_t share)

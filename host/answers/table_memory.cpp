@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "host/host.h"
+#include "host/state/offloaded_flows.h"
 
 namespace host {
 
@@ -49,7 +50,7 @@ uint32_t table_dump(Host& host, ByteSpan request, Output output)
     const size_t count = std::min<size_t>({range->count, table->num_entries - range->first_index, fit});
     Value data;
     for (uint32_t i = 0; i < count; ++i) {
-        const Value entry = entry_of(*table, host.clock, range->first_index + i);
+        const Value entry = entry_of(host, *table, range->first_index + i);
         data.insert(data.end(), entry.begin(), entry.end());
     }
 
@@ -95,6 +96,23 @@ uint32_t port_mirror_table_dump(Host& host, ByteSpan request, Output output)
                        [&](const PortMirror& mirror) { return mirror.fc_port == port->first; });
 }
 
+FpoContextSide side_of(const ConnectionEnd& end)
+{
+    return {end.lowest_sequence, end.highest_sequence, end.highest_sequence - end.lowest_sequence, end.max_window,
+            end.state,           end.window_scale};
+}
+
+FpoContext context_of(const Connection& connection)
+{
+    return {sizeof(FpoContext),
+            0,
+            connection.software_state != 0,
+            0,
+            side_of(connection.source),
+            side_of(connection.destination)};
+}
+
+// A context is known by the switch, a flow of its SmartNIC, and the flow's connection.
 uint32_t query_context(Host& host, ByteSpan request, Output output)
 {
     const auto query = request_in<FpoContextRequest>(request);
@@ -104,9 +122,11 @@ uint32_t query_context(Host& host, ByteSpan request, Output output)
     if (!query || query->query_type != context_query_type || size != sizeof(FpoContext))
         return refused;
 
-    const auto found = std::ranges::find_if(
-        host.pipeline.contexts, [&](const KnownContext& known) { return std::ranges::equal(known.ids, query->ids); });
-    return found == host.pipeline.contexts.end() ? not_found : output.put(found->context);
+    const auto [switch_number, hardware_index, connection_number] = query->ids;
+    const Flow* flow = host.flow_caches.offloaded(hardware_index);
+    if (switch_number != smartnic_switch || !flow || !is_tracked(*flow) || record_of(*flow) != connection_number)
+        return not_found;
+    return output.put(context_of(connection(host, connection_number)));
 }
 
 const Answer answers[] = {

@@ -2,7 +2,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/host.h"
+#include "host/property.h"
+#include "host/shares.h"
 #include "platform/qdp_control.h"
 
 namespace host {
@@ -10,15 +11,12 @@ namespace host {
 namespace {
 
 // Of all packets, 1 in so many.
-constexpr uint64_t multicast_share = 50;
-constexpr uint64_t broadcast_share = 200;
-constexpr uint64_t drop_share = 10'000;
 constexpr uint64_t miss_share = 20'000;
 
 Port* uplink_at(Host& host, uint32_t switch_number, uint32_t port_number)
 {
     Port* port = host.port(switch_number, port_number);
-    return port && port->entry.client_type == static_cast<uint32_t>(ClientType::uplink) ? port : nullptr;
+    return port && is_a(*port, ClientType::uplink) ? port : nullptr;
 }
 
 // --- Counters ---
@@ -180,7 +178,7 @@ uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number,
 // Moves all filters of a vNIC to one queue of the uplinks that they steer to.
 uint32_t migrate_netq_filter(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue)
 {
-    if (host.uplinks.balancer_is_automatic)
+    if (host.balancer.is_automatic)
         return status_balancer_is_automatic;
 
     std::vector<ReceiveFilter::Queue*> moved;
@@ -201,18 +199,11 @@ uint32_t migrate_netq_filter(Host& host, uint32_t switch_number, uint32_t port, 
 // What the switch's host property says counts here too.
 uint32_t get_filter_types(Host& host, std::string_view portset_name, Output output)
 {
-    const auto owner = std::ranges::find_if(host.switches, [&](const Switch& each) {
-        return each.entry && std::string_view{each.entry->name} == portset_name;
-    });
-    if (owner == host.switches.end())
+    const Switch* owner = host.switch_by_portset(portset_name);
+    if (!owner)
         return refused;
-
-    const auto& properties = owner->config.host_properties;
-    const auto property = properties.find(std::string_view{filter_types_property});
-    FilterTypesSetting setting{0, host.uplinks.filter_types[owner->entry->switch_number]};
-    if (property != properties.end() && property->second.size() == sizeof setting)
-        std::memcpy(&setting, property->second.data(), sizeof setting);
-    return output.put(uint16_t{setting.mask});
+    const auto setting = property<FilterTypesSetting>(*owner, filter_types_property);
+    return output.put(setting ? uint16_t{setting->mask} : host.uplinks.filter_types[owner->entry->switch_number]);
 }
 
 const Answer answers[] = {

@@ -30,6 +30,7 @@ struct SwitchBalancer {
 
 struct Balancer {
     std::map<uint32_t, SwitchBalancer> switches;  // by switch number
+    bool is_automatic = false;                    // it then moves ports' queues and filters alone
 };
 
 // Of the built-in host, whose switches stand already.

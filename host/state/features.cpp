@@ -33,6 +33,12 @@ FpoUplinkStatus nic_with(uint32_t models)
 
 }  // namespace
 
+uint32_t SwitchFeatures::lro_of(uint32_t port) const
+{
+    const auto own = port_lro.find(port);
+    return own == port_lro.end() ? lro : own->second;
+}
+
 SwitchFeatures* Features::of(uint32_t switch_number)
 {
     const auto found = switches.find(switch_number);

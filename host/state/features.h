@@ -20,6 +20,9 @@ struct SwitchFeatures {
     uint32_t lro;
     std::map<uint32_t, uint32_t> port_lro;  // of the ports whose setting is their own, by number
 
+    // What holds for a port.
+    uint32_t lro_of(uint32_t port) const;
+
     FpoUplinkStatus nic;  // what the switch's uplinks can offload
 };
 

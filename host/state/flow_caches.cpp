@@ -1,13 +1,17 @@
 // The flow caches of the lcores.
 #include "host/state/flow_caches.h"
 
+#include <algorithm>
+
 #include "host/host.h"
 
 namespace host {
 
 namespace {
 
-constexpr uint32_t smartnic_switch = 2;
+// Of the SmartNIC's switch: the uplinks where tunnels begin and end.
+constexpr uint16_t geneve_uplink = 0;
+constexpr uint16_t vxlan_uplink = 1;
 
 MacAddress mac_of(const Port& port)
 {
@@ -181,35 +185,64 @@ constexpr Recipe* recipes[] = {
     to_the_slow_path,      multicast,
 };
 
-bool is_offloaded(const Switch& owner, const Flow& flow, uint32_t number)
+bool is_of_smartnic(const Switch& owner)
 {
-    // A SmartNIC takes over what it can; other uplinks take some established connections.
-    if (flow.actions.multicast_ports || flow.actions.bitmap & action_bit(FlowAction::slow_path))
-        return false;
-    return owner.entry->switch_number == smartnic_switch ? number % 4 != 3 : number % 7 == 0;
+    return owner.entry->switch_number == smartnic_switch;
 }
 
-Flow flow(const Switch& owner, uint32_t lcore, uint32_t number)
+bool has(const Flow& flow, FlowAction action)
+{
+    return flow.actions.bitmap & action_bit(action);
+}
+
+// A SmartNIC takes over what it can; other uplinks take some established connections, if their NIC knows how to.
+bool is_offloaded(const Host& host, const Switch& owner, const Flow& flow, uint32_t number)
+{
+    if (flow.actions.multicast_ports || has(flow, FlowAction::slow_path))
+        return false;
+    if (is_of_smartnic(owner))
+        return flow.packets.layer > 2 && number % 4 != 1;
+    return host.features.switches.at(owner.entry->switch_number).nic.models && number % 7 == 0;
+}
+
+// What lies behind a tunnel comes and goes by the uplink where the tunnel ends.
+void go_by_uplink(const Host& host, Flow& flow, uint32_t number)
+{
+    const MacAddress remote{0x02, 0x50, 0x56, 0x0a, 0x00, static_cast<uint8_t>(number)};
+    const bool is_geneve = has(flow, FlowAction::geneve_encap) || has(flow, FlowAction::geneve_decap);
+    const uint16_t uplink = is_geneve ? geneve_uplink : vxlan_uplink;
+    if (has(flow, FlowAction::geneve_encap) || has(flow, FlowAction::vxlan_encap)) {
+        flow.actions.destination_port = uplink;
+        flow.packets.destination_mac = remote;
+    } else if (has(flow, FlowAction::geneve_decap) || has(flow, FlowAction::vxlan_decap)) {
+        flow.input_port = uplink;
+        flow.packets.source_mac = remote;
+    }
+    flow.packets.tag = tag_of(host.smartnic.port_of(flow.input_port));
+}
+
+Flow flow(const Host& host, const Switch& owner, uint32_t lcore, uint32_t number)
 {
     const Port& from = owner.ports[number % owner.ports.size()];
     const Port& to = owner.ports[(number * 5 + 1) % owner.ports.size()];
 
     Flow made{};
     made.lcore = lcore;
+    made.input_port = static_cast<uint16_t>(from.entry.port);
     made.packets.source_mac = mac_of(from);
     made.packets.destination_mac = mac_of(to);
     made.actions.destination_port = static_cast<uint16_t>(to.entry.qdp_port);
     made.generation = 40 + number % 9;
     made.num_invalidations = number % 11;
-    made.age = 60 + number * 29 % 3600;
     made.software_rate = 5 + number * 13 % 900;
     made.packet_bytes = 64 + number * 37 % 1400;
     recipes[number % std::size(recipes)]({made, owner, number});
+    if (is_of_smartnic(owner))
+        go_by_uplink(host, made, number);
 
-    if (is_offloaded(owner, made, number)) {
-        const bool is_pointer = number % 3 == 0;
-        const uint64_t index = is_pointer ? 0x430a5c000000 + uint64_t{number} * 0x80 : number;
-        made.offload = FlowOffload{0x1000 + number, index, is_pointer};
+    if (is_offloaded(host, owner, made, number)) {
+        const uint64_t pointer = 0x430a5c000000 + uint64_t{number} * 0x80;
+        made.offload = is_of_smartnic(owner) ? FlowOffload{0, number, false} : FlowOffload{0, pointer, true};
         made.hardware_rate = made.software_rate * 20;
         made.software_rate = 1;  // the packets that came before it was offloaded, and its refreshes
     }
@@ -231,18 +264,31 @@ FlowCaches default_flow_caches(const Host& host)
         for (uint32_t lcore = 0; owner.entry && lcore < max_lcores; ++lcore)
             if (has_lcore(owner, lcore))
                 for (const uint32_t end = number + 24 + lcore * 11 % 30; number < end; ++number)
-                    made.flows.push_back(flow(owner, lcore, number));
+                    made.flows.push_back(flow(host, owner, lcore, number));
+
+    uint32_t index = first_hardware_flow;
+    for (Flow& each : made.flows)
+        if (each.offload && !each.offload->is_pointer)
+            each.offload->hardware_index = index++;
     return made;
+}
+
+const Flow* FlowCaches::offloaded(uint32_t hardware_index) const
+{
+    const auto found = std::ranges::find_if(flows, [=](const Flow& each) {
+        return each.offload && !each.offload->is_pointer && each.offload->hardware_index == hardware_index;
+    });
+    return found == flows.end() ? nullptr : &*found;
 }
 
 uint64_t software_hits(const Host& host, const Flow& flow)
 {
-    return flow.age * flow.software_rate + host.clock.grown(flow.software_rate);
+    return host.clock.grown(flow.software_rate, flow.since);
 }
 
 uint64_t hardware_hits(const Host& host, const Flow& flow)
 {
-    return flow.age * flow.hardware_rate + host.clock.grown(flow.hardware_rate);
+    return host.clock.grown(flow.hardware_rate, flow.since);
 }
 
 void clear_flows(Host& host, uint32_t switch_number)
@@ -259,6 +305,19 @@ void clear_flows(Host& host, uint32_t switch_number)
             cleared.hardware_hits += hardware_hits(host, each);
         }
     std::erase_if(caches.flows, [&](const Flow& each) { return has_lcore(*owner, each.lcore); });
+}
+
+// The same flows come again; those that were offloaded get their indexes back.
+void fill_flows(Host& host, uint32_t switch_number)
+{
+    const Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
+        return;
+    for (Flow& each : default_flow_caches(host).flows)
+        if (has_lcore(*owner, each.lcore)) {
+            each.since = host.clock.nanoseconds();
+            host.flow_caches.flows.push_back(each);
+        }
 }
 
 }  // namespace host

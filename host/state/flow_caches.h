@@ -45,7 +45,7 @@ struct FlowActions {
     uint8_t multicast_ports;  // 0: not a multicast group
 };
 
-// Where the SmartNIC keeps an offloaded flow. The index is the flow's own.
+// Where a NIC keeps an offloaded flow. The SmartNIC's pipeline knows it by an index of its own, other NICs by a pointer.
 struct FlowOffload {
     uint32_t hardware_index;
     uint64_t software_index;
@@ -54,18 +54,20 @@ struct FlowOffload {
 
 struct Flow {
     uint32_t lcore;
+    uint16_t input_port;  // of the switch
     FlowPackets packets;
     FlowActions actions;
     uint64_t generation;
     uint32_t num_invalidations;
     std::optional<FlowOffload> offload;
-    uint64_t age;            // in seconds, when the host came up
+    uint64_t since;          // in nanoseconds of the host's clock
     uint64_t software_rate;  // packets a second
     uint64_t hardware_rate;
     uint64_t packet_bytes;
 };
 
 inline constexpr size_t max_routing_instances = 3;
+inline constexpr uint32_t first_hardware_flow = 100;  // the index of the first offloaded flow
 
 // What the counters of a lcore keep of flows that have been cleared.
 struct ClearedFlows {
@@ -77,6 +79,9 @@ struct ClearedFlows {
 struct FlowCaches {
     std::vector<Flow> flows;                   // those of a lcore in the order of their table
     std::map<uint32_t, ClearedFlows> cleared;  // by lcore
+
+    // The flow that the SmartNIC's pipeline has under an index, or null.
+    const Flow* offloaded(uint32_t hardware_index) const;
 };
 
 // Of the built-in host, whose switches stand already.
@@ -86,7 +91,8 @@ FlowCaches default_flow_caches(const Host& host);
 uint64_t software_hits(const Host& host, const Flow& flow);
 uint64_t hardware_hits(const Host& host, const Flow& flow);
 
-// Clears the flow tables of a switch's lcores. Their counters go on.
+// Clears the flow tables of a switch's lcores, whose counters go on; and fills them, as its traffic goes on.
 void clear_flows(Host& host, uint32_t switch_number);
+void fill_flows(Host& host, uint32_t switch_number);
 
 }  // namespace host

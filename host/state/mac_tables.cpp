@@ -15,11 +15,6 @@ constexpr uint64_t generation_seconds = 30;
 constexpr uint32_t neighbours_of_an_uplink = 12;
 constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
 
-bool is_uplink(const Port& port)
-{
-    return static_cast<ClientType>(port.entry.client_type) == ClientType::uplink;
-}
-
 // An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
 void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t generation)
 {
@@ -34,13 +29,13 @@ void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t g
     };
 
     const uint32_t vlan = 100 + entry.port % 8;
-    if (!is_uplink(port))
+    if (!is_a(port, ClientType::uplink))
         add(entry.mac, vlan);
-    const uint32_t others = is_uplink(port) ? neighbours_of_an_uplink : entry.port % (most_nested + 1);
+    const uint32_t others = is_a(port, ClientType::uplink) ? neighbours_of_an_uplink : entry.port % (most_nested + 1);
     for (uint32_t i = 0; i < others; ++i)
         add({0x0a, 0x2e, 0x8a, static_cast<uint8_t>(switch_number), static_cast<uint8_t>(entry.port),
              static_cast<uint8_t>(i)},
-            is_uplink(port) ? 100 + i % 8 : vlan);
+            is_a(port, ClientType::uplink) ? 100 + i % 8 : vlan);
 }
 
 }  // namespace
@@ -65,7 +60,7 @@ void relearn_macs(Host& host, uint32_t switch_number, const Port& port)
 {
     MacTable& table = *host.mac_tables.table(switch_number);
     std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
-    if (!is_uplink(port) || host.port_settings.datapath_switch(switch_number)->learns_uplink_macs)
+    if (!is_a(port, ClientType::uplink) || host.port_settings.datapath_switch(switch_number)->learns_uplink_macs)
         learn(table, switch_number, port, mac_generation(host));
 }
 
@@ -77,7 +72,7 @@ MacTables default_mac_tables(const Host& host)
             continue;
         MacTable& table = made.tables[each.entry->switch_number];
         for (const Port& port : each.ports)
-            learn(table, each.entry->switch_number, port, 0);
+            learn(table, each.entry->switch_number, port, mac_generation(host));
     }
     return made;
 }

@@ -2,19 +2,11 @@
 #include "host/state/pipeline.h"
 
 #include "host/host.h"
+#include "host/shares.h"
 
 namespace host {
 
 namespace {
-
-// LIFs, ports and connection-tracking entries that carry traffic; the others are idle.
-constexpr uint32_t num_active = 48;
-
-// Of all packets, 1 in so many.
-constexpr uint64_t multicast_share = 50;
-constexpr uint64_t broadcast_share = 200;
-constexpr uint64_t drop_share = 1000;
-constexpr uint64_t error_share = 100'000;
 
 constexpr uint64_t packets_a_second = 100'000;  // of the whole pipeline
 
@@ -35,29 +27,20 @@ P4TrafficCounters traffic(uint64_t packets, uint64_t packet_bytes)
     return made;
 }
 
-P4PortCounters traffic_of(const Clock& clock, uint32_t number, uint64_t rx_packets, uint64_t tx_packets)
+// The session's packets leave by an uplink, bare or in one of the tunnels.
+MirrorSession mirror_session(const SmartNic& nic, uint8_t index, bool is_egress, size_t uplink, bool is_tunnel)
 {
-    if (number >= num_active)
-        return {};
-    const uint64_t rx = counted(clock, rx_packets);
-    const uint64_t tx = counted(clock, tx_packets);
-    const uint64_t packet_bytes = 64 + 29 * number;
-    return {traffic(rx, packet_bytes), traffic(rx / drop_share, packet_bytes), traffic(tx, packet_bytes),
-            traffic(tx / drop_share, packet_bytes)};
-}
-
-MirrorSession mirror_session(uint8_t index, uint16_t destination_port, bool is_tunnel)
-{
+    const std::vector<P4OutputPort> uplinks = nic.uplinks();
     MirrorSession made{};
     made.is_offloaded = 1;
     made.index = index & 7;
-    made.direction = index & 1;
-    made.destination_port = destination_port;
+    made.direction = is_egress;
+    made.destination_port = uplinks[uplink].destination_port;
     made.is_tunnel = is_tunnel;
-    made.tunnel_index = is_tunnel ? index : -1;
+    made.tunnel_index = is_tunnel ? static_cast<int32_t>(first_tunnel_record + uplink) : -1;
     made.vni = is_tunnel ? 5000 + index : 0;
-    made.uplink_logical_ports[0] = 1;
-    made.uplink_logical_ports[1] = 2;
+    for (size_t i = 0; i < std::size(made.uplink_logical_ports); ++i)
+        made.uplink_logical_ports[i] = uplinks[i].destination_port;
     return made;
 }
 
@@ -101,36 +84,6 @@ std::vector<PortMirror> default_port_mirrors()
     return {plain, wide, other};
 }
 
-FpoContextSide side_of(const ConntrackDirection& direction)
-{
-    const uint32_t lowest = __builtin_bswap32(direction.lowest_sequence);
-    const uint32_t highest = __builtin_bswap32(direction.highest_sequence);
-    return {lowest,
-            highest,
-            highest - lowest,
-            __builtin_bswap16(direction.max_window),
-            static_cast<uint32_t>(direction.state_and_scale >> 4),
-            static_cast<uint32_t>(direction.state_and_scale & 15)};
-}
-
-// Of a switch's first connections, as its hardware tracks them.
-constexpr uint32_t num_contexts = 8;
-constexpr uint32_t first_flow = 100;
-constexpr uint32_t smartnic_switch = 2;
-
-std::vector<KnownContext> default_contexts()
-{
-    std::vector<KnownContext> contexts;
-    for (uint32_t connection = 0; connection < num_contexts; ++connection) {
-        const ConntrackEntry tracked = conntrack_entry(connection);
-        KnownContext known{{smartnic_switch, first_flow + connection, connection}, {}};
-        known.context = {sizeof known.context,        0, tracked.software_state != 0, 0, side_of(tracked.source),
-                         side_of(tracked.destination)};
-        contexts.push_back(known);
-    }
-    return contexts;
-}
-
 }  // namespace
 
 void SecondsOn::turn(bool on, const Clock& clock)
@@ -151,39 +104,49 @@ uint64_t SecondsOn::seconds(const Clock& clock) const
     return counted_ + (since_ ? clock.grown(1) - *since_ : 0);
 }
 
-P4LifCounters lif_counters(const Clock& clock, uint32_t lif)
+P4PortCounters p4_port_counters(const Host& host, uint32_t port)
 {
+    const auto row = host.smartnic.output_port(port);
+    if (!row || row->status != port_is_up)
+        return {};
+    const uint64_t rx = counted(host.clock, 400 + 13 * port);
+    const uint64_t tx = counted(host.clock, 300 + 17 * port);
+    const uint64_t packet_bytes = 64 + 29 * port % 1400;
+    return {traffic(rx, packet_bytes), traffic(rx / drop_share, packet_bytes), traffic(tx, packet_bytes),
+            traffic(tx / drop_share, packet_bytes)};
+}
+
+P4LifCounters lif_counters(const Host& host, uint32_t number)
+{
+    const P4LifPort* lif = host.smartnic.lif(number);
+    if (!lif)
+        return {};
     P4LifCounters made{};
-    made.traffic = traffic_of(clock, lif, 100 + 7 * lif, 150 + 11 * lif);
+    made.traffic = p4_port_counters(host, lif->source_port);
     made.rx_queue.empty = made.traffic.rx.unicast_packets / drop_share;
     made.rx_queue.descriptor_fetch_error = made.traffic.rx.unicast_packets / error_share;
     made.tx_queue.descriptor_fetch_error = made.traffic.tx.unicast_packets / error_share;
     return made;
 }
 
-P4PortCounters p4_port_counters(const Clock& clock, uint32_t port)
+P4ConntrackCounters conntrack_counters(const Host& host, uint32_t port)
 {
-    return traffic_of(clock, port, 400 + 13 * port, 300 + 17 * port);
-}
-
-P4ConntrackCounters conntrack_counters(const Clock& clock, uint32_t index)
-{
-    const P4PortCounters port = p4_port_counters(clock, index);
+    const P4PortCounters counters = p4_port_counters(host, port);
     P4ConntrackCounters made{};
-    made.tx_pass_bytes = port.tx.unicast_bytes / 2;
-    made.tx_pass_packets = port.tx.unicast_packets / 2;
-    made.tx_drop_bytes = port.tx_drops.unicast_bytes / 2;
-    made.tx_drop_packets = port.tx_drops.unicast_packets / 2;
-    made.rx_pass_bytes = port.rx.unicast_bytes / 2;
-    made.rx_pass_packets = port.rx.unicast_packets / 2;
-    made.rx_drop_bytes = port.rx_drops.unicast_bytes / 2;
-    made.rx_drop_packets = port.rx_drops.unicast_packets / 2;
+    made.tx_pass_bytes = counters.tx.unicast_bytes / 2;
+    made.tx_pass_packets = counters.tx.unicast_packets / 2;
+    made.tx_drop_bytes = counters.tx_drops.unicast_bytes / 2;
+    made.tx_drop_packets = counters.tx_drops.unicast_packets / 2;
+    made.rx_pass_bytes = counters.rx.unicast_bytes / 2;
+    made.rx_pass_packets = counters.rx.unicast_packets / 2;
+    made.rx_drop_bytes = counters.rx_drops.unicast_bytes / 2;
+    made.rx_drop_packets = counters.rx_drops.unicast_packets / 2;
     return made;
 }
 
-P4IngressCounters ingress_counters(const Clock& clock)
+P4IngressCounters ingress_counters(const Host& host)
 {
-    const uint64_t packets = counted(clock, packets_a_second);
+    const uint64_t packets = counted(host.clock, packets_a_second);
     P4IngressCounters made{};
     made.from_host = packets;
     made.from_switch = packets / 2 * 3;
@@ -193,9 +156,9 @@ P4IngressCounters ingress_counters(const Clock& clock)
     return made;
 }
 
-P4EgressCounters egress_counters(const Clock& clock)
+P4EgressCounters egress_counters(const Host& host)
 {
-    const P4IngressCounters ingress = ingress_counters(clock);
+    const P4IngressCounters ingress = ingress_counters(host);
     P4EgressCounters made{};
     made.to_host = ingress.from_switch;
     made.to_switch = ingress.from_host;
@@ -206,16 +169,18 @@ P4EgressCounters egress_counters(const Clock& clock)
     return made;
 }
 
-Pipeline default_pipeline(const Host&)
+Pipeline default_pipeline(const Host& host)
 {
     Pipeline made{};
     made.flow_stats = {256, 1000};
     made.offloads_icmp_echo = 0;
     made.dscp = {0, 46, 0x3f};
     made.tables = default_memory_tables();
-    made.mirror_sessions = {mirror_session(0, 17, false), mirror_session(1, 18, true), mirror_session(2, 40, true)};
+    for (uint8_t index = 0; index < 2; ++index)
+        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, false, 0, index == 1));
+    for (uint8_t index = 0; index < 3; ++index)
+        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, true, 1, index == 2));
     made.port_mirrors = default_port_mirrors();
-    made.contexts = default_contexts();
     made.app_is_enabled = 1;
     return made;
 }

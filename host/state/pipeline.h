@@ -30,12 +30,6 @@ private:
     std::optional<uint64_t> since_;
 };
 
-// What the context manager knows by three identifiers: the switch, a flow of it, and a connection.
-struct KnownContext {
-    uint32_t ids[3];
-    FpoContext context;
-};
-
 struct Pipeline {
     FpoFlowStatsConfig flow_stats;
     std::map<std::string, uint32_t, std::less<>> offloaded;  // by portset name
@@ -45,7 +39,6 @@ struct Pipeline {
     std::vector<MemoryTable> tables;
     std::vector<MirrorSession> mirror_sessions;
     std::vector<PortMirror> port_mirrors;
-    std::vector<KnownContext> contexts;
 
     uint32_t app_is_enabled;
     SecondsOn latency;
@@ -55,11 +48,12 @@ struct Pipeline {
 // Of the built-in host, whose switches stand already.
 Pipeline default_pipeline(const Host& host);
 
-// The counter blocks as they stand now. The SmartNIC refreshes them once a second, so that two reads side by side agree.
-P4LifCounters lif_counters(const Clock& clock, uint32_t lif);
-P4PortCounters p4_port_counters(const Clock& clock, uint32_t port);
-P4ConntrackCounters conntrack_counters(const Clock& clock, uint32_t index);
-P4IngressCounters ingress_counters(const Clock& clock);
-P4EgressCounters egress_counters(const Clock& clock);
+// The counter blocks as they stand now; of a LIF or a port that is not there, or down, they are zeros. The SmartNIC
+// refreshes them once a second, so that two reads side by side agree.
+P4LifCounters lif_counters(const Host& host, uint32_t number);
+P4PortCounters p4_port_counters(const Host& host, uint32_t port);
+P4ConntrackCounters conntrack_counters(const Host& host, uint32_t port);
+P4IngressCounters ingress_counters(const Host& host);
+P4EgressCounters egress_counters(const Host& host);
 
 }  // namespace host

@@ -11,7 +11,7 @@ Placement default_placement(const Host& host)
     Placement made;
     for (const Switch& owner : host.switches)
         for (const Port& port : owner.ports)
-            if (port.entry.client_type == static_cast<uint32_t>(ClientType::uplink))
+            if (is_a(port, ClientType::uplink))
                 made.devices.push_back({port.name, static_cast<uint32_t>(made.devices.size() % 2)});
     return made;
 }

@@ -9,17 +9,8 @@ namespace host {
 
 namespace {
 
-struct Feature {
-    size_t byte;
-    unsigned bit;
-};
-constexpr Feature mirror_in{0, 1}, lro{0, 2}, spoofguard{1, 4}, tx_l3{1, 6}, min_flow_l3{2, 0}, tx_l4{2, 6},
-    ipfix{2, 7}, firewall{3, 2};
-
-void enable(PortConf& conf, const Feature& feature)
-{
-    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
-}
+constexpr PortFeature mirror_in{0, 1}, spoofguard{1, 4}, tx_l3{1, 6}, min_flow_l3{2, 0}, tx_l4{2, 6}, ipfix{2, 7},
+    firewall{3, 2};
 
 void enable_meta_flow(PortConf& conf, uint32_t slot, bool second_value)
 {
@@ -65,8 +56,6 @@ PortConf conf_of(const PortListEntry& entry)
         join_group(conf, all_ipv6_nodes);
     enable(conf, spoofguard);
     enable(conf, firewall);
-    if (entry.port % 3 == 0)
-        enable(conf, lro);
     if (entry.port % 5 == 0)
         enable(conf, ipfix);
     if (entry.port % 7 == 0)
@@ -94,7 +83,7 @@ TxUplinks tx_uplinks_of(const PortListEntry& entry, const Switch& owner)
     const auto use = [&](TxUplinkType type, uint32_t most) {
         made.type = static_cast<uint8_t>(type);
         for (const Port& port : owner.ports)
-            if (static_cast<ClientType>(port.entry.client_type) == ClientType::uplink && made.count < most)
+            if (is_a(port, ClientType::uplink) && made.count < most)
                 made.uplinks[made.count++] = static_cast<uint16_t>(port.entry.port);
     };
     if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
@@ -129,6 +118,11 @@ Setting* find(std::map<Key, Setting>& settings, const Key& key)
 }
 
 }  // namespace
+
+void enable(PortConf& conf, const PortFeature& feature)
+{
+    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
+}
 
 PortSetting* PortSettings::port(uint32_t switch_number, uint32_t port_number)
 {

@@ -13,6 +13,15 @@ namespace host {
 
 struct Host;
 
+// The bits of a port's features that this host knows.
+struct PortFeature {
+    size_t byte;
+    unsigned bit;
+};
+inline constexpr PortFeature feature_lro{0, 2};
+
+void enable(PortConf& conf, const PortFeature& feature);
+
 struct PortSetting {
     PortConf conf;
     TxUplinks tx_uplinks;

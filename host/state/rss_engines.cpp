@@ -88,7 +88,7 @@ RssEngines default_rss_engines(const Host& host)
     RssEngines made;
     for (const Switch& owner : host.switches)
         for (const Port& port : owner.ports)
-            if (port.entry.client_type == static_cast<uint32_t>(ClientType::uplink)) {
+            if (is_a(port, ClientType::uplink)) {
                 const uint32_t affinity = port.entry.port % 2;
                 made.of_ports[{owner.entry->switch_number, port.entry.port}] = {
                     engine(1, RSSEngineType::default_engine, 0, 4, affinity),

@@ -1,6 +1,8 @@
 // The SmartNIC's port model: host PFs, LIFs, mux VLAN ports, output ports, mux mode, RSS overrides, log level, aging.
 #include "host/state/smartnic.h"
 
+#include <algorithm>
+
 #include "host/host.h"
 
 namespace host {
@@ -17,11 +19,6 @@ constexpr uint32_t first_vf = 16, vf_count = 180;
 constexpr uint32_t first_vlan = 100, first_vlan_source = 256, vlan_count = 180;
 constexpr uint32_t first_rep_port = 512;
 constexpr uint32_t first_fc_port = 64;
-
-// Types of a LIF; mux VLAN ports have one too, in the output port table.
-enum LifType : uint8_t { uplink_lif = 1, pf_lif = 2, vf_lif = 3, vlan_port_lif = 4 };
-
-constexpr uint16_t up = 1;  // the status of ports that carry traffic
 
 constexpr uint16_t narrow(uint32_t value)
 {
@@ -46,7 +43,7 @@ void add_lifs(SmartNic& nic, uint32_t first, uint32_t count, LifType type)
             .unused = 0,
             .type = type,
             .flags = lif_flags(flow_key_type, type == vf_lif && lif % 2, type == pf_lif),
-            .status = lif % 16 == 15 ? uint16_t{0} : up,
+            .status = lif % 16 == 15 ? uint16_t{0} : port_is_up,
         };
         if (type == vf_lif && lif % 4 == 0)
             nic.default_vlans[lif] = narrow(10 + lif % 8);
@@ -68,21 +65,46 @@ void add_vlan_port(SmartNic& nic, MuxSwitch& owner, uint32_t index)
         .rep_port = narrow(first_rep_port + source_port),
         .flow_key_type = static_cast<uint8_t>(index % max_flow_key_types),
         .flags = 0,
-        .status = up,
+        .status = port_is_up,
     };
+    nic.fc_ports[source_port] = fc_port;
     owner.vlans[fc_port] = {fc_port, vlan, source_port};
     owner.shadow_ports[fc_port] = {fc_port, pf, vlan};
 }
 
-// The row that a port has, with what it keeps of its own.
-P4OutputPort& add_row(std::map<uint32_t, P4OutputPort>& rows, const SmartNic& nic, uint16_t port)
+// The switch's uplinks are the SmartNIC's; behind each of its other ports lies a VF.
+void add_fc_ports(SmartNic& nic, const Host& host)
 {
-    P4OutputPort& row = rows[port];
-    row = {};
+    uint32_t uplink = first_uplink, vf = first_vf;
+    for (const Switch& owner : host.switches)
+        for (const Port& port : owner.ports)
+            if (owner.entry->switch_number == smartnic_switch)
+                nic.fc_ports[is_a(port, ClientType::uplink) ? uplink++ : vf++] = narrow(port.entry.port);
+}
+
+// A row of the output port table, with what the port keeps of its own.
+P4OutputPort row_of(const SmartNic& nic, uint16_t port, uint16_t lif, uint8_t lif_type, uint16_t status)
+{
+    P4OutputPort row{};
     row.destination_port = port;
-    row.tag = narrow(tag_of_port_0 + port);
+    row.tag = tag_of(port);
+    row.lif = lif;
+    row.lif_type = lif_type;
+    row.status = status;
     if (const uint16_t* default_vlan = found_in(nic.default_vlans, port))
         row.default_vlan = *default_vlan;
+    return row;
+}
+
+P4OutputPort row_of(const SmartNic& nic, const P4LifPort& lif)
+{
+    return row_of(nic, lif.source_port, lif.lif, lif.type, lif.status);
+}
+
+P4OutputPort row_of(const SmartNic& nic, const P4VlanPort& port)
+{
+    P4OutputPort row = row_of(nic, port.source_port, port.pf_lifs[0], vlan_port_lif, port.status);
+    row.mux_vlan = port.mux_vlan;
     return row;
 }
 
@@ -106,33 +128,50 @@ const MuxSwitch* SmartNic::mux_switch(uint32_t switch_number) const
 std::map<uint32_t, P4OutputPort> SmartNic::output_ports() const
 {
     std::map<uint32_t, P4OutputPort> rows;
-    for (const auto& [number, lif] : lifs) {
-        P4OutputPort& row = add_row(rows, *this, lif.source_port);
-        row.lif = lif.lif;
-        row.lif_type = lif.type;
-        row.status = lif.status;
-    }
-    for (const auto& [vlan, port] : vlan_ports) {
-        P4OutputPort& row = add_row(rows, *this, port.source_port);
-        row.lif = port.pf_lifs[0];
-        row.mux_vlan = port.mux_vlan;
-        row.lif_type = vlan_port_lif;
-        row.status = port.status;
-    }
+    for (const auto& [number, lif] : lifs)
+        rows[lif.source_port] = row_of(*this, lif);
+    for (const auto& [vlan, port] : vlan_ports)
+        rows[port.source_port] = row_of(*this, port);
     return rows;
 }
 
+// As in the whole table, which is not made for this: the last one that sends from the port counts.
 std::optional<P4OutputPort> SmartNic::output_port(uint32_t port) const
 {
-    const auto rows = output_ports();
-    const P4OutputPort* row = found_in(rows, port);
-    return row ? std::optional{*row} : std::nullopt;
+    std::optional<P4OutputPort> row;
+    for (const auto& [number, lif] : lifs)
+        if (lif.source_port == port)
+            row = row_of(*this, lif);
+    for (const auto& [vlan, vlan_port] : vlan_ports)
+        if (vlan_port.source_port == port)
+            row = row_of(*this, vlan_port);
+    return row;
+}
+
+std::vector<P4OutputPort> SmartNic::uplinks() const
+{
+    std::vector<P4OutputPort> found;
+    for (const auto& [number, lif] : lifs)
+        if (lif.type == uplink_lif)
+            found.push_back(row_of(*this, lif));
+    return found;
+}
+
+uint16_t SmartNic::port_of(uint32_t fc_port) const
+{
+    const auto found = std::ranges::find(fc_ports, fc_port, [](const auto& item) { return item.second; });
+    return found == fc_ports.end() ? uint16_t{0} : narrow(found->first);
 }
 
 P4RssOverride SmartNic::rss_override(uint32_t switch_number, uint32_t port) const
 {
     const auto found = rss_overrides.find({switch_number, port});
     return found == rss_overrides.end() ? P4RssOverride{narrow(switch_number), narrow(port), 0, 0} : found->second;
+}
+
+uint16_t tag_of(uint32_t port)
+{
+    return narrow(tag_of_port_0 + port);
 }
 
 uint32_t SmartNic::aging_interval(uint32_t selector) const
@@ -148,10 +187,8 @@ bool SmartNic::delete_port(uint32_t port)
     return std::erase_if(lifs, sends_from_it) + std::erase_if(vlan_ports, sends_from_it) != 0;
 }
 
-SmartNic default_smartnic(const Host&)
+SmartNic default_smartnic(const Host& host)
 {
-    constexpr uint32_t mux_switch_number = 2;
-
     SmartNic nic{};
     nic.host_pfs.count = pf_count;
     for (uint32_t i = 0; i < pf_count; ++i)
@@ -160,13 +197,14 @@ SmartNic default_smartnic(const Host&)
     add_lifs(nic, first_uplink, uplink_count, uplink_lif);
     add_lifs(nic, first_vf, vf_count, vf_lif);
 
-    MuxSwitch& mux_switch = nic.mux_switches[mux_switch_number];
+    MuxSwitch& mux_switch = nic.mux_switches[smartnic_switch];
     for (uint32_t i = 0; i < vlan_count; ++i)
         add_vlan_port(nic, mux_switch, i);
 
     for (const uint16_t fc_port : {uint16_t{70}, uint16_t{96}})
-        nic.rss_overrides[{mux_switch_number, fc_port}] = {mux_switch_number, fc_port,
-                                                           static_cast<uint8_t>(fc_port % max_rss_queues), 1};
+        nic.rss_overrides[{smartnic_switch, fc_port}] = {smartnic_switch, fc_port,
+                                                         static_cast<uint8_t>(fc_port % max_rss_queues), 1};
+    add_fc_ports(nic, host);
     nic.log_level = {3};
     return nic;
 }

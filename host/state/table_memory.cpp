@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "host/host.h"
+#include "host/state/offloaded_flows.h"
 
 namespace host {
 
@@ -11,14 +12,6 @@ namespace {
 
 constexpr uint64_t first_address = 0x120000000;
 constexpr uint64_t alignment = 0x200000;
-
-// The connections that are offloaded. Every fourth of them is no TCP connection.
-constexpr uint32_t num_connections = 64;
-
-constexpr bool is_tcp(uint32_t connection)
-{
-    return connection % 4 != 3;
-}
 
 template <class Value>
 constexpr Value network_order(Value value)
@@ -31,13 +24,29 @@ constexpr Value network_order(Value value)
         return __builtin_bswap64(value);
 }
 
-constexpr uint8_t established = 4;
-constexpr uint8_t syn_and_ack = 0x12;
-
-ConntrackDirection direction(uint32_t first_sequence, uint16_t max_window, uint8_t window_scale)
+ConntrackDirection direction(const ConnectionEnd& end)
 {
-    return {network_order(first_sequence), network_order(first_sequence + max_window), network_order(max_window),
-            static_cast<uint8_t>(established << 4 | window_scale)};
+    return {network_order(end.lowest_sequence), network_order(end.highest_sequence), network_order(end.max_window),
+            static_cast<uint8_t>(end.state << 4 | end.window_scale)};
+}
+
+IpfixEntry ipfix_entry(const FlowCounters& counters)
+{
+    IpfixEntry entry{};
+    entry.packets = network_order(counters.packets);
+    entry.bytes = network_order(counters.bytes);
+    entry.tcp_flags = counters.tcp_flags;
+    return entry;
+}
+
+ConntrackEntry conntrack_entry(const Connection& connection)
+{
+    ConntrackEntry entry{};
+    entry.source = direction(connection.source);
+    entry.destination = direction(connection.destination);
+    entry.software_state = connection.software_state;
+    entry.log = connection.is_logged;
+    return entry;
 }
 
 // A well-mixed word that follows from a number.
@@ -81,37 +90,12 @@ std::vector<MemoryTable> default_memory_tables()
     return tables;
 }
 
-IpfixEntry ipfix_entry(const Clock& clock, uint32_t index)
-{
-    if (index >= num_connections)
-        return {};
-    const uint64_t packets = clock.grown(1) * (10 + 3 * index);
-    const uint64_t packet_bytes = 100 + 8 * index;
-    IpfixEntry entry{};
-    entry.packets = network_order(packets);
-    entry.bytes = network_order(packets * packet_bytes);
-    entry.tcp_flags = is_tcp(index) ? syn_and_ack : 0;
-    return entry;
-}
-
-ConntrackEntry conntrack_entry(uint32_t index)
-{
-    if (index >= num_connections || !is_tcp(index))
-        return {};
-    ConntrackEntry entry{};
-    entry.source = direction(0x10000000 + 0x01010101 * index, 0xff00, 7);
-    entry.destination = direction(0xf0000000 + 0x00010001 * index, 0x7210, 9);
-    entry.software_state = established;
-    entry.log = index % 2;
-    return entry;
-}
-
-std::vector<std::byte> entry_of(const MemoryTable& table, const Clock& clock, uint32_t index)
+std::vector<std::byte> entry_of(const Host& host, const MemoryTable& table, uint32_t index)
 {
     if (table.number == ipfix_table)
-        return value_of(bytes_of(ipfix_entry(clock, index)));
+        return value_of(bytes_of(ipfix_entry(flow_counters(host, index))));
     if (table.number == conntrack_table)
-        return value_of(bytes_of(conntrack_entry(index)));
+        return value_of(bytes_of(conntrack_entry(connection(host, index))));
     return made_up_entry(table, index);
 }
 

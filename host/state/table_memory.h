@@ -8,7 +8,7 @@
 
 namespace host {
 
-class Clock;
+struct Host;
 
 struct MemoryTable {
     uint32_t number;
@@ -19,11 +19,7 @@ struct MemoryTable {
 
 std::vector<MemoryTable> default_memory_tables();
 
-// An entry of the IPFIX and of the connection-tracking table: of an offloaded connection, or zeros.
-IpfixEntry ipfix_entry(const Clock& clock, uint32_t index);
-ConntrackEntry conntrack_entry(uint32_t index);
-
-// The bytes of any entry. Those of tables whose entries mean nothing here are made up, and always the same.
-std::vector<std::byte> entry_of(const MemoryTable& table, const Clock& clock, uint32_t index);
+// The bytes of an entry: of the records of an offloaded flow, or zeros where none has such records. Those of tables whose entries mean nothing here are made up, and always the same.
+std::vector<std::byte> entry_of(const Host& host, const MemoryTable& table, uint32_t index);
 
 }  // namespace host

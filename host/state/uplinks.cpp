@@ -10,11 +10,6 @@ namespace {
 constexpr uint32_t filter_kinds = 4;
 constexpr int64_t first_filter_id = 0x100;
 
-bool is_a(const Port& port, ClientType client)
-{
-    return port.entry.client_type == static_cast<uint32_t>(client);
-}
-
 std::vector<PrivateCounter> private_counters(const Port& uplink)
 {
     std::vector<PrivateCounter> made{{"link_resets", 0}, {"rx_buffer_refills", uplink.rx.packets / 32}};
@@ -77,7 +72,7 @@ Uplinks default_uplinks(const Host& host)
                 made.filters.push_back(
                     filter_of(owner, port, first_filter_id + static_cast<int64_t>(made.filters.size())));
         // All classes, but no VLAN-and-MAC filters where a SmartNIC steers.
-        made.filter_types[number] = static_cast<uint16_t>(number == 2 ? 0x3 : 0x7);
+        made.filter_types[number] = static_cast<uint16_t>(number == smartnic_switch ? 0x3 : 0x7);
     }
     made.private_counters.erase(last_uplink);
     return made;

@@ -39,7 +39,6 @@ struct Uplinks {
     std::map<PortAddress, std::vector<PrivateCounter>> private_counters;  // of the uplinks whose drivers have some
     std::vector<ReceiveFilter> filters;
     std::map<uint32_t, uint16_t> filter_types;  // by switch number, unless the switch's property says otherwise
-    bool balancer_is_automatic = false;         // it then moves filters alone
 };
 
 // Of the built-in host, whose switches stand already.

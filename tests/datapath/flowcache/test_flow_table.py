@@ -539,7 +539,7 @@ class TestEmbeddedHost:
             "DROP; ",
             "MC: inval(s):",
             "OL; swFlowIdx: 0x430a5c00",
-            "OL; swFlowIdx: 7; hwFlowIdx: 4103; ",
+            "OL; swFlowIdx: 448; hwFlowIdx: 101; ",
         ],
     )
     def test_actions_worth_looking_at(self, qdp, text):

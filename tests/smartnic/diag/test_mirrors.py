@@ -96,9 +96,11 @@ class TestP4MirrorTableDump:
 
     def test_embedded_host(self, qdp):
         assert qdp.result("P4MirrorTableDump") == [
-            "OL:1 Idx:0 Dir:0 D-port:17 Tunnel:0 TunnelIdx:-1vni:0:uplinkLport0:1:uplinkLport1:2",
-            "OL:1 Idx:1 Dir:1 D-port:18 Tunnel:1 TunnelIdx:1vni:5001:uplinkLport0:1:uplinkLport1:2",
-            "OL:1 Idx:2 Dir:0 D-port:40 Tunnel:1 TunnelIdx:2vni:5002:uplinkLport0:1:uplinkLport1:2",
+            "OL:1 Idx:0 Dir:0 D-port:8 Tunnel:0 TunnelIdx:-1vni:0:uplinkLport0:8:uplinkLport1:9",
+            "OL:1 Idx:1 Dir:0 D-port:8 Tunnel:1 TunnelIdx:17vni:5001:uplinkLport0:8:uplinkLport1:9",
+            "OL:1 Idx:0 Dir:1 D-port:9 Tunnel:0 TunnelIdx:-1vni:0:uplinkLport0:8:uplinkLport1:9",
+            "OL:1 Idx:1 Dir:1 D-port:9 Tunnel:0 TunnelIdx:-1vni:0:uplinkLport0:8:uplinkLport1:9",
+            "OL:1 Idx:2 Dir:1 D-port:9 Tunnel:1 TunnelIdx:18vni:5002:uplinkLport0:8:uplinkLport1:9",
         ]
 
 

@@ -72,14 +72,14 @@ class TestP4StatsFlowGet:
 
     def test_embedded_host_flows_grow_with_time(self, host, qdp):
         host.freeze()
-        before = qdp.result("P4StatsFlowGet", 2)
+        before = qdp.result("P4StatsFlowGet", 1)
         host.advance(seconds=10)
-        after = qdp.result("P4StatsFlowGet", 2)
-        # Flow 2: 10 + 3 * 2 packets a second of 100 + 8 * 2 bytes.
-        assert after["pcnt"] - before["pcnt"] == 160
-        assert after["bcnt"] - before["bcnt"] == 160 * 116
-        assert (after["tcp_flags"], qdp.result("P4StatsFlowGet", 3)["tcp_flags"]) == (0x12, 0)
-        assert qdp.result("P4StatsFlowGet", 64) == {"pcnt": 0, "bcnt": 0, "tcp_flags": 0}
+        after = qdp.result("P4StatsFlowGet", 1)
+        # The flow cache's flow 448: 20 * (5 + 448 * 13 % 900) packets a second of 64 + 448 * 37 % 1400 bytes.
+        assert after["pcnt"] - before["pcnt"] == 10 * 8580
+        assert after["bcnt"] - before["bcnt"] == 10 * 8580 * 1240
+        assert (after["tcp_flags"], qdp.result("P4StatsFlowGet", 0)["tcp_flags"]) == (0x12, 0)
+        assert qdp.result("P4StatsFlowGet", 1000) == {"pcnt": 0, "bcnt": 0, "tcp_flags": 0}
 
     @pytest.mark.parametrize("index", [(1 << 20), 0xFFFFFFFF])
     def test_embedded_host_has_no_such_entry(self, qdp, index):

@@ -72,10 +72,10 @@ def decoded(keys):
 # and the arguments that both take here.
 Counters = namedtuple("Counters", "method operation message keys size arguments")
 
-LIF_STATS = Counters("LifStatsGet", "Qdp_Lif_Stats_Get", "Failed to get lif stats\n", LIF, 384, (7,))
-PORT_STATS = Counters("PortStatsGet", "Qdp_Port_Stats_Get", "Failed to get port stats\n", PORT, 256, (7,))
+LIF_STATS = Counters("LifStatsGet", "Qdp_Lif_Stats_Get", "Failed to get lif stats\n", LIF, 384, (17,))
+PORT_STATS = Counters("PortStatsGet", "Qdp_Port_Stats_Get", "Failed to get port stats\n", PORT, 256, (17,))
 # Reads 64 bytes of a block for which the library takes 256.
-CT_STATS = Counters("CTStatsGet", "Qdp_CT_Stats_Get", "Failed to get port conntrack stats\n", CONNTRACK, 256, (7,))
+CT_STATS = Counters("CTStatsGet", "Qdp_CT_Stats_Get", "Failed to get port conntrack stats\n", CONNTRACK, 256, (17,))
 INGRESS_STATS = Counters("P4IStatsGet", "Qdp_P4I_Stats_Get", "Failed to get p4 ingress stats\n", INGRESS, 64, ())
 EGRESS_STATS = Counters("P4EStatsGet", "Qdp_P4E_Stats_Get", "Failed to get p4 egress stats\n", EGRESS, 64, ())
 
@@ -170,14 +170,18 @@ class TestLifStatsGet:
 
     def test_embedded_host(self, host, qdp):
         host.freeze()
-        before = qdp.result("LifStatsGet", 7)
+        before = qdp.result("LifStatsGet", 17)
         host.advance(seconds=10)
-        after = qdp.result("LifStatsGet", 7)
-        # LIF 7: 100 + 7 * 7 packets a second in, 150 + 11 * 7 out, of 64 + 29 * 7 bytes.
-        assert after["rxUcastPkts"] - before["rxUcastPkts"] == 1490
-        assert after["txUcastPkts"] - before["txUcastPkts"] == 2270
-        assert after["txUcastBytes"] - before["txUcastBytes"] == 2270 * 267
-        assert set(qdp.result("LifStatsGet", 1023).values()) == {0}
+        after = qdp.result("LifStatsGet", 17)
+        # LIF 17 on port 17: 400 + 13 * 17 packets a second in, 300 + 17 * 17 out, of 64 + 29 * 17 bytes.
+        assert before["rxUcastPkts"] == 3600 * 621
+        assert after["rxUcastPkts"] - before["rxUcastPkts"] == 6210
+        assert after["txUcastPkts"] - before["txUcastPkts"] == 5890
+        assert after["txUcastBytes"] - before["txUcastBytes"] == 5890 * 557
+
+    @pytest.mark.parametrize("lif", [7, 31, 1023])
+    def test_embedded_host_counts_nothing_where_there_is_no_lif_or_it_is_down(self, qdp, lif):
+        assert set(qdp.result("LifStatsGet", lif).values()) == {0}
 
 
 class TestPortStatsGet:

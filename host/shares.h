@@ -1,0 +1,13 @@
+// How traffic is made up, on every port of the host: of all packets, 1 in so many.
+#pragma once
+
+#include <cstdint>
+
+namespace host {
+
+inline constexpr uint64_t multicast_share = 50;
+inline constexpr uint64_t broadcast_share = 200;
+inline constexpr uint64_t drop_share = 10'000;
+inline constexpr uint64_t error_share = 100'000;
+
+}  // namespace host
