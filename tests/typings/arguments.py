@@ -65,7 +65,7 @@ ARGUMENTS = {
     "MigratePort": (PRODUCTION, VNIC, 5, 2, BOTH_QUEUES),
     "UnpinPort": migrated_port,
     "ResetPort": (PRODUCTION, VNIC, 0),
-    "GetPortTxUplink": (PRODUCTION, VNIC),
+    "GetPortTxUplink": (PRODUCTION, UPLINK),
     "GetL3SPANRecord": (PRODUCTION, 0, "10.20.0.5", 0),
     "GetUplinkStats": (PRODUCTION, UPLINK),
     "GetUplinkQueueStats": (PRODUCTION, UPLINK, 0, 1),
@@ -160,7 +160,7 @@ ARGUMENTS = {
     "TablePortStatsGet": (17,),
     "TableP4IStatsGet": (),
     "TableP4EStatsGet": (),
-    "TableInputGet": (17,),
+    "TableInputGet": (66,),
     "TableOutputGet": (17,),
     "TableMuxVlanGet": (101, 0),
     "TableVlanMapGet": (102, 0),
@@ -194,6 +194,9 @@ ARGUMENTS = {
     "P4LogLevelSet": (3,),
     "P4LogLevelGet": (),
 }
+
+# What else to ask for, to see a value in every place of a result.
+MORE_ARGUMENTS = {"GetPortConf": (PRODUCTION, 4)}
 
 # What a method prints although nothing fails.
 PRINTED = {

@@ -1,12 +1,49 @@
-"""The stub as it stands: its functions by `ast`, its annotations as Python evaluates them, and values held against them."""
+"""The stub as it stands: its functions by `ast`, its annotations as Python evaluates them, values held against these,
+and what its documentation says of failures."""
 
 import ast
+import re
 import types
 import typing
+from collections import namedtuple
+
+# A text of a failure: what stands over it, how many line breaks end it, and a pattern of the text with them.
+Failure = namedtuple("Failure", "heading text pattern")
+
+
+def failures_in(documentation):
+    """The failures that a docstring lists. A remark stands behind its text, or below; it counts for the texts before it
+    that have none."""
+    heading, texts, found = "", [], []
+    for line in documentation.splitlines():
+        if line.startswith(("Printed", "Raised", "None, ", "False, ")):
+            heading, texts = line, []
+        elif not line.startswith(" "):
+            heading = ""
+        if not heading:
+            continue
+        quoted = re.findall(r'"([^"]*)"', line)
+        remark = re.sub(r'"[^"]*"', "", line).strip(" ,") if line != heading else ""
+        if quoted and (texts and texts[-1][1]):
+            texts = []
+        texts += [[text, ""] for text in quoted]
+        for each in texts:
+            each[1] += remark + " "
+            each[1] = each[1].lstrip()
+        found += [(heading, each) for each in texts[len(texts) - len(quoted) :] if quoted]
+    return [_failure(heading, text, remark) for heading, (text, remark) in found]
+
+
+def _failure(heading, text, remark):
+    said = heading + " " + remark
+    if not heading.startswith("Raised"):
+        text += "\n" * (2 if "two line breaks" in said else 0 if "without a line break" in said else 1)
+    text = text.replace("\\n", "\n")
+    return Failure(heading, text, ".+?".join(map(re.escape, re.split("<[^>]*>", text))))
 
 
 class Stub:
-    """A stub file. `seen` gathers the TypedDicts that values have been held against."""
+    """A stub file. `seen` gathers the places of values that have been looked at."""
 
     def __init__(self, path):
         text = path.read_text()
@@ -25,14 +62,39 @@ class Stub:
         result = hints.pop("return")
         return list(hints.values()), result
 
-    def typed_dicts(self):
-        return {name for name, value in vars(self._module).items() if typing.is_typeddict(value)}
+    def documentation(self, name):
+        (function,) = [each for each in self.functions() if each.name == name]
+        return ast.get_docstring(function)
 
-    def typed_dict(self, name):
+    def failures(self, name):
+        """The failures that a function's documentation lists, with those of the functions whose texts it refers to."""
+        text = self.documentation(name)
+        others = re.findall(r"the texts of\s+`(\w+)`", text)
+        return failures_in(text) + [each for other in others for each in self.failures(other)]
+
+    def defined(self, name):
         return getattr(self._module, name)
+
+    def annotated_places(self, annotation, place="result"):
+        """All places of a value that an annotation speaks of, "result[*]['mtu']", and what it says of each."""
+        yield place, annotation
+        if typing.is_typeddict(annotation):
+            for key, one in typing.get_type_hints(annotation).items():
+                yield from self.annotated_places(one, f"{place}[{key!r}]")
+        elif typing.get_origin(annotation) in (list, tuple):
+            for one in typing.get_args(annotation):
+                if one is not Ellipsis:
+                    yield from self.annotated_places(one, f"{place}[*]")
+        elif typing.get_origin(annotation) is not typing.Literal:
+            for one in typing.get_args(annotation):
+                yield from self.annotated_places(one, place)
+
+    def places(self, annotation):
+        return {place for place, _ in self.annotated_places(annotation)}
 
     def mismatches(self, value, annotation, place="result"):
         """What keeps a value from being what the annotation says, a text for each."""
+        self.seen.add(re.sub(r"\[\d+\]", "[*]", place))
         origin, arguments = typing.get_origin(annotation), typing.get_args(annotation)
         if origin in (types.UnionType, typing.Union):
             each = [list(self.mismatches(value, one, place)) for one in arguments]
@@ -66,7 +128,6 @@ class Stub:
         if type(value) is not dict:
             yield f"{place}: {value!r} is no dict"
             return
-        self.seen.add(annotation.__name__)
         hints = typing.get_type_hints(annotation)
         expected = [key for key in hints if key in annotation.__required_keys__ or key in value]
         if list(value) != expected:

@@ -4,19 +4,18 @@ import ast
 import importlib.util
 import inspect
 import os
+import re
+import struct
 import subprocess
 import sys
+import typing
 
 import pytest
 
 import _libqdp
 from observe import Outcome
-from typings.arguments import ARGUMENTS, PRINTED, arguments_of
+from typings.arguments import ARGUMENTS, MORE_ARGUMENTS, PRINTED, arguments_of
 from typings.stub import Stub
-
-# No result holds these: they are what a caller gives, or what other dicts begin with.
-NOT_RETURNED = {"_FPOSettings", "_L3SPANValidity", "_LifInput"}
-
 
 @pytest.fixture(scope="module")
 def stub(root):
@@ -27,8 +26,8 @@ def method_names():
     return [name for name, value in vars(_libqdp).items() if inspect.isbuiltin(value)]
 
 
-def admits_only_none(annotation):
-    return annotation is type(None)
+def methods_with_parameters():
+    return [name for name in method_names() if inspect.signature(getattr(_libqdp, name)).parameters]
 
 
 class TestSignatures:
@@ -61,7 +60,8 @@ class TestSignatures:
         assert missing == []
 
     def test_package_is_marked_as_typed(self, root):
-        assert sorted(path.name for path in (root / "typings" / "_libqdp-stubs").iterdir()) == ["__init__.pyi", "py.typed"]
+        files = (root / "typings" / "_libqdp-stubs").iterdir()
+        assert sorted(path.name for path in files) == ["__init__.pyi", "py.typed"]
 
 
 class TestResults:
@@ -72,22 +72,22 @@ class TestResults:
     def test_result_is_what_the_annotation_says(self, stub, configured, qdp, name):
         arguments = arguments_of(name, _libqdp)
         parameters, annotation = stub.annotations(name)
-        assert list(stub.mismatches(arguments, tuple[tuple(parameters)] if parameters else tuple[()], "arguments")) == []
+        assert list(stub.mismatches(arguments, tuple[tuple(parameters)], "arguments")) == []
 
         outcome = qdp.call(name, *arguments)
         assert outcome == Outcome(outcome.result, PRINTED.get(name, ""), calls=outcome.calls)
         assert list(stub.mismatches(outcome.result, annotation)) == []
-        assert (outcome.result is None) == admits_only_none(annotation)
+        assert (outcome.result is None) == (annotation is type(None))
 
-    def test_every_dict_of_the_stub_is_met(self, root, host, exported, qdp):
-        """No annotation goes unchecked because a list of the built-in host is empty."""
+    @pytest.mark.parametrize("name", method_names())
+    def test_every_place_is_met(self, root, configured, qdp, name):
+        """Nothing of an annotation goes unchecked because a list of the built-in host is empty."""
         stub = Stub(root / "typings" / "_libqdp-stubs" / "__init__.pyi")
-        for name in ARGUMENTS:
-            host.reset()
-            assert exported.LibraryInit() == 0
-            arguments = arguments_of(name, _libqdp)
-            list(stub.mismatches(qdp.call(name, *arguments).result, stub.annotations(name)[1]))
-        assert stub.typed_dicts() - stub.seen == NOT_RETURNED
+        annotation = stub.annotations(name)[1]
+        first = arguments_of(name, _libqdp)
+        for arguments in (first, MORE_ARGUMENTS.get(name, first)):
+            assert list(stub.mismatches(qdp.call(name, *arguments).result, annotation)) == []
+        assert stub.seen == stub.places(annotation)
 
     @pytest.mark.parametrize(
         "arguments, absent",
@@ -100,9 +100,9 @@ class TestResults:
     )
     def test_optional_keys_of_a_span_record(self, stub, configured, qdp, arguments, absent):
         result = qdp.call("GetL3SPANRecord", *arguments).result
-        annotation = stub.typed_dict("_L3SPANRecord")
+        annotation = stub.defined("_L3SPANRecord")
         assert list(stub.mismatches(result, annotation)) == []
-        keys = [*stub.typed_dict("_L3SPANValidity").__annotations__, *annotation.__optional_keys__]
+        keys = [*stub.defined("_L3SPANValidity").__annotations__, *annotation.__optional_keys__]
         if absent == "all but isValid":
             absent = [key for key in keys if key != "isValid"]
         assert sorted(result) == sorted(key for key in keys if key not in absent)
@@ -113,9 +113,165 @@ class TestResults:
         entry[17] = is_valid
         configured.script("Qdp_P4_Cmd", outputs=[bytes(entry)])
         result = qdp.call("TableInputGet", 0).result
-        annotation = stub.typed_dict("_InputEntry")
+        annotation = stub.defined("_InputEntry")
         assert list(stub.mismatches(result, annotation)) == []
         assert set(result) == annotation.__required_keys__ | (annotation.__optional_keys__ if is_valid else set())
+
+
+def list_of_ports(clients):
+    """A port list record: a port for each client type, representor type and flags."""
+    entries = b"".join(struct.pack("<18xHII128x", kind, client, flags) for client, kind, flags in clients)
+    return struct.pack("<III", 0, len(clients), 0) + entries
+
+
+CLIENTS = [(client, kind, flags) for client in range(6) for kind in range(17) for flags in (0, 1)]
+
+
+class TestEnumeratedTexts:
+    """A Literal of a result has the texts that the module gives, and no other."""
+
+    INPUT_ENTRIES = [bytes(16) + bytes([i, 1, 0, 0]) for i in range(256)]
+    OUTPUT_ENTRIES = [bytes(7) + bytes([i]) + bytes(8) for i in range(256)]
+    MUX_VLAN_ENTRIES = [bytes(12) + bytes([i, 0, 0, 0]) for i in range(8)]
+    RSS_ENGINES = [struct.pack("<III152x", 1, 0, kind) for kind in range(6)]
+    TX_UPLINKS = [bytes([kind]) + bytes(17) for kind in range(7)]
+    FILTER_TYPES = [struct.pack("<H", mask) for mask in (1, 4)]
+
+    # Method, arguments, operation, the answers that bring out all texts, and where the text is in the result.
+    SOURCES = [
+        ("ListPorts", (0,), "Qdp_Get_Port_List", [list_of_ports(CLIENTS)], "[*]['clientType']"),
+        ("GetPortTxUplink", (0, 0), "Qdp_Get_Port_Tx_Uplink", TX_UPLINKS, "['txType']"),
+        ("ListRSSEngine", (0, 0), "Qdp_Get_RSS_Engine_List", RSS_ENGINES, "[*]['type']"),
+        ("GetSwitchFilterTypes", ("dvs-smartnic",), "Qdp_GetSwitchFilterTypes", FILTER_TYPES, "['VLANMAC']"),
+        ("TableInputGet", (0,), "Qdp_P4_Cmd", INPUT_ENTRIES, "['flowKeyType']"),
+        ("TableInputGet", (0,), "Qdp_P4_Cmd", INPUT_ENTRIES, "['fwdMode']"),
+        ("TableMuxVlanGet", (1, 0), "Qdp_P4_Cmd", MUX_VLAN_ENTRIES, "['flowKeyType']"),
+        ("TableOutputGet", (0,), "Qdp_P4_Cmd", OUTPUT_ENTRIES, "['p4plusAppId']"),
+    ]
+
+    @pytest.mark.parametrize("method, arguments, operation, answers, place", SOURCES)
+    def test_texts(self, stub, configured, qdp, method, arguments, operation, answers, place):
+        given = set()
+        for answer in answers:
+            configured.script(operation, outputs=[answer])
+            given |= set(self.texts_at(qdp.call(method, *arguments).result, place))
+        annotation = stub.annotations(method)[1]
+        (literal,) = [one for at, one in stub.annotated_places(annotation) if at == "result" + place]
+        assert given == set(typing.get_args(literal))
+
+    def texts_at(self, value, place):
+        for item in value if place.startswith("[*]") else [value]:
+            yield item[re.search("'(.*)'", place)[1]]
+
+    def test_metrics(self, stub, configured, qdp):
+        given = set()
+        for metric in range(4):
+            configured.script("Qdp_GetLBParams", outputs=[struct.pack("<I", metric) + bytes(92)])
+            configured.fail("DVSHCK_HostPropGet", 0xBAD0003)
+            given.add(qdp.call("GetLBMetric", "dvs-production").result)
+        literal, none = typing.get_args(stub.annotations("GetLBMetric")[1])
+        assert given == set(typing.get_args(literal))
+
+    def test_uplink_counters_in_order(self, stub, configured, qdp):
+        names = typing.get_args(stub.defined("_UplinkCounterName"))
+        assert [name for name, _ in qdp.call("GetUplinkStats", 0, 0).result["uplinkStats"]] == list(names)
+
+    def test_texts_that_are_taken(self, stub, configured, qdp):
+        for metric in typing.get_args(stub.annotations("SetLBMetric")[0][1]):
+            assert qdp.result("SetLBMetric", "dvs-production", metric) is True
+            assert qdp.result("GetLBMetric", "dvs-production") == metric
+        names = typing.get_args(stub.annotations("SetLBParam")[0][1])
+        assert list(names) == list(qdp.result("GetLBParams", "dvs-production"))
+        for name in names:
+            qdp.result("SetLBParam", "dvs-production", name, 1)
+        (filter_class,) = typing.get_args(stub.annotations("SetSwitchFilterTypes")[0][1])
+        assert qdp.result("SetSwitchFilterTypes", "dvs-production", filter_class, 1) is True
+
+
+def texts_in_source(root):
+    """Patterns of the texts in the module's source, in which anything may stand for a conversion."""
+    for path in sorted((root / "src").rglob("*.*")):
+        for literal in re.findall(r'(?:"(?:[^"\\\n]|\\.)*"\s*)+', path.read_text()):
+            text = "".join(re.findall(r'"((?:[^"\\]|\\.)*)"', literal)).replace("\\n", "\n")
+            parts = re.split("%#?l*[a-z]", text)
+            if len(max(parts, key=len)) > 8:
+                yield re.compile(".+?".join(map(re.escape, parts)))
+
+
+def is_result_under(heading, result):
+    """Whether a result is the one that stands over a text."""
+    if "True or False" in heading:
+        return type(result) is bool
+    named = {"False": False, "True": True, "and 0": 0}
+    return result is next((value for name, value in named.items() if name in heading), None)
+
+
+class TestFailures:
+    """What the documentation says of failures."""
+
+    def test_texts_are_in_the_source(self, stub, root):
+        patterns = list(texts_in_source(root))
+        told = {failure.text for name in method_names() for failure in stub.failures(name)}
+        assert len(told) > 150
+        assert [text for text in sorted(told) if not any(pattern.fullmatch(text) for pattern in patterns)] == []
+
+    def held_against(self, stub, name, outcome):
+        """What is wrong with the documentation of an outcome that failed."""
+        failures = stub.failures(name)
+        if outcome.raised:
+            kind, text = outcome.raised
+            raised = [each for each in failures if each.heading.startswith("Raised")]
+            return [] if any(re.fullmatch(each.pattern, text) for each in raised) else [f"{kind} {text!r}"]
+        printed = "|".join(each.pattern for each in failures if each.heading.startswith("Printed")) or "(?!)"
+        if not re.fullmatch(f"(?:{printed})+", outcome.printed):
+            return [f"printed {outcome.printed!r}"]
+        # The last text is that of the method itself; those of what it calls stand before.
+        last = [each for each in failures if re.search(f"(?:{each.pattern})$", outcome.printed)]
+        if outcome.returned_null:
+            return [] if any("gets NULL" in each.heading for each in last) else ["NULL"]
+        return [] if any(is_result_under(each.heading, outcome.result) for each in last) else [f"{outcome.result}"]
+
+    def failing_statuses(self, operation):
+        """What an operation returns when it fails: a status, where 1 and "not found" may mean something, or no handle."""
+        if operation == "DVSState_SwitchFindByAlias":
+            return [0]
+        return [1, 2, 0xBAD0003] if operation.startswith(("Qdp_", "DVSHCK_Host", "DVSHCK_Port")) else []
+
+    @pytest.mark.parametrize("name", method_names())
+    def test_of_every_platform_call(self, stub, host, exported, qdp, name):
+        assert exported.LibraryInit() == 0
+        arguments = arguments_of(name, _libqdp)
+        operations = list(dict.fromkeys(call.operation for call in qdp.call(name, *arguments).calls))
+        for operation in operations:
+            for status in self.failing_statuses(operation):
+                host.reset()
+                assert exported.LibraryInit() == 0
+                arguments = arguments_of(name, _libqdp)
+                host.fail(operation, status)
+                outcome = qdp.call(name, *arguments)
+                if outcome.printed or outcome.raised:
+                    assert self.held_against(stub, name, outcome) == [], operation
+                else:
+                    self.silence_is_documented(stub, name, outcome)
+
+    def silence_is_documented(self, stub, name, outcome):
+        """The method went on without what it could not have, or the documentation says that it says nothing."""
+        annotation = stub.annotations(name)[1]
+        assert list(stub.mismatches(outcome.result, annotation)) == []
+        if outcome.result in (None, False):
+            assert re.search("without a text|is reported", stub.documentation(name))
+
+    @pytest.mark.parametrize("name", methods_with_parameters())
+    def test_of_arguments_that_do_not_parse(self, stub, configured, qdp, name):
+        outcome = qdp.call(name)
+        if name == "DumpLBStats":
+            assert outcome == Outcome(raised=TypeError)
+        elif outcome.raised:
+            assert self.held_against(stub, name, outcome) == []
+        else:
+            assert outcome.left_set is TypeError
+            texts = [each.text for each in stub.failures(name) if re.fullmatch(each.pattern, outcome.printed)]
+            assert len(set(texts)) == 1 and texts[0].startswith("TypeError: ")
 
 
 class TestMismatches:

@@ -595,7 +595,7 @@ def GetUplinkStats(switch: int, port: int, /) -> _UplinkStats | None:
     Printed, and None:
         "TypeError: Invalid parameter passed."  refused
         "Failed to allocate memory."            no memory for the private text
-    Printed, and raised by the interpreter (SystemError "... returned NULL without setting an exception"):
+    Printed, and raised by the interpreter, which gets NULL without an exception and makes it a SystemError:
         "Failed to get private stats."          the library gives the text's length but not the text
         "Failed to get uplink stats."           the library refuses the counters
     Printed, and None in place of the counters:
@@ -815,8 +815,8 @@ def SetSwitchFilterTypes(alias: str, filter_class: Literal["VLANMAC"], enabled: 
         "Invalid filter Class provided, only VLANMAC is accepted as input"
                                                 another class
         "Failed to get current support FilterClasses on switch"
-                                                the classes cannot be read, for a reason that `GetSwitchFilterTypes`
-                                                prints and is printed before
+                                                the classes cannot be read; before it stand the texts of
+                                                `GetSwitchFilterTypes`
     Printed, and True or False:
         "Failed to find dvs ID for dvs alias <alias>."                     the switch is gone meanwhile
         "Failed to set DVS property com.tarnix.wyx.qdp.filterType"         the library refuses
@@ -900,7 +900,7 @@ def SetLBMetric(alias: str, metric: Literal["none", "cpu", "count"], /) -> bool:
 
     Printed, and False:
         "TypeError: Invalid parameter passed."          refused
-        the texts of `GetLBMetric`                      the present setting cannot be read
+        the texts of `GetLBMetric`: the present setting cannot be read
         "Invalid metric name <metric>."                 another metric
         "Failed to find dvs ID for dvs alias <alias>."  the switch is gone meanwhile
         "Failed to set DVS property com.tarnix.wyx.qdp.loadbal"
