@@ -7,36 +7,39 @@ import types
 import typing
 from collections import namedtuple
 
-# A text of a failure: what stands over it, how many line breaks end it, and a pattern of the text with them.
+UNIONS = (types.UnionType, typing.Union)
+
+# A text of a failure: the heading it stands under, the text with its line breaks, and a pattern of it.
 Failure = namedtuple("Failure", "heading text pattern")
+
+HEADINGS = ("Printed", "Raised", "Left set", "None, ", "False, ")
 
 
 def failures_in(documentation):
-    """The failures that a docstring lists. A remark stands behind its text, or below; it counts for the texts before it
-    that have none."""
-    heading, texts, found = "", [], []
+    """The failures that a docstring lists. A remark stands behind its text, or below; one text or more share it."""
+    found = []  # lists of a heading, a text, and its remark
+    heading = ""
     for line in documentation.splitlines():
-        if line.startswith(("Printed", "Raised", "None, ", "False, ")):
-            heading, texts = line, []
-        elif not line.startswith(" "):
-            heading = ""
+        if not line.startswith(" "):
+            heading = line if line.startswith(HEADINGS) else ""
         if not heading:
             continue
-        quoted = re.findall(r'"([^"]*)"', line)
         remark = re.sub(r'"[^"]*"', "", line).strip(" ,") if line != heading else ""
-        if quoted and (texts and texts[-1][1]):
-            texts = []
-        texts += [[text, ""] for text in quoted]
-        for each in texts:
-            each[1] += remark + " "
-            each[1] = each[1].lstrip()
-        found += [(heading, each) for each in texts[len(texts) - len(quoted) :] if quoted]
-    return [_failure(heading, text, remark) for heading, (text, remark) in found]
+        added = [[heading, text, ""] for text in re.findall(r'"([^"]*)"', line)]
+        waiting = [each for each in found if each[0] is heading and not each[2]]  # texts whose remark is to come
+        if added:
+            found += added
+            sharing = waiting + added
+        else:
+            sharing = waiting or found[-1:]
+        for each in sharing:
+            each[2] += f" {remark}" if remark else ""
+    return [_failure(*each) for each in found]
 
 
 def _failure(heading, text, remark):
     said = heading + " " + remark
-    if not heading.startswith("Raised"):
+    if heading.startswith("Printed"):
         text += "\n" * (2 if "two line breaks" in said else 0 if "without a line break" in said else 1)
     text = text.replace("\\n", "\n")
     return Failure(heading, text, ".+?".join(map(re.escape, re.split("<[^>]*>", text))))
@@ -56,6 +59,10 @@ class Stub:
         """The definitions of all functions, in the order of the file."""
         return [node for node in self.tree.body if isinstance(node, ast.FunctionDef)]
 
+    def function(self, name):
+        (found,) = [each for each in self.functions() if each.name == name]
+        return found
+
     def annotations(self, name):
         """The annotations of a function's parameters, in order, and of its result."""
         hints = typing.get_type_hints(getattr(self._module, name))
@@ -63,8 +70,7 @@ class Stub:
         return list(hints.values()), result
 
     def documentation(self, name):
-        (function,) = [each for each in self.functions() if each.name == name]
-        return ast.get_docstring(function)
+        return ast.get_docstring(self.function(name))
 
     def failures(self, name):
         """The failures that a function's documentation lists, with those of the functions whose texts it refers to."""
@@ -96,7 +102,7 @@ class Stub:
         """What keeps a value from being what the annotation says, a text for each."""
         self.seen.add(re.sub(r"\[\d+\]", "[*]", place))
         origin, arguments = typing.get_origin(annotation), typing.get_args(annotation)
-        if origin in (types.UnionType, typing.Union):
+        if origin in UNIONS:
             each = [list(self.mismatches(value, one, place)) for one in arguments]
             if all(each):
                 # The choice that a value of its type was meant for, rather than None.

@@ -4,6 +4,7 @@ import ast
 import importlib.util
 import inspect
 import os
+import pathlib
 import re
 import struct
 import subprocess
@@ -13,13 +14,18 @@ import typing
 import pytest
 
 import _libqdp
+from adversity import starved
 from observe import Outcome
 from typings.arguments import ARGUMENTS, MORE_ARGUMENTS, PRINTED, arguments_of
-from typings.stub import Stub
+from typings.stub import UNIONS, Stub
 
-@pytest.fixture(scope="module")
-def stub(root):
-    return Stub(root / "typings" / "_libqdp-stubs" / "__init__.pyi")
+THE_STUB = Stub(pathlib.Path(__file__).parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi")
+
+
+@pytest.fixture
+def stub():
+    THE_STUB.seen.clear()
+    return THE_STUB
 
 
 def method_names():
@@ -37,7 +43,7 @@ class TestSignatures:
 
     @pytest.mark.parametrize("name", method_names())
     def test_parameters(self, stub, name):
-        [function] = [each for each in stub.functions() if each.name == name]
+        function = stub.function(name)
         given = function.args
         shown = inspect.signature(getattr(_libqdp, name)).parameters
         assert [each.arg for each in given.posonlyargs] == list(shown)
@@ -47,17 +53,16 @@ class TestSignatures:
 
     @pytest.mark.parametrize("name", method_names())
     def test_documentation_names_every_parameter(self, stub, name):
-        [function] = [each for each in stub.functions() if each.name == name]
-        text = ast.get_docstring(function)
-        told = [line.split(":")[0] for line in text.splitlines() if ":" in line]
-        names = {word for part in told for word in part.replace("...", ",").replace(" ", "").split(",")}
-        missing = [each.arg for each in function.args.posonlyargs if each.arg not in names]
-        # A run like "pf_0 ... pf_3" names its ends.
-        runs = [part.replace(" ", "").split("...") for part in told if "..." in part]
-        order = [each.arg for each in function.args.posonlyargs]
-        for first, last in runs:
-            missing = [each for each in missing if each not in order[order.index(first) : order.index(last)]]
-        assert missing == []
+        function, text = stub.function(name), stub.documentation(name)
+        parameters = [each.arg for each in function.args.posonlyargs]
+        told = []
+        for names in re.findall(r"^([a-z]\w*(?:(?:, | \.\.\. )\w+)*): ", text, re.MULTILINE):
+            first, *others = re.split(r", | \.\.\. ", names)
+            if "..." in names:  # a run like "pf_0 ... pf_3" names its ends
+                told += parameters[parameters.index(first) : parameters.index(others[-1]) + 1]
+            else:
+                told += [first, *others]
+        assert sorted(told) == sorted(parameters)
 
     def test_package_is_marked_as_typed(self, root):
         files = (root / "typings" / "_libqdp-stubs").iterdir()
@@ -80,9 +85,8 @@ class TestResults:
         assert (outcome.result is None) == (annotation is type(None))
 
     @pytest.mark.parametrize("name", method_names())
-    def test_every_place_is_met(self, root, configured, qdp, name):
+    def test_every_place_is_met(self, stub, configured, qdp, name):
         """Nothing of an annotation goes unchecked because a list of the built-in host is empty."""
-        stub = Stub(root / "typings" / "_libqdp-stubs" / "__init__.pyi")
         annotation = stub.annotations(name)[1]
         first = arguments_of(name, _libqdp)
         for arguments in (first, MORE_ARGUMENTS.get(name, first)):
@@ -116,6 +120,16 @@ class TestResults:
         annotation = stub.defined("_InputEntry")
         assert list(stub.mismatches(result, annotation)) == []
         assert set(result) == annotation.__required_keys__ | (annotation.__optional_keys__ if is_valid else set())
+
+
+def methods_with_built_results():
+    """Those whose results are more than a number, a flag or a text that the interpreter holds ready."""
+    ready = {int, bool, type(None), typing.Literal}
+    for name in method_names():
+        result = THE_STUB.annotations(name)[1]
+        alternatives = typing.get_args(result) if typing.get_origin(result) in UNIONS else [result]
+        if any((typing.get_origin(one) or one) not in ready for one in alternatives):
+            yield name
 
 
 def list_of_ports(clients):
@@ -232,7 +246,7 @@ class TestFailures:
         return [] if any(is_result_under(each.heading, outcome.result) for each in last) else [f"{outcome.result}"]
 
     def failing_statuses(self, operation):
-        """What an operation returns when it fails: a status, where 1 and "not found" may mean something, or no handle."""
+        """What an operation returns when it fails: a status, of which 1 and "not found" may mean something, or NULL."""
         if operation == "DVSState_SwitchFindByAlias":
             return [0]
         return [1, 2, 0xBAD0003] if operation.startswith(("Qdp_", "DVSHCK_Host", "DVSHCK_Port")) else []
@@ -272,6 +286,31 @@ class TestFailures:
             assert outcome.left_set is TypeError
             texts = [each.text for each in stub.failures(name) if re.fullmatch(each.pattern, outcome.printed)]
             assert len(set(texts)) == 1 and texts[0].startswith("TypeError: ")
+
+    # Arguments whose results are small enough to fail at each of their allocations.
+    SMALL = {"ListPorts": (1,), "DumpLBStats": (0, 5, 1, 0, 1)}
+
+    BUILDING = {"Failed to allocate buffer.\n", "Failed to set dict item.\n", "Failed to set list item.\n"}
+
+    @pytest.mark.parametrize("name", methods_with_built_results())
+    def test_of_a_lack_of_memory(self, stub, configured, qdp, name):
+        configured.freeze()
+        text = stub.documentation(name)
+        tells_of_memory = "no memory" in text or "Failed to allocate" in text
+        for outcome in starved(qdp, name, *self.SMALL.get(name, arguments_of(name, _libqdp))):
+            if outcome.raised == (MemoryError, ""):
+                assert not tells_of_memory or "Raised: the interpreter's own exception" in text
+            elif outcome.left_set:
+                kind, left = outcome.left_set
+                told = {each.text.rstrip("\n") for each in stub.failures(name)}
+                if kind is SystemError:
+                    assert tells_of_memory and (left in self.BUILDING or left.rstrip("\n") in told)
+                else:
+                    assert kind is MemoryError and (outcome.printed or "leaves MemoryError set" in text)
+                assert outcome.printed == "" or outcome.printed.rstrip("\n") in told
+            else:
+                assert outcome.printed or outcome.raised or outcome.result is None
+                assert self.held_against(stub, name, outcome) == []
 
 
 class TestMismatches:
@@ -322,8 +361,8 @@ class TestMismatches:
 
 @pytest.fixture
 def checked(root, tmp_path):
-    """Runs mypy or its stubtest. They find the stubs as an installed package of stubs is found, on Python's own path; in
-    MYPYPATH mypy 1.0 does not look for such packages."""
+    """Runs mypy or its stubtest. They find the stubs on Python's own path, like an installed package of stubs; in
+    MYPYPATH mypy 1.0 looks for no such packages."""
 
     def run(*arguments, path=(root / "typings",), **environment):
         if importlib.util.find_spec("mypy") is None:

@@ -8,13 +8,15 @@ How a failure looks
 "Printed, and None"
     The text goes to standard error, ended by one line break unless another number is given, and the result is None.
     "Refused" stands for a value out of its range or a call that does not parse (wrong number or wrong types of
-    arguments); nothing has been called then. When the call does not parse, the parser's own exception also stays set,
+    arguments); nothing has been changed then. When the call does not parse, the parser's own exception also stays set,
     and the interpreter reports it: it raises SystemError ("... returned a result with an exception set"), whose
-    __cause__ is that exception. The text is printed all the same.
+    __cause__ is that exception. The text is printed all the same. So it is with MemoryError when a text tells that
+    there is no memory for a list or a dict.
 "Left set beside None"
     SystemError is set although the result is None. The interpreter raises its own SystemError, as above, with the
     method's as its __cause__. Unless a method says otherwise, this is how an object of the result fails that cannot be
-    made ("Failed to allocate buffer.\\n") or stored ("Failed to set dict item.\\n", "Failed to set list item.\\n").
+    made ("Failed to allocate buffer.\\n") or stored ("Failed to set dict item.\\n", "Failed to set list item.\\n"). A
+    method whose texts name no lack of memory raises the interpreter's own exception (MemoryError) instead.
 "Raised"
     An exception like any other. The texts of printed failures that begin with "TypeError: ", "ValueError: " or
     "OSError: " are only texts: they are raised nowhere.
@@ -312,7 +314,7 @@ def GetFlowStats(selector: int, lcores: tuple[int, ...], value: int, /) -> list[
     """
 
 def GetRepPortStats() -> None:
-    """Does nothing: representor ports have no counters of their own. Calls nothing and prints nothing."""
+    """Does nothing: the place is kept for the counters of representor ports. Calls nothing and prints nothing."""
 
 # Flow cache
 
@@ -505,7 +507,8 @@ def GetPortTxUplink(switch: int, port: int, /) -> _TxUplink | None:
     Printed, and None:
         "TypeError: Invalid parameter passed."  refused
         "Failed to get port TX uplink."         the library refuses
-    Raised: the interpreter's own exception when an uplink id cannot be stored. A list that cannot be made is None.
+    Raised: the interpreter's own exception when the list cannot be filled or the dict not be built. A list that cannot
+    be made leaves MemoryError set beside None.
     """
 
 # L3 SPAN
@@ -601,6 +604,7 @@ def GetUplinkStats(switch: int, port: int, /) -> _UplinkStats | None:
     Printed, and None in place of the counters:
         "Failed to allocate uplink stats.", "Failed to allocate uplink stats counter.",
         "Failed to set uplink stats counter."   no memory for the list
+    Raised: the interpreter's own exception when the dict cannot be built.
     """
 
 def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int, /) -> list[_UplinkCounter] | None:
@@ -823,7 +827,7 @@ def SetSwitchFilterTypes(alias: str, filter_class: Literal["VLANMAC"], enabled: 
     """
 
 class _DevAffinity(TypedDict):
-    """The memory affinity of one physical NIC."""
+    """The affinity of one physical NIC."""
 
     devname: str
     affinity: int
@@ -1285,8 +1289,9 @@ def EnableFPO(alias: str, settings: _FPOSettings, /) -> bool:
     settings: what is to change
 
     Printed, and False:
-        "TypeError: Invalid parameter passed."                     refused, also for settings that are no dict and
-                                                                   for models that are no integer
+        "TypeError: Invalid parameter passed."                     refused, also for settings that are no dict and,
+                                                                   when all else is in order, models that are no
+                                                                   integer
         "Failed to find dvs ID for dvs alias <alias>."             no such switch
         "Format of property com.tarnix.wyx.qdp.fpo is invalid"     the present property is not 8 bytes long
         "Failed to get DVS property com.tarnix.wyx.qdp.fpo"        the library refuses to read
@@ -1428,6 +1433,7 @@ def ListLCoreIDs(selector: int, /) -> tuple[int, ...] | None:
     Printed, and None, both with two line breaks:
         "TypeError: Invalid parameter passed."         refused
         "TypeError: Failed to get lcore ID bitmap."    the library refuses
+    Left set beside None: "Failed to allocate buffer.\\n", "Failed to set tuple item.\\n".
     """
 
 def InitMbufFastslabs() -> bool:
@@ -1814,8 +1820,8 @@ class _P4IStats(TypedDict):
     rxFromHost: int
     rxFromSwitch: int
     rxFromCpu: int
-    rxUserCsumErr: int  # checksum errors of the inner packet
-    rxSubstrateCsumErr: int  # and of the outer
+    rxUserCsumErr: int  # checksum errors
+    rxSubstrateCsumErr: int
     rxMalformed: int
 
 class _P4EStats(TypedDict):
@@ -2049,7 +2055,7 @@ def P4CacheInvalidate(table: int, first_index: int, count: int, /) -> None:
 class _CTContext(TypedDict):
     """The TCP state that the hardware keeps for one connection."""
 
-    src_seqlo: int  # sequence window, unsigned 32-bit
+    src_seqlo: int  # TCP sequence numbers, unsigned 32-bit
     src_seqhi: int
     src_max_win: int
     src_state: int  # 0..15
@@ -2097,11 +2103,11 @@ def P4PortMirrorTableDump(value_1: int, value_2: int, /) -> list[str] | None:
     """
 
 class _FPOContext(TypedDict):
-    """A connection as the offload's context manager sees it; l the local side, r the remote. Unsigned 32-bit."""
+    """A connection as the offload's context manager sees it, unsigned 32-bit: its two sides, l... and r..."""
 
     enable: int
     disableWindowValidation: int
-    lseqlo: int  # sequence window
+    lseqlo: int  # TCP sequence numbers
     lseqhi: int
     lseqdiff: int
     lmaxWin: int
@@ -2386,7 +2392,7 @@ class _CTStateEntry(TypedDict):
     """The TCP state of one connection."""
 
     sloppy: int  # 0 or 1
-    srcSeqlo: int  # sequence window, unsigned 32-bit
+    srcSeqlo: int  # TCP sequence numbers, unsigned 32-bit
     srcSeqhi: int
     srcMaxWin: int
     srcState: int  # 0..15
@@ -2496,7 +2502,7 @@ def TableTunnelTerminateGet(
 
     mac: MAC address as a number, below 2**48
     value: 0..1023
-    is_first: any value but 0 sets the key's first marker, 0 its second
+    is_first: any value but 0 sets bit 0 of the key's flags, 0 sets bit 1
     is_ipv4: any value but 0 for IPv4, 0 for IPv6
     vlan_1, vlan_2: 0..4094, or 4095 for none
     address_low, address_high: the halves of the IP address, signed 64-bit; for IPv4 the high half must be 0 and the low
@@ -2513,7 +2519,7 @@ class _TunnelSAEntry(TypedDict):
     valid: int  # 0..255
 
 def TableTunnelSAGet(value: int, is_ipv4: int, address_low: int, address_high: int, /) -> _TunnelSAEntry | None:
-    """Looks up a tunnel by its source address (table 18, by key).
+    """Looks up the outer flow of a tunnel (table 18, by key).
 
     value: 0..255
     is_ipv4: any value but 0 for IPv4, 0 for IPv6
@@ -2549,7 +2555,7 @@ def TableFlowKeyGet(
     """Looks up the index of a flow by its key (table 24, by key).
 
     value: 0..4094
-    mac_1, mac_2: MAC addresses as numbers, below 2**48
+    mac_1, mac_2: MAC addresses as numbers, below 2**48; they lie in the key with the least significant byte first
     port: 0..1023
     flow_index: 0..4194303, of which only the low 16 bits are looked up
     vni: below 2**24
@@ -2805,13 +2811,14 @@ class _FlowOpsStats(TypedDict):
     write: int
     entries: int
     collisions: int
-    insertLevel: list[int]  # eight, a counter per level of the hash table
+    insertLevel: list[int]  # eight, a counter per level
     removeLevel: list[int]  # eight
 
 def FlowOpsStatsGet() -> _FlowOpsStats | None:
     """Reads the counters of the SmartNIC's flow table library (`Qdp_P4_Cmd`, opcode 11, table 27).
 
-    "insert" and "remove" are the operations on the hardware table; those of the library's callers are not shown.
+    The entry has two counters by the name "insert" and two by the name "remove". The result has the later of each, its
+    words 17 and 18.
 
     Printed, and None:
         "Failed to get table data"    the SmartNIC refuses
