@@ -228,14 +228,18 @@ class TestFailures:
         told = {failure.text for name in method_names() for failure in stub.failures(name)}
         assert len(told) > 150
         assert [text for text in sorted(told) if not any(pattern.fullmatch(text) for pattern in patterns)] == []
+        printed = [each for each in patterns if re.fullmatch(r"[A-Z].*\n", each.pattern, re.DOTALL)]
+        untold = [pattern.pattern for pattern in printed if not any(map(pattern.fullmatch, told))]
+        assert untold == [re.escape("Failed to allocate memory\n")]  # of a list that only the hosting process asks for
 
     def held_against(self, stub, name, outcome):
         """What is wrong with the documentation of an outcome that failed."""
         failures = stub.failures(name)
         if outcome.raised:
             kind, text = outcome.raised
-            raised = [each for each in failures if each.heading.startswith("Raised")]
-            return [] if any(re.fullmatch(each.pattern, text) for each in raised) else [f"{kind} {text!r}"]
+            shown = re.escape('"' + text.replace("\n", "\\n") + '"')
+            told = re.search(rf'{kind.__name__} ("[^"]*",\s+)*{shown}', stub.documentation(name))
+            return [] if told else [f"raised {kind.__name__} {text!r}"]
         printed = "|".join(each.pattern for each in failures if each.heading.startswith("Printed")) or "(?!)"
         if not re.fullmatch(f"(?:{printed})+", outcome.printed):
             return [f"printed {outcome.printed!r}"]
