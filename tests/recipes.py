@@ -7,7 +7,9 @@ ALIAS = "dvs-production"
 UPLINK = (0, 0)
 VNIC = (0, 3)
 SMARTNIC_SWITCH = 2
-SMARTNIC_PORT = 2  # its first that is not an uplink
+SMARTNIC_PORT = 17  # of the SmartNIC, before a port of that switch
+SMARTNIC_LCORE = 12  # of that switch
+FLOW = 101  # offloaded; its connection is number 1
 
 
 def is_made_of(recipe, module):
@@ -64,20 +66,17 @@ def mux_vlan(module):
     return next((vlan, 0) for vlan in range(1, 4095) if module.TableMuxVlanGet(vlan, 0)["valid"])
 
 
-def mac_of_port(module):
-    return number(module.ListPorts(SMARTNIC_SWITCH)[SMARTNIC_PORT]["hwAddr"])
+def segment_of_port(module):
+    return module.TableInputGet(SMARTNIC_PORT)["l2Seg"]
 
 
-def vlan_of_port(module):
-    return module.TableOutputGet(SMARTNIC_PORT)["accessVlanId"]
+def mac_behind_port(module):
+    """The MAC address of the switch's port that the SmartNIC's port leads to."""
+    return number(module.ListPorts(SMARTNIC_SWITCH)[3]["hwAddr"])
 
 
 def lif_of_port(module):
     return (module.TableOutputGet(SMARTNIC_PORT)["lifId"],)
-
-
-def registered_mac(module):
-    return module.TableVlanMapGet(vlan_of_port(module), 0)["l2Seg"], mac_of_port(module)
 
 
 def first_tunnel(module):
@@ -86,21 +85,24 @@ def first_tunnel(module):
 
 def tunnel_end(module):
     tunnel = module.TableTunnelRewriteGet(*first_tunnel(module))
-    return number(tunnel["smac"]), 0, 1, 1, tunnel["vlanID"], 4095, int(ip_address(tunnel["ipsa"])), 0
+    return number(tunnel["smac"]), 8, 1, 1, tunnel["vlanID"], 4095, int(ip_address(tunnel["ipsa"])), 0
 
 
 def tunnel_peer(module):
     return 1, 1, int(ip_address(module.TableTunnelRewriteGet(*first_tunnel(module))["ipda"])), 0
 
 
-def first_flow(module):
-    return next((i,) for i in range(4096) if module.TableFlowInfoGet(i)["flowIdx"] == i != 0)
-
-
-def key_of_first_flow(module):
-    vlan, mac = vlan_of_port(module), mac_of_port(module)
-    vni = module.TableFlowRewriteGet(*first_flow(module))["vni"]
-    return vlan, mac, 0x0250560A0001, SMARTNIC_PORT, 0, vni, 6, 1, 0x0A010002, 0, 0x0A020005, 0, 40001, 443
+def key_of_a_flow(module):
+    """The key of the first offloaded flow over IPv4, as its line in the flow table shows it."""
+    page = module.DumpFlowTable(0, SMARTNIC_LCORE, 0, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)
+    lines = [flow["key"].split() for flow in page["list"] if "hwFlowIdx: " in flow["actions"]]
+    _, source_mac, destination_mac, vlan, tag, source, destination, protocol, vni, source_port, destination_port = next(
+        line for line in lines if "." in line[5]
+    )
+    return (
+        *(int(vlan), number(source_mac), number(destination_mac), int(tag) - 2048, 0, int(vni), int(protocol), 1),
+        *(int(ip_address(source)), 0, int(ip_address(destination)), 0, int(source_port), int(destination_port)),
+    )
 
 
 RECIPES = {
@@ -212,7 +214,7 @@ RECIPES = {
     "P4CTContextQuery": (0,),
     "P4MirrorTableDump": (),
     "P4PortMirrorTableDump": (1, 0),
-    "FPOQueryContextMgr": (SMARTNIC_SWITCH, 100, 0),
+    "FPOQueryContextMgr": (SMARTNIC_SWITCH, FLOW, 1),
     "FPOHWDestroy": (),
     "TableLifStatsGet": lif_of_port,
     "TablePortStatsGet": (SMARTNIC_PORT,),
@@ -221,9 +223,9 @@ RECIPES = {
     "TableInputGet": lif_of_port,
     "TableOutputGet": (SMARTNIC_PORT,),
     "TableMuxVlanGet": mux_vlan,
-    "TableVlanMapGet": lambda module: (vlan_of_port(module), 0),
-    "TableL2SegGet": lambda module: registered_mac(module)[:1],
-    "TableRegMACGet": registered_mac,
+    "TableVlanMapGet": after("PortUpdate", SMARTNIC_PORT, 77, returned=(77, 0)),
+    "TableL2SegGet": lambda module: (segment_of_port(module),),
+    "TableRegMACGet": lambda module: (segment_of_port(module), mac_behind_port(module)),
     "TableIPFixGet": (1, 0),
     "TableCTStatsGet": (2, 0),
     "TableCTStateGet": (1, 0),
@@ -231,9 +233,9 @@ RECIPES = {
     "TableMirrorL3Get": (0, 0),
     "TableTunnelTerminateGet": tunnel_end,
     "TableTunnelSAGet": tunnel_peer,
-    "TableFlowKeyGet": key_of_first_flow,
-    "TableFlowInfoGet": first_flow,
-    "TableFlowRewriteGet": first_flow,
+    "TableFlowKeyGet": key_of_a_flow,
+    "TableFlowInfoGet": (FLOW,),
+    "TableFlowRewriteGet": (FLOW,),
     "TableTunnelRewriteGet": first_tunnel,
     "TableDSCPConfGet": (),
     "TableUplinkMapGet": (),
