@@ -163,7 +163,7 @@ Parameter argument_as(const Argument& argument)
 // Answers one call of the named operation: from the next scripted answer if there is one, else from the state. The
 // result is the operation's status, or what it points to.
 class Operation;
-Operation& operation(const char* name);
+Operation& operation(const char* name, bool returns_pointer = false);
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments);
 
 }  // namespace host

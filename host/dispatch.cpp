@@ -42,6 +42,7 @@ public:
     void (*function)() = nullptr;
     Handler handler = nullptr;
     size_t parameters = 0;
+    bool returns_pointer = false;  // a failure is a null pointer then
 
     std::deque<ScriptedAnswer> script;
     std::optional<Failure> failure;
@@ -168,10 +169,12 @@ uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
 
 }  // namespace
 
-Operation& operation(const char* name)
+Operation& operation(const char* name, bool returns_pointer)
 {
     const std::lock_guard lock{process().mutex};
-    return operation_named(name);
+    Operation& named = operation_named(name);
+    named.returns_pointer = returns_pointer;
+    return named;
 }
 
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
@@ -180,7 +183,7 @@ uint64_t dispatch(Operation& operation, std::initializer_list<Argument> argument
     if (process().is_recording)
         record_call(operation, arguments);
     if (const auto status = due_failure(operation))
-        return *status;
+        return operation.returns_pointer ? 0 : *status;
     if (!operation.script.empty())
         return play(operation, arguments);
     if (!operation.handler || operation.parameters != arguments.size())

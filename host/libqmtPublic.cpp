@@ -23,7 +23,7 @@ Result result_as(uint64_t result)
 #define OPERATION(Result, name, parameters, ...)                 \
     Result name parameters                                       \
     {                                                            \
-        static Operation& self = operation(#name);               \
+        static Operation& self = operation(#name, std::is_pointer_v<Result>);               \
         if (Log)                                                 \
             Log("%s", #name);                                    \
         return result_as<Result>(dispatch(self, {__VA_ARGS__})); \

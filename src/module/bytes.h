@@ -9,8 +9,8 @@
 
 namespace qdp {
 
-// Where a value lies: `size` bytes at `offset`. An integer is the little-endian word of 64 bits that starts there, shifted
-// up until its highest bit is the word's, and down until its lowest is; a place that holds no integer (a text, an address,
+// Where a value lies: `size` bytes at `offset`. An integer is some bits of the little-endian 64-bit word that starts there:
+// shifting `up` drops the bits above them, shifting `down` those below. A place that holds no integer (a text, an address,
 // an array) has no bits.
 struct Place {
     uint16_t offset;

@@ -29,7 +29,7 @@ void print(const char* text);
 PyObject* print_none(const char* text);
 [[gnu::format(printf, 1, 2)]] PyObject* print_none_format(const char* format, ...);
 
-// The end of a command: None, after a text when the library has refused it.
+// The end of a command: None, after printing the refusal when the library's status is one.
 PyObject* commanded(uint32_t status, const char* refusal);
 
 // Print and return NULL with no exception of our own.

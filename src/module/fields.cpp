@@ -1,4 +1,4 @@
-// The interpreter of field tables, and the converters that every room uses.
+// The interpreter of field tables, and the converters that all subsystems use.
 #include "module/fields.h"
 
 #include <arpa/inet.h>

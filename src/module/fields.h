@@ -153,6 +153,9 @@ PyObject* list_object(Bytes record, const Field& field)
 template <class Element, Place count>
 inline constexpr Kind as_list{list_object<Element, count>};
 
+// A MAC address as text; null with SystemError set when it cannot be made.
+PyObject* mac_object(Bytes record, size_t offset);
+
 // An IP address as text; null with SystemError set when it cannot be rendered.
 PyObject* address_object(Bytes record, size_t offset, bool is_ipv6);
 
@@ -222,7 +225,7 @@ consteval FieldTable<first + count> extended(const FieldTable<first>& base, cons
     (std::make_index_sequence<first>{}, std::make_index_sequence<count>{});
 }
 
-// --- Building. Each returns false or null with SystemError set when it fails. ---
+// --- Building. Each returns false or null with SystemError set when it fails ---
 
 // Each takes the object over, which may be null after a failure of its own.
 inline bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
@@ -263,6 +266,7 @@ PyObject* list_of(uint64_t length, Make make)
     PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
     return list && fill_list(list.get(), make) ? list.release() : nullptr;
 }
+
 // --- Whole results of methods ---
 
 // A table's dict. A dict that cannot be made is a text on standard error and None; a key that cannot be set is

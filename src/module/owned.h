@@ -24,8 +24,8 @@ using PyRef = std::unique_ptr<PyObject, DropReference>;
 template <class Record>
 using Owned = std::unique_ptr<Record, FreeMemory>;
 
-// A record whose first `cleared` bytes are zero, or null. Not by calloc, which goes without the allocator's cache of freed
-// blocks; the build keeps the compiler from putting it here.
+// A record whose first `cleared` bytes are zero, or null. By malloc, since glibc's calloc goes past the allocator's cache of
+// freed blocks; -fno-builtin-malloc keeps the compiler from joining the two lines to a calloc.
 template <class Record>
 Owned<Record> allocate(size_t cleared = sizeof(Record))
 {
@@ -35,8 +35,8 @@ Owned<Record> allocate(size_t cleared = sizeof(Record))
     return record;
 }
 
-// A large record of which only the header before `entries` is zeroed, or null: clearing megabytes that the library
-// rarely fills would cost more than the call.
+// A list record of megabytes, of which only the header before `entries` is zeroed, or null: clearing what the library
+// rarely fills would cost more than the call. What a wrong library counts and does not write is undefined there.
 template <class Record>
 Owned<Record> allocate_list()
 {

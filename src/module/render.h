@@ -27,9 +27,6 @@ constexpr int bit_count(uint64_t bits)
     return std::popcount(bits);
 }
 
-// A MAC address as a str; null with SystemError set when that cannot be made.
-PyObject* mac_object(Bytes record, size_t offset);
-
 }  // namespace qdp
 
 // Writes six bytes as "00:1b:21:0a:0b:0c" and a NUL into the output, at least 18 bytes, and returns it.

@@ -183,7 +183,8 @@ static_assert(offsetof(FlowEntry, area.software_hits) == 136);
 static_assert(offsetof(FlowEntry, area.software_bytes) == 152);
 static_assert(offsetof(FlowEntry, area.length) == 168);
 
-// The room of the longest entry. A page has so much room from the start of each of its entries.
+// The room of the longest entry. An entry that starts with less room than this before the end of the valid bytes is
+// refused.
 inline constexpr size_t max_flow_entry_bytes = 688;
 
 inline constexpr uint32_t no_more_flows = 0xffffffff;  // instead of a start index

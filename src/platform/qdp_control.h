@@ -1,5 +1,5 @@
-// The operations of the datapath control library, libqdp.so. Each returns 0 for success. A record that an operation
-// fills is followed by a pointer to a size word, which holds the record's capacity in bytes before the call.
+// The operations of the datapath control library, libqdp.so. Each returns 0 for success. A size pointer behind a record
+// points to the record's capacity in bytes before the call.
 #pragma once
 
 #include "platform/flow_cache.h"

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 
-inline constexpr uint32_t setting_version = 0;  // of every record that begins with a version
 
 inline constexpr char numa_team_property[] = "com.tarnix.wyx.qdp.teaming";
 inline constexpr char burst_size_property[] = "com.tarnix.wyx.qdp.burstsize";

@@ -14,6 +14,7 @@ inline constexpr uint32_t status_not_found = 0xbad0003;
 inline constexpr uint32_t status_bad_parameter = 0xbad0007;
 
 inline constexpr uint32_t host_property_flags = 16;
+inline constexpr uint32_t setting_version = 0;  // in the first word of a setting's record, where it has one
 
 inline constexpr char vswitch_class[] = "vswitch";
 inline constexpr char portset_property[] = "com.tarnix.common.host.portset";

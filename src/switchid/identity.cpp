@@ -156,7 +156,7 @@ uint32_t DVSPortsetNameToAlias(const char* portset_name, char* alias)
 
     PortsetSearch search{false, portset_name, {}};
     DVSState_SwitchForEach(match_portset, &search);
-    copy_name(name_in(search.alias), alias);
+    copy_name(search.found ? name_in(search.alias) : "", alias);
     return status_success;
 }
 

@@ -77,7 +77,7 @@ Setting read_setting(const SwitchId& id, const char* key, void* record, size_t l
     if (property.status != status_success)
         return Setting::absent;
 
-    if (property.bytes().load<uint32_t>(0) != 0) {
+    if (property.bytes().load<uint32_t>(0) != setting_version) {
         print_format("Format of property %s value is from unknown version.\n", version_key);
         return Setting::malformed;
     }

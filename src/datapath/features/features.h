@@ -43,6 +43,7 @@ Method PyQDP_Get_FPO_DelayCtOl_Config;
 Method PyQDP_Set_FPO_DelayCtOl_Config;
 Method PyQdp_Get_Refresh_Pkt_Injection;
 Method PyQdp_Set_Refresh_Pkt_Injection;
+
 // rss_engine.cpp
 Method PyQDP_List_RSS_Engine;
 

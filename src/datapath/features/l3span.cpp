@@ -50,13 +50,13 @@ constexpr auto gre_fields = fields<sizeof(R)>({
 // A record that is not valid shows nothing but that.
 bool fill_record(PyObject* dict, const L3SPANRecord& record)
 {
-    const Bytes bytes = bytes_of(record);
-    if (!fill(dict, validity_fields, bytes))
+    const Bytes answer = bytes_of(record);
+    if (!fill(dict, validity_fields, answer))
         return false;
     if (!record.is_valid)
         return true;
-    return fill(dict, common_fields, bytes) && (!record.is_geneve || fill(dict, geneve_fields, bytes)) &&
-           fill(dict, gre_fields, bytes);
+    return fill(dict, common_fields, answer) && (!record.is_geneve || fill(dict, geneve_fields, answer)) &&
+           fill(dict, gre_fields, answer);
 }
 
 }  // namespace

@@ -168,7 +168,7 @@ bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
 }
 
 // The actions from the lowest bit upward; a dropped packet meets no further ones. False when the output ended before
-// them: also before a bit that has no text. A last text that is cut is none of that.
+// them: also before a bit that has no text. A cut in the text of the last action alone is no failure.
 bool write_group(const FlowActions& flow, CutText& text)
 {
     for (uint64_t bits = word(flow.group, AT(G, bitmap)); bits != 0; bits &= bits - 1) {

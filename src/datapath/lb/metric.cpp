@@ -35,18 +35,18 @@ bool read_settings(const char* alias, LBSettings& settings)
 
 // Stores the metric beside whatever else the switch's settings hold. The settings are read before the name is looked
 // at, so that an unknown switch is reported first.
-bool set_metric(const char* alias, std::string_view name)
+bool set_metric(const char* alias, const char* name)
 {
     LBSettings settings;
     if (!read_settings(alias, settings))
         return false;
 
-    const auto* found = std::ranges::find(metric_names.names, name);
+    const auto* found = std::ranges::find(metric_names.names, std::string_view{name});
     if (found == std::end(metric_names.names)) {
-        print_format("Invalid metric name %s.\n", name.data());
+        print_format("Invalid metric name %s.\n", name);
         return false;
     }
-    settings.version = 0;
+    settings.version = setting_version;
     settings.metric = static_cast<uint32_t>(found - metric_names.names);
 
     SwitchId id;

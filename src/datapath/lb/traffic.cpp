@@ -99,7 +99,7 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "IO", &switch_number, &loads) || !PyTuple_Check(loads))
         return print_none(invalid_parameter_blank_line);
 
-    const auto ports = allocate_list<PortList>();
+    const auto ports = allocate<PortList>();
     if (!ports)
         return print_none(no_traffic_memory);
     uint32_t size = sizeof(PortList);
@@ -123,8 +123,10 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
             continue;
         if (Qdp_InjectLBTraffic(request.get()) != 0)
             return print_none("Failed to inject traffic.\n\n");
+        if (is_last)
+            break;
         *request = {switch_number, 0, {}};
-        if (!is_last && PyErr_CheckSignals() != 0)  // Ctrl-C ends an injection of many batches
+        if (PyErr_CheckSignals() != 0)  // Ctrl-C ends an injection of many batches
             return nullptr;
     }
     return none();

@@ -48,7 +48,7 @@ PyObject* PyQDP_List_Port_MACTable(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_switch(switch_number))
         return print_none(invalid_parameter);
 
-    const auto record = allocate_list<PortMacTable>();
+    const auto record = allocate<PortMacTable>();
     if (!record)
         return print_none(no_memory);
 
@@ -64,7 +64,7 @@ PyObject* PyQDP_List_Switch_MACTable(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
         return print_none(invalid_parameter);
 
-    const auto record = allocate_list<SwitchMacTable>();
+    const auto record = allocate<SwitchMacTable>();
     if (!record)
         return print_none(no_memory);
 

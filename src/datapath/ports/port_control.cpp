@@ -67,7 +67,7 @@ PyObject* PyQDP_Get_Port_Tx_Uplink(PyObject*, PyObject* args)
     if (Qdp_Get_Port_Tx_Uplink(switch_number, port, &record, &size) != 0)
         return print_none("Failed to get port TX uplink.\n");
 
-    // From here on the interpreter's own exceptions are what the caller sees, beside None only for the list.
+    // A list that cannot be made is None beside the interpreter's exception; anything later raises it.
     const PyRef uplinks{PyList_New(record.count)};
     if (!uplinks)
         return none();

@@ -70,13 +70,14 @@ PyObject* PyQDP_Get_Port_Stats(PyObject*, PyObject* args)
     if (!fill(stats.get(), fast_path_fields, bytes_of(*record)))
         return none();
 
+    size = sizeof(PortCounters);
     if (Qdp_Get_Port_Stats_Slowpath(switch_number, port, record.get(), &size) != 0)
         return print_none("Failed to retrieve slowpath port stats.\n");
     const bool complete = fill(stats.get(), slow_path_fields, bytes_of(*record));
     return built_or_none(std::move(stats), complete);
 }
 
-// Representor ports keep no counters of their own.
+// Holds the place of a method that does nothing yet: deliberate.
 PyObject* PyQDP_Get_Rep_Port_Stats(PyObject*, PyObject*)
 {
     return none();

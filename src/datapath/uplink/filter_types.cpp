@@ -89,5 +89,5 @@ void PyQDPSetFiltTypeProp(const char* alias, uint16_t mask)
 {
     SwitchId id;
     if (resolve_switch_id(alias, id))
-        write_setting(id, filter_types_property, FilterTypesSetting{0, mask});
+        write_setting(id, filter_types_property, FilterTypesSetting{setting_version, mask});
 }

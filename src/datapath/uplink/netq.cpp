@@ -69,9 +69,9 @@ constexpr auto queue_fields = fields<sizeof(Q)>({
 PyObject* queue_list(Bytes filter, const Field&)
 {
     const NetQFilter head = head_of(filter);
-    PyRef list{made(PyList_New(head.num_queues))};
-    const bool complete = list && fill_dicts(list.get(), queue_fields, filter.from(queues_offset(head)));
-    return complete ? list.release() : nullptr;
+    const Bytes queues = filter.from(queues_offset(head));
+    return list_of(head.num_queues,
+                   [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))).release(); });
 }
 
 using F = NetQFilter;
@@ -90,14 +90,12 @@ size_t filter_bytes(Bytes filter)
 // lengths are, the walk makes no more than a dict a filter and a queue.
 PyObject* filter_list(Bytes info, const Field& field)
 {
-    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(info.unsigned_at(field.where))))};
     Bytes filter = info.from(offsetof(NetQInfo, entries));
-    const bool complete = list && fill_list(list.get(), [&](size_t) {
-                              PyObject* dict = dict_of(filter_fields, filter).release();
-                              filter = filter.from(filter_bytes(filter));
-                              return dict;
-                          });
-    return complete ? list.release() : nullptr;
+    return list_of(info.unsigned_at(field.where), [&](size_t) {
+        PyObject* dict = dict_of(filter_fields, filter).release();
+        filter = filter.from(filter_bytes(filter));
+        return dict;
+    });
 }
 
 using R = NetQInfo;
@@ -117,7 +115,7 @@ PyObject* PyQDP_Get_Port_NetQ_Info(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_port(switch_number, port))
         return print_none(invalid_parameter);
 
-    auto info = allocate_list<NetQInfo>();
+    auto info = allocate<NetQInfo>();
     if (!info)
         return print_none(no_memory);
 

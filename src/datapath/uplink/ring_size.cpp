@@ -48,9 +48,9 @@ PyObject* PyQDP_Set_Uplink_Ring_Size(PyObject*, PyObject* args)
     if (!is_aligned(rings.tx) || !is_aligned(rings.rx))
         return print_none_format("ValueError: Ring size must be %u aligned.\n", ring_alignment);
 
-    if (DVSHCK_PortDataSet(switch_text, port_text, uplink_rings_key, &rings, sizeof rings, port_data_flags) != 0)
-        return print_none("ValueError: Failed to set port property.\n");
-    return none();
+    const uint32_t status =
+        DVSHCK_PortDataSet(switch_text, port_text, uplink_rings_key, &rings, sizeof rings, port_data_flags);
+    return commanded(status, "ValueError: Failed to set port property.\n");
 }
 
 }  // namespace qdp

@@ -1,5 +1,5 @@
-// The counter blocks of the SmartNIC's pipeline as dicts: the same keys whether the library or a hardware table gives the
-// block, so that the two can be compared key by key. All counters are shown signed.
+// The counter blocks of the SmartNIC's pipeline as dicts: the same keys whether the library or a hardware table gives
+// the block, so that the two can be compared key by key. All counters are shown signed.
 #pragma once
 
 #include "module/fields.h"

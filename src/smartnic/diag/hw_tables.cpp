@@ -1,4 +1,4 @@
-// The hardware tables in the SmartNIC's memory: their inventory, hex dumps, and the invalidation of the cache above them.
+// The hardware tables in the SmartNIC's memory: their inventory, hex dumps, and the invalidation of their cache.
 #include <algorithm>
 #include <cstdio>
 

@@ -8,20 +8,23 @@ namespace {
 
 constexpr size_t levels = 8;
 
+constexpr Place words(size_t first, size_t count)
+{
+    return bytes(first * sizeof(uint64_t), count * sizeof(uint64_t));
+}
+
 constexpr Place word(size_t number)
 {
-    return bytes(number * sizeof(uint64_t), sizeof(uint64_t));
+    return words(number, 1);
 }
 
 // One counter a level of the hash table, the first at the field's place.
 PyObject* list_of_levels(Bytes entry, const Field& field)
 {
-    PyRef list{made(PyList_New(levels))};
-    const bool complete = list && fill_list(list.get(), [&](size_t level) {
-                              const size_t offset = field.where.offset + level * sizeof(int64_t);
-                              return made(PyLong_FromLong(entry.load<int64_t>(offset)));
-                          });
-    return complete ? list.release() : nullptr;
+    return list_of(levels, [&](size_t level) {
+        const size_t offset = field.where.offset + level * sizeof(int64_t);
+        return made(PyLong_FromLong(entry.load<int64_t>(offset)));
+    });
 }
 
 // Words 17 and 18 stand where words 0 and 4 would: deliberate. These two, 11 and 12 are not shown.
@@ -43,8 +46,8 @@ constexpr auto flow_operations = table<P4Table::flow_operations>({
     {"write", word(20), as_signed},
     {"entries", word(15), as_signed},
     {"collisions", word(16), as_signed},
-    {"insertLevel", bytes(21 * 8, levels * 8), list_of_levels},
-    {"removeLevel", bytes(29 * 8, levels * 8), list_of_levels},
+    {"insertLevel", words(21, levels), list_of_levels},
+    {"removeLevel", words(29, levels), list_of_levels},
 });
 
 }  // namespace

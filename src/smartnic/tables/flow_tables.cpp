@@ -48,14 +48,26 @@ constexpr auto flow_info = table<P4Table::flow_info>({
     {"ipfixEgressIdx", bytes(52, 4)},
 });
 
-// clang-format off: one key a line
+// clang-format off
 constexpr auto flow_rewrite = table<P4Table::flow_rewrite>({
-    {"vlanPop", bits(0, 0, 1)},     {"vlanPush", bits(0, 1, 1)},        {"vlanSet", bits(0, 2, 1)},
-    {"vlanSetPcp", bits(0, 3, 1)},  {"ipDscpSet", bits(0, 4, 1)},       {"route", bits(0, 5, 1)},
-    {"rssOverride", bits(0, 6, 1)}, {"kcpVlanPush", bits(0, 7, 1)},     {"vlanPcp", bits(0, 9, 3)},
-    {"ipDscp", bits(0, 12, 6)},     {"rssOverrideQid", bits(0, 18, 6)}, {"hops", bytes(3, 1)},
-    {"vlanVid", bits(4, 0, 12)},    {"kcpVlanVid", bits(4, 12, 12)},    {"vni", bits(8, 0, 24)},
-    {"encapSport", bytes(12, 2)},   {"flowCookie", bytes(28, 4)},       {"smac", bytes(14, 6), as_mac},
+    {"vlanPop", bits(0, 0, 1)},
+    {"vlanPush", bits(0, 1, 1)},
+    {"vlanSet", bits(0, 2, 1)},
+    {"vlanSetPcp", bits(0, 3, 1)},
+    {"ipDscpSet", bits(0, 4, 1)},
+    {"route", bits(0, 5, 1)},
+    {"rssOverride", bits(0, 6, 1)},
+    {"kcpVlanPush", bits(0, 7, 1)},
+    {"vlanPcp", bits(0, 9, 3)},
+    {"ipDscp", bits(0, 12, 6)},
+    {"rssOverrideQid", bits(0, 18, 6)},
+    {"hops", bytes(3, 1)},
+    {"vlanVid", bits(4, 0, 12)},
+    {"kcpVlanVid", bits(4, 12, 12)},
+    {"vni", bits(8, 0, 24)},
+    {"encapSport", bytes(12, 2)},
+    {"flowCookie", bytes(28, 4)},
+    {"smac", bytes(14, 6), as_mac},
     {"dmac", bytes(20, 6), as_mac},
 });
 // clang-format on

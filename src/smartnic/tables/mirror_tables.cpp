@@ -49,7 +49,7 @@ constexpr auto mirror_l3 = table<P4Table::mirror_l3>({
 
 }  // namespace
 
-// The sessions of the two directions share one table, in its two halves.
+// The selector chooses a half of the table.
 PyObject* PyQDP_TableMirrorGet(PyObject*, PyObject* args)
 {
     uint32_t session, selector;

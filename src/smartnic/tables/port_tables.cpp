@@ -17,7 +17,7 @@ constexpr Names<12> applications{{"default", "classic nic", "rdma", "tcptls", "i
 
 // What a packet from a LIF is tagged with. An entry without a valid port of the host has the first keys only.
 constexpr Place is_wyx_valid = bits(17, 0, 1);
-constexpr auto pinned_input = table<P4Table::input>({
+constexpr auto invalid_input = table<P4Table::input>({
     {"lifId", bytes(0, 2)},
     {"portId", bytes(2, 2)},
     {"pinnedPortId", bytes(10, 2)},
@@ -28,15 +28,15 @@ constexpr auto pinned_input = table<P4Table::input>({
     {"isWyxValid", is_wyx_valid},
 });
 constexpr auto input = table<P4Table::input>(extended<p4_table_shape(P4Table::input).entry_bytes>(
-    pinned_input.fields, {
-                             {"wyxPortId", bytes(4, 2)},
-                             {"repPortId", bytes(6, 2)},
-                             {"srcTag", bytes(8, 2)},
-                             {"pktCapture", bits(16, 4, 1)},
-                             {"useVlanMapping", bits(16, 3, 1)},
-                             {"flowKeyType", bits(16, 0, 3), as_name<flow_key_types>},
-                             {"fwdMode", bits(16, 5, 3), as_name<forwarding_modes>},
-                         }));
+    invalid_input.fields, {
+                              {"wyxPortId", bytes(4, 2)},
+                              {"repPortId", bytes(6, 2)},
+                              {"srcTag", bytes(8, 2)},
+                              {"pktCapture", bits(16, 4, 1)},
+                              {"useVlanMapping", bits(16, 3, 1)},
+                              {"flowKeyType", bits(16, 0, 3), as_name<flow_key_types>},
+                              {"fwdMode", bits(16, 5, 3), as_name<forwarding_modes>},
+                          }));
 
 // How a packet that leaves by a port is edited, and where it goes.
 constexpr auto output = table<P4Table::output>({
@@ -101,7 +101,7 @@ PyObject* PyQDP_TableInputGet(PyObject*, PyObject* args)
     if (!entry.read_at(lif))
         return none();
     const bool is_valid = entry.bytes().unsigned_at(is_wyx_valid) != 0;
-    return dict_or_none(is_valid ? Fields{input.fields} : Fields{pinned_input.fields}, entry.bytes());
+    return dict_or_none(is_valid ? Fields{input.fields} : Fields{invalid_input.fields}, entry.bytes());
 }
 
 PyObject* PyQDP_TableOutputGet(PyObject*, PyObject* args)
