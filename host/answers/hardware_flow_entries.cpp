@@ -11,11 +11,6 @@ namespace {
 constexpr uint16_t first_outer_port = 0xc000;
 constexpr uint32_t first_cookie = 0x0f100000;
 
-bool has(const Flow& flow, FlowAction action)
-{
-    return flow.actions.bitmap & action_bit(action);
-}
-
 bool is_decapsulated(const Flow& flow)
 {
     return has(flow, FlowAction::geneve_decap) || has(flow, FlowAction::vxlan_decap);

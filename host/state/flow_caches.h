@@ -66,6 +66,12 @@ struct Flow {
     uint64_t packet_bytes;
 };
 
+// Whether an action is among a flow's.
+inline bool has(const Flow& flow, FlowAction action)
+{
+    return flow.actions.bitmap & action_bit(action);
+}
+
 inline constexpr size_t max_routing_instances = 3;
 inline constexpr uint32_t first_hardware_flow = 100;  // the index of the first offloaded flow
 

@@ -30,7 +30,7 @@ uint32_t record_of(const Flow& flow)
 
 bool is_dropped(const Flow& flow)
 {
-    return flow.actions.bitmap & action_bit(FlowAction::drop);
+    return has(flow, FlowAction::drop);
 }
 
 bool is_tracked(const Flow& flow)
