@@ -137,7 +137,7 @@ RECIPES = {
     "SetPanicOnTxHang": (0, 1),
     "GetPortNetQInfo": UPLINK,
     "MigrateNetQFilter": (*VNIC, 1),
-    "GetUplinkRingSize": (ALIAS, "vmnic0"),
+    "GetUplinkRingSize": after("SetUplinkRingSize", ALIAS, "vmnic0", 1024, 512, returned=(ALIAS, "vmnic0")),
     "SetUplinkRingSize": (ALIAS, "vmnic0", 1024, 512),
     "GetSwitchFilterTypes": (ALIAS,),
     "SetSwitchFilterTypes": (ALIAS, "VLANMAC", 1),

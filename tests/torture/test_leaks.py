@@ -79,9 +79,7 @@ def grows_nothing(frozen, tortured, young):
         assert grown == []
 
     def growth(before, after, more_objects):
-        found = [what for what in ("values", "files") if after[what] != before[what]]
-        if after["module's blocks"]:
-            found.append("blocks of the module")
+        found = [what for what in ("module's blocks", "values", "files") if after[what] != before[what]]
         if more_objects >= NOISE:
             found.append(f"{more_objects} blocks of the interpreter")
         for what in ("shared", "arguments"):
