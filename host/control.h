@@ -22,8 +22,8 @@ int qdp_host_script_size(const char* operation, unsigned output, uint32_t size);
 // Makes the result of the scripted answer added last a pointer to these bytes, for operations that return a text.
 int qdp_host_script_text(const char* operation, const void* bytes, size_t size);
 
-// Fails calls of the operation with this status, or with a null pointer where it returns a pointer: from the n-th from now on (1 is the next), so many times; 0 times is
-// for ever. Returns 0, or -1 for an unknown operation.
+// Fails calls of the operation with this status, or with a null pointer where it returns a pointer: from the n-th from
+// now on (1 is the next), so many times; 0 times is for ever. Returns 0, or -1 for an unknown operation.
 int qdp_host_fail(const char* operation, uint32_t status, unsigned nth, unsigned times);
 
 // Starts recording calls anew, or stops.

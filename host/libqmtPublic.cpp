@@ -20,13 +20,13 @@ Result result_as(uint64_t result)
 
 }  // namespace
 
-#define OPERATION(Result, name, parameters, ...)                 \
-    Result name parameters                                       \
-    {                                                            \
-        static Operation& self = operation(#name, std::is_pointer_v<Result>);               \
-        if (Log)                                                 \
-            Log("%s", #name);                                    \
-        return result_as<Result>(dispatch(self, {__VA_ARGS__})); \
+#define OPERATION(Result, name, parameters, ...)                              \
+    Result name parameters                                                    \
+    {                                                                         \
+        static Operation& self = operation(#name, std::is_pointer_v<Result>); \
+        if (Log)                                                              \
+            Log("%s", #name);                                                 \
+        return result_as<Result>(dispatch(self, {__VA_ARGS__}));              \
     }
 
 #include "host/operations_switch_state.def"

@@ -5,6 +5,7 @@
 
 #include "host/host.h"
 #include "platform/settings.h"
+#include "platform/switch_state.h"
 
 namespace host {
 

@@ -1,4 +1,5 @@
-// Entries about offloaded flows: their keys, what happens to their packets, their counters and their connections' state.
+// Entries about offloaded flows: their keys, what happens to their packets, their counters and their connections'
+// state.
 #include <algorithm>
 
 #include "host/answers/hardware_entries.h"

@@ -200,8 +200,8 @@ bool is_offloaded(const Host& host, const Switch& owner, const Flow& flow, uint3
     return host.features.switches.at(owner.entry->switch_number).nic.models && number % 7 == 0;
 }
 
-// What lies behind a tunnel comes and goes by the uplink where the tunnel ends. A flow's tag is that of the port it comes
-// in by.
+// What lies behind a tunnel comes and goes by the uplink where the tunnel ends. A flow's tag is that of the port it
+// comes in by.
 void go_by_uplink(const Host& host, Flow& flow, uint32_t number)
 {
     const MacAddress remote{0x02, 0x50, 0x56, 0x0a, 0x00, static_cast<uint8_t>(number)};

@@ -45,7 +45,8 @@ struct FlowActions {
     uint8_t multicast_ports;  // 0: not a multicast group
 };
 
-// Where a NIC keeps an offloaded flow. The SmartNIC's pipeline knows it by an index of its own, other NICs by a pointer.
+// Where a NIC keeps an offloaded flow. The SmartNIC's pipeline knows it by an index of its own, other NICs by a
+// pointer.
 struct FlowOffload {
     uint32_t hardware_index;
     uint64_t software_index;

@@ -1,4 +1,5 @@
-// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of mirror sessions.
+// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of
+// mirror sessions.
 #include "host/state/hardware_tables.h"
 
 #include "host/host.h"

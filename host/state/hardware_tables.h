@@ -1,5 +1,5 @@
-// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of mirror sessions.
-// The entries of the tables are made from all of these when they are read.
+// What the SmartNIC's hardware tables hold beyond its port model and the offloaded flows: tunnels, and headers of
+// mirror sessions. The entries of the tables are made from all of these when they are read.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,8 @@ struct MemoryTable {
 
 std::vector<MemoryTable> default_memory_tables();
 
-// The bytes of an entry: of the records of an offloaded flow, or zeros where none has such records. Those of tables whose entries mean nothing here are made up, and always the same.
+// The bytes of an entry: of the records of an offloaded flow, or zeros where none has such records. Those of tables
+// whose entries mean nothing here are made up, and always the same.
 std::vector<std::byte> entry_of(const Host& host, const MemoryTable& table, uint32_t index);
 
 }  // namespace host

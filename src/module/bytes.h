@@ -9,9 +9,9 @@
 
 namespace qdp {
 
-// Where a value lies: `size` bytes at `offset`. An integer is some bits of the little-endian 64-bit word that starts there:
-// shifting `up` drops the bits above them, shifting `down` those below. A place that holds no integer (a text, an address,
-// an array) has no bits.
+// Where a value lies: `size` bytes at `offset`. An integer is some bits of the little-endian 64-bit word that starts
+// there: shifting `up` drops the bits above them, shifting `down` those below. A place that holds no integer (a text,
+// an address, an array) has no bits.
 struct Place {
     uint16_t offset;
     uint16_t size;

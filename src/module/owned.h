@@ -24,8 +24,8 @@ using PyRef = std::unique_ptr<PyObject, DropReference>;
 template <class Record>
 using Owned = std::unique_ptr<Record, FreeMemory>;
 
-// A record whose first `cleared` bytes are zero, or null. By malloc, since glibc's calloc goes past the allocator's cache of
-// freed blocks; -fno-builtin-malloc keeps the compiler from joining the two lines to a calloc.
+// A record whose first `cleared` bytes are zero, or null. By malloc, since glibc's calloc goes past the allocator's
+// cache of freed blocks; -fno-builtin-malloc keeps the compiler from joining the two lines to a calloc.
 template <class Record>
 Owned<Record> allocate(size_t cleared = sizeof(Record))
 {

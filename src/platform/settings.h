@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 
-
 inline constexpr char numa_team_property[] = "com.tarnix.wyx.qdp.teaming";
 inline constexpr char burst_size_property[] = "com.tarnix.wyx.qdp.burstsize";
 inline constexpr char overlay_l2_flow_property[] = "com.tarnix.wyx.qdp.overlayl2flow";

@@ -1,6 +1,6 @@
-// The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and its
-// own malloc and calloc. Methods are called without the interpreter's check in between, so that the pair of returned value
-// and exception is seen as it is.
+// The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and
+// its own malloc and calloc. Methods are called without the interpreter's check in between, so that the pair of
+// returned value and exception is seen as it is.
 #include <cstdlib>
 #include <cstring>
 

@@ -44,7 +44,8 @@ bool take(PyObject* args, Arguments& wanted)
            wanted.lcore < max_lcores && wanted.start_index != no_more_flows;
 }
 
-// The library gets the low byte of the argument that switches a filter on. What is no MAC address leaves zeros: the text is not checked.
+// The library gets the low byte of the argument that switches a filter on. What is no MAC address leaves zeros: the
+// text is not checked.
 void set_filter(const MacFilter& filter, uint8_t& is_on, uint8_t (&mac)[mac_bytes])
 {
     is_on = static_cast<uint8_t>(filter.is_on);

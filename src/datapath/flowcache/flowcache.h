@@ -18,14 +18,14 @@ inline constexpr uint32_t flow_key_text_bytes = 256;
 // --- The callers' records need not be aligned, and are as long as what is read of them. ---
 
 // flow_key.cpp
-// Writes the line of a flow key into flow_key_text_bytes. Clears those fields of the key, in place, that have no meaning
-// at its layer. Returns the length of the last column.
+// Writes the line of a flow key into flow_key_text_bytes. Clears those fields of the key, in place, that have no
+// meaning at its layer. Returns the length of the last column.
 QDP_EXPORT int FCFlowKeyToStr(void* key, char* out);
 
 // flow_actions.cpp
-// Writes what a flow's action area says: its header, and each action of the group at `group_offset`. The sections of the
-// tail are found backwards from `tail_length`; the flow's entry tells the connection-tracking contexts. Returns 0; or 1,
-// and says so on standard error, when the output ended before the actions.
+// Writes what a flow's action area says: its header, and each action of the group at `group_offset`. The sections of
+// the tail are found backwards from `tail_length`; the flow's entry tells the connection-tracking contexts. Returns 0;
+// or 1, and says so on standard error, when the output ended before the actions.
 QDP_EXPORT int FCActionsToStr(const void* area, char* out, uint32_t size, uint32_t tail_length, const void* entry,
                               uint32_t group_offset);
 

@@ -25,7 +25,8 @@ Method PyQDP_Set_Panic_On_Tx_Hang;
 
 }  // namespace qdp
 
-// Writes the names of a port's receive filter flags, each with a blank behind it, cut to `size` bytes, the NUL included.
+// Writes the names of a port's receive filter flags, each with a blank behind it, cut to `size` bytes, the NUL
+// included.
 QDP_EXPORT void FlagsToStr(uint32_t flags, char* out, uint32_t size);
 
 // Lists for the hosting process. Each is as long as the low 16 bits of `count` say; None when it cannot be made.

@@ -55,8 +55,8 @@ PyObject* counter_list(const UplinkCounters& record)
     return list.release();
 }
 
-// A text of `length` bytes, or null. A NUL follows it, for a library that fills it without one. By calloc, which does not
-// touch the memory of an absurd length.
+// A text of `length` bytes, or null. A NUL follows it, for a library that fills it without one. By calloc, which does
+// not touch the memory of an absurd length.
 Owned<char> allocate_text(size_t length)
 {
     return Owned<char>{static_cast<char*>(std::calloc(length + 1, 1))};

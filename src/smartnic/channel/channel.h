@@ -25,7 +25,8 @@ inline constexpr size_t max_payload_bytes = 16;
 // null response and a capacity of 0. The status of the library: 0 for success.
 uint32_t send_command(P4Opcode opcode, const void* payload, size_t payload_size, void* response, uint32_t capacity);
 
-// Typed: without a response, with a payload and a response, with a response only. A response should be zeroed before: a short answer then decodes as zeros.
+// Typed: without a response, with a payload and a response, with a response only. A response should be zeroed before:
+// a short answer then decodes as zeros.
 template <class Payload>
 uint32_t send(P4Opcode opcode, const Payload& payload)
 {

@@ -46,8 +46,8 @@ uint32_t QdpGetIndexTableData(uint32_t index, uint16_t table, void* entry, uint3
     return send(&request.header, entry, entry_length);
 }
 
-// The request takes the stack that its key needs, in whole words, and never more than for a key of 64 KiB: neither of its
-// lengths can name a byte beyond that, so what follows in a longer key could not be read by anyone.
+// The request takes the stack that its key needs, in whole words, and never more than for a key of 64 KiB: neither of
+// its lengths can name a byte beyond that, so what follows in a longer key could not be read by anyone.
 uint32_t QdpGetGenericKeyTableData(const void* key, uint32_t key_length, uint16_t table, void* entry,
                                    uint32_t* entry_length)
 {
