@@ -12,6 +12,7 @@ import subprocess
 import sys
 import termios
 import time
+from collections import Counter
 
 import pytest
 
@@ -32,7 +33,9 @@ TABLES = [name for name in TITLES if name != "latency"]
 # The embedded host's model.
 NUM_LIFS = 4 + 2 + 180
 NUM_VLAN_PORTS = 180
-NUM_ACTIVE = 4 + 2 + 32  # LIFs below 48, and their ports; no mux VLAN port is
+NUM_LIFS_UP = NUM_LIFS - 11  # every sixteenth is down: 31, 47 and so on until 191; only what is up has traffic
+NUM_PORTS_UP = NUM_LIFS_UP + NUM_VLAN_PORTS
+HOUR = 3600  # seconds that the embedded host has been up for when it starts
 
 BOUNDS = [*range(100, 501, 100), *range(700, 1501, 200), *range(2000, 4001, 500), *range(5000, 9001, 1000)]
 
@@ -48,7 +51,7 @@ exec(preparation)
 sys.path.insert(0, os.path.dirname(sys.argv[0]))
 runpy.run_path(sys.argv[0], run_name="__main__")
 """
-AN_HOUR_OF_TRAFFIC = "host.advance(3600)"
+AN_HOUR_OF_TRAFFIC = ""  # the host as it starts, with its clock frozen
 
 # Latencies of ten seconds.
 LATENCIES = """
@@ -175,8 +178,8 @@ def test_rows_of_lists(run):
         ("lifs", NUM_LIFS),
         ("vlan-ports", NUM_VLAN_PORTS),
         ("ports", NUM_LIFS + NUM_VLAN_PORTS),
-        ("lif-counters", NUM_ACTIVE),
-        ("port-counters", NUM_ACTIVE),
+        ("lif-counters", NUM_LIFS_UP),
+        ("port-counters", NUM_PORTS_UP),
     ],
 )
 def test_the_first_rows_and_how_many_more_there_are(run, name, rows):
@@ -200,21 +203,32 @@ def test_columns_are_aligned(run):
         assert all(len(row) == len(headings) for row in rows)
 
 
+# Counters of zero: for each LIF and each port as often as a section and the drops read them, and for the pipeline.
+WITHOUT_TRAFFIC = f"""
+for operation, size, reads in [
+    ("Qdp_Lif_Stats_Get", 384, 2 * {NUM_LIFS}),
+    ("Qdp_Port_Stats_Get", 256, 2 * {NUM_LIFS + NUM_VLAN_PORTS}),
+    ("Qdp_P4I_Stats_Get", 64, 1),
+    ("Qdp_P4E_Stats_Get", 64, 1),
+]:
+    for _ in range(reads):
+        host.script(operation, outputs=[bytes(size)])
+"""
+
+
 def test_without_traffic(run):
     chosen = ["lif-counters", "port-counters", "drops"]
     options = [word for name in chosen for word in ("--section", name)]
-    shown = sections(printed(run(*options, prepare="")))
+    shown = sections(printed(run(*options, prepare=WITHOUT_TRAFFIC)))
     assert shown == {TITLES[name]: ["  none"] for name in chosen}
 
 
-# LIF 16 receives 100 + 7 * 16 packets a second and sends 150 + 11 * 16; port 16 receives 400 + 13 * 16 and sends
-# 300 + 17 * 16. A packet has 64 + 29 * 16 bytes. A 50th as many are multicast, a 200th broadcast; a 1000th is dropped.
-@pytest.mark.parametrize(
-    "name, key, rx, tx",
-    [("lif-counters", "lifID", 212, 326), ("port-counters", "dstPort", 608, 572)],
-)
-def test_traffic(run, name, key, rx, tx):
-    (lines,) = sections(printed(run("--section", name, prepare="host.advance(1000 * 1000)"))).values()
+# Port 16 receives 400 + 13 * 16 = 608 packets a second and sends 300 + 17 * 16 = 572, and so does LIF 16, whose port
+# it is. A packet has 64 + 29 * 16 = 528 bytes. A 50th as many are multicast, a 200th broadcast; a 10,000th is dropped.
+@pytest.mark.parametrize("name, key", [("lif-counters", "lifID"), ("port-counters", "dstPort")])
+def test_traffic(run, name, key):
+    prepare = f"host.advance(1000 * 1000 - {HOUR})"  # which makes it a million seconds
+    (lines,) = sections(printed(run("--section", name, prepare=prepare))).values()
     rows = rows_of(lines)
     assert [row[key] for row in rows[:8]] == ["1", "2", "3", "4", "8", "9", "16", "17"]
     row = {key: number(text) for key, text in rows[6].items()}
@@ -223,29 +237,30 @@ def test_traffic(run, name, key, rx, tx):
         return unicast + unicast // 50 + unicast // 200
 
     expected = {key: 16}
-    for way, rate in [("rx", rx), ("tx", tx)]:
+    for way, rate in [("rx", 608), ("tx", 572)]:
         expected[way + "Pkts"] = summed(rate * 1000 * 1000)
         expected[way + "Bytes"] = summed(rate * 1000 * 1000) * 528
-        expected[way + "DropPkts"] = summed(rate * 1000)
+        expected[way + "DropPkts"] = summed(rate * 100)
     assert list(row.items()) == list(expected.items())
 
 
+# Of 100,000 packets a second from the host, through 10,000 seconds.
 def test_totals_of_the_pipeline(run):
-    (lines,) = sections(printed(run("--section", "pipeline", prepare="host.advance(10)"))).values()
+    (lines,) = sections(printed(run("--section", "pipeline", prepare=f"host.advance(10_000 - {HOUR})"))).values()
     assert [cells(line) for line in lines[1:]] == [
-        ["ingress", "rxFromHost", "1,000,000"],
-        ["ingress", "rxFromSwitch", "1,500,000"],
-        ["ingress", "rxFromCpu", "20,000"],
-        ["ingress", "rxUserCsumErr", "10"],
+        ["ingress", "rxFromHost", "1,000,000,000"],
+        ["ingress", "rxFromSwitch", "1,500,000,000"],
+        ["ingress", "rxFromCpu", "20,000,000"],
+        ["ingress", "rxUserCsumErr", "10,000"],
         ["ingress", "rxSubstrateCsumErr", "0"],
-        ["ingress", "rxMalformed", "20"],
-        ["egress", "txToHost", "1,500,000"],
-        ["egress", "txToSwitch", "1,000,000"],
-        ["egress", "txToCpu", "20,000"],
-        ["egress", "flowMiss", "10,000"],
-        ["egress", "connTrackRedir", "5,000"],
+        ["ingress", "rxMalformed", "20,000"],
+        ["egress", "txToHost", "1,500,000,000"],
+        ["egress", "txToSwitch", "1,000,000,000"],
+        ["egress", "txToCpu", "20,000,000"],
+        ["egress", "flowMiss", "10,000,000"],
+        ["egress", "connTrackRedir", "5,000,000"],
         ["egress", "wrongReinject", "0"],
-        ["egress", "drop", "20"],
+        ["egress", "drop", "20,000"],
     ]
 
 
@@ -256,10 +271,12 @@ def test_drops_are_those_of_all_places_the_highest_first(run):
     assert counts == sorted(counts, reverse=True) and counts[-1] > 0
     found = {(where, counter): number(count) for where, counter, count in rows}
     assert len(found) == len(rows)
-    assert found["ingress", "rxMalformed"] == found["egress", "drop"] == 7200
-    assert found["port 16", "rxUcastDropPkts"] == 608 * 3600 // 1000
-    assert found["LIF 16", "rxUcastDropPkts"] == found["LIF 16", "rxQueueEmpty"] == 212 * 3600 // 1000
-    assert found["LIF 16", "txDescFetchError"] == 326 * 3600 // 100_000
+    assert found["ingress", "rxMalformed"] == found["egress", "drop"] == 2 * HOUR
+    assert found["port 16", "rxUcastDropPkts"] == 608 * HOUR // 10_000
+    assert found["LIF 16", "rxUcastDropPkts"] == found["LIF 16", "rxQueueEmpty"] == 608 * HOUR // 10_000
+    assert found["LIF 16", "txDescFetchError"] == 572 * HOUR // 100_000
+    places = [where.split()[0] for where in {where for where, _ in found}]
+    assert Counter(places) == {"ingress": 1, "egress": 1, "LIF": NUM_LIFS_UP, "port": NUM_PORTS_UP}
     assert not {counter for _, counter in found} & {"rxFromHost", "flowMiss", "rxUcastPkts", "rxUcastDropBytes"}
 
 
@@ -369,7 +386,7 @@ time.sleep = sleep
 
 def test_the_report_is_of_the_end_of_collecting(run):
     done = run("--section", "pipeline", "--section", "latency", "--collect", "30", prepare=SLEEPING)
-    assert cells(sections(done.stdout)[TITLES["pipeline"]][1]) == ["ingress", "rxFromHost", "3,000,000"]
+    assert cells(sections(done.stdout)[TITLES["pipeline"]][1]) == ["ingress", "rxFromHost", f"{100_000 * (HOUR + 30):,}"]
 
 
 def test_without_collecting_nothing_is_switched(run):
