@@ -16,7 +16,8 @@ import pytest
 import _libqdp
 from adversity import starved
 from observe import Outcome
-from typings.arguments import ARGUMENTS, MORE_ARGUMENTS, PRINTED, arguments_of
+from recipes import RECIPES, is_made_of
+from typings.arguments import MORE_ARGUMENTS, PRINTED
 from typings.stub import UNIONS, Stub
 
 THE_STUB = Stub(pathlib.Path(__file__).parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi")
@@ -71,11 +72,11 @@ class TestSignatures:
 
 class TestResults:
     def test_arguments_for_every_method(self):
-        assert list(ARGUMENTS) == method_names()
+        assert list(RECIPES) == method_names()
 
     @pytest.mark.parametrize("name", method_names())
     def test_result_is_what_the_annotation_says(self, stub, configured, qdp, name):
-        arguments = arguments_of(name, _libqdp)
+        arguments = is_made_of(RECIPES[name], _libqdp)
         parameters, annotation = stub.annotations(name)
         assert list(stub.mismatches(arguments, tuple[tuple(parameters)], "arguments")) == []
 
@@ -88,7 +89,7 @@ class TestResults:
     def test_every_place_is_met(self, stub, configured, qdp, name):
         """Nothing of an annotation goes unchecked because a list of the built-in host is empty."""
         annotation = stub.annotations(name)[1]
-        first = arguments_of(name, _libqdp)
+        first = is_made_of(RECIPES[name], _libqdp)
         for arguments in (first, MORE_ARGUMENTS.get(name, first)):
             assert list(stub.mismatches(qdp.call(name, *arguments).result, annotation)) == []
         assert stub.seen == stub.places(annotation)
@@ -258,13 +259,13 @@ class TestFailures:
     @pytest.mark.parametrize("name", method_names())
     def test_of_every_platform_call(self, stub, host, exported, qdp, name):
         assert exported.LibraryInit() == 0
-        arguments = arguments_of(name, _libqdp)
+        arguments = is_made_of(RECIPES[name], _libqdp)
         operations = list(dict.fromkeys(call.operation for call in qdp.call(name, *arguments).calls))
         for operation in operations:
             for status in self.failing_statuses(operation):
                 host.reset()
                 assert exported.LibraryInit() == 0
-                arguments = arguments_of(name, _libqdp)
+                arguments = is_made_of(RECIPES[name], _libqdp)
                 host.fail(operation, status)
                 outcome = qdp.call(name, *arguments)
                 if outcome.printed or outcome.raised:
@@ -291,8 +292,8 @@ class TestFailures:
             texts = [each.text for each in stub.failures(name) if re.fullmatch(each.pattern, outcome.printed)]
             assert len(set(texts)) == 1 and texts[0].startswith("TypeError: ")
 
-    # Arguments whose results are small enough to fail at each of their allocations.
-    SMALL = {"ListPorts": (1,), "DumpLBStats": (0, 5, 1, 0, 1)}
+    # Arguments whose results are small enough to fail at each of their allocations, and whose calls are the same each time.
+    SMALL = {"ListPorts": (1,), "DumpLBStats": (0, 5, 1, 0, 1), "GetUplinkRingSize": ("dvs-production", "vmnic1")}
 
     BUILDING = {"Failed to allocate buffer.\n", "Failed to set dict item.\n", "Failed to set list item.\n"}
 
@@ -301,7 +302,7 @@ class TestFailures:
         configured.freeze()
         text = stub.documentation(name)
         tells_of_memory = "no memory" in text or "Failed to allocate" in text
-        for outcome in starved(qdp, name, *self.SMALL.get(name, arguments_of(name, _libqdp))):
+        for outcome in starved(qdp, name, *(self.SMALL.get(name) or is_made_of(RECIPES[name], _libqdp))):
             if outcome.raised == (MemoryError, ""):
                 assert not tells_of_memory or "Raised: the interpreter's own exception" in text
             elif outcome.left_set:
