@@ -4,8 +4,8 @@ One process under callgrind makes all the calls. Between two measurements it cal
 library, at which callgrind writes down what it has counted and begins anew. Each workload is measured without a call
 and with many; the difference is the calls'. Hashes are fixed and the collector is off, so that the counts are steady.
 
-The ways take turns, forwards and backwards, and of the rounds the one with the smallest count stands: now and then the interpreter makes its
-table of interned strings anew, which has nothing to do with the call that it happens in.
+The ways take turns, forwards and backwards, and of the rounds the one with the smallest count stands: now and then the
+interpreter makes its table of interned strings anew, which has nothing to do with the call that it happens in.
 
 As a program, this is that process; it takes a JSON list of [way, workload] on standard input.
 """

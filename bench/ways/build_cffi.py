@@ -51,8 +51,9 @@ uint32_t DVSHCK_HostPropGet(const char*, const char*, void**, uint32_t*);
 void DVSHCK_DataFree(void*);
 """
 PACKED = """
-typedef struct { uint32_t type, context; int32_t world; uint32_t biased, raw; uint64_t packets, bytes; uint32_t max_load; }
-    LBContext;
+typedef struct {
+    uint32_t type, context; int32_t world; uint32_t biased, raw; uint64_t packets, bytes; uint32_t max_load;
+} LBContext;
 """
 
 builder = cffi.FFI()

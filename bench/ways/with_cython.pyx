@@ -247,7 +247,8 @@ def DumpFlowTable(uint32_t selector, uint32_t lcore, uint32_t start_index, uint3
         return refuse(b"TypeError: Invalid parameter passed.\n")
     memset(&request, 0, sizeof(request))
     request.selector, request.lcore, request.start_index, request.option = selector, lcore, start_index, option & 255
-    request.filters_source_mac, request.filters_destination_mac = filters_source_mac & 255, filters_destination_mac & 255
+    request.filters_source_mac = filters_source_mac & 255
+    request.filters_destination_mac = filters_destination_mac & 255
     read_mac(request.filters_source_mac, source_mac, request.source_mac)
     read_mac(request.filters_destination_mac, destination_mac, request.destination_mac)
     request.source_ip_version, request.destination_ip_version = source_version, destination_version
@@ -273,8 +274,9 @@ def DumpFlowTable(uint32_t selector, uint32_t lcore, uint32_t start_index, uint3
             write_key(entry + 48, key)
             if not write_actions(entry, response.group_offset, actions):
                 return refuse(b"Invalid action\nInvalid action\n")
-            flows.append({"key": key.decode("ascii"), "actions": actions.decode("ascii"), "swHits": software_hits(entry),
-                          "swBytes": flow.area.software_bytes, "hwHits": flow.hardware_hits,
+            flows.append({"key": key.decode("ascii"), "actions": actions.decode("ascii"),
+                          "swHits": software_hits(entry), "swBytes": flow.area.software_bytes,
+                          "hwHits": flow.hardware_hits,
                           "hwBytes": flow.hardware_bytes})
             offset += 112 + flow.area.length
         return {"startIndex": response.next_start_index, "list": flows}

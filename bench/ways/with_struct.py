@@ -1,4 +1,4 @@
-"""The measured methods with ctypes for the calls alone: records are plain buffers, which the struct module takes apart."""
+"""The measured methods with ctypes for the calls alone: records are buffers, which the struct module takes apart."""
 
 import ctypes
 import socket
