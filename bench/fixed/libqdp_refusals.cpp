@@ -1,0 +1,11 @@
+// The operations of the datapath control library that have no fixed answer refuse.
+#include "bench/fixed/marks.h"
+#include "platform/qdp_control.h"
+
+#define OPERATION(name, parameters, ...)   \
+    [[gnu::weak]] uint32_t name parameters \
+    {                                      \
+        return fixed_refusal;              \
+    }
+
+#include "host/operations_qdp.def"

@@ -1,0 +1,259 @@
+// The floor: the interpreter's calls that the results need, written out, and no check of anything.
+#include <Python.h>
+
+#include "bench/native/flow_text.h"
+#include "platform/p4_tables.h"
+#include "platform/qdp_control.h"
+#include "platform/settings.h"
+#include "platform/switch_state.h"
+
+#include "bench/native/keys.h"
+
+#define SET(dict, key, object)                   \
+    do {                                         \
+        PyObject* value_ = object;               \
+        PyDict_SetItemString(dict, key, value_); \
+        Py_DECREF(value_);                       \
+    } while (0)
+#define SET_SIGNED(dict, key, number) SET(dict, key, PyLong_FromLong(static_cast<long>(number)))
+#define SET_UNSIGNED(dict, key, number) SET(dict, key, PyLong_FromUnsignedLong(number))
+
+static PyObject* get_port_stats(PyObject*, PyObject* args)
+{
+    unsigned switch_number, port;
+    PyArg_ParseTuple(args, "II", &switch_number, &port);
+    auto* counters = static_cast<PortCounters*>(malloc(sizeof(PortCounters)));
+    uint32_t size = sizeof *counters;
+    PyObject* dict = PyDict_New();
+#define ROW(key, member) SET_SIGNED(dict, key, counters->member);
+    Qdp_Get_Port_Stats(switch_number, port, counters, &size);
+    PORT_COUNTER_ROWS(ROW, "tx", "rx")
+    Qdp_Get_Port_Stats_Slowpath(switch_number, port, counters, &size);
+    PORT_COUNTER_ROWS(ROW, "spTx", "spRx")
+#undef ROW
+    free(counters);
+    return dict;
+}
+
+static PyObject* table_flow_info_get(PyObject*, PyObject* args)
+{
+    unsigned index;
+    PyArg_ParseTuple(args, "I", &index);
+    const TableReadRequest request{12, static_cast<uint16_t>(P4Opcode::table_read),
+                                   static_cast<uint16_t>(P4Table::flow_info), 4, index};
+    FlowInfo info;
+    uint32_t size = sizeof info;
+    Qdp_P4_Cmd(&request, sizeof request, &info, &size);
+    PyObject* dict = PyDict_New();
+#define ROW(key, member) SET_UNSIGNED(dict, key, info.member);
+#define SIGNED_ROW(key, member) SET_SIGNED(dict, key, info.member);
+    FLOW_INFO_ROWS(ROW, SIGNED_ROW)
+#undef ROW
+#undef SIGNED_ROW
+    return dict;
+}
+
+static PyObject* queue_list(const uint8_t* lcores, Py_ssize_t count)
+{
+    PyObject* list = PyList_New(count);
+    for (Py_ssize_t i = 0; i < count; ++i)
+        PyList_SetItem(list, i, PyLong_FromUnsignedLong(lcores[i]));
+    return list;
+}
+
+static PyObject* mac_text(const uint8_t* mac)
+{
+    static const char digits[] = "0123456789abcdef";
+    char text[3 * mac_bytes];
+    for (size_t i = 0; i < mac_bytes; ++i) {
+        text[3 * i] = digits[mac[i] >> 4];
+        text[3 * i + 1] = digits[mac[i] & 15];
+        text[3 * i + 2] = ':';
+    }
+    return PyUnicode_FromStringAndSize(text, sizeof text - 1);
+}
+
+static PyObject* list_ports(PyObject*, PyObject* args)
+{
+    unsigned switch_number;
+    PyArg_ParseTuple(args, "I", &switch_number);
+    auto* ports = static_cast<PortList*>(malloc(sizeof(PortList)));
+    uint32_t size = sizeof *ports;
+    Qdp_Get_Port_List(switch_number, ports, &size);
+    PyObject* list = PyList_New(ports->count);
+    for (uint32_t i = 0; i < ports->count; ++i) {
+        const PortListEntry& entry = ports->entries[i];
+        PyObject* dict = PyDict_New();
+        PyList_SetItem(list, i, dict);
+        SET_UNSIGNED(dict, "portID", entry.port);
+        SET_UNSIGNED(dict, "qdpPortID", entry.qdp_port);
+        SET_UNSIGNED(dict, "numTxQ", entry.num_tx_queues);
+        SET_UNSIGNED(dict, "numRxQ", entry.num_rx_queues);
+        SET(dict, "hwAddr", mac_text(entry.mac));
+        SET_UNSIGNED(dict, "numMACs", entry.num_macs);
+        SET(dict, "clientType", PyUnicode_FromString(client_name(entry)));
+        SET(dict, "txQLM", queue_list(entry.tx_queue_lcores, entry.num_tx_queues));
+        SET(dict, "rxQLM", queue_list(entry.rx_queue_lcores, entry.num_rx_queues));
+    }
+    free(ports);
+    return list;
+}
+
+static PyObject* dump_flow_table(PyObject*, PyObject* args)
+{
+    FlowTableRequest request{};
+    unsigned option, source_mac, destination_mac;
+    const char *source_mac_text, *destination_mac_text, *source_text, *destination_text;
+    PyArg_ParseTuple(args, "IIIIIsIsIsIsiiiii", &request.selector, &request.lcore, &request.start_index, &option,
+                     &source_mac, &source_mac_text, &destination_mac, &destination_mac_text, &request.source_ip_version,
+                     &source_text, &request.destination_ip_version, &destination_text, &request.filters[0],
+                     &request.filters[1], &request.filters[2], &request.filters[3], &request.filters[4]);
+    auto* response = static_cast<FlowTableResponse*>(malloc(sizeof(FlowTableResponse)));
+    uint32_t size = sizeof *response;
+    Qdp_Dump_Flow_Table(&request, response, &size);
+    PyObject* page = PyDict_New();
+    SET_UNSIGNED(page, "startIndex", response->next_start_index);
+    PyObject* list = PyList_New(response->count);
+    PyDict_SetItemString(page, "list", list);
+    const uint8_t* entry = response->entries;
+    for (uint32_t i = 0; i < response->count; ++i) {
+        char key[flow_text::key_bytes], actions[flow_text::actions_bytes];
+        flow_text::write_key(entry + offsetof(FlowEntry, key), key);
+        flow_text::write_actions(entry, response->group_offset, actions);
+        const auto* flow = reinterpret_cast<const FlowEntry*>(entry);
+        PyList_SetItem(list, i,
+                       Py_BuildValue("{s:s, s:s, s:k, s:k, s:k, s:k}", "key", key, "actions", actions, "swHits",
+                                     flow_text::software_hits(entry), "swBytes", flow->area.software_bytes, "hwHits",
+                                     flow->hardware_hits, "hwBytes", flow->hardware_bytes));
+        entry += offsetof(FlowEntry, area) + flow->area.length;
+    }
+    Py_DECREF(list);
+    free(response);
+    return page;
+}
+
+static PyObject* get_switch_burst_size(PyObject*, PyObject* args)
+{
+    const char* alias;
+    PyArg_ParseTuple(args, "s", &alias);
+    DVSSwitch* handle = DVSState_SwitchFindByAlias(alias);
+    DVS_ClassName(handle);
+    void* value;
+    uint32_t length;
+    DVSHCK_HostPropGet(DVS_SwitchId(handle), burst_size_property, &value, &length);
+    const uint32_t burst_size = static_cast<WordSetting*>(value)->value;
+    DVSHCK_DataFree(value);
+    return PyLong_FromUnsignedLong(burst_size);
+}
+
+static PyObject* features(const uint8_t* items, LBItemGroup group)
+{
+    PyObject* tuple = PyTuple_New(group.count);
+    const auto* item = reinterpret_cast<const LBFeatureItem*>(items) + group.first;
+    for (uint32_t i = 0; i < group.count; ++i, ++item) {
+        PyObject* dict = PyDict_New();
+        PyTuple_SetItem(tuple, i, dict);
+        SET_UNSIGNED(dict, "count load", item->count_load);
+        SET_UNSIGNED(dict, "feat ID", item->feature);
+        SET_UNSIGNED(dict, "ctx ID", item->context);
+        SET_UNSIGNED(dict, "pkts", item->packets);
+        SET_UNSIGNED(dict, "bytes", item->bytes);
+    }
+    return tuple;
+}
+
+static PyObject* queues(const uint8_t* items, LBItemGroup group)
+{
+    PyObject* tuple = PyTuple_New(group.count);
+    const auto* item = reinterpret_cast<const LBQueueItem*>(items) + group.first;
+    for (uint32_t i = 0; i < group.count; ++i, ++item) {
+        PyObject* dict = PyDict_New();
+        PyTuple_SetItem(tuple, i, dict);
+        SET_UNSIGNED(dict, "count load", item->count_load);
+        SET_UNSIGNED(dict, "ctx ID", item->context);
+        SET_UNSIGNED(dict, "pkts", item->packets);
+        SET_UNSIGNED(dict, "bytes", item->bytes);
+    }
+    return tuple;
+}
+
+static size_t add_entry(PyObject* lists, const uint8_t* bytes)
+{
+    const auto type = *reinterpret_cast<const uint32_t*>(bytes);
+    PyObject* dict = PyDict_New();
+    PyList_Append(PyTuple_GetItem(lists, type), dict);
+    Py_DECREF(dict);
+    if (type == static_cast<uint32_t>(LBEntryType::port)) {
+        const auto& port = *reinterpret_cast<const LBPortEntry*>(bytes);
+        const uint8_t* items = bytes + sizeof port;
+        SET_UNSIGNED(dict, "port ID", port.port);
+        SET_UNSIGNED(dict, "mem affinity mask", port.affinity_mask);
+        SET_UNSIGNED(dict, "priority", port.priority);
+        SET(dict, "vnicRxQ", features(items, port.vnic_rx_queues));
+        SET(dict, "ofldRSS", features(items, port.offload_rss));
+        SET(dict, "vnicTxQ", features(items, port.vnic_tx_queues));
+        SET(dict, "filt", features(items, port.filters));
+        return sizeof port + sizeof(LBFeatureItem) * (port.vnic_rx_queues.count + port.offload_rss.count +
+                                                      port.vnic_tx_queues.count + port.filters.count);
+    }
+    if (type == static_cast<uint32_t>(LBEntryType::uplink)) {
+        const auto& uplink = *reinterpret_cast<const LBUplinkEntry*>(bytes);
+        SET_UNSIGNED(dict, "port ID", uplink.port);
+        SET_UNSIGNED(dict, "mem affinity ID", uplink.affinity);
+        SET(dict, "uplinkRx", queues(bytes + sizeof uplink, uplink.rx_queues));
+        return sizeof uplink + sizeof(LBQueueItem) * uplink.rx_queues.count;
+    }
+    const auto& context = *reinterpret_cast<const LBContextEntry*>(bytes);
+    SET_UNSIGNED(dict, "ctx ID", context.context);
+    SET_UNSIGNED(dict, "world ID", static_cast<unsigned long>(long{context.world}));
+    SET_UNSIGNED(dict, "biased CPU", context.biased_cpu);
+    SET_UNSIGNED(dict, "raw CPU", context.raw_cpu);
+    SET_UNSIGNED(dict, "pkts", context.packets);
+    SET_UNSIGNED(dict, "bytes", context.bytes);
+    SET_UNSIGNED(dict, "max pb load", context.max_pb_load);
+    return sizeof context;
+}
+
+static PyObject* dump_lb_stats(PyObject*, PyObject* args)
+{
+    unsigned switch_number, port, ports, context, contexts;
+    PyArg_ParseTuple(args, "IIIII", &switch_number, &port, &ports, &context, &contexts);
+    auto* chunk = static_cast<LBStatsChunk*>(malloc(sizeof(LBStatsChunk)));
+    PyObject* lists = PyTuple_New(3);
+    for (int i = 0; i < 3; ++i)
+        PyTuple_SetItem(lists, i, PyList_New(0));
+    while (ports || contexts) {
+        Qdp_DumpLBStats(switch_number, port, ports, context, contexts, chunk, sizeof *chunk);
+        const uint8_t* entry = chunk->entries;
+        for (uint32_t i = 0; i < chunk->count; ++i)
+            entry += add_entry(lists, entry);
+        if (chunk->next_port < port + ports)
+            port = chunk->next_port;
+        else
+            ports = 0;
+        if (chunk->next_context < context + contexts)
+            context = chunk->next_context;
+        else
+            contexts = 0;
+    }
+    free(chunk);
+    return lists;
+}
+
+static PyMethodDef methods[] = {
+    {"GetPortStats", get_port_stats, METH_VARARGS, nullptr},
+    {"TableFlowInfoGet", table_flow_info_get, METH_VARARGS, nullptr},
+    {"ListPorts", list_ports, METH_VARARGS, nullptr},
+    {"DumpFlowTable", dump_flow_table, METH_VARARGS, nullptr},
+    {"GetSwitchBurstSize", get_switch_burst_size, METH_VARARGS, nullptr},
+    {"DumpLBStats", dump_lb_stats, METH_VARARGS, nullptr},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+static PyModuleDef definition = {
+    PyModuleDef_HEAD_INIT, "floor", nullptr, -1, methods, nullptr, nullptr, nullptr, nullptr};
+
+PyMODINIT_FUNC PyInit_floor()
+{
+    return PyModule_Create2(&definition, PYTHON_API_VERSION);
+}

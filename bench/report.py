@@ -1,0 +1,203 @@
+"""The table and the chart of a run's figures, and which of them are not what they should be."""
+
+import datetime
+import math
+import os
+import pathlib
+import platform
+import statistics
+
+NAMES = {"_libqdp": "the module", "checked": "checked, by hand", "floor": "floor, by hand", "with_cython": "Cython",
+         "with_pybind11": "pybind11", "with_cffi": "cffi, API mode", "with_struct": "ctypes and struct",
+         "with_ctypes": "ctypes", "empty": "an empty extension"}
+EMPTY, SMALL, LARGE = "ListPorts, 0 ports", "ListPorts, 16 ports", "ListPorts, 16384 ports"
+
+
+def median(values):
+    return statistics.median(values)
+
+
+def spread(values):
+    """Half the distance between the quartiles, as a share of the median."""
+    low, middle, high = statistics.quantiles(values, n=4)
+    return (high - low) / 2 / middle
+
+
+def time_text(seconds):
+    for unit, size in ("s", 1), ("ms", 1e-3), ("µs", 1e-6):
+        if seconds >= size:
+            return f"{seconds / size:.3g} {unit}"
+    return f"{seconds / 1e-9:.3g} ns"
+
+
+def ratio(times, other, workload):
+    """How much longer another way takes than the module: the median of the rounds' ratios, which all ways share."""
+    return median([theirs / ours for theirs, ours in zip(times[other][workload], times["_libqdp"][workload])])
+
+
+def fitted(points):
+    """The least-squares line through points: slope, start, and the largest distance as a share of the highest value."""
+    xs, ys = zip(*points)
+    slope, start = statistics.linear_regression(xs, ys)
+    return slope, start, max(abs(y - slope * x - start) for x, y in points) / max(ys)
+
+
+class Targets:
+    """What is to be reached, and what has been."""
+
+    def __init__(self):
+        self.rows, self.missed = [], []
+
+    def at_most(self, what, value, bound, text="{:.3f}".format):
+        self.add(what, f"at most {text(bound)}", text(value), value <= bound)
+
+    def at_least(self, what, value, bound):
+        self.add(what, f"at least {bound}", f"{value:.2f}", value >= bound)
+
+    def add(self, what, wanted, found, reached):
+        self.rows.append([what, wanted, found, "yes" if reached else "**no**"])
+        if not reached:
+            self.missed.append(f"{what}: {found}, wanted {wanted}")
+
+
+def targets(found, workloads):
+    aim = Targets()
+    counts, times = found["instructions"], found["times"]
+    for workload in workloads:
+        for way, bound in ("checked", 1.03), ("floor", 1.05):
+            share = counts["_libqdp"][workload] / counts[way][workload]
+            aim.at_most(f"instructions to {way}: {workload}", share, bound)
+    for workload in workloads:
+        aim.at_most(f"time to checked: {workload}", 1 / ratio(times, "checked", workload), 1.05)
+    over = median([ours - bare for ours, bare in zip(found["empty_list"], found["platform_call"])])
+    aim.at_most("an empty list, over the platform's call", over, 0.1e-6, time_text)
+    for workload, bound in (EMPTY, 100), (SMALL, 4), (LARGE, 1.1):
+        aim.at_least(f"ctypes to the module: {workload}", ratio(times, "with_ctypes", workload), bound)
+    for way in "with_cffi", "with_pybind11":
+        for workload in EMPTY, SMALL, LARGE:
+            aim.at_least(f"{NAMES[way]} to the module: {workload}", ratio(times, way, workload), 1)
+    imports = found["imports"]
+    aim.at_most("import, over an empty extension's",
+                median([ours - bare for ours, bare in zip(imports["_libqdp"], imports["empty"])]), 0.3e-3, time_text)
+    aim.at_most("stripped file, bytes", found["files"]["_libqdp"]["bytes"], 160 * 1024, "{:,.0f}".format)
+    needs = found["files"]["_libqdp"]["needs_cpp"]
+    aim.add("C++ runtime", "not needed", "needed" if needs else "not needed", not needs)
+    aim.at_most("bytes kept a port entry", found["kept_bytes"]["_libqdp"], 860, "{:,.0f}".format)
+    for method, points in found["growth"].items():
+        aim.at_most(f"distance from linear growth: {method}", fitted(points)[2], 0.05)
+    return aim
+
+
+def rows_text(heads, rows):
+    lines = ["| " + " | ".join(heads) + " |", "|" + "|".join([" --- "] + [" ---: "] * (len(heads) - 1)) + "|"]
+    lines += ["| " + " | ".join(map(str, row)) + " |" for row in rows]
+    return "\n".join(lines) + "\n"
+
+
+def machine():
+    model = next((line.split(":")[1].strip() for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
+                  if line.startswith("model name")), platform.machine())
+    load = os.getloadavg()[0]
+    return (f"{model}, {os.cpu_count()} processors, Linux {platform.release()}, Python {platform.python_version()}; "
+            f"load {load:.1f} at the end")
+
+
+def ahead(found, workloads, ways):
+    """The ways that take less time than the module, by hand or not."""
+    for way in ways:
+        faster = [f"{workload} ({ratio(found['times'], way, workload):.2f})" for workload in workloads
+                  if ratio(found["times"], way, workload) < 0.98]
+        if faster:
+            yield f"- {NAMES[way]}: {'; '.join(faster)}"
+
+
+def table(found, workloads, ways):
+    """The whole text, and what has been missed."""
+    aim = targets(found, workloads)
+    times, counts = found["times"], found["instructions"]
+    heads = ["", *(NAMES[way] for way in ways)]
+
+    def one(workload, way):
+        found_times = times[way][workload]
+        return f"{time_text(median(found_times))} ±{spread(found_times):.0%}"
+
+    text = "# What the module's calls cost\n\n"
+    text += f"Measured by `script/bench` on {datetime.date.today()}: {machine()}.\n\n"
+    text += ("The platform libraries answer with fixed records at next to no cost, so that the binding alone is "
+             "measured. Every way gives the same results, which are compared first. *Checked* is the contract with all its "
+             "checks, written out by hand; *floor* the interpreter's calls without any check.\n\n")
+    text += "## What is to be reached\n\n" + rows_text(["", "wanted", "found", "reached"], aim.rows)
+    text += "\n## Time of a call\n\nMedians of interleaved rounds, and half the distance between their quartiles.\n\n"
+    text += rows_text(heads, [[workload, *(one(workload, way) for way in ways)] for workload in workloads])
+    text += "\n## Time of a call, as a multiple of the module's\n\n"
+    text += rows_text(heads, [[workload, *(f"{ratio(times, way, workload):.2f}" for way in ways)]
+                              for workload in workloads])
+    text += "\nAhead of the module by more than 2%:\n\n" + "\n".join(ahead(found, workloads, ways)) + "\n"
+    text += ("\nAll ways are timed in one process, in which the ways that keep their keys have made these strings "
+             "already, as a script that reads the results has.\n")
+    text += ("\nCython makes the objects of its keys once and keeps them; the module's contract sets each key from its "
+             "text, which makes, hashes and interns a string every time. That is most of what such a call costs. "
+             "pybind11 makes its keys every time too, but does not intern them, which is cheaper.\n")
+    text += ("\n## Instructions of a call\n\nCounted by callgrind, the ways other than those by hand in processes of "
+             "their own.\n\n")
+    text += rows_text(heads, [[workload, *(f"{counts[way][workload]:,.0f}" for way in ways)] for workload in workloads])
+    text += "\n## Import, file, memory\n\n"
+    text += rows_text(["", "import", "stripped file, bytes", "needs the C++ runtime", "bytes kept a port entry"],
+                      [facts_row(found, way) for way in ["empty", *ways]])
+    text += "\n## Growth with the number of entries\n\n"
+    text += rows_text(["", "to", "an entry", "at the start", "largest distance from the line"],
+                      [growth_row(method, points) for method, points in found["growth"].items()])
+    return text, aim.missed
+
+
+def facts_row(found, way):
+    facts = found["files"].get(way)
+    kept = found["kept_bytes"].get(way)
+    return [NAMES[way], time_text(median(found["imports"][way])), f"{facts['bytes']:,}" if facts else "",
+            ("yes" if facts["needs_cpp"] else "no") if facts else "", f"{kept:.0f}" if kept else ""]
+
+
+def growth_row(method, points):
+    slope, start, distance = fitted(points)
+    start_text = time_text(start) if start > 0 else "0"
+    return [method, f"{points[-1][0]:,} entries", time_text(slope), start_text, f"{distance:.1%}"]
+
+
+# --- The chart: for each workload a group of bars, the time as a multiple of the module's, on a logarithmic scale ---
+
+COLOURS = {"_libqdp": "#1b6ca8", "checked": "#6fa8dc", "floor": "#b8cfe5", "with_cython": "#3c9d5b",
+           "with_pybind11": "#d98c21", "with_cffi": "#c0504d", "with_struct": "#8064a2", "with_ctypes": "#5a5a5a"}
+LEFT, WIDTH, BAR, GAP, TOP = 190, 560, 11, 14, 60
+
+
+def chart(found, workloads, ways):
+    ratios = {(workload, way): ratio(found["times"], way, workload) for workload in workloads for way in ways}
+    lowest, highest = 0.5, max(ratios.values()) * 1.3
+
+    def x(value):
+        return LEFT + WIDTH * math.log(max(value, lowest) / lowest) / math.log(highest / lowest)
+
+    height = TOP + len(workloads) * (len(ways) * BAR + GAP) + 30
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{LEFT + WIDTH + 70}" height="{height}" '
+             'font-family="sans-serif" font-size="11">',
+             '<rect width="100%" height="100%" fill="white"/>',
+             '<text x="10" y="18" font-size="14">Time of a call, as a multiple of the module\'s</text>']
+    for i, way in enumerate(ways):
+        place = 10 + i * 101
+        parts.append(f'<rect x="{place}" y="30" width="10" height="10" fill="{COLOURS[way]}"/>'
+                     f'<text x="{place + 14}" y="39" font-size="10">{NAMES[way]}</text>')
+    for power in range(0, math.ceil(math.log10(highest))):
+        parts.append(f'<line x1="{x(10 ** power):.1f}" x2="{x(10 ** power):.1f}" y1="{TOP - 8}" y2="{height - 22}" '
+                     f'stroke="#ccc"/><text x="{x(10 ** power):.1f}" y="{height - 8}" text-anchor="middle">'
+                     f'{10 ** power}</text>')
+    y = TOP
+    for workload in workloads:
+        parts.append(f'<text x="{LEFT - 8}" y="{y + len(ways) * BAR / 2 + 4:.1f}" text-anchor="end">{workload}</text>')
+        for way in ways:
+            value = ratios[workload, way]
+            parts.append(f'<rect x="{LEFT}" y="{y}" width="{x(value) - LEFT:.1f}" height="{BAR - 2}" '
+                         f'fill="{COLOURS[way]}"/><text x="{x(value) + 4:.1f}" y="{y + BAR - 3}" font-size="9">'
+                         f'{value:.2f}</text>')
+            y += BAR
+        y += GAP
+    return "\n".join([*parts, "</svg>"]) + "\n"

@@ -1,0 +1,104 @@
+"""Measures the module beside the other ways to do its work, and writes what was found: BUILD [--rounds N]."""
+
+import argparse
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import instructions
+import report
+from workloads import BY_NAME, WORKLOADS
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+WAYS = ["_libqdp", "checked", "floor", "with_cython", "with_pybind11", "with_cffi", "with_struct", "with_ctypes"]
+FILES = {"_libqdp": "_libqdp.abi3.so", "empty": "bench/empty.abi3.so", "checked": "bench/checked.abi3.so",
+         "floor": "bench/floor.abi3.so", "with_cython": "bench/with_cython.so",
+         "with_pybind11": "bench/with_pybind11.so", "with_cffi": "bench/_with_cffi.so"}
+IMPORT = """
+import sys, time
+begin = time.perf_counter()
+import {way}
+print(time.perf_counter() - begin)
+"""
+
+
+def say(text):
+    print(f"bench: {text}", file=sys.stderr, flush=True)
+
+
+def child(build, *command, **options):
+    run = subprocess.run(["/usr/bin/python3", *command], env=instructions.environment(build), text=True,
+                         stdout=subprocess.PIPE, check=True, **options)
+    return run.stdout
+
+
+def timed(build, rounds):
+    """Times, growth and memory from one process that does nothing else."""
+    wanted = {"ways": WAYS, "workloads": [workload.name for workload in WORKLOADS], "rounds": rounds}
+    return json.loads(child(build, str(ROOT / "bench" / "timing.py"), input=json.dumps(wanted)))
+
+
+def import_times(build, rounds):
+    """Seconds by way, each import in a process of its own."""
+    times = {way: [] for way in ["empty", *WAYS]}
+    for _ in range(rounds):
+        for way, found in times.items():
+            found.append(float(child(build, "-c", IMPORT.format(way=way))))
+    return times
+
+
+def file_facts(build):
+    """By way: the bytes of the stripped file, and whether it needs the C++ runtime."""
+    facts = {}
+    with tempfile.TemporaryDirectory() as folder:
+        stripped = pathlib.Path(folder, "stripped")
+        for way, name in FILES.items():
+            subprocess.run(["strip", "-o", stripped, build / name], check=True)
+            dynamic = subprocess.run(["readelf", "-d", stripped], check=True, capture_output=True, text=True).stdout
+            facts[way] = {"bytes": stripped.stat().st_size, "needs_cpp": "libstdc++" in dynamic}
+    return facts
+
+
+def counted(build, rounds):
+    """Instructions per call, [way][workload]. The ways by hand share the module's process; the others are alone, since
+    the strings that they keep would spare the module the making of its own."""
+    counts = {}
+    for ways in WAYS[:3], *([way] for way in WAYS[3:]):
+        say(f"counting instructions: {', '.join(ways)}")
+        small = [(way, name) for name in BY_NAME for way in ways if BY_NAME[name].counted > 1]
+        large = [(way, name) for name in BY_NAME for way in ways if BY_NAME[name].counted == 1]
+        counts |= instructions.measured(build, small, rounds) | instructions.measured(build, large, 1)
+    return {way: {name: counts[way, name] for name in BY_NAME} for way in WAYS}
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--rounds", type=int, default=25, help="of times and imports")
+    options = parser.parse_args()
+    build = options.build.resolve()
+
+    found = {"instructions": counted(build, 3)}
+    say("measuring times, growth and memory")
+    found |= timed(build, options.rounds)
+    say("measuring imports")
+    found["imports"] = import_times(build, options.rounds)
+    found["files"] = file_facts(build)
+
+    results = ROOT / "bench" / "results"
+    table, missed = report.table(found, [workload.name for workload in WORKLOADS], WAYS)
+    (results / "figures.json").write_text(json.dumps(found))
+    (results / "table.md").write_text(table)
+    (results / "chart.svg").write_text(report.chart(found, [workload.name for workload in WORKLOADS], WAYS))
+    (ROOT / "docs").mkdir(exist_ok=True)
+    (ROOT / "docs" / "performance.md").write_text(table)
+    print(table, flush=True)
+    for text in missed:
+        say(f"missed: {text}")
+    sys.exit(1 if missed else 0)
+
+
+if __name__ == "__main__":
+    main()
