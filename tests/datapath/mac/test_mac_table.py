@@ -130,6 +130,13 @@ class TestListPortMACTable:
         assert host.libqdp.Qdp_Dump_Port_MAC_Table(0, 3, buffer, ctypes.byref(size)) == 0
         assert buffer.raw[96:] == b"####"
 
+    def test_entries_that_are_counted_and_not_written_are_not_those_of_an_earlier_call(self, host, qdp):
+        host.script("Qdp_Dump_Port_MAC_Table", outputs=[table(*[entry(b"\x11" * 6, 7)] * 300)])
+        host.script("Qdp_Dump_Port_MAC_Table", outputs=[table(entry(b"\x22" * 6), count=300)])
+        qdp.result("ListPortMACTable", 0, 0)
+        listed = qdp.result("ListPortMACTable", 0, 0)["MacTableList"]
+        assert [each["macAddr"] for each in listed] == ["22:22:22:22:22:22"] + ["00:00:00:00:00:00"] * 299
+
 
 class TestListSwitchMACTable:
     @staticmethod

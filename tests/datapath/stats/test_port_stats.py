@@ -60,6 +60,13 @@ class TestGetPortStats:
         stats = qdp.result("GetPortStats", 3, 7)
         assert (stats["spTxBytes"], stats["spTxPkts"], stats["spRxErrors"]) == (99, 1, 15)
 
+    def test_a_short_fast_path_does_not_shorten_the_slow_path(self, host, qdp):
+        host.script("Qdp_Get_Port_Stats", outputs=[struct.pack("<Q", 7)])
+        host.script("Qdp_Get_Port_Stats_Slowpath", outputs=[record(range(100, 116))])
+        outcome = qdp.call("GetPortStats", 3, 7)
+        assert outcome.calls == [FAST, SLOW]
+        assert (outcome.result["txBytes"], outcome.result["spTxBytes"], outcome.result["spRxErrors"]) == (7, 100, 115)
+
     @pytest.mark.parametrize("switch, port", [(0, 0), (15, 16383)])
     def test_bounds_that_are_accepted(self, host, qdp, switch, port):
         host.script("Qdp_Get_Port_Stats", outputs=[record([0] * 16)])
