@@ -96,6 +96,11 @@ PyRef dict_of(Fields fields, Bytes record)
     return dict;
 }
 
+PyObject* whole_dict(Fields fields, Bytes record)
+{
+    return made(dict_of(fields, record).release());
+}
+
 bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
 {
     const auto count = static_cast<size_t>(PyList_Size(list));

@@ -244,6 +244,9 @@ bool fill(PyObject* dict, Fields fields, Bytes record);
 // A new dict of a table's keys.
 PyRef dict_of(Fields fields, Bytes record);
 
+// The same in one piece: whatever fails in it is "Failed to allocate buffer.\n".
+PyObject* whole_dict(Fields fields, Bytes record);
+
 // Fills a list, made with its full length, with one dict an entry; the entries lie back to back.
 bool fill_dicts(PyObject* list, Fields fields, Bytes entries);
 

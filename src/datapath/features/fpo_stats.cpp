@@ -132,7 +132,7 @@ PyObject* PyQDP_Get_FPO_Stats(PyObject*, PyObject* args)
     if (!list)
         return print_none(no_memory);
     const bool complete = fill_list(list.get(), [&](size_t i) {
-        return made(dict_of(lcore_fields, entries_of(*record).from(i * sizeof(FpoLcoreStats))).release());
+        return whole_dict(lcore_fields, entries_of(*record).from(i * sizeof(FpoLcoreStats)));
     });
     return built_or_none(std::move(list), complete);
 }

@@ -24,7 +24,7 @@ PyObject* entries(Bytes table, const Field& count)
 {
     const Bytes rest = table.from(sizeof(H));
     return list_of(table.unsigned_at(count.where),
-                   [&](size_t i) { return made(dict_of(entry_fields, rest.from(i * sizeof(E))).release()); });
+                   [&](size_t i) { return whole_dict(entry_fields, rest.from(i * sizeof(E))); });
 }
 
 constexpr auto port_table_fields = fields<sizeof(H)>({

@@ -63,8 +63,8 @@ PyObject* PyQDP_Get_Flow_Stats(PyObject*, PyObject* args)
     if (!list)
         return print_none(no_memory);
     const Bytes entries = entries_of(*record);
-    const bool complete = fill_list(
-        list.get(), [&](size_t i) { return made(dict_of(flow_stats_fields, entries.from(i * sizeof(R))).release()); });
+    const bool complete =
+        fill_list(list.get(), [&](size_t i) { return whole_dict(flow_stats_fields, entries.from(i * sizeof(R))); });
     return built_or_none(std::move(list), complete);
 }
 
