@@ -69,9 +69,4 @@ bool building_failed(const char* text)
     return false;
 }
 
-PyObject* built_or_no_memory(PyRef result, bool complete)
-{
-    return result && complete ? result.release() : PyErr_NoMemory();
-}
-
 }  // namespace qdp

@@ -67,6 +67,9 @@ inline PyObject* built_or_null(PyRef result, bool complete = true)
 }
 
 // The same for a result whose making fails as Py_BuildValue does: MemoryError is raised instead.
-PyObject* built_or_no_memory(PyRef result, bool complete = true);
+inline PyObject* built_or_no_memory(PyRef result, bool complete = true)
+{
+    return result && complete ? result.release() : PyErr_NoMemory();
+}
 
 }  // namespace qdp
