@@ -71,7 +71,8 @@ class Results:
         self._saved = time.monotonic()
         if self._file:
             self._file.parent.mkdir(parents=True, exist_ok=True)
-            self._file.write_text(json.dumps({"build": self._build, "noticed": self._noticed}))
+            noticed = {**self._kept(), **self._noticed}  # another run may have added to it
+            self._file.write_text(json.dumps({"build": self._build, "noticed": noticed}))
 
     def survivors(self):
         return [each for each, noticed in self._results.items() if not noticed]
