@@ -11,18 +11,11 @@ namespace {
 
 using R = L3SPANRecord;
 
-PyObject* one_of(Bytes record, size_t ipv6, size_t ipv4, size_t is_ipv6)
-{
-    const bool shows_ipv6 = record.load<uint8_t>(is_ipv6) != 0;
-    return address_object(record, shows_ipv6 ? ipv6 : ipv4, shows_ipv6);
-}
-
 // The field's place is that of the IPv6 form.
 template <Place ipv4, Place is_ipv6>
 PyObject* address(Bytes record, const Field& field)
 {
-    static_assert(is_ipv6.size == sizeof(uint8_t));
-    return one_of(record, field.where.offset, ipv4.offset, is_ipv6.offset);
+    return address_object(record, is_ipv6, field.where.offset, ipv4.offset);
 }
 
 constexpr auto validity_fields = fields<sizeof(R)>(ROWS({
