@@ -28,7 +28,7 @@ struct PropertyValue {
     std::unique_ptr<void, ReleaseValue> value;
     uint32_t length;
 
-    Bytes bytes() const { return {value.get(), length}; }
+    Bytes bytes() const { return value ? Bytes{value.get(), length} : Bytes{}; }
 };
 
 // What a call handed out; one that failed has handed out nothing, and a length without a value is none.
