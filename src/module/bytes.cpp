@@ -3,9 +3,9 @@
 
 namespace qdp {
 
-void Bytes::copy(size_t offset, void* out, size_t count) const
+void Bytes::copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t count)
 {
-    const Bytes rest = from(offset);
+    const Bytes rest = bytes.from(offset);
     const size_t there = count < rest.size_ ? count : rest.size_;
     std::memcpy(out, rest.data_, there);
     std::memset(static_cast<unsigned char*>(out) + there, 0, count - there);

@@ -36,7 +36,13 @@ public:
     }
 
     // Copies `count` bytes from `offset` on.
-    void copy(size_t offset, void* out, size_t count) const;
+    void copy(size_t offset, void* out, size_t count) const
+    {
+        if (offset + count <= size_) [[likely]]
+            std::memcpy(out, data_ + offset, count);
+        else
+            copy_across_the_end(*this, offset, out, count);
+    }
 
     // The value or record at `offset`, which need not be aligned.
     template <class Value>
@@ -44,10 +50,7 @@ public:
     {
         static_assert(std::is_trivially_copyable_v<Value>);
         Value value;
-        if (offset + sizeof value <= size_) [[likely]]
-            std::memcpy(&value, data_ + offset, sizeof value);
-        else
-            copy(offset, &value, sizeof value);
+        copy(offset, &value, sizeof value);
         return value;
     }
 
@@ -68,6 +71,8 @@ public:
     }
 
 private:
+    static void copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t count);
+
     const unsigned char* data_;
     size_t size_;
 };

@@ -69,16 +69,6 @@ bool building_failed(const char* text)
     return false;
 }
 
-PyObject* built_or_none(PyRef result, bool complete)
-{
-    return result && complete ? result.release() : none();
-}
-
-PyObject* built_or_null(PyRef result, bool complete)
-{
-    return complete ? result.release() : nullptr;
-}
-
 PyObject* built_or_no_memory(PyRef result, bool complete)
 {
     return result && complete ? result.release() : PyErr_NoMemory();

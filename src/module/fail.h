@@ -55,10 +55,16 @@ inline PyObject* made(PyObject* object)
 
 // A result that has been built, or None when that failed: SystemError stays set beside None, which is what the
 // callers of most methods rely on.
-PyObject* built_or_none(PyRef result, bool complete = true);
+inline PyObject* built_or_none(PyRef result, bool complete = true)
+{
+    return result && complete ? result.release() : none();
+}
 
 // A result that has been built, or NULL when that failed, so that SystemError is raised.
-PyObject* built_or_null(PyRef result, bool complete = true);
+inline PyObject* built_or_null(PyRef result, bool complete = true)
+{
+    return complete ? result.release() : nullptr;
+}
 
 // The same for a result whose making fails as Py_BuildValue does: MemoryError is raised instead.
 PyObject* built_or_no_memory(PyRef result, bool complete = true);

@@ -55,34 +55,22 @@ PyObject* address_object(Bytes record, size_t offset, bool is_ipv6)
     return text ? text_object(text) : made(nullptr);
 }
 
-PyObject* integers(Bytes record, const Field& field, uint64_t length, size_t width)
+template <class Element>
+PyObject* integers(Bytes elements, uint64_t length)
 {
-    return list_of(length, [&](size_t i) {
-        const Bytes rest = record.from(field.where.offset + i * width);
-        return made(PyLong_FromUnsignedLong(rest.unsigned_at(bytes(0, width))));
+    return list_of(length, [elements](size_t i) {
+        return made(PyLong_FromUnsignedLong(elements.load<Element>(i * sizeof(Element))));
     });
 }
 
-bool set_list_item(PyObject* list, size_t position, PyObject* item)
-{
-    if (!item)
-        return false;
-    return PyList_SetItem(list, static_cast<Py_ssize_t>(position), item) == 0 || building_failed(cannot_set_list_item);
-}
-
-bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
-{
-    if (!item)
-        return false;
-    return PyTuple_SetItem(tuple, static_cast<Py_ssize_t>(position), item) == 0 ||
-           building_failed(cannot_set_tuple_item);
-}
+template PyObject* integers<uint8_t>(Bytes elements, uint64_t length);
+template PyObject* integers<uint16_t>(Bytes elements, uint64_t length);
 
 bool fill(PyObject* dict, Fields fields, Bytes record)
 {
     for (const Field* field = fields.rows; field != fields.rows + fields.count; ++field) {
-        PyObject* value = field->convert ? field->convert(record, *field) : integer(record, field->where);
-        if (!set_dict_item(dict, field->key, value)) [[unlikely]]
+        PyObject* value = field->is_integer() ? integer(record, field->where) : field->convert(record);
+        if (!set_dict_item(dict, field->key(), value)) [[unlikely]]
             return false;
     }
     return true;
@@ -101,10 +89,9 @@ PyObject* whole_dict(Fields fields, Bytes record)
     return made(dict_of(fields, record).release());
 }
 
-bool fill_dicts(PyObject* list, Fields fields, Bytes entries)
+bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries)
 {
-    const auto count = static_cast<size_t>(PyList_Size(list));
-    for (size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < length; ++i) {
         PyObject* dict = made(PyDict_New());  // the list owns it from the next line on
         if (!set_list_item(list, i, dict) || !fill(dict, fields, entries.from(i * fields.record_size)))
             return false;
@@ -128,15 +115,6 @@ PyObject* dict_or_null(Fields fields, Bytes record)
         return print_none(no_buffer);
     const bool complete = fill(dict.get(), fields, record);
     return built_or_null(std::move(dict), complete);
-}
-
-PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list)
-{
-    PyRef list{PyList_New(count)};
-    if (!list)
-        return print_none(no_list);
-    const bool complete = fill_dicts(list.get(), fields, entries);
-    return built_or_none(std::move(list), complete);
 }
 
 }  // namespace qdp

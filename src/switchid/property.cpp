@@ -24,14 +24,6 @@ std::optional<std::string_view> property_text(Lookup* lookup, const char* switch
     return std::string_view{value->data(), strnlen(value->data(), value->size())};
 }
 
-// A call that failed has handed out nothing.
-PropertyValue handed_out(uint32_t status, void* value, uint32_t length)
-{
-    if (status != status_success)
-        return {status, nullptr, 0};
-    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
-}
-
 }  // namespace
 
 std::optional<std::string_view> data_value(DVSData* data)
@@ -55,14 +47,6 @@ std::optional<std::string_view> global_property_text(const char* switch_id, cons
     return property_text(DVSState_GlobalPropLookup, switch_id, key);
 }
 
-PropertyValue get_host_property(const SwitchId& id, const char* key)
-{
-    void* value = nullptr;
-    uint32_t length = 0;
-    const uint32_t status = DVSHCK_HostPropGet(id.text, key, &value, &length);
-    return handed_out(status, value, length);
-}
-
 PropertyValue get_port_data(const char* switch_text, const char* port_text, const char* key)
 {
     void* value = nullptr;
@@ -71,22 +55,13 @@ PropertyValue get_port_data(const char* switch_text, const char* port_text, cons
     return handed_out(status, value, length);
 }
 
-Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)
+Setting malformed_setting(const PropertyValue& property, const char* key, const char* version_key)
 {
-    const PropertyValue property = get_host_property(id, key);
-    if (property.status != status_success)
-        return Setting::absent;
-
-    if (property.bytes().load<uint32_t>(0) != setting_version) {
+    if (property.version() != setting_version)
         print_format("Format of property %s value is from unknown version.\n", version_key);
-        return Setting::malformed;
-    }
-    if (property.length != length) {
+    else
         print_format("Property %s value length is odd.\n", key);
-        return Setting::malformed;
-    }
-    property.bytes().copy(0, record, length);
-    return Setting::present;
+    return Setting::malformed;
 }
 
 bool write_setting(const SwitchId& id, const char* key, const void* record, size_t length)

@@ -29,20 +29,46 @@ struct PropertyValue {
     uint32_t length;
 
     Bytes bytes() const { return value ? Bytes{value.get(), length} : Bytes{}; }
+    uint32_t version() const { return bytes().load<uint32_t>(0); }  // of a setting's record
 };
 
+// What a call handed out; one that failed has handed out nothing.
+inline PropertyValue handed_out(uint32_t status, void* value, uint32_t length)
+{
+    if (status != status_success)
+        return {status, nullptr, 0};
+    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
+}
+
 // Reads a host property as the host kernel has it.
-PropertyValue get_host_property(const SwitchId& id, const char* key);
+inline PropertyValue get_host_property(const SwitchId& id, const char* key)
+{
+    void* value = nullptr;
+    uint32_t length = 0;
+    const uint32_t status = DVSHCK_HostPropGet(id.text, key, &value, &length);
+    return handed_out(status, value, length);
+}
 
 // Reads the data that the host kernel keeps for a port. The texts that name the switch and the port are the caller's.
 PropertyValue get_port_data(const char* switch_text, const char* port_text, const char* key);
 
 enum class Setting { present, absent, malformed };
 
+// Prints what is wrong with a setting's record, of which the version is looked at first.
+Setting malformed_setting(const PropertyValue& property, const char* key, const char* version_key);
+
 // Reads a setting whose record begins with a version word, which must be 0, and has exactly `length` bytes. Any status
-// but 0 means that the host does not have it. A malformed record prints its message; the version is looked at first.
-// `version_key` is the key that the unknown-version message names.
-Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key);
+// but 0 means that the host does not have it. `version_key` is the key that the unknown-version message names.
+inline Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)
+{
+    const PropertyValue property = get_host_property(id, key);
+    if (property.status != status_success)
+        return Setting::absent;
+    if (property.version() != setting_version || property.length != length) [[unlikely]]
+        return malformed_setting(property, key, version_key);
+    property.bytes().copy(0, record, length);
+    return Setting::present;
+}
 
 template <class Record>
 Setting read_setting(const SwitchId& id, const char* key, Record& record)

@@ -18,10 +18,10 @@ constexpr Names<5> engine_types{{"UNKNOWN", "DFTRSS", "DEVRSS", "SHARSS", "OFLRS
 PyObject* queue_ids(Bytes engine, const Field& field)
 {
     const uint64_t count = engine.unsigned_at(AT(R, num_queues));
-    return integers(engine, field, std::min<uint64_t>(count, max_queues), sizeof(uint16_t));
+    return integers<uint16_t>(engine.from(field.where.offset), std::min<uint64_t>(count, max_queues));
 }
 
-constexpr auto engine_fields = fields<sizeof(R)>({
+constexpr auto engine_fields = fields<sizeof(R)>(ROWS({
     {"id", AT(R, id)},
     {"type", AT(R, type), as_name<engine_types>},
     {"memAffID", AT(R, affinity)},
@@ -32,7 +32,7 @@ constexpr auto engine_fields = fields<sizeof(R)>({
     {"keySize", AT(R, key_size)},
     {"indSize", AT(R, indirection_size)},
     {"secQ", AT(R, queues), queue_ids},
-});
+}));
 
 }  // namespace
 
@@ -49,7 +49,7 @@ PyObject* PyQDP_List_RSS_Engine(PyObject*, PyObject* args)
     PyRef list{PyList_New(record.count)};
     if (!list)
         return print_none("Failed to allocate RSS engine list.\n");
-    if (!fill_dicts(list.get(), engine_fields, entries_of(record)))
+    if (!fill_dicts(list.get(), record.count, engine_fields, entries_of(record)))
         return print_none("Failed to list RSS engines.\n");  // beside the SystemError, deliberately
     return list.release();
 }

@@ -12,6 +12,8 @@ namespace {
 // is shown. Values are words here, whatever their width in the record.
 template <class Record>
 struct SwitchSetting {
+    using Kept = Record;
+
     const char* key;
     bool (*fallback)(const char* alias, uint32_t& value);  // false when it has none; it has printed why, or nothing
     PyObject* (*object)(uint32_t value);
@@ -55,8 +57,8 @@ constexpr SwitchSetting<WordSetting> overlay_l2_flow{overlay_l2_flow_property, a
                                                      number};
 constexpr SwitchSetting<ByteSetting> meta_flow{meta_flow_property, on_by_default, number};
 
-template <class Record>
-PyObject* get(const SwitchSetting<Record>& setting, PyObject* args)
+template <const auto& setting>
+PyObject* get(PyObject* args)
 {
     const char* alias;
     if (!PyArg_ParseTuple(args, "s", &alias))
@@ -66,7 +68,7 @@ PyObject* get(const SwitchSetting<Record>& setting, PyObject* args)
     if (!resolve_switch_id(alias, id))
         return none();
 
-    Record record{};
+    typename std::remove_cvref_t<decltype(setting)>::Kept record{};
     const Setting found = read_setting(id, setting.key, record);
     if (found == Setting::malformed)
         return none();
@@ -97,7 +99,7 @@ bool set(const SwitchSetting<Record>& setting, PyObject* args)
 
 PyObject* PyQDP_GetSwitchNUMATeam(PyObject*, PyObject* args)
 {
-    return get(numa_team, args);
+    return get<numa_team>(args);
 }
 
 PyObject* PyQDP_SetSwitchNUMATeam(PyObject*, PyObject* args)
@@ -108,7 +110,7 @@ PyObject* PyQDP_SetSwitchNUMATeam(PyObject*, PyObject* args)
 
 PyObject* PyQDP_GetSwitchBurstSize(PyObject*, PyObject* args)
 {
-    return get(burst_size, args);
+    return get<burst_size>(args);
 }
 
 PyObject* PyQDP_SetSwitchBurstSize(PyObject*, PyObject* args)
@@ -119,7 +121,7 @@ PyObject* PyQDP_SetSwitchBurstSize(PyObject*, PyObject* args)
 
 PyObject* PyQDP_GetSwitchOverlayL2Flow(PyObject*, PyObject* args)
 {
-    return get(overlay_l2_flow, args);
+    return get<overlay_l2_flow>(args);
 }
 
 PyObject* PyQDP_SetSwitchOverlayL2Flow(PyObject*, PyObject* args)
@@ -130,7 +132,7 @@ PyObject* PyQDP_SetSwitchOverlayL2Flow(PyObject*, PyObject* args)
 
 PyObject* PyQDP_GetSwitchMetaFlow(PyObject*, PyObject* args)
 {
-    return get(meta_flow, args);
+    return get<meta_flow>(args);
 }
 
 // The one setter that says how it went, as 1 or 0, even beside an exception of the parser.

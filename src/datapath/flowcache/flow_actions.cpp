@@ -1,7 +1,6 @@
 // The actions of flows as text.
 #include "datapath/flowcache/flow_actions.h"
 
-#include <algorithm>
 #include <bit>
 
 #include "datapath/flowcache/cut_text.h"
@@ -69,59 +68,6 @@ void write_header(Bytes area, Bytes group, CutText& text)
         text.print("bmap:%#lx inval(s):%u cg:%lu dp:- len:%u; ", bitmap, invalidations, generation, length);
 }
 
-// The actions whose text is a name, or a name and a number of the group. Those that are in neither this table nor
-// write_action have no text.
-struct NamedAction {
-    FlowAction action;
-    const char* name;
-    Place number = {};
-};
-
-constexpr NamedAction named_actions[] = {
-    {FlowAction::input_child_port, "KCPInputChildPort", AT(G, input_child_port)},
-    {FlowAction::lro, "LRO"},
-    {FlowAction::ipfix_ingress, "IPFIX Ingress"},
-    {FlowAction::drop, "DROP"},
-    {FlowAction::slow_path, "SP"},
-    {FlowAction::vlan_insert, "VI", AT(G, vlan)},
-    {FlowAction::vlan_remove, "VR"},
-    {FlowAction::port_insert, "PI", AT(G, port_index)},
-    {FlowAction::port_remove, "PR"},
-    {FlowAction::guest_vlan_insert, "GVLAN Insert"},
-    {FlowAction::mirror_ingress, "Mirror Ingress", AT(G, ingress_mirror)},
-    {FlowAction::destination_mac, "DMAC"},
-    {FlowAction::vni, "VNI", AT(G, vni)},
-    {FlowAction::geneve_decap, "GENEVE DECAP"},
-    {FlowAction::vxlan_decap, "VXLAN DECAP"},
-    {FlowAction::guest_vlan_remove, "GVLAN Remove"},
-    {FlowAction::ipfix_egress, "IPFIX Egress"},
-    {FlowAction::mirror_egress, "Mirror Egress", AT(G, egress_mirror)},
-    {FlowAction::output_vlan, "KCPOutputVLAN", AT(G, output_vlan)},
-    {FlowAction::inner_lookup, "InnerLookup"},
-    {FlowAction::l3_vlan_routed, "L3 Vlan Routed"},
-    {FlowAction::lta, "LTA"},
-    {FlowAction::meta_flow, "MetaFlow"},
-};
-
-void write_named(FlowAction action, Bytes group, CutText& text)
-{
-    const auto* named = std::ranges::find(named_actions, action, &NamedAction::action);
-    if (named == std::end(named_actions))
-        return;
-    if (named->number.size != 0)
-        text.print("%s: %u; ", named->name, number(group, named->number));
-    else
-        text.print("%s; ", named->name);
-}
-
-void write_firewall(const char* side, Bytes entry, const Place& has_context, const Place& context, CutText& text)
-{
-    if (number(entry, has_context) != 0)
-        text.print("DFW on %sPort, ctCtxId: %#lx; ", side, word(entry, context));
-    else
-        text.print("DFW on %sPort; ", side);
-}
-
 // False when the output ended before the last instance.
 bool write_routing(Bytes tail, CutText& text)
 {
@@ -136,35 +82,113 @@ bool write_routing(Bytes tail, CutText& text)
     return true;
 }
 
-void write_encapsulation(const char* name, Bytes group, Bytes vni, CutText& text)
+uint32_t vni_at(Bytes tail, size_t offset)
 {
-    text.print("VNI: %u; ", number(group, AT(G, vni)));
-    text.print("%s ENCAP VNI: %u; ", name,
-               uint32_t{vni.load<uint8_t>(0)} << 16 | uint32_t{vni.load<uint8_t>(1)} << 8 | vni.load<uint8_t>(2));
+    const auto byte = [&](size_t i) { return uint32_t{tail.load<uint8_t>(offset + i)}; };
+    return byte(0) << 16 | byte(1) << 8 | byte(2);
 }
 
-// False when the output ended inside a list of the action.
+// False when the output ended inside a list of the action. A bit that is no action, and a destination port, which the
+// header shows, have no text.
 bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
 {
+    const Bytes group = flow.group;
     switch (action) {
-    case FlowAction::firewall_source:
-        write_firewall("src", flow.entry, AT(E, source_has_context), AT(E, source_context), text);
+    case FlowAction::input_child_port:
+        text.print("KCPInputChildPort: %u; ", number(group, AT(G, input_child_port)));
         return true;
-    case FlowAction::firewall_destination:
-        write_firewall("dst", flow.entry, AT(E, destination_has_context), AT(E, destination_context), text);
+    case FlowAction::lro:
+        text.print("LRO; ");
+        return true;
+    case FlowAction::ipfix_ingress:
+        text.print("IPFIX Ingress; ");
+        return true;
+    case FlowAction::drop:
+        text.print("DROP; ");
+        return true;
+    case FlowAction::firewall_source:
+        if (number(flow.entry, AT(E, source_has_context)) != 0)
+            text.print("DFW on srcPort, ctCtxId: %#lx; ", word(flow.entry, AT(E, source_context)));
+        else
+            text.print("DFW on srcPort; ");
+        return true;
+    case FlowAction::slow_path:
+        text.print("SP; ");
+        return true;
+    case FlowAction::vlan_insert:
+        text.print("VI: %u; ", number(group, AT(G, vlan)));
+        return true;
+    case FlowAction::vlan_remove:
+        text.print("VR; ");
+        return true;
+    case FlowAction::port_insert:
+        text.print("PI: %u; ", number(group, AT(G, port_index)));
+        return true;
+    case FlowAction::port_remove:
+        text.print("PR; ");
+        return true;
+    case FlowAction::guest_vlan_insert:
+        text.print("GVLAN Insert; ");
+        return true;
+    case FlowAction::mirror_ingress:
+        text.print("Mirror Ingress: %u; ", number(group, AT(G, ingress_mirror)));
+        return true;
+    case FlowAction::destination_mac:
+        text.print("DMAC; ");
         return true;
     case FlowAction::routing:
         return write_routing(flow.tail, text);
+    case FlowAction::vni:
+        text.print("VNI: %u; ", number(group, AT(G, vni)));
+        return true;
+    case FlowAction::geneve_decap:
+        text.print("GENEVE DECAP; ");
+        return true;
+    case FlowAction::vxlan_decap:
+        text.print("VXLAN DECAP; ");
+        return true;
     case FlowAction::geneve_encap:
-        write_encapsulation("GENEVE", flow.group, flow.tail.from(offsetof(T, geneve_vni)), text);
+        text.print("VNI: %u; ", number(group, AT(G, vni)));
+        text.print("GENEVE ENCAP VNI: %u; ", vni_at(flow.tail, offsetof(T, geneve_vni)));
         return true;
     case FlowAction::vxlan_encap:
-        write_encapsulation("VXLAN", flow.group, flow.tail.from(offsetof(T, vxlan_vni)), text);
+        text.print("VNI: %u; ", number(group, AT(G, vni)));
+        text.print("VXLAN ENCAP VNI: %u; ", vni_at(flow.tail, offsetof(T, vxlan_vni)));
         return true;
-    default:
-        write_named(action, flow.group, text);
+    case FlowAction::guest_vlan_remove:
+        text.print("GVLAN Remove; ");
+        return true;
+    case FlowAction::ipfix_egress:
+        text.print("IPFIX Egress; ");
+        return true;
+    case FlowAction::firewall_destination:
+        if (number(flow.entry, AT(E, destination_has_context)) != 0)
+            text.print("DFW on dstPort, ctCtxId: %#lx; ", word(flow.entry, AT(E, destination_context)));
+        else
+            text.print("DFW on dstPort; ");
+        return true;
+    case FlowAction::mirror_egress:
+        text.print("Mirror Egress: %u; ", number(group, AT(G, egress_mirror)));
+        return true;
+    case FlowAction::output_vlan:
+        text.print("KCPOutputVLAN: %u; ", number(group, AT(G, output_vlan)));
+        return true;
+    case FlowAction::inner_lookup:
+        text.print("InnerLookup; ");
+        return true;
+    case FlowAction::l3_vlan_routed:
+        text.print("L3 Vlan Routed; ");
+        return true;
+    case FlowAction::lta:
+        text.print("LTA; ");
+        return true;
+    case FlowAction::meta_flow:
+        text.print("MetaFlow; ");
+        return true;
+    case FlowAction::destination_port:
         return true;
     }
+    return true;
 }
 
 // The actions from the lowest bit upward; a dropped packet meets no further ones. False when the output ended before

@@ -13,7 +13,7 @@ namespace {
 
 // A row's position is the parameter's id.
 using R = LBParameters;
-constexpr auto parameter_fields = fields<sizeof(R)>({
+constexpr auto parameter_fields = fields<sizeof(R)>(ROWS({
     {"run_in_msec", AT(R, values[0])},
     {"cpuload_high", AT(R, values[1])},
     {"cpuload_low", AT(R, values[2])},
@@ -24,7 +24,7 @@ constexpr auto parameter_fields = fields<sizeof(R)>({
     {"min_v2v_pps_bind", AT(R, values[7])},
     {"pps_var_sensitivity", AT(R, values[8])},
     {"cpu_var_sensitivity", AT(R, values[9])},
-});
+}));
 
 constexpr char no_parameters[] = "invalid parameter passed.";
 constexpr char no_such_switch[] = "cannot find dvs alias.";

@@ -30,16 +30,16 @@ template <const auto& item_fields, class Entry>
 constexpr Kind as_group{group_object<item_fields, sizeof(Entry)>, false, false, sizeof(LBItemGroup)};
 
 using F = LBFeatureItem;
-constexpr auto feature_fields = fields<sizeof(F)>({
+constexpr auto feature_fields = fields<sizeof(F)>(ROWS({
     {"count load", AT(F, count_load)},
     {"feat ID", AT(F, feature)},
     {"ctx ID", AT(F, context)},
     {"pkts", AT(F, packets)},
     {"bytes", AT(F, bytes)},
-});
+}));
 
 using P = LBPortEntry;
-constexpr auto port_fields = fields<sizeof(P)>({
+constexpr auto port_fields = fields<sizeof(P)>(ROWS({
     {"port ID", AT(P, port)},
     {"mem affinity mask", AT(P, affinity_mask)},
     {"priority", AT(P, priority)},
@@ -47,22 +47,22 @@ constexpr auto port_fields = fields<sizeof(P)>({
     {"ofldRSS", AT(P, offload_rss), as_group<feature_fields, P>},
     {"vnicTxQ", AT(P, vnic_tx_queues), as_group<feature_fields, P>},
     {"filt", AT(P, filters), as_group<feature_fields, P>},
-});
+}));
 
 using Q = LBQueueItem;
-constexpr auto queue_fields = fields<sizeof(Q)>({
+constexpr auto queue_fields = fields<sizeof(Q)>(ROWS({
     {"count load", AT(Q, count_load)},
     {"ctx ID", AT(Q, context)},
     {"pkts", AT(Q, packets)},
     {"bytes", AT(Q, bytes)},
-});
+}));
 
 using U = LBUplinkEntry;
-constexpr auto uplink_fields = fields<sizeof(U)>({
+constexpr auto uplink_fields = fields<sizeof(U)>(ROWS({
     {"port ID", AT(U, port)},
     {"mem affinity ID", AT(U, affinity)},
     {"uplinkRx", AT(U, rx_queues), as_group<queue_fields, U>},
-});
+}));
 
 // Deliberately widened with its sign and then shown unsigned: world -1 reads as 2^64 - 1.
 PyObject* world(Bytes entry, const Field& field)
@@ -71,7 +71,7 @@ PyObject* world(Bytes entry, const Field& field)
 }
 
 using C = LBContextEntry;
-constexpr auto context_fields = fields<sizeof(C)>({
+constexpr auto context_fields = fields<sizeof(C)>(ROWS({
     {"ctx ID", AT(C, context)},
     {"world ID", AT(C, world), world},
     {"biased CPU", AT(C, biased_cpu)},
@@ -79,7 +79,7 @@ constexpr auto context_fields = fields<sizeof(C)>({
     {"pkts", AT(C, packets)},
     {"bytes", AT(C, bytes)},
     {"max pb load", AT(C, max_pb_load)},
-});
+}));
 
 // The lengths of entries, their items included.
 uint64_t port_length(Bytes entry)

@@ -10,12 +10,12 @@ namespace qdp {
 namespace {
 
 using E = MacEntry;
-constexpr auto entry_fields = fields<sizeof(E)>({
+constexpr auto entry_fields = fields<sizeof(E)>(ROWS({
     {"macAddr", AT(E, mac), as_mac},
     {"vlanID", AT(E, vlan)},
     {"qdpPortID", AT(E, qdp_port)},
     {"macGenDiff", AT(E, generation_difference)},
-});
+}));
 
 using H = MacTableHeader;
 
@@ -27,16 +27,16 @@ PyObject* entries(Bytes table, const Field& count)
                    [&](size_t i) { return whole_dict(entry_fields, rest.from(i * sizeof(E))); });
 }
 
-constexpr auto port_table_fields = fields<sizeof(H)>({
+constexpr auto port_table_fields = fields<sizeof(H)>(ROWS({
     {"MacLimit", AT(H, mac_limit)},
     {"LimitExceeded", AT(H, limit_exceeded)},
     {"MacTableList", AT(H, count), entries},
-});
+}));
 
-constexpr auto switch_table_fields = fields<sizeof(H)>({
+constexpr auto switch_table_fields = fields<sizeof(H)>(ROWS({
     {"MacLimit", AT(H, mac_limit)},
     {"MacTableList", AT(H, count), entries},
-});
+}));
 
 constexpr char cannot_clear[] = "Failed to clear mac table.\n";  // of a port and of a switch
 

@@ -9,7 +9,7 @@ namespace qdp {
 namespace {
 
 using S = SwitchListEntry;
-constexpr auto switch_fields = fields<sizeof(S)>({
+constexpr auto switch_fields = fields<sizeof(S)>(ROWS({
     {"name", AT(S, name), as_text},
     {"swID", AT(S, switch_number)},
     {"maxPorts", AT(S, max_ports)},
@@ -18,7 +18,7 @@ constexpr auto switch_fields = fields<sizeof(S)>({
     {"mtu", AT(S, mtu)},
     {"numLcores", AT(S, num_lcores)},
     {"lcores", AT(S, lcore_mask), as_signed},  // a mask with lcore 63 reads negative
-});
+}));
 
 // Representors by type, plain and pass-through.
 constexpr Names<16> representor_names{{"REP.INV", "REP.M2VF", "REP.M2PHY", "REP.M2UPT", "REP.M3VF", "REP.M3PHY",
@@ -54,7 +54,7 @@ PyObject* client(Bytes port, const Field&)
 }
 
 using P = PortListEntry;
-constexpr auto port_fields = fields<sizeof(P)>({
+constexpr auto port_fields = fields<sizeof(P)>(ROWS({
     {"portID", AT(P, port)},
     {"qdpPortID", AT(P, qdp_port)},
     {"numTxQ", AT(P, num_tx_queues)},
@@ -64,7 +64,7 @@ constexpr auto port_fields = fields<sizeof(P)>({
     {"clientType", AT(P, client_type), client},
     {"txQLM", AT(P, tx_queue_lcores), as_list<uint8_t, AT(P, num_tx_queues)>},
     {"rxQLM", AT(P, rx_queue_lcores), as_list<uint8_t, AT(P, num_rx_queues)>},
-});
+}));
 
 }  // namespace
 

@@ -26,11 +26,12 @@ using namespace qdp;
 
 PyObject* PyQDP_CreatePortList(uint32_t count, const uint64_t* bitmap)
 {
-    PyRef list{PyList_New(static_cast<uint16_t>(count))};
+    const auto length = static_cast<uint16_t>(count);
+    PyRef list{PyList_New(length)};
     if (!list)
         return print_none("Failed to allocate memory\n");  // deliberately without a full stop
     unsigned from = 0;
-    const bool complete = fill_list(list.get(), [&](size_t) {
+    const bool complete = fill_list(list.get(), length, [&](size_t) {
         const unsigned port = next_port(bitmap, from);
         from = port + 1;
         return port < bitmap_ports ? made(PyLong_FromUnsignedLong(port)) : none();
@@ -40,9 +41,11 @@ PyObject* PyQDP_CreatePortList(uint32_t count, const uint64_t* bitmap)
 
 PyObject* PyQDP_CreateVlanList(uint32_t count, const uint16_t* vlans)
 {
-    PyRef list{PyList_New(static_cast<uint16_t>(count))};
+    const auto length = static_cast<uint16_t>(count);
+    PyRef list{PyList_New(length)};
     if (!list)
         return print_none(no_memory);
-    const bool complete = fill_list(list.get(), [&](size_t i) { return made(PyLong_FromUnsignedLong(vlans[i])); });
+    const bool complete =
+        fill_list(list.get(), length, [&](size_t i) { return made(PyLong_FromUnsignedLong(vlans[i])); });
     return built_or_none(std::move(list), complete);
 }

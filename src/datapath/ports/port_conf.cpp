@@ -67,7 +67,7 @@ constexpr Place feature(size_t byte, unsigned bit)
     return bits(offsetof(R, features) + byte, bit, 1);
 }
 
-constexpr auto conf_fields = fields<sizeof(R)>({
+constexpr auto conf_fields = fields<sizeof(R)>(ROWS({
     {"portID", AT(R, port)},
     {"flags", AT(R, receive_flags), receive_flags},
     {"hwAddr", AT(R, mac), as_mac},
@@ -105,7 +105,7 @@ constexpr auto conf_fields = fields<sizeof(R)>({
     {"MirrorFilterOut", feature(3, 6)},
 
     {"metaFlow", AT(R, meta_flows), meta_flows},
-});
+}));
 
 struct FlagName {
     uint32_t flag;

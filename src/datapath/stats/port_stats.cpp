@@ -10,7 +10,7 @@ namespace {
 
 // In the record bytes come before packets; in the dict packets come first. The counters are shown signed.
 using R = PortCounters;
-constexpr auto fast_path_fields = fields<sizeof(R)>({
+constexpr auto fast_path_fields = fields<sizeof(R)>(ROWS({
     {"txPkts", AT(R, tx.packets), as_signed},
     {"txBytes", AT(R, tx.bytes), as_signed},
     {"txMcastPkts", AT(R, tx.multicast_packets), as_signed},
@@ -27,9 +27,9 @@ constexpr auto fast_path_fields = fields<sizeof(R)>({
     {"rxBcastBytes", AT(R, rx.broadcast_bytes), as_signed},
     {"rxDrops", AT(R, rx.drops), as_signed},
     {"rxErrors", AT(R, rx.errors), as_signed},
-});
+}));
 
-constexpr auto slow_path_fields = fields<sizeof(R)>({
+constexpr auto slow_path_fields = fields<sizeof(R)>(ROWS({
     {"spTxPkts", AT(R, tx.packets), as_signed},
     {"spTxBytes", AT(R, tx.bytes), as_signed},
     {"spTxMcastPkts", AT(R, tx.multicast_packets), as_signed},
@@ -46,7 +46,7 @@ constexpr auto slow_path_fields = fields<sizeof(R)>({
     {"spRxBcastBytes", AT(R, rx.broadcast_bytes), as_signed},
     {"spRxDrops", AT(R, rx.drops), as_signed},
     {"spRxErrors", AT(R, rx.errors), as_signed},
-});
+}));
 
 }  // namespace
 

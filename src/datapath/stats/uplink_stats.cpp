@@ -10,7 +10,7 @@ namespace {
 
 // The counters are shown signed, in the order of the record.
 using R = UplinkCounters;
-constexpr auto counters = fields<sizeof(R)>({
+constexpr auto counters = fields<sizeof(R)>(ROWS({
     {"rxPkts", AT(R, rx_packets), as_signed},
     {"txPkts", AT(R, tx_packets), as_signed},
     {"rxBytes", AT(R, rx_bytes), as_signed},
@@ -35,7 +35,7 @@ constexpr auto counters = fields<sizeof(R)>({
     {"txFifoErrors", AT(R, tx_fifo_errors), as_signed},
     {"txHeartbeatErrors", AT(R, tx_heartbeat_errors), as_signed},
     {"txWindowErrors", AT(R, tx_window_errors), as_signed},
-});
+}));
 
 // A list of (name, value) tuples; a failure is printed and makes it None.
 PyObject* counter_list(const UplinkCounters& record)
@@ -46,7 +46,7 @@ PyObject* counter_list(const UplinkCounters& record)
 
     Py_ssize_t position = 0;
     for (const Field& counter : counters.rows) {
-        PyObject* tuple = Py_BuildValue("(s, l)", counter.key, bytes_of(record).signed_at(counter.where));
+        PyObject* tuple = Py_BuildValue("(s, l)", counter.key(), bytes_of(record).signed_at(counter.where));
         if (!tuple)
             return print_none("Failed to allocate uplink stats counter.\n");
         if (PyList_SetItem(list.get(), position++, tuple) != 0)

@@ -60,11 +60,11 @@ PyObject* filter_text(Bytes filter, const Field&)
 }
 
 using Q = NetQQueue;
-constexpr auto queue_fields = fields<sizeof(Q)>({
+constexpr auto queue_fields = fields<sizeof(Q)>(ROWS({
     {"qdpPortID", AT(Q, qdp_port)},
     {"qid", AT(Q, queue)},
     {"fid", AT(Q, filter_id)},
-});
+}));
 
 PyObject* queue_list(Bytes filter, const Field&)
 {
@@ -75,10 +75,10 @@ PyObject* queue_list(Bytes filter, const Field&)
 }
 
 using F = NetQFilter;
-constexpr auto filter_fields = fields<sizeof(F)>({
+constexpr auto filter_fields = fields<sizeof(F)>(ROWS({
     {"rxf", AT(F, type), filter_text},
     {"qInfo", AT(F, num_queues), queue_list},
-});
+}));
 
 size_t filter_bytes(Bytes filter)
 {
@@ -99,13 +99,13 @@ PyObject* filter_list(Bytes info, const Field& field)
 }
 
 using R = NetQInfo;
-constexpr auto info_fields = fields<sizeof(R)>({
+constexpr auto info_fields = fields<sizeof(R)>(ROWS({
     {"isUplink", AT(R, is_uplink)},
     {"isFlowFilter", AT(R, is_flow_filter)},
     {"swID", AT(R, switch_number)},
     {"qdpPortID", AT(R, qdp_port)},
     {"filters", AT(R, num_filters), filter_list},
-});
+}));
 
 }  // namespace
 

@@ -13,10 +13,10 @@ namespace qdp {
 namespace {
 
 using R = DeviceAffinity;
-constexpr auto device_fields = fields<sizeof(R)>({
+constexpr auto device_fields = fields<sizeof(R)>(ROWS({
     {"devname", AT(R, device), as_text},
     {"affinity", AT(R, affinity)},
-});
+}));
 
 // Fills a tuple, made with one place a set bit, with the places of the set bits, lowest first.
 bool fill_bits(PyObject* tuple, uint64_t bitmap)

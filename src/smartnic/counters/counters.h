@@ -16,7 +16,7 @@ using E = P4EgressCounters;
 
 }  // namespace counters
 
-inline constexpr auto p4_port_counter_fields = fields<sizeof(P4PortCounters)>({
+inline constexpr auto p4_port_counter_rows = ROWS({
     {"rxUcastBytes", AT(counters::P, rx.unicast_bytes), as_signed},
     {"rxUcastPkts", AT(counters::P, rx.unicast_packets), as_signed},
     {"rxMcastBytes", AT(counters::P, rx.multicast_bytes), as_signed},
@@ -42,31 +42,33 @@ inline constexpr auto p4_port_counter_fields = fields<sizeof(P4PortCounters)>({
     {"txBcastDropBytes", AT(counters::P, tx_drops.broadcast_bytes), as_signed},
     {"txBcastDropPkts", AT(counters::P, tx_drops.broadcast_packets), as_signed},
 });
+inline constexpr auto p4_port_counter_fields = fields<sizeof(P4PortCounters)>(p4_port_counter_rows);
 
 // A LIF's block begins with a port's.
-inline constexpr auto p4_lif_counter_fields = extended<sizeof(P4LifCounters)>(
-    p4_port_counter_fields, {
-                                {"rxQueueDisabled", AT(counters::L, rx_queue.disabled), as_signed},
-                                {"rxQueueEmpty", AT(counters::L, rx_queue.empty), as_signed},
-                                {"rxQueueError", AT(counters::L, rx_queue.error), as_signed},
-                                {"rxDescFetchError", AT(counters::L, rx_queue.descriptor_fetch_error), as_signed},
-                                {"rxDescDataError", AT(counters::L, rx_queue.descriptor_data_error), as_signed},
-                                {"txQueueDisabled", AT(counters::L, tx_queue.disabled), as_signed},
-                                {"txQueueError", AT(counters::L, tx_queue.error), as_signed},
-                                {"txDescFetchError", AT(counters::L, tx_queue.descriptor_fetch_error), as_signed},
-                                {"txDescDataError", AT(counters::L, tx_queue.descriptor_data_error), as_signed},
-                            });
+inline constexpr auto p4_lif_queue_rows = ROWS({
+    {"rxQueueDisabled", AT(counters::L, rx_queue.disabled), as_signed},
+    {"rxQueueEmpty", AT(counters::L, rx_queue.empty), as_signed},
+    {"rxQueueError", AT(counters::L, rx_queue.error), as_signed},
+    {"rxDescFetchError", AT(counters::L, rx_queue.descriptor_fetch_error), as_signed},
+    {"rxDescDataError", AT(counters::L, rx_queue.descriptor_data_error), as_signed},
+    {"txQueueDisabled", AT(counters::L, tx_queue.disabled), as_signed},
+    {"txQueueError", AT(counters::L, tx_queue.error), as_signed},
+    {"txDescFetchError", AT(counters::L, tx_queue.descriptor_fetch_error), as_signed},
+    {"txDescDataError", AT(counters::L, tx_queue.descriptor_data_error), as_signed},
+});
+inline constexpr auto p4_lif_counter_fields =
+    fields<sizeof(P4LifCounters)>(joined(p4_port_counter_rows, p4_lif_queue_rows));
 
-inline constexpr auto p4_ingress_counter_fields = fields<sizeof(P4IngressCounters)>({
+inline constexpr auto p4_ingress_counter_fields = fields<sizeof(P4IngressCounters)>(ROWS({
     {"rxFromHost", AT(counters::I, from_host), as_signed},
     {"rxFromSwitch", AT(counters::I, from_switch), as_signed},
     {"rxFromCpu", AT(counters::I, from_cpu), as_signed},
     {"rxUserCsumErr", AT(counters::I, user_checksum_errors), as_signed},
     {"rxSubstrateCsumErr", AT(counters::I, substrate_checksum_errors), as_signed},
     {"rxMalformed", AT(counters::I, malformed), as_signed},
-});
+}));
 
-inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)>({
+inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)>(ROWS({
     {"txToHost", AT(counters::E, to_host), as_signed},
     {"txToSwitch", AT(counters::E, to_switch), as_signed},
     {"txToCpu", AT(counters::E, to_cpu), as_signed},
@@ -74,6 +76,6 @@ inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)
     {"connTrackRedir", AT(counters::E, conntrack_redirects), as_signed},
     {"wrongReinject", AT(counters::E, wrong_reinjects), as_signed},
     {"drop", AT(counters::E, drops), as_signed},
-});
+}));
 
 }  // namespace qdp

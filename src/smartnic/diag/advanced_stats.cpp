@@ -10,7 +10,7 @@ namespace {
 
 // The spelling of the keys is the system's, "spReaonVlanTF" and "spReasonInnerL2Incompt" included.
 using A = AdvancedCounters;
-constexpr auto advanced_fields = fields<sizeof(A)>({
+constexpr auto advanced_fields = fields<sizeof(A)>(ROWS({
     {"spReasonSpFlags", AT(A, counters[0]), as_signed},
     {"spReasonL3Incompat", AT(A, counters[1]), as_signed},
     {"spReasonL4Incompat", AT(A, counters[2]), as_signed},
@@ -48,7 +48,7 @@ constexpr auto advanced_fields = fields<sizeof(A)>({
     {"parserDropInvalidGeneve", AT(A, counters[34]), as_signed},
     {"parserDropL2Invalid", AT(A, counters[35]), as_signed},
     {"parserDropL3L4Invalid", AT(A, counters[36]), as_signed},
-});
+}));
 
 constexpr const char* mode_names[advanced_stats_modes] = {"disable", "enable", "clear"};
 

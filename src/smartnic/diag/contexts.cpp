@@ -19,7 +19,7 @@ constexpr Place scale_at(size_t state_and_scale)
 }
 
 using E = ConntrackEntry;
-constexpr auto conntrack_fields = fields<sizeof(E)>({
+constexpr auto conntrack_fields = fields<sizeof(E)>(ROWS({
     {"src_seqlo", AT(E, source.lowest_sequence), as_big_endian},
     {"src_seqhi", AT(E, source.highest_sequence), as_big_endian},
     {"src_max_win", AT(E, source.max_window), as_big_endian},
@@ -32,10 +32,10 @@ constexpr auto conntrack_fields = fields<sizeof(E)>({
     {"dst_wscale", scale_at(offsetof(E, destination.state_and_scale))},
     {"sw_state", AT(E, software_state)},
     {"ct_log", AT(E, log)},
-});
+}));
 
 using C = FpoContext;
-constexpr auto context_fields = fields<sizeof(C)>({
+constexpr auto context_fields = fields<sizeof(C)>(ROWS({
     {"enable", AT(C, is_enabled)},
     {"disableWindowValidation", AT(C, disable_window_validation)},
     {"lseqlo", AT(C, local.lowest_sequence)},
@@ -50,7 +50,7 @@ constexpr auto context_fields = fields<sizeof(C)>({
     {"rmaxWin", AT(C, remote.max_window)},
     {"rstate", AT(C, remote.state)},
     {"rwscale", AT(C, remote.window_scale)},
-});
+}));
 
 }  // namespace
 

@@ -21,12 +21,12 @@ PyObject* entry_size(Bytes descriptor, const Field& field)
     return made(PyLong_FromUnsignedLong(num_entries == 0 ? 0 : table_bytes / num_entries));
 }
 
-constexpr auto descriptor_fields = fields<sizeof(D)>({
+constexpr auto descriptor_fields = fields<sizeof(D)>(ROWS({
     {"tableId", AT(D, table)},
     {"pa", AT(D, address)},
     {"numEntries", AT(D, num_entries)},
     {"entrySize", AT(D, table_bytes), entry_size},
-});
+}));
 
 constexpr uint32_t bytes_a_line = 16;
 
@@ -63,10 +63,11 @@ PyObject* PyQDP_P4HWTableDump(PyObject*, PyObject* args)
         return print_none("Failed to dump HW table data.\n");
 
     const size_t length = data_bytes(dump);
-    PyRef lines{PyList_New(static_cast<Py_ssize_t>((length + bytes_a_line - 1) / bytes_a_line))};
+    const size_t num_lines = (length + bytes_a_line - 1) / bytes_a_line;
+    PyRef lines{PyList_New(static_cast<Py_ssize_t>(num_lines))};
     if (!lines)
         return print_none(no_buffer);
-    const bool complete = fill_list(lines.get(), [&](size_t line) {
+    const bool complete = fill_list(lines.get(), num_lines, [&](size_t line) {
         const size_t start = line * bytes_a_line;
         const size_t count = std::min<size_t>(bytes_a_line, length - start);
         return dump_line(dump.address + start, entries_of(dump).from(start), count);

@@ -9,7 +9,7 @@ namespace {
 
 // The bounds are uneven on purpose: steps of 100 microseconds, then of 200, 500 and 1000.
 using H = LatencyHistogram;
-constexpr auto histogram_fields = fields<sizeof(H)>({
+constexpr auto histogram_fields = fields<sizeof(H)>(ROWS({
     {"minLatency", AT(H, min)},
     {"maxLatency", AT(H, max)},
     {"100us", AT(H, buckets[0]), as_signed},
@@ -35,7 +35,7 @@ constexpr auto histogram_fields = fields<sizeof(H)>({
     {"outOfBucket", AT(H, out_of_bucket), as_signed},
     {"totalSample", AT(H, total_samples), as_signed},
     {"totalTime", AT(H, total_time), as_signed},
-});
+}));
 
 }  // namespace
 

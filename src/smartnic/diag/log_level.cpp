@@ -10,7 +10,7 @@ namespace qdp {
 namespace {
 
 using R = P4LogLevel;
-constexpr auto log_level_fields = fields<sizeof(R)>({{"level", AT(R, level)}});
+constexpr auto log_level_fields = fields<sizeof(R)>(ROWS({{"level", AT(R, level)}}));
 
 }  // namespace
 

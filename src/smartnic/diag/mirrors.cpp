@@ -61,7 +61,7 @@ PyObject* lines_of(const MirrorDump<Entry>& dump, PyObject* (*line)(const Entry&
         return print_none(no_buffer);
     const Bytes entries = entries_of(dump);
     const bool complete =
-        fill_list(lines.get(), [&](size_t i) { return line(entries.load<Entry>(i * sizeof(Entry))); });
+        fill_list(lines.get(), dump.count, [&](size_t i) { return line(entries.load<Entry>(i * sizeof(Entry))); });
     return built_or_none(std::move(lines), complete);
 }
 

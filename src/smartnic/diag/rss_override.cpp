@@ -10,12 +10,12 @@ namespace qdp {
 namespace {
 
 using R = P4RssOverride;
-constexpr auto rss_override_fields = fields<sizeof(R)>({
+constexpr auto rss_override_fields = fields<sizeof(R)>(ROWS({
     {"swID", AT(R, switch_number)},
     {"fcPortID", AT(R, port)},
     {"rssOverrideQid", AT(R, queue)},
     {"rssOverride", AT(R, is_override)},
-});
+}));
 
 }  // namespace
 

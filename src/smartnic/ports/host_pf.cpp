@@ -30,7 +30,8 @@ PyObject* PyQDP_HostPFGet(PyObject*, PyObject*)
     PyRef list{PyList_New(pfs.count)};
     if (!list)
         return print_none(no_buffer);
-    const bool complete = fill_list(list.get(), [&](size_t pf) { return made(PyLong_FromUnsignedLong(pfs.lifs[pf])); });
+    const bool complete =
+        fill_list(list.get(), pfs.count, [&](size_t pf) { return made(PyLong_FromUnsignedLong(pfs.lifs[pf])); });
     return built_or_none(std::move(list), complete);
 }
 

@@ -12,7 +12,7 @@ PyObject* page_object(PageKeys keys, uint32_t count, uint32_t next, Fields field
     PyObject* list = made(PyList_New(count));  // the page owns it from the next line on
     const bool complete = set_dict_item(page.get(), keys.list, list) &&
                           set_dict_item(page.get(), keys.next, made(PyLong_FromUnsignedLong(next))) &&
-                          fill_dicts(list, fields, entries);
+                          fill_dicts(list, count, fields, entries);
     return built_or_none(std::move(page), complete);
 }
 

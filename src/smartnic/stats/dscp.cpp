@@ -9,10 +9,10 @@ namespace qdp {
 namespace {
 
 using D = DscpConfig;
-constexpr auto dscp_fields = fields<sizeof(D)>({
+constexpr auto dscp_fields = fields<sizeof(D)>(ROWS({
     {"dscp", AT(D, dscp)},
     {"mask", AT(D, mask)},
-});
+}));
 
 }  // namespace
 

@@ -13,11 +13,11 @@ PyObject* counter(Bytes entry, const Field& field)
 }
 
 using E = IpfixEntry;
-constexpr auto flow_fields = fields<sizeof(E)>({
+constexpr auto flow_fields = fields<sizeof(E)>(ROWS({
     {"pcnt", AT(E, packets), counter},
     {"bcnt", AT(E, bytes), counter},
     {"tcp_flags", AT(E, tcp_flags)},
-});
+}));
 
 }  // namespace
 

@@ -1,9 +1,9 @@
 // How a hardware table is read: a reader is its bounds, its table, and the fields of the table's entry.
 //
-//     constexpr auto flow_info = table<P4Table::flow_info>({
+//     constexpr auto flow_info = table<P4Table::flow_info>(ROWS({
 //         {"flowIdx", bytes(0, 4)},
 //         {"dstPort", bytes(4, 2)},
-//     });
+//     }));
 //
 //     PyObject* PyQDP_TableFlowInfoGet(PyObject*, PyObject* args)
 //     {
@@ -18,26 +18,24 @@
 namespace qdp {
 
 // A hardware table, or the first of a pair, and the fields of its entry.
-template <P4Table id, size_t count>
+template <P4Table id, class Table>
 struct HardwareTable {
-    FieldTable<count> fields;
+    Table fields;
 };
 
-template <P4Table id, size_t count>
-consteval HardwareTable<id, count> table(const Field (&rows)[count])
+template <P4Table id, class MakeRows>
+consteval auto table(MakeRows rows)
 {
-    return {fields<p4_table_shape(id).entry_bytes>(rows)};
+    const auto checked = fields<p4_table_shape(id).entry_bytes>(rows);
+    return HardwareTable<id, decltype(checked)>{checked};
 }
 
-// Declared, never defined: see module/fields.h.
-void a_field_table_has_another_entry_size();
-
-template <P4Table id, size_t count>
-consteval HardwareTable<id, count> table(const FieldTable<count>& rows)
+// The same with a table that lies elsewhere.
+template <P4Table id, size_t entry_bytes, size_t count, size_t converters_room, size_t keys_room>
+consteval auto table(const FieldTable<entry_bytes, count, converters_room, keys_room>& fields)
 {
-    if (rows.record_size != p4_table_shape(id).entry_bytes)
-        a_field_table_has_another_entry_size();
-    return {rows};
+    static_assert(entry_bytes == p4_table_shape(id).entry_bytes);
+    return HardwareTable<id, decltype(fields)>{fields};
 }
 
 // One entry, on the stack. It is zeroed before it is read, so that a short answer decodes as zeros. Reading it is false
@@ -69,23 +67,23 @@ private:
 
 // The forms of readers.
 
-template <P4Table id, size_t count>
-PyObject* read_entry(const HardwareTable<id, count>& table, uint32_t index, uint32_t selector = 0)
+template <P4Table id, class Table>
+PyObject* read_entry(const HardwareTable<id, Table>& table, uint32_t index, uint32_t selector = 0)
 {
     Entry<id> entry;
     return entry.read_at(index, selector) ? dict_or_none(table.fields, entry.bytes()) : none();
 }
 
-template <P4Table id, size_t count, class Key>
-PyObject* read_by_key(const HardwareTable<id, count>& table, const Key& key)
+template <P4Table id, class Table, class Key>
+PyObject* read_by_key(const HardwareTable<id, Table>& table, const Key& key)
 {
     Entry<id> entry;
     return entry.read_with(key) ? dict_or_none(table.fields, entry.bytes()) : none();
 }
 
 // With the arguments of a method: an index below a bound.
-template <P4Table id, size_t count>
-PyObject* read_by_index(PyObject* args, const HardwareTable<id, count>& table, uint32_t bound)
+template <P4Table id, class Table>
+PyObject* read_by_index(PyObject* args, const HardwareTable<id, Table>& table, uint32_t bound)
 {
     uint32_t index;
     if (!PyArg_ParseTuple(args, "I", &index) || index >= bound)
@@ -94,8 +92,8 @@ PyObject* read_by_index(PyObject* args, const HardwareTable<id, count>& table, u
 }
 
 // With the arguments of a method: an index below a bound, and which table of a pair.
-template <P4Table id, size_t count>
-PyObject* read_of_pair(PyObject* args, const HardwareTable<id, count>& table, uint32_t bound)
+template <P4Table id, class Table>
+PyObject* read_of_pair(PyObject* args, const HardwareTable<id, Table>& table, uint32_t bound)
 {
     uint32_t index, selector;
     if (!PyArg_ParseTuple(args, "II", &index, &selector) || index >= bound)
