@@ -98,8 +98,8 @@ class Parser(argparse.ArgumentParser):
 
 def lcores(switch: "_Switch") -> List[int]:
     """The lcores that forward for a switch."""
-    mask = switch["lcores"] % (1 << 64)  # reads negative when lcore 63 is in it
-    return [lcore for lcore in range(64) if mask >> lcore & 1]
+    # The mask reads negative when lcore 63 is in it, which changes none of these bits.
+    return [lcore for lcore in range(64) if switch["lcores"] >> lcore & 1]
 
 
 def mac_address(text: str) -> str:

@@ -65,7 +65,7 @@ FORMAT = """\
     {chrome}
     <g transform="translate({terminal_x}, {terminal_y})" clip-path="url(#{unique_id}-clip-terminal)">
     {backgrounds}
-    <g class="{unique_id}-matrix">
+    <g class="{unique_id}-matrix" xml:space="preserve">
     {matrix}
     </g>
     </g>

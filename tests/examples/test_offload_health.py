@@ -75,6 +75,22 @@ def test_a_counter_that_wraps_at_32_bits(rows):
     assert row["lcores"][0]["hitsPerSecond"] == 24_000
 
 
+def test_counters_of_trouble_that_wrap(rows):
+    """The mismatches wrap at 32 bits, the failed contexts of the same answer do not."""
+    prepare = """
+import _libqdp
+readings = [(2**32 - 1, 5), (3, 2**32 + 7)]
+def stats(switch, lcores):
+    marks, contexts = readings.pop(0)
+    return [{"lcoreID": 8, "hits": 0, "markMismatched": marks, "pnicMismatched": 0, "ctHwContextFailed": contexts}]
+_libqdp.GetFPOStats = stats
+"""
+    (row,) = rows("offload_health.py", "--switch", "1", prepare=prepare)
+    assert row["lcores"] == [
+        {"lcoreID": 8, "hitsPerSecond": 0, "trouble": {"markMismatched": 4, "ctHwContextFailed": 2**32 + 2}}
+    ]
+
+
 def test_settings_of_an_alias(printed, rows):
     # What is allowed by default, model 1 alone, is that of a host whose kernel is older than 7.0.0.
     setting, _ = rows("offload_health.py", "--alias", "dvs-storage", "--switch", "1")
