@@ -6,7 +6,8 @@ set(QDP_PYTHON_FOLDER lib/python3/dist-packages CACHE STRING "The folder of Pyth
 install(TARGETS _libqdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
 install(DIRECTORY typings/_libqdp-stubs DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
 
-set_target_properties(qdphost qdp qmtPublic PROPERTIES INSTALL_RPATH "$ORIGIN")
-install(TARGETS qdphost qdp qmtPublic DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host/stand_ins COMPONENT host)
+set(stand_ins qdphost qdp qmtPublic qdpcapture)
+set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS ${stand_ins} DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host/stand_ins COMPONENT host)
 install(DIRECTORY host/python/qdp_host DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT host PATTERN __pycache__ EXCLUDE)
 install(DIRECTORY host/scenarios DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host COMPONENT host OPTIONAL)

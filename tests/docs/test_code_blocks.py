@@ -48,6 +48,7 @@ def environment(root, build, tmp_path):
         PATH=f"{tmp_path}:/usr/bin:/bin",
         LD_LIBRARY_PATH=str(build / "host"),
         PYTHONPATH=f"{build}:{root / 'host' / 'python'}",
+        QDP_HOST_LIBRARIES=str(build / "host"),
         PYTHONDONTWRITEBYTECODE="1",
     )
 
