@@ -16,7 +16,7 @@ from dataclasses import dataclass
 
 from markdown_it import MarkdownIt
 
-TIMEOUT = 300  # seconds; a block that takes part of a minute is too long to read on for
+TIMEOUT = 600  # seconds; far more than any of them takes on a machine that has time
 RUN = {"python", "console", "sh"}
 FIGURE = r" *\b\d[\d,]*\b"
 MARKER = "--- the block under test ---"

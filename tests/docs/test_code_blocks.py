@@ -16,6 +16,12 @@ BLOCKS = [block for page in PAGES for block in blocks_of(page, (ROOT / page).rea
 NOT_RUN = {
     "README.md: script/run      # builds all, and runs an example on the embedded host": "runs all tests, this one too",
     "README.md: CXX=clang++ CC=clang script/build          # before the first build in build/release": "script/lint does",
+    "docs/install.md: script/package           # builds all of them into build/package; --test tests them as well": (
+        "needs PyPI, and takes minutes"
+    ),
+    "docs/install.md: pip install .": "tests/package does, where there is a wheel",
+    "docs/install.md: apt install ./build/package/python3-libqdp_*.deb     # the module and its stubs: all that a real "
+    "host needs": "would install here; tests/package unpacks them",
 }
 
 # Python blocks that end the script, and with which status.

@@ -2,7 +2,7 @@
 
 import subprocess
 
-TIMEOUT = 300  # seconds
+TIMEOUT = 1200  # seconds
 
 
 def ran(*command, **options):
