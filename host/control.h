@@ -7,8 +7,23 @@
 
 extern "C" {
 
-// Puts the built-in host back: its state, a real clock, no scripted answers, no failures, no recorded calls.
+// Puts the host back that the process began with: its state, a real clock, no scripted answers, no failures, no delays,
+// no recorded calls; or the first answers of the capture that QDP_HOST_REPLAY names.
 void qdp_host_reset(void);
+
+// Answers from this capture file instead of the state; null ends that. Returns 0, or -1 and changes nothing when the
+// file is broken. A file that QDP_HOST_REPLAY names and that is broken makes every operation fail instead, and
+// "qdp-host: FILE: PLACE: ..." is printed once.
+int qdp_host_replay(const char* path);
+
+// What was wrong the last time: "FILE: PLACE: ...". Valid until the next call of this function.
+const char* qdp_host_error(void);
+
+// Keeps a copy of the present state, its clock included, and returns its number; puts it back, as often as wanted, which
+// returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays are not part of it.
+uint64_t qdp_host_snapshot(void);
+int qdp_host_restore(uint64_t snapshot);
+void qdp_host_forget(uint64_t snapshot);
 
 // Adds a scripted answer to the end of the operation's queue; each call takes the next one instead of an answer from
 // the state. `result` is the status. Returns 0, or -1 for an unknown operation, as do the next three.
@@ -25,6 +40,9 @@ int qdp_host_script_text(const char* operation, const void* bytes, size_t size);
 // Fails calls of the operation with this status, or with a null pointer where it returns a pointer: from the n-th from
 // now on (1 is the next), so many times; 0 times is for ever. Returns 0, or -1 for an unknown operation.
 int qdp_host_fail(const char* operation, uint32_t status, unsigned nth, unsigned times);
+
+// Makes calls of the operation take so much longer, in real time; counted like failures.
+int qdp_host_delay(const char* operation, uint64_t nanoseconds, unsigned nth, unsigned times);
 
 // Starts recording calls anew, or stops.
 void qdp_host_record(int on);

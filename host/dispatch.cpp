@@ -1,13 +1,17 @@
-// Dispatch of the calls: scripted answers and failures first, then the answer from the state; and the control
-// interface.
+// Dispatch of the calls: scripted answers and failures first, then the answer from a capture or from the state; and the
+// control interface.
+#include <chrono>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <thread>
 
+#include "host/capture/replay.h"
 #include "host/control.h"
+#include "host/hex.h"
 #include "host/host.h"
 
 namespace host {
@@ -28,10 +32,41 @@ struct ScriptedAnswer {
     bool result_is_text = false;
 };
 
+// The calls that something happens to: from the n-th from now on, so many times; 0 times is for ever.
+class ChosenCalls {
+public:
+    ChosenCalls(unsigned nth, unsigned times)
+        : before_{nth > 0 ? nth - 1 : 0}, left_{times > 0 ? std::optional{times} : std::nullopt}
+    {
+    }
+
+    // Whether the present call is one of them.
+    bool take()
+    {
+        if (before_ > 0) {
+            --before_;
+            return false;
+        }
+        if (left_ && *left_ == 0)
+            return false;
+        if (left_)
+            --*left_;
+        return true;
+    }
+
+private:
+    unsigned before_;
+    std::optional<unsigned> left_;  // none: for ever
+};
+
 struct Failure {
     uint32_t status;
-    unsigned calls_before;
-    std::optional<unsigned> times;  // none: for ever
+    ChosenCalls calls;
+};
+
+struct Delay {
+    std::chrono::nanoseconds time;
+    ChosenCalls calls;
 };
 
 }  // namespace
@@ -46,6 +81,9 @@ public:
 
     std::deque<ScriptedAnswer> script;
     std::optional<Failure> failure;
+    std::optional<Delay> delay;
+
+    uint64_t failed(uint32_t status) const { return returns_pointer ? 0 : status; }
 };
 
 namespace {
@@ -55,6 +93,12 @@ struct Process {
     std::recursive_mutex mutex;
     std::map<std::string, std::unique_ptr<Operation>, std::less<>> operations;
     std::optional<Host> host;
+    std::map<uint64_t, Host> snapshots;
+    uint64_t snapshots_taken = 0;
+    std::optional<Replay> replay;
+    bool is_source_chosen = false;  // whether the environment has been asked for a capture to replay
+    bool is_unusable = false;       // what was chosen there is broken
+    std::string error;
     bool is_recording = false;
     std::vector<Json> calls;
     std::deque<Value> kept;  // bytes of scripted answers that a caller may still look at
@@ -83,18 +127,6 @@ Operation* known_operation(const char* name)
 {
     const auto found = process().operations.find(name);
     return found == process().operations.end() ? nullptr : found->second.get();
-}
-
-std::string hex(ByteSpan bytes)
-{
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
-    for (const std::byte byte : bytes) {
-        text += digits[static_cast<unsigned>(byte) >> 4];
-        text += digits[static_cast<unsigned>(byte) & 15];
-    }
-    return text;
 }
 
 Json described(const Argument& argument)
@@ -126,17 +158,46 @@ void record_call(const Operation& operation, std::initializer_list<Argument> arg
 // The status of a failure that is due, if one is.
 std::optional<uint32_t> due_failure(Operation& operation)
 {
-    auto& failure = operation.failure;
-    if (!failure)
-        return std::nullopt;
-    if (failure->calls_before > 0) {
-        --failure->calls_before;
-        return std::nullopt;
+    if (operation.failure && operation.failure->calls.take())
+        return operation.failure->status;
+    return std::nullopt;
+}
+
+// Without the mutex while time passes: other threads have calls of their own.
+void wait_if_due(Operation& operation)
+{
+    std::chrono::nanoseconds time{};
+    {
+        const std::lock_guard lock{process().mutex};
+        if (operation.delay && operation.delay->calls.take())
+            time = operation.delay->time;
     }
-    const uint32_t status = failure->status;
-    if (failure->times && --*failure->times == 0)
-        failure.reset();
-    return status;
+    if (time.count() > 0)
+        std::this_thread::sleep_for(time);
+}
+
+// Replays the file from now on. False, with the error kept, when it is broken.
+bool load_replay(const char* path)
+{
+    try {
+        process().replay.emplace(std::string{path});
+        return true;
+    } catch (const BrokenCapture& broken) {
+        process().error = broken.what();
+        return false;
+    }
+}
+
+// What the environment says, the first time that it matters.
+void choose_source()
+{
+    if (std::exchange(process().is_source_chosen, true))
+        return;
+    const char* path = std::getenv("QDP_HOST_REPLAY");
+    if (path && !load_replay(path)) {
+        process().is_unusable = true;
+        std::fprintf(stderr, "qdp-host: %s\n", process().error.c_str());
+    }
 }
 
 uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
@@ -179,13 +240,19 @@ Operation& operation(const char* name, bool returns_pointer)
 
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
 {
+    wait_if_due(operation);
     const std::lock_guard lock{process().mutex};
     if (process().is_recording)
         record_call(operation, arguments);
     if (const auto status = due_failure(operation))
-        return operation.returns_pointer ? 0 : *status;
+        return operation.failed(*status);
     if (!operation.script.empty())
         return play(operation, arguments);
+    choose_source();
+    if (process().is_unusable)
+        return operation.failed(refused);
+    if (process().replay)
+        return process().replay->answer(operation.name, operation.returns_pointer, arguments);
     if (!operation.handler || operation.parameters != arguments.size())
         return refused;
     return operation.handler(operation.function, arguments);
@@ -197,6 +264,12 @@ Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler 
     operation.parameters = parameters;
     operation.function = function;
     operation.handler = handler;
+}
+
+bool is_operation(std::string_view name)
+{
+    const auto found = process().operations.find(name);
+    return found != process().operations.end() && found->second->handler;
 }
 
 Host& host()
@@ -245,11 +318,59 @@ void qdp_host_reset(void)
     for (auto& [name, operation] : process().operations) {
         operation->script.clear();
         operation->failure.reset();
+        operation->delay.reset();
     }
     process().calls.clear();
     process().is_recording = false;
     process().kept.clear();
     process().host.reset();
+    process().replay.reset();
+    process().is_source_chosen = false;
+    process().is_unusable = false;
+}
+
+int qdp_host_replay(const char* path)
+{
+    const std::lock_guard lock{process().mutex};
+    if (path && !load_replay(path))
+        return -1;
+    if (!path)
+        process().replay.reset();
+    process().is_source_chosen = true;
+    process().is_unusable = false;
+    return 0;
+}
+
+const char* qdp_host_error(void)
+{
+    const std::lock_guard lock{process().mutex};
+    static std::string text;
+    text = process().error;
+    return text.c_str();
+}
+
+uint64_t qdp_host_snapshot(void)
+{
+    const std::lock_guard lock{process().mutex};
+    const uint64_t number = ++process().snapshots_taken;
+    process().snapshots.emplace(number, host::host());
+    return number;
+}
+
+int qdp_host_restore(uint64_t snapshot)
+{
+    const std::lock_guard lock{process().mutex};
+    const auto found = process().snapshots.find(snapshot);
+    if (found == process().snapshots.end())
+        return -1;
+    process().host = found->second;
+    return 0;
+}
+
+void qdp_host_forget(uint64_t snapshot)
+{
+    const std::lock_guard lock{process().mutex};
+    process().snapshots.erase(snapshot);
 }
 
 int qdp_host_script(const char* name, uint64_t result)
@@ -309,7 +430,17 @@ int qdp_host_fail(const char* name, uint32_t status, unsigned nth, unsigned time
     Operation* operation = known_operation(name);
     if (!operation)
         return -1;
-    operation->failure = Failure{status, nth > 0 ? nth - 1 : 0, times > 0 ? std::optional{times} : std::nullopt};
+    operation->failure = Failure{status, {nth, times}};
+    return 0;
+}
+
+int qdp_host_delay(const char* name, uint64_t nanoseconds, unsigned nth, unsigned times)
+{
+    const std::lock_guard lock{process().mutex};
+    Operation* operation = known_operation(name);
+    if (!operation)
+        return -1;
+    operation->delay = Delay{std::chrono::nanoseconds{nanoseconds}, {nth, times}};
     return 0;
 }
 

@@ -165,6 +165,9 @@ private:
     }
 };
 
+// Whether the platform has an operation of this name.
+bool is_operation(std::string_view name);
+
 // Hands a value out as the operation's contract says; the switch state library takes its own back with release.
 void hand_out(const ValueOutput& output, ByteSpan value);
 void release(void* value);
