@@ -92,8 +92,8 @@ def environment_of(options):
         extend(environment, "LD_LIBRARY_PATH", [folder])
         extend(environment, "PYTHONPATH", _places.python_path(folder))
     if options.capture:
-        environment["QDP_HOST_CAPTURE"] = empty_file(options.capture)
         shim = _places.library(folder, _places.CAPTURE)
+        environment["QDP_HOST_CAPTURE"] = empty_file(options.capture)
         environment["LD_PRELOAD"] = " ".join(filter(None, [os.environ.get("LD_PRELOAD"), shim]))
     return environment
 

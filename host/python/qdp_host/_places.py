@@ -8,6 +8,7 @@ LIBRARIES_VARIABLE = "QDP_HOST_LIBRARIES"
 STAND_INS = ("libqdp.so", "libqmtPublic.so")
 CONTROL = "libqdphost.so"
 CAPTURE = "libqdpcapture.so"
+SCHEMA = "schema.json"  # beside the scenarios
 
 
 class HostError(Exception):
@@ -55,7 +56,7 @@ def _scenarios():
 def scenario_names():
     folder = _scenarios()
     found = os.listdir(folder) if os.path.isdir(folder) else []
-    return sorted({name[: -len(".json")] for name in found if name.endswith(".json")})
+    return sorted(name[: -len(".json")] for name in found if name.endswith(".json") and name != SCHEMA)
 
 
 def scenario_file(scenario):

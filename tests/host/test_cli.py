@@ -1,0 +1,174 @@
+"""The command qdp-host: what it runs, its messages, and its exit codes."""
+
+import json
+import os
+import signal
+import subprocess
+import sys
+
+import pytest
+
+from host.command import PACKAGES, environment, qdp_host
+
+USAGE, NO_HOST = 1, 2
+
+
+def script(tmp_path, code):
+    path = tmp_path / "script.py"
+    path.write_text(code)
+    return path
+
+
+class TestRun:
+    def test_the_script_runs_as_it_is(self, build, tmp_path):
+        path = script(tmp_path, "import sys, _libqdp\nprint(sys.argv, __name__, len(_libqdp.ListSwitches()))\n")
+        expected = f"{[str(path), '--json', '-x', '--', 'a b', '']} __main__ 3\n"
+        assert qdp_host(build, "run", path, "--json", "-x", "--", "a b", "") == (0, expected, "")
+
+    @pytest.mark.parametrize("code", [0, 1, 2, 3, 255])
+    def test_its_exit_code_passes_through(self, build, tmp_path, code):
+        assert qdp_host(build, "run", script(tmp_path, f"raise SystemExit({code})")) == (code, "", "")
+
+    def test_a_signal_that_ends_it_passes_through(self, build, tmp_path):
+        path = script(tmp_path, "import os, signal\nos.kill(os.getpid(), signal.SIGTERM)\nprint('still here')")
+        assert qdp_host(build, "run", path) == (-signal.SIGTERM, "", "")
+
+    def test_it_is_the_process_itself(self, build, tmp_path):
+        path = script(tmp_path, "import os, sys\nprint(os.getpid(), sys.stdin.read())")
+        running = subprocess.Popen(
+            [sys.executable, "-m", "qdp_host", "run", str(path)],
+            env=environment(build),
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        assert running.communicate("typed")[0] == f"{running.pid} typed\n"
+
+    def test_a_module(self, build, tmp_path):
+        script(tmp_path, "import sys\nprint(sys.argv[1:])")
+        assert qdp_host(build, "run", "-m", "script", "-m", "1", cwd=tmp_path) == (0, "['-m', '1']\n", "")
+
+    def test_another_interpreter(self, build, tmp_path):
+        interpreter = tmp_path / "python"
+        interpreter.write_text('#!/bin/sh\necho "$@"\n')
+        interpreter.chmod(0o755)
+        path = script(tmp_path, "")
+        done = qdp_host(build, "run", "--interpreter", interpreter, path, "-v")
+        assert done == (0, f"{path} -v\n", "")
+
+    def test_the_environment(self, build, tmp_path):
+        names = ["LD_LIBRARY_PATH", "PYTHONPATH", "QDP_HOST_SCENARIO", "QDP_HOST_REPLAY", "QDP_HOST_CAPTURE"]
+        path = script(tmp_path, f"import os\nfor name in {names}: print(name, os.environ.get(name))")
+        variables = {"LD_LIBRARY_PATH": "/own/libraries", "PYTHONPATH": f"{PACKAGES}:/own/packages"}
+        expected = [
+            f"LD_LIBRARY_PATH {build / 'host'}:/own/libraries",
+            f"PYTHONPATH {build}:{PACKAGES}:{PACKAGES}:/own/packages",
+            "QDP_HOST_SCENARIO None",
+            "QDP_HOST_REPLAY None",
+            "QDP_HOST_CAPTURE None",
+        ]
+        assert qdp_host(build, "run", path, variables=variables)[1].splitlines() == expected
+
+    def test_the_machines_own_libraries(self, build, tmp_path):
+        path = script(tmp_path, "import os\nprint(os.environ.get('LD_LIBRARY_PATH'), os.environ['PYTHONPATH'])")
+        assert qdp_host(build, "run", "--real", path) == (0, f"None {PACKAGES}\n", "")
+
+    def test_a_capture_of_the_machines_own_libraries(self, build, tmp_path):
+        """With the stand-ins in the place of a host's libraries, which the loader finds by itself."""
+        path = script(tmp_path, "import _libqdp\nprint(_libqdp.GetFlowTimeout())")
+        variables = {"LD_LIBRARY_PATH": str(build / "host"), "PYTHONPATH": f"{PACKAGES}:{build}"}
+        done = qdp_host(build, "run", "--real", "--capture", tmp_path / "capture", path, variables=variables)
+        assert done == (0, "10\n", "")
+        assert json.loads((tmp_path / "capture").read_text().splitlines()[1])["operation"] == "Qdp_Get_Flow_Timeout"
+        assert qdp_host(build, "run", "--replay", tmp_path / "capture", path) == (0, "10\n", "")
+
+    def test_a_capture_replaces_the_last_one(self, build, tmp_path):
+        path = script(tmp_path, "import _libqdp\n_libqdp.GetFlowTimeout()")
+        (tmp_path / "capture").write_text("an older one")
+        for _ in range(2):
+            assert qdp_host(build, "run", "--capture", "capture", path, cwd=tmp_path) == (0, "", "")
+        assert len((tmp_path / "capture").read_text().splitlines()) == 2
+
+
+class TestUsage:
+    @pytest.mark.parametrize(
+        "arguments, message",
+        [
+            ([], "qdp-host: error: the following arguments are required: "),
+            (["fly"], "qdp-host: error: argument run|check|show: invalid choice: 'fly'"),
+            (["run"], "qdp-host run: error: the following arguments are required: SCRIPT"),
+            (["run", "--fly", "x.py"], "qdp-host: error: unrecognized arguments: --fly\n"),
+            (["run", "nothing.py"], "qdp-host run: error: there is no script nothing.py\n"),
+            (["run", "--scenario"], "qdp-host run: error: argument --scenario: expected one argument\n"),
+            (
+                ["run", "--scenario", "a", "--replay", "b", "x.py"],
+                "qdp-host run: error: --scenario and --replay exclude each other\n",
+            ),
+            (
+                ["run", "--real", "--scenario", "a", "x.py"],
+                "qdp-host run: error: --real excludes --scenario and --replay\n",
+            ),
+            (["check"], "qdp-host check: error: the following arguments are required: FILE\n"),
+            (["show", "a", "b"], "qdp-host: error: unrecognized arguments: b\n"),
+        ],
+    )
+    def test_a_wrong_command_line(self, build, arguments, message):
+        code, printed, error = qdp_host(build, *arguments)
+        assert (code, printed) == (USAGE, "")
+        assert error.startswith("usage: qdp-host") and message in error
+
+    @pytest.mark.parametrize("command", [[], ["run"], ["check"], ["show"]])
+    def test_help_says_the_exit_codes(self, build, command):
+        code, printed, error = qdp_host(build, *command, "--help")
+        assert (code, error) == (0, "") and "Exit codes: 0; 1 for" in printed
+
+
+class TestAHostThatCannotBeSetUp:
+    """The script never starts."""
+
+    def refused(self, build, tmp_path, *options, **more):
+        path = script(tmp_path, "print('started')")
+        code, printed, error = qdp_host(build, "run", *options, path, **more)
+        assert (code, printed) == (NO_HOST, "")
+        return error
+
+    def test_no_interpreter(self, build, tmp_path):
+        error = self.refused(build, tmp_path, "--interpreter", "python9")
+        assert error == "qdp-host: there is no interpreter python9 that can be run\n"
+
+    def test_an_interpreter_that_is_none(self, build, tmp_path):
+        interpreter = tmp_path / "python"
+        interpreter.write_bytes(b"\x7fELF")
+        interpreter.chmod(0o755)
+        error = self.refused(build, tmp_path, "--interpreter", interpreter)
+        assert error == f"qdp-host: {interpreter} cannot be run: Exec format error\n"
+
+    def test_no_stand_ins(self, build, tmp_path):
+        error = self.refused(build, tmp_path, variables={"QDP_HOST_LIBRARIES": str(tmp_path)})
+        assert error == (
+            f"qdp-host: the embedded host has no libqdphost.so in {tmp_path}; script/build builds it, "
+            "QDP_HOST_LIBRARIES names another folder\n"
+        )
+
+    def test_no_recorder(self, build, tmp_path):
+        for name in ("libqdp.so", "libqmtPublic.so", "libqdphost.so"):
+            os.symlink(build / "host" / name, tmp_path / name)
+        capture = tmp_path / "capture"
+        variables = {"QDP_HOST_LIBRARIES": str(tmp_path)}
+        error = self.refused(build, tmp_path, "--capture", capture, variables=variables)
+        assert error.startswith(f"qdp-host: the embedded host has no libqdpcapture.so in {tmp_path}; ")
+        assert not capture.exists()
+
+    def test_a_capture_that_cannot_be_written(self, build, tmp_path):
+        error = self.refused(build, tmp_path, "--capture", tmp_path / "nowhere" / "capture")
+        assert error == f"qdp-host: {tmp_path / 'nowhere' / 'capture'}: No such file or directory\n"
+
+    @pytest.mark.parametrize("variables", [False, True])
+    def test_a_capture_that_cannot_be_replayed(self, build, tmp_path, variables):
+        capture = tmp_path / "capture"
+        capture.write_text('{"capture": 1}\n{"operation": "Qdp_Nothing", "in": [], "out": [], "result": 0}\n')
+        if variables:
+            error = self.refused(build, tmp_path, variables={"QDP_HOST_REPLAY": str(capture)})
+        else:
+            error = self.refused(build, tmp_path, "--replay", "capture", cwd=tmp_path)
+        assert error == f'qdp-host: {capture}: line 2: the platform has no operation "Qdp_Nothing"\n'
