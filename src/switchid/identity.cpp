@@ -2,6 +2,7 @@
 #include "switchid/identity.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "module/fail.h"
 #include "switchid/property.h"
@@ -33,11 +34,16 @@ uint32_t copy_switch_id(DVSSwitch* handle, char* switch_id)
     return status_success;
 }
 
-// The terminator counts: a class name that merely begins with "vswitch" is another class.
+// The terminator counts: a class name that merely begins with "vswitch" is another class. Letter by letter, up to the
+// first that differs: the call of a function would cost more than the eight.
 bool is_vswitch(DVSSwitch* handle)
 {
     const char* name = DVS_ClassName(handle);
-    return name && std::strncmp(name, vswitch_class, sizeof vswitch_class) == 0;
+    return name&& [name]<size_t... i>(std::index_sequence<i...>)
+    {
+        return ((name[i] == vswitch_class[i]) && ...);
+    }
+    (std::make_index_sequence<sizeof vswitch_class>{});
 }
 
 struct PortsetSearch {
@@ -67,23 +73,10 @@ uint32_t match_portset(DVSSwitch* handle, void* context)
 
 }  // namespace
 
-bool find_switch_id(const char* alias, SwitchId& id)
-{
-    return DVSAliasToSwitchId(alias, id.text) == status_success;
-}
-
 bool find_portset_name(const char* alias, PortsetName& name)
 {
     name.text[portset_name_bytes] = '\0';
     return DVSAliasToPortsetName(alias, name.text) == status_success;
-}
-
-bool resolve_switch_id(const char* alias, SwitchId& id)
-{
-    if (find_switch_id(alias, id))
-        return true;
-    print_format(no_switch_id, alias);
-    return false;
 }
 
 bool resolve_portset_name(const char* alias, PortsetName& name)

@@ -1,30 +1,8 @@
 // The three names of a virtual switch: its alias, which people type, its switch id and its portset name.
 #pragma once
 
-#include "module/python.h"
+#include "module/fail.h"
 #include "platform/switch_state.h"
-
-namespace qdp {
-
-// A switch id; the last byte is always NUL.
-struct SwitchId {
-    char text[switch_id_bytes];
-};
-
-// A portset name, with room for the NUL that a name of full length lacks.
-struct PortsetName {
-    char text[portset_name_bytes + 1];
-};
-
-// Resolve an alias to the id of a switch of class "vswitch", or to a portset name. False when no such switch is known.
-bool find_switch_id(const char* alias, SwitchId& id);
-bool find_portset_name(const char* alias, PortsetName& name);
-
-// The same, and the message of the methods that name the alias when they cannot resolve it.
-bool resolve_switch_id(const char* alias, SwitchId& id);
-bool resolve_portset_name(const char* alias, PortsetName& name);
-
-}  // namespace qdp
 
 // Loads the host's switches into the switch state library. The status of the first step that fails, or 0.
 QDP_EXPORT uint32_t DVSLoadConfig();
@@ -45,3 +23,34 @@ QDP_EXPORT uint32_t DVSPortsetNameToAlias(const char* portset_name, char* alias)
 
 // Whether the port lookup of the switch state library, which gets the arguments as they are, finds a port: 1 or 0.
 QDP_EXPORT int DVPortExist(uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t);
+
+namespace qdp {
+
+// A switch id; the last byte is always NUL.
+struct SwitchId {
+    char text[switch_id_bytes];
+};
+
+// A portset name, with room for the NUL that a name of full length lacks.
+struct PortsetName {
+    char text[portset_name_bytes + 1];
+};
+
+// Resolve an alias to the id of a switch of class "vswitch", or to a portset name. False when no such switch is known.
+inline bool find_switch_id(const char* alias, SwitchId& id)
+{
+    return DVSAliasToSwitchId(alias, id.text) == status_success;
+}
+bool find_portset_name(const char* alias, PortsetName& name);
+
+// The same, and the message of the methods that name the alias when they cannot resolve it.
+inline bool resolve_switch_id(const char* alias, SwitchId& id)
+{
+    const bool found = find_switch_id(alias, id);
+    if (!found) [[unlikely]]
+        print_format(no_switch_id, alias);
+    return found;
+}
+bool resolve_portset_name(const char* alias, PortsetName& name);
+
+}  // namespace qdp

@@ -29,7 +29,6 @@ struct PropertyValue {
     uint32_t length;
 
     Bytes bytes() const { return value ? Bytes{value.get(), length} : Bytes{}; }
-    uint32_t version() const { return bytes().load<uint32_t>(0); }  // of a setting's record
 };
 
 // What a call handed out; one that failed has handed out nothing.
@@ -54,8 +53,8 @@ PropertyValue get_port_data(const char* switch_text, const char* port_text, cons
 
 enum class Setting { present, absent, malformed };
 
-// Prints what is wrong with a setting's record, of which the version is looked at first.
-Setting malformed_setting(const PropertyValue& property, const char* key, const char* version_key);
+// Prints that a setting's record has another version, or else another length, than it should.
+Setting malformed_setting(uint32_t version, const char* key, const char* version_key);
 
 // Reads a setting whose record begins with a version word, which must be 0, and has exactly `length` bytes. Any status
 // but 0 means that the host does not have it. `version_key` is the key that the unknown-version message names.
@@ -64,9 +63,11 @@ inline Setting read_setting(const SwitchId& id, const char* key, void* record, s
     const PropertyValue property = get_host_property(id, key);
     if (property.status != status_success)
         return Setting::absent;
-    if (property.version() != setting_version || property.length != length) [[unlikely]]
-        return malformed_setting(property, key, version_key);
-    property.bytes().copy(0, record, length);
+    const Bytes bytes = property.bytes();
+    const auto version = bytes.load<uint32_t>(0);
+    if (version != setting_version || property.length != length) [[unlikely]]
+        return malformed_setting(version, key, version_key);
+    bytes.copy(0, record, length);
     return Setting::present;
 }
 

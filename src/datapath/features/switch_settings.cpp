@@ -19,9 +19,10 @@ struct SwitchSetting {
     PyObject* (*object)(uint32_t value);
 };
 
-// The datapath's own value, found by the switch's portset name. A datapath that refuses is met with silence.
+// The datapath's own value, found by the switch's portset name. A datapath that refuses is met with silence. Kept out of
+// its caller, which most switches leave before.
 template <uint32_t (*get_value)(const char* portset_name, uint32_t* value)>
-bool ask_datapath(const char* alias, uint32_t& value)
+[[gnu::noinline]] bool ask_datapath(const char* alias, uint32_t& value)
 {
     PortsetName name;
     return resolve_portset_name(alias, name) && get_value(name.text, &value) == 0;
@@ -68,15 +69,18 @@ PyObject* get(PyObject* args)
     if (!resolve_switch_id(alias, id))
         return none();
 
-    typename std::remove_cvref_t<decltype(setting)>::Kept record{};
-    const Setting found = read_setting(id, setting.key, record);
-    if (found == Setting::malformed)
-        return none();
-
-    uint32_t value = record.value;
-    if (found == Setting::absent && !setting.fallback(alias, value))
-        return none();
-    return setting.object(value);
+    typename std::remove_cvref_t<decltype(setting)>::Kept record;  // set when the setting is present
+    switch (read_setting(id, setting.key, record)) {
+    case Setting::present:
+        return setting.object(record.value);
+    case Setting::absent: {
+        uint32_t value = 0;
+        return setting.fallback(alias, value) ? setting.object(value) : none();
+    }
+    case Setting::malformed:
+        break;
+    }
+    return none();
 }
 
 // Whether the value has been written; it has printed what kept it from that. A byte setting takes the low byte.
