@@ -9,6 +9,7 @@ import pytest
 from package.commands import output, ran
 
 MODULE, HOST = "python3-libqdp", "qdp-host"
+STAND_INS = ("libqdp", "libqdpcapture", "libqdphost", "libqmtPublic")
 PYTHON_FOLDER = "usr/lib/python3/dist-packages"
 
 
@@ -52,7 +53,7 @@ def test_the_host_and_its_command(packages, root):
     found = files(packages[HOST])
     sources = {path.name for path in (root / "host" / "python" / "qdp_host").glob("*.py")}
     scenarios = {f"scenarios/{path.name}" for path in (root / "host" / "scenarios").glob("*.json")}
-    libraries = {f"stand_ins/{name}.so" for name in ("libqdp", "libqdpcapture", "libqdphost", "libqmtPublic")}
+    libraries = {f"stand_ins/{name}.so" for name in STAND_INS}
     in_package = {name.removeprefix(f"{PYTHON_FOLDER}/qdp_host/") for name in found if "/qdp_host/" in name}
     assert "__main__.py" in sources
     assert in_package == sources | scenarios | libraries
@@ -100,3 +101,9 @@ def test_the_command_runs_an_example(root, fresh_root, in_fresh_root, tmp_path):
         fresh_root / "usr/bin/qdp-host", "run", root / "examples" / "inventory.py", env=in_fresh_root, cwd=tmp_path
     )
     assert said.startswith("Switches\n") and "DvsPortset-0" in said and "Rates of switch 0 over a second" in said
+
+
+@pytest.mark.parametrize("name", STAND_INS)
+def test_a_stand_in_loads_by_its_path_alone(fresh_root, in_fresh_root, name):
+    path = fresh_root / PYTHON_FOLDER / "qdp_host" / "stand_ins" / f"{name}.so"
+    output("/usr/bin/python3", "-c", f"import ctypes; ctypes.CDLL({str(path)!r})", env=in_fresh_root)
