@@ -1,6 +1,7 @@
 // The hostile platform: below the stand-ins for both libraries, in the place of the embedded host.
 #include "fuzz/platform.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <set>
 #include <string_view>
@@ -96,18 +97,32 @@ uint32_t take_status()
 enum class Content { repeated_run, run, run_inside, none, kinds };
 enum class SizeWord { of_content, untouched, any, kinds };
 
+// How much of a buffer a repeated run fills. The buffers of megabytes are filled to the end only now and then.
+size_t repeated(uint8_t kind, size_t room)
+{
+    constexpr size_t mostly = 65536;
+    constexpr uint8_t to_the_end = 0xf0;
+    return kind < to_the_end && room > mostly ? mostly : room;
+}
+
+// The number of bytes written.
+size_t write_content(std::span<uint8_t> room)
+{
+    const uint8_t drawn = input->byte();
+    const auto kind = static_cast<Content>(drawn % static_cast<uint8_t>(Content::kinds));
+    if (kind == Content::none || room.empty())
+        return 0;
+    const size_t offset = kind == Content::run_inside ? input->number() % room.size() : 0;
+    const ByteSpan run = input->run();
+    const size_t fitting = std::min(run.size(), room.size() - offset);
+    const size_t written = kind == Content::repeated_run ? repeated(drawn, room.size()) : fitting;
+    fill(room.subspan(offset, written), run);
+    return written;
+}
+
 void answer_output(const Output& output)
 {
-    const auto kind = static_cast<Content>(input->byte() % static_cast<uint8_t>(Content::kinds));
-    const std::span<uint8_t> room{reinterpret_cast<uint8_t*>(output.data), output.capacity};
-    size_t written = 0;
-    if (kind != Content::none && !room.empty()) {
-        const size_t offset = kind == Content::run_inside ? input->number() % room.size() : 0;
-        const ByteSpan run = input->run();
-        const size_t fitting = std::min(run.size(), room.size() - offset);
-        written = kind == Content::repeated_run ? room.size() : fitting;
-        fill(room.subspan(offset, written), run);
-    }
+    const size_t written = write_content({reinterpret_cast<uint8_t*>(output.data), output.capacity});
     if (!output.size_word)
         return;
     switch (static_cast<SizeWord>(input->byte() % static_cast<uint8_t>(SizeWord::kinds))) {

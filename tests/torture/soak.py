@@ -212,7 +212,8 @@ def soak(module, host, library_init, options):
                     sys.exit(f"call {done} with seed {options.seed}: {name}{given} is not documented to say: {wrong!r}")
                 done += 1
             if options.progress and len(measurements) % PROGRESS == 0:
-                print(f"{done:,} calls, now", *(f"{values[-1]:,} {what}" for what, values in measurements.series.items()))
+                now = ", ".join(f"{values[-1]:,} {what}" for what, values in measurements.series.items())
+                print(f"{done:,} calls: {now}", flush=True)
     return done, time.monotonic() - started, measurements
 
 
