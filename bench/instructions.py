@@ -4,8 +4,8 @@ One process under callgrind makes all the calls. Between two measurements it cal
 library, at which callgrind writes down what it has counted and begins anew. Each workload is measured without a call
 and with many; the difference is the calls'. Hashes are fixed and the collector is off, so that the counts are steady.
 
-The ways take turns, forwards and backwards, and of the rounds the one with the smallest count stands: now and then the
-interpreter makes its table of interned strings anew, which has nothing to do with the call that it happens in.
+The ways take turns, forwards and backwards, and the median of the rounds stands: now and then the interpreter makes its
+table of interned strings anew, which has nothing to do with the call that it happens in.
 
 As a program, this is that process; it takes a JSON list of [way, workload] on standard input.
 """
@@ -17,14 +17,15 @@ import json
 import os
 import pathlib
 import re
+import statistics
 import subprocess
 import sys
 import tempfile
 
-from workloads import BY_NAME, same_result
+from workloads import Workload, same_result
 
 HERE = pathlib.Path(__file__).resolve().parent
-WARM_UP = 10
+WARM_UP = 10  # calls, of workloads that are counted over many
 
 
 def environment(build):
@@ -39,7 +40,7 @@ def environment(build):
 
 
 def measured(build, pairs, rounds=5):
-    """Instructions per call of each pair (way, workload name)."""
+    """Instructions per call of each pair (way, workload), by the pair."""
     calls = [pair for round_ in range(rounds) for pair in (pairs if round_ % 2 == 0 else reversed(pairs))]
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder, "counts")
@@ -49,14 +50,15 @@ def measured(build, pairs, rounds=5):
         if run.returncode != 0:
             raise RuntimeError(f"the process under callgrind failed:\n{run.stderr[-3000:]}")
         counts = {pair: [] for pair in pairs}
-        for i, pair in enumerate(calls):
+        for i, (way, workload) in enumerate(calls):
             # Three marks each; what precedes the first is preparation.
             none, many = (total(pathlib.Path(f"{out}.{3 * i + part}")) for part in (2, 3))
-            counts[pair].append((many - none) / BY_NAME[pair[1]].counted)
-        return {pair: min(rounds) for pair, rounds in counts.items()}
+            counts[way, workload].append((many - none) / workload.counted)
+        return {pair: statistics.median(found) for pair, found in counts.items()}
 
 
 def total(dump):
+    """The instructions of one of callgrind's files."""
     return int(re.search(r"^(?:summary|totals): (\d+)", dump.read_text(), re.MULTILINE)[1])
 
 
@@ -67,14 +69,16 @@ def call(function, arguments, count):
 
 def main():
     fixed = importlib.import_module("fixed")
-    calls = [(importlib.import_module(way), BY_NAME[name]) for way, name in json.load(sys.stdin)]
-    for way, workload in dict.fromkeys(calls):
+    # JSON has no tuples, and a call with a list of arguments makes one.
+    calls = [(way, Workload(name, method, tuple(arguments), *rest))
+             for way, (name, method, arguments, *rest) in json.load(sys.stdin)]
+    for way, workload in {(way, workload.name): (way, workload) for way, workload in calls}.values():
         if workload.counted > 1:  # the largest are compared where their times are taken
             same_result(way, workload, fixed)
     gc.disable()
     for way, workload in calls:
-        fixed.set_ports(workload.ports)
-        function = getattr(way, workload.method)
+        workload.prepare(fixed)
+        function = workload.call_of(way)
         call(function, workload.arguments, WARM_UP if workload.counted > 1 else 1)
         fixed.mark()
         call(function, workload.arguments, 0)

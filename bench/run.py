@@ -9,7 +9,7 @@ import tempfile
 
 import instructions
 import report
-from workloads import BY_NAME, WORKLOADS
+from workloads import WORKLOADS
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WAYS = ["_libqdp", "checked", "floor", "with_cython", "with_pybind11", "with_cffi", "with_struct", "with_ctypes"]
@@ -18,9 +18,9 @@ FILES = {"_libqdp": "_libqdp.abi3.so", "empty": "bench/empty.abi3.so", "checked"
          "with_pybind11": "bench/with_pybind11.so", "with_cffi": "bench/_with_cffi.so"}
 IMPORT = """
 import sys, time
-begin = time.perf_counter()
+begin = time.thread_time()
 import {way}
-print(time.perf_counter() - begin)
+print(time.thread_time() - begin)
 """
 
 
@@ -36,8 +36,8 @@ def child(build, *command, **options):
 
 def timed(build, rounds):
     """Times, growth and memory from one process that does nothing else."""
-    wanted = {"ways": WAYS, "workloads": [workload.name for workload in WORKLOADS], "rounds": rounds}
-    return json.loads(child(build, str(ROOT / "bench" / "timing.py"), input=json.dumps(wanted)))
+    wanted = json.dumps({"ways": WAYS, "rounds": rounds})
+    return json.loads(child(build, str(ROOT / "bench" / "timing.py"), input=wanted))
 
 
 def import_times(build, rounds):
@@ -67,10 +67,10 @@ def counted(build, rounds):
     counts = {}
     for ways in WAYS[:3], *([way] for way in WAYS[3:]):
         say(f"counting instructions: {', '.join(ways)}")
-        small = [(way, name) for name in BY_NAME for way in ways if BY_NAME[name].counted > 1]
-        large = [(way, name) for name in BY_NAME for way in ways if BY_NAME[name].counted == 1]
+        small = [(way, workload) for workload in WORKLOADS for way in ways if workload.counted > 1]
+        large = [(way, workload) for workload in WORKLOADS for way in ways if workload.counted == 1]
         counts |= instructions.measured(build, small, rounds) | instructions.measured(build, large, 1)
-    return {way: {name: counts[way, name] for name in BY_NAME} for way in WAYS}
+    return {way: {workload.name: counts[way, workload] for workload in WORKLOADS} for way in WAYS}
 
 
 def main():
@@ -88,10 +88,11 @@ def main():
     found["files"] = file_facts(build)
 
     results = ROOT / "bench" / "results"
-    table, missed = report.table(found, [workload.name for workload in WORKLOADS], WAYS)
+    workloads = [workload.name for workload in WORKLOADS]
+    table, missed = report.table(found, workloads, WAYS)
     (results / "figures.json").write_text(json.dumps(found))
     (results / "table.md").write_text(table)
-    (results / "chart.svg").write_text(report.chart(found, [workload.name for workload in WORKLOADS], WAYS))
+    (results / "chart.svg").write_text(report.chart(found, workloads, WAYS))
     (ROOT / "docs").mkdir(exist_ok=True)
     (ROOT / "docs" / "performance.md").write_text(table)
     print(table, flush=True)

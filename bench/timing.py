@@ -1,32 +1,35 @@
 """Times of calls, how they grow, and the memory that results keep.
 
-The ways take turns in many rounds, so that whatever else the machine does meets all of them. The collector is off: it
-costs all ways the same. As a program it takes {"ways", "workloads", "rounds"} as JSON on standard input, and prints its
-figures as JSON.
+The ways take turns in many rounds, so that whatever else the machine does meets all of them, and the processor's time
+is taken, not that of waiting for one. The collector is off: it costs all ways the same. As a program it takes {"ways",
+"rounds"} as JSON on standard input, and prints its figures as JSON.
 """
 
 import gc
 import importlib
 import itertools
 import json
+import math
 import sys
 import time
 import tracemalloc
 
-from workloads import BY_NAME, same_result
+from workloads import EMPTY, LONG, WORKLOADS, list_of_macs, list_of_ports, same_result
 
 SAMPLE = 0.02  # seconds
-GROWTH_PORTS = [0, 1024, 2048, 4096, 6144, 8192, 10240, 12288, 14336, 16384]
-GROWTH_MACS = [0, 4096, 8192, 16384, 24576, 32768, 40960, 49152, 57344, 65536]
+GROWTH = {
+    "ListPorts": [(i * 2048, list_of_ports(i * 2048)) for i in range(9)],
+    "ListSwitchMACTable": [(i * 8192, list_of_macs(i * 8192)) for i in range(9)],
+}
 
 
 def seconds(function, arguments, calls):
     """Of one call, over many."""
     turns = itertools.repeat(None, calls)
-    begin = time.perf_counter()
+    begin = time.thread_time()
     for _ in turns:
         function(*arguments)
-    return (time.perf_counter() - begin) / calls
+    return (time.thread_time() - begin) / calls
 
 
 def calls_a_sample(function, arguments):
@@ -45,21 +48,22 @@ def interleaved(functions, arguments, rounds):
     return samples
 
 
-def growth(function, set_count, counts, rounds):
-    """The best of some rounds' seconds a call, by count."""
+def growth(lists, fixed, rounds):
+    """By number of entries: the best of some rounds' seconds a call."""
     best = {}
-    for count in counts * rounds:
-        set_count(count)
-        best[count] = min(seconds(function, (0,), 1), best.get(count, 1e9))
+    for count, workload in lists * rounds:
+        workload.prepare(fixed)
+        best[count] = min(seconds(workload.call_of("_libqdp"), workload.arguments, 1), best.get(count, math.inf))
     return list(best.items())
 
 
-def kept_bytes(function, arguments):
+def kept_bytes(way, workload):
     """The memory that a result keeps."""
-    function(*arguments)
+    function = workload.call_of(way)
+    function(*workload.arguments)
     tracemalloc.start()
     before = tracemalloc.get_traced_memory()[0]
-    result = function(*arguments)
+    result = function(*workload.arguments)
     after = tracemalloc.get_traced_memory()[0]
     tracemalloc.stop()
     del result
@@ -68,35 +72,31 @@ def kept_bytes(function, arguments):
 
 def main():
     wanted = json.load(sys.stdin)
-    rounds = wanted["rounds"]
+    ways, rounds = wanted["ways"], wanted["rounds"]
     fixed = importlib.import_module("fixed")
-    ways = [importlib.import_module(name) for name in wanted["ways"]]
-    workloads = [BY_NAME[name] for name in wanted["workloads"]]
-    for workload in workloads:
+    for workload in WORKLOADS:
         for way in ways:
             same_result(way, workload, fixed)
     gc.disable()
 
-    times = {name: {} for name in wanted["ways"]}
-    for workload in workloads:
+    times = {way: {} for way in ways}
+    for workload in WORKLOADS:
         print(f"bench: {workload.name}", file=sys.stderr, flush=True)
-        fixed.set_ports(workload.ports)
-        samples = interleaved([getattr(way, workload.method) for way in ways], workload.arguments, rounds)
-        for name, found in zip(wanted["ways"], samples):
-            times[name][workload.name] = found
+        workload.prepare(fixed)
+        samples = interleaved([workload.call_of(way) for way in ways], workload.arguments, rounds)
+        for way, found in zip(ways, samples):
+            times[way][workload.name] = found
 
-    fixed.set_ports(0)
-    module = importlib.import_module("_libqdp")
-    empty_list, platform_call = interleaved([module.ListPorts, fixed.ask_for_ports], (0,), rounds)
+    EMPTY.prepare(fixed)
+    empty_list, platform_call = interleaved([EMPTY.call_of("_libqdp"), fixed.ask_for_ports], EMPTY.arguments, rounds)
     figures = {
         "times": times,
         "empty_list": empty_list,
         "platform_call": platform_call,
-        "growth": {"ListPorts": growth(module.ListPorts, fixed.set_ports, GROWTH_PORTS, rounds),
-                   "ListSwitchMACTable": growth(module.ListSwitchMACTable, fixed.set_macs, GROWTH_MACS, rounds)},
+        "growth": {method: growth(lists, fixed, rounds) for method, lists in GROWTH.items()},
     }
-    fixed.set_ports(16384)
-    figures["kept_bytes"] = {name: kept_bytes(way.ListPorts, (0,)) / 16384 for name, way in zip(wanted["ways"], ways)}
+    LONG.prepare(fixed)
+    figures["kept_bytes"] = {way: kept_bytes(way, LONG) / LONG.ports for way in ways}
     print(json.dumps(figures))
 
 

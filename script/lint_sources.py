@@ -17,6 +17,8 @@ ALLOWED = {
 }
 # Folders that their siblings may include: the named, shared pieces.
 SHARED = ["smartnic/channel", "smartnic/counters"]
+# Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
+BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/operations_"]}
 # The map of the house sees every room.
 MAP = "module/module.cpp"
 
@@ -44,11 +46,13 @@ def inclusions():
                 yield f"src/{path}: includes {included}, which is not in src/; name files from there"
             elif not may_include(path, included):
                 yield f"src/{path}: may not include {included}; see ALLOWED in script/lint_sources.py"
-    for file in sorted((ROOT / "host").rglob("*.*")):
-        if file.suffix in (".cpp", ".h", ".def"):
-            for included in re.findall(r'^#include "(.*)"', file.read_text(), re.MULTILINE):
-                if not included.startswith(("host/", "platform/")):
-                    yield f"{file.relative_to(ROOT)}: the embedded host shares src/platform/ only, not {included}"
+    for room, shared in BESIDE_SOURCE.items():
+        for file in sorted((ROOT / room).rglob("*.*")):
+            if file.suffix in (".cpp", ".h", ".def"):
+                for included in re.findall(r'^#include "(.*)"', file.read_text(), re.MULTILINE):
+                    if not included.startswith((f"{room}/", *shared)):
+                        path = file.relative_to(ROOT)
+                        yield f"{path}: may not include {included}; {room}/ shares {', '.join(shared)} only"
 
 
 def map_of_methods():
@@ -68,7 +72,7 @@ def map_of_methods():
 
 
 def openings():
-    for folder in ("src", "host"):
+    for folder in ("src", "host", "bench"):
         for file in sorted((ROOT / folder).rglob("*")):
             if file.suffix in (".cpp", ".h", ".def") and not file.read_text().startswith("// "):
                 yield f"{file.relative_to(ROOT)}: opens without a sentence that says what it holds"

@@ -1,13 +1,17 @@
-// The floor: the interpreter's calls that the results need, written out, and no check of anything.
+// The floor: the calls of the interpreter and of the platform that a successful call of the contract is made of,
+// written out. Every argument is parsed, every record lies in a buffer of its own, every key is set from its text, a
+// switch id is copied to a text of its own, and what the platform hands out is released.
+//
+// Left out is all that a successful call could do without: looking at arguments, statuses, counts, versions and
+// lengths, comparing a switch's class, clearing buffers before they are filled, seeing whether an object could be made.
 #include <Python.h>
 
 #include "bench/native/flow_text.h"
+#include "bench/native/keys.h"
 #include "platform/p4_tables.h"
 #include "platform/qdp_control.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
-
-#include "bench/native/keys.h"
 
 #define SET(dict, key, object)                   \
     do {                                         \
@@ -61,15 +65,10 @@ static PyObject* queue_list(const uint8_t* lcores, Py_ssize_t count)
     return list;
 }
 
-static PyObject* mac_text(const uint8_t* mac)
+static PyObject* mac_object(const uint8_t* mac)
 {
-    static const char digits[] = "0123456789abcdef";
-    char text[3 * mac_bytes];
-    for (size_t i = 0; i < mac_bytes; ++i) {
-        text[3 * i] = digits[mac[i] >> 4];
-        text[3 * i + 1] = digits[mac[i] & 15];
-        text[3 * i + 2] = ':';
-    }
+    char text[mac_text_bytes];
+    write_mac(mac, text);
     return PyUnicode_FromStringAndSize(text, sizeof text - 1);
 }
 
@@ -89,7 +88,7 @@ static PyObject* list_ports(PyObject*, PyObject* args)
         SET_UNSIGNED(dict, "qdpPortID", entry.qdp_port);
         SET_UNSIGNED(dict, "numTxQ", entry.num_tx_queues);
         SET_UNSIGNED(dict, "numRxQ", entry.num_rx_queues);
-        SET(dict, "hwAddr", mac_text(entry.mac));
+        SET(dict, "hwAddr", mac_object(entry.mac));
         SET_UNSIGNED(dict, "numMACs", entry.num_macs);
         SET(dict, "clientType", PyUnicode_FromString(client_name(entry)));
         SET(dict, "txQLM", queue_list(entry.tx_queue_lcores, entry.num_tx_queues));
@@ -138,9 +137,12 @@ static PyObject* get_switch_burst_size(PyObject*, PyObject* args)
     PyArg_ParseTuple(args, "s", &alias);
     DVSSwitch* handle = DVSState_SwitchFindByAlias(alias);
     DVS_ClassName(handle);
+    char switch_id[switch_id_bytes];
+    memcpy(switch_id, DVS_SwitchId(handle), sizeof switch_id);
+    switch_id[sizeof switch_id - 1] = '\0';
     void* value;
     uint32_t length;
-    DVSHCK_HostPropGet(DVS_SwitchId(handle), burst_size_property, &value, &length);
+    DVSHCK_HostPropGet(switch_id, burst_size_property, &value, &length);
     const uint32_t burst_size = static_cast<WordSetting*>(value)->value;
     DVSHCK_DataFree(value);
     return PyLong_FromUnsignedLong(burst_size);

@@ -1,5 +1,11 @@
-// The keys of the measured results, in their order, for the hand-written ways: each defines what a row does.
+// What the compiled ways share: the keys of the measured results, for which each defines what a row does, the records
+// that only they lay out as structs, and the texts of MAC addresses and of ports' clients.
 #pragma once
+
+#include <cstdint>
+
+#include "platform/limits.h"
+#include "platform/ports.h"
 
 // ROW(key, member of PortDirectionCounters's tx or rx)
 #define PORT_COUNTER_ROWS(ROW, PREFIX_TX, PREFIX_RX) \
@@ -86,6 +92,19 @@ struct TableReadRequest {
     uint16_t length, opcode, table, key_length;
     uint32_t index;
 };
+
+inline constexpr size_t mac_text_bytes = sizeof "00:00:00:00:00:00";
+
+inline void write_mac(const uint8_t* mac, char* text)
+{
+    static const char digits[] = "0123456789abcdef";
+    for (size_t i = 0; i < mac_bytes; ++i) {
+        text[3 * i] = digits[mac[i] >> 4];
+        text[3 * i + 1] = digits[mac[i] & 15];
+        text[3 * i + 2] = ':';
+    }
+    text[mac_text_bytes - 1] = '\0';
+}
 
 inline constexpr const char* representors[] = {
     "REP.INV",   "REP.M2VF",    "REP.M2PHY",  "REP.M2UPT", "REP.M3VF",  "REP.M3PHY", "REP.M3PF", "REP.M3UPT",

@@ -3,7 +3,7 @@
 """The measured methods with Cython: typed access to the records, and results as displays of dicts and lists."""
 
 from libc.stdint cimport int32_t, int64_t, uint8_t, uint16_t, uint32_t, uint64_t
-from libc.stdio cimport fputs, snprintf, stderr
+from libc.stdio cimport fputs, stderr
 from libc.stdlib cimport free, malloc
 from libc.string cimport memcpy, memset, strcmp
 
@@ -110,6 +110,7 @@ cdef extern from "bench/native/keys.h":
         uint16_t length, opcode, table, key_length
         uint32_t index
     const char* client_name(const PortListEntry&)
+    void write_mac(const uint8_t*, char*)
 
 
 cdef refuse(const char* text):
@@ -181,9 +182,9 @@ def TableFlowInfoGet(uint32_t index):
 
 
 cdef str mac_text(const uint8_t* mac):
-    cdef char text[32]
-    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5])
-    return text.decode("ascii")
+    cdef char text[18]
+    write_mac(mac, text)
+    return text[:17].decode("ascii")
 
 
 cdef dict port_dict(const PortListEntry* entry):

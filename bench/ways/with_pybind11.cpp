@@ -5,12 +5,11 @@
 #include <memory>
 
 #include "bench/native/flow_text.h"
+#include "bench/native/keys.h"
 #include "platform/p4_tables.h"
 #include "platform/qdp_control.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
-
-#include "bench/native/keys.h"
 
 namespace py = pybind11;
 
@@ -76,15 +75,14 @@ py::object list_ports(uint32_t switch_number)
     py::list list(ports->count);
     for (uint32_t i = 0; i < ports->count; ++i) {
         const PortListEntry& entry = ports->entries[i];
-        const uint8_t* mac = entry.mac;
-        char text[32];
-        snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+        char mac[mac_text_bytes];
+        write_mac(entry.mac, mac);
         py::dict port;
         port["portID"] = entry.port;
         port["qdpPortID"] = entry.qdp_port;
         port["numTxQ"] = py::int_(entry.num_tx_queues);
         port["numRxQ"] = py::int_(entry.num_rx_queues);
-        port["hwAddr"] = text;
+        port["hwAddr"] = static_cast<const char*>(mac);
         port["numMACs"] = entry.num_macs;
         port["clientType"] = client_name(entry);
         port["txQLM"] = queue_list(entry.tx_queue_lcores, entry.num_tx_queues);

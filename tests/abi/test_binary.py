@@ -26,6 +26,8 @@ STABLE_3_6 = """
     _Py_Dealloc _Py_FalseStruct _Py_NoneStruct _Py_TrueStruct
 """.split()
 
+MOST_BYTES = 160 * 1024  # of the stripped file
+
 # The linker's own, which may be absent.
 OPTIONAL = {"_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__gmon_start__", "__cxa_finalize"}
 
@@ -49,6 +51,12 @@ def symbols(binary, *options):
 
 def test_needs_the_platform_libraries_and_libc_only(binary):
     assert dynamic(binary, "NEEDED") == ["libqdp.so", "libqmtPublic.so", "libc.so.6"]
+
+
+def test_is_small(binary, tmp_path):
+    stripped = tmp_path / "stripped.so"
+    run("strip", "-o", str(stripped), str(binary))
+    assert stripped.stat().st_size <= MOST_BYTES
 
 
 def test_has_no_search_path_of_its_own(binary):
