@@ -163,17 +163,15 @@ std::optional<uint32_t> due_failure(Operation& operation)
     return std::nullopt;
 }
 
-// Without the mutex while time passes: other threads have calls of their own.
-void wait_if_due(Operation& operation)
+// Other threads have calls of their own while time passes.
+void wait_if_due(Operation& operation, std::unique_lock<std::recursive_mutex>& lock)
 {
-    std::chrono::nanoseconds time{};
-    {
-        const std::lock_guard lock{process().mutex};
-        if (operation.delay && operation.delay->calls.take())
-            time = operation.delay->time;
-    }
-    if (time.count() > 0)
-        std::this_thread::sleep_for(time);
+    if (!operation.delay || !operation.delay->calls.take())
+        return;
+    const auto time = operation.delay->time;
+    lock.unlock();
+    std::this_thread::sleep_for(time);
+    lock.lock();
 }
 
 // Replays the file from now on. False, with the error kept, when it is broken.
@@ -240,8 +238,8 @@ Operation& operation(const char* name, bool returns_pointer)
 
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
 {
-    wait_if_due(operation);
-    const std::lock_guard lock{process().mutex};
+    std::unique_lock lock{process().mutex};
+    wait_if_due(operation, lock);
     if (process().is_recording)
         record_call(operation, arguments);
     if (const auto status = due_failure(operation))

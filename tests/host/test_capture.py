@@ -178,6 +178,8 @@ print(platform.DVS_ClassName(0x5678), platform.DVS_ClassName(0x1234), platform.D
             ("outputs=[b'text\\0rest'], sizes={0: 0xFFFFFFFF}", 0, {"bytes": "7465787400"}),
             ("outputs=[]", 0, None),
             ("outputs=[], status=3", 0, None),
+            # A status that nobody looks at.
+            ("outputs=[b'ab'], status=3", 0, {"bytes": "6162", "size": 2}),
         ],
     )
     def test_values(self, recorded, script, length, expected):
