@@ -14,7 +14,7 @@ constexpr uint32_t representor_types = 16;
 
 Switch vswitch(const char* alias, const char* id, const char* name, uint32_t number, uint64_t lcore_mask)
 {
-    Switch made{{alias, id, vswitch_class, {}, {}}, SwitchListEntry{}, {}};
+    Switch made{{alias, id, vswitch_class, {}, {}}, SwitchListEntry{}, {}, {}, {}, {}, {}};
     std::snprintf(made.entry->name, sizeof made.entry->name, "%s", name);
     made.entry->switch_number = number;
     made.entry->max_ports = max_ports;
@@ -32,6 +32,7 @@ PortListEntry& add_port(Switch& owner, std::string name, ClientType client, uint
     port.name = std::move(name);
     port.tx = {1000 + 37 * number, 64 + 17 * (number % 80)};
     port.rx = {1500 + 53 * number, 64 + 23 * (number % 60)};
+    port.offload = {1200 + 31 * number, 40 + 3 * number};
 
     PortListEntry& entry = port.entry;
     entry.port = number;
@@ -98,7 +99,7 @@ Host make_host()
 
     // Known by neither, so its id is its name. Its uplinks end in a SmartNIC, whose representors are ports too.
     Switch smart = vswitch("dvs-smartnic", "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03",
-                           "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03", smartnic_switch, 0xf000);
+                           "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03", 2, 0xf000);
     add_uplinks(smart, 2);
     for (uint32_t type = 0; type < representor_types; ++type)
         for (const uint32_t flags : {0u, port_flag_pass_through}) {
@@ -108,7 +109,7 @@ Host make_host()
         }
     add_port(smart, "unclaimed", ClientType{0}, 0, 0);
 
-    Switch legacy{{"legacy-network", "legacy-network-0001", "overlay", {}, {}}, std::nullopt, {}};
+    Switch legacy{{"legacy-network", "legacy-network-0001", "overlay", {}, {}}, std::nullopt, {}, {}, {}, {}, {}};
     legacy.config.global_properties[alias_property] = value_of("legacy-network");
 
     for (Switch* each : {&production, &storage, &smart, &legacy})
@@ -116,19 +117,48 @@ Host make_host()
     return made;
 }
 
+// What follows from the ports of a switch when they stand.
+void configure(Switch& owner, int64_t& filter_id)
+{
+    const uint32_t number = owner.entry->switch_number;
+    const auto uplinks = uplinks_of(owner);
+    std::vector<uint16_t> uplink_numbers;
+    for (const Port* uplink : uplinks)
+        uplink_numbers.push_back(static_cast<uint16_t>(uplink->entry.port));
+    for (Port& port : owner.ports) {
+        port.setting = {usual_conf(port.entry), usual_tx_uplinks(port.entry, uplink_numbers), {}};
+        if (is_a(port, ClientType::vnic))
+            port.filters.push_back(usual_filter(uplinks, port, filter_id++));
+        if (!is_a(port, ClientType::uplink))
+            continue;
+        port.rss_engines = usual_rss_engines(port);
+        if (number != 2 || port.entry.port == 0)
+            port.private_counters = usual_private_counters(port);
+    }
+    constexpr uint32_t nic_models[] = {
+        fpo_model_1_level_1 | fpo_model_1_level_2 | fpo_model_2a,
+        0,
+        fpo_model_1_level_1 | fpo_model_1_level_2 | fpo_model_2a | fpo_model_3a | fpo_model_3b,
+    };
+    constexpr LBMetric metrics[] = {LBMetric::cpu, LBMetric::count, LBMetric::none};
+    owner.setting.filter_types = number == 2 ? 0x3 : 0x7;
+    owner.features = {number == 0, 32, number == 0, number == 0 ? 2u : 3u, number != 1, usual_nic(nic_models[number])};
+    owner.balancer.metric = metrics[number];
+    owner.balancer.debug_text = usual_debug_text(owner);
+    owner.mac_table.macs = usual_macs(owner, mac_generation(Host{}));
+}
+
 }  // namespace
 
 Host default_host()
 {
     Host made = make_host();
-    made.port_settings = default_port_settings(made);
-    made.mac_tables = default_mac_tables(made);
-    made.uplinks = default_uplinks(made);
+    int64_t filter_id = 0x100;
+    for (Switch& each : made.switches)
+        if (each.entry)
+            configure(each, filter_id);
     made.placement = default_placement(made);
-    made.balancer = default_balancer(made);
-    made.features = default_features(made);
     made.timing = default_timing(made);
-    made.rss_engines = default_rss_engines(made);
     made.l3span_records = default_l3span_records(made);
     made.smartnic = default_smartnic(made);
     made.flow_caches = default_flow_caches(made);  // those that are offloaded go through the SmartNIC's ports

@@ -61,6 +61,9 @@ Port* Host::port(uint32_t switch_number, uint32_t port)
     Switch* owner = datapath_switch(switch_number);
     if (!owner)
         return nullptr;
+    // Ports mostly stand at their numbers.
+    if (port < owner->ports.size() && owner->ports[port].entry.port == port)
+        return &owner->ports[port];
     const auto found =
         std::ranges::find(owner->ports, port, [](const Port& candidate) { return candidate.entry.port; });
     return found == owner->ports.end() ? nullptr : &*found;

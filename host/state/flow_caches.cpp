@@ -125,7 +125,7 @@ void routed(const Draft& draft)
     draft.is_ip(3, draft.number % 2 == 1);
     draft.act({FlowAction::destination_port, FlowAction::destination_mac, FlowAction::routing});
     for (uint32_t i = 0; i < 1 + draft.number % max_routing_instances; ++i)
-        draft.flow.actions.routing_instances.push_back(0x1770 + i);
+        draft.flow.actions.routing_instances[draft.flow.actions.num_routing_instances++] = 0x1770 + i;
 }
 
 void vlan_inserted(const Draft& draft)
@@ -185,9 +185,9 @@ constexpr Recipe* recipes[] = {
     to_the_slow_path,      multicast,
 };
 
-bool is_of_smartnic(const Switch& owner)
+bool is_of_smartnic(const Host& host, const Switch& owner)
 {
-    return owner.entry->switch_number == smartnic_switch;
+    return owner.entry->switch_number == host.smartnic.uplink_switch;
 }
 
 // A SmartNIC takes over what it can; other uplinks take some established connections, if their NIC knows how to.
@@ -195,9 +195,9 @@ bool is_offloaded(const Host& host, const Switch& owner, const Flow& flow, uint3
 {
     if (flow.actions.multicast_ports || has(flow, FlowAction::slow_path))
         return false;
-    if (is_of_smartnic(owner))
+    if (is_of_smartnic(host, owner))
         return flow.packets.layer > 2 && number % 4 != 1;
-    return host.features.switches.at(owner.entry->switch_number).nic.models && number % 7 == 0;
+    return owner.features.nic.models && number % 7 == 0;
 }
 
 // What lies behind a tunnel comes and goes by the uplink where the tunnel ends. A flow's tag is that of the port it
@@ -233,12 +233,12 @@ Flow flow(const Host& host, const Switch& owner, uint32_t lcore, uint32_t number
     made.software_rate = 5 + number * 13 % 900;
     made.packet_bytes = 64 + number * 37 % 1400;
     recipes[number % std::size(recipes)]({made, owner, number});
-    if (is_of_smartnic(owner))
+    if (is_of_smartnic(host, owner))
         go_by_uplink(host, made, number);
 
     if (is_offloaded(host, owner, made, number)) {
         const uint64_t pointer = 0x430a5c000000 + uint64_t{number} * 0x80;
-        made.offload = is_of_smartnic(owner) ? FlowOffload{0, number, false} : FlowOffload{0, pointer, true};
+        made.offload = is_of_smartnic(host, owner) ? FlowOffload{0, number, false} : FlowOffload{0, pointer, true};
         made.hardware_rate = made.software_rate * 20;
         made.software_rate = 1;  // the packets that came before it was offloaded, and its refreshes
     }
@@ -252,68 +252,90 @@ bool has_lcore(const Switch& owner, uint32_t lcore)
 
 }  // namespace
 
+FlowTables::FlowTables(std::array<std::vector<Flow>, max_lcores> tables) : tables_{std::move(tables)}
+{
+    for (const auto& table : tables_)
+        for (const Flow& flow : table)
+            if (is_in_pipeline(flow))
+                in_pipeline_.emplace(flow.offload->hardware_index, &flow);
+}
+
+const Flow* FlowTables::in_pipeline(uint32_t hardware_index) const
+{
+    const auto found = in_pipeline_.find(hardware_index);
+    return found == in_pipeline_.end() ? nullptr : found->second;
+}
+
+std::span<const Flow> FlowCaches::of(uint32_t lcore) const
+{
+    return lcores[lcore].since ? std::span{tables->of(lcore)} : std::span<const Flow>{};
+}
+
+const Flow* FlowCaches::offloaded(uint32_t hardware_index) const
+{
+    const Flow* flow = tables->in_pipeline(hardware_index);
+    return flow && lcores[flow->lcore].since ? flow : nullptr;
+}
+
+uint64_t FlowCaches::num_offloaded() const
+{
+    uint64_t count = 0;
+    for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
+        count += static_cast<uint64_t>(std::ranges::count_if(of(lcore), is_in_pipeline));
+    return count;
+}
+
 FlowCaches default_flow_caches(const Host& host)
 {
-    FlowCaches made;
+    std::array<std::vector<Flow>, max_lcores> made;
     uint32_t number = 0;
     for (const Switch& owner : host.switches)
         for (uint32_t lcore = 0; owner.entry && lcore < max_lcores; ++lcore)
             if (has_lcore(owner, lcore))
                 for (const uint32_t end = number + 24 + lcore * 11 % 30; number < end; ++number)
-                    made.flows.push_back(flow(host, owner, lcore, number));
+                    made[lcore].push_back(flow(host, owner, lcore, number));
 
     uint32_t index = first_hardware_flow;
-    for (Flow& each : made.flows)
-        if (each.offload && !each.offload->is_pointer)
-            each.offload->hardware_index = index++;
-    return made;
-}
-
-const Flow* FlowCaches::offloaded(uint32_t hardware_index) const
-{
-    const auto found = std::ranges::find_if(flows, [=](const Flow& each) {
-        return each.offload && !each.offload->is_pointer && each.offload->hardware_index == hardware_index;
-    });
-    return found == flows.end() ? nullptr : &*found;
+    for (auto& flows : made)
+        for (Flow& each : flows)
+            if (is_in_pipeline(each))
+                each.offload->hardware_index = index++;
+    FlowCaches caches;
+    caches.tables = std::make_shared<FlowTables>(std::move(made));
+    return caches;
 }
 
 uint64_t software_hits(const Host& host, const Flow& flow)
 {
-    return host.clock.grown(flow.software_rate, flow.since);
+    return host.clock.grown(flow.software_rate, host.flow_caches.lcores[flow.lcore].since.value_or(0));
 }
 
 uint64_t hardware_hits(const Host& host, const Flow& flow)
 {
-    return host.clock.grown(flow.hardware_rate, flow.since);
+    return host.clock.grown(flow.hardware_rate, host.flow_caches.lcores[flow.lcore].since.value_or(0));
 }
 
-void clear_flows(Host& host, uint32_t switch_number)
+void clear_flows(Host& host, const Switch& owner)
 {
-    const Switch* owner = host.datapath_switch(switch_number);
-    if (!owner)
-        return;
-    FlowCaches& caches = host.flow_caches;
-    for (const Flow& each : caches.flows)
-        if (has_lcore(*owner, each.lcore)) {
-            ClearedFlows& cleared = caches.cleared[each.lcore];
-            ++cleared.count;
-            cleared.software_hits += software_hits(host, each);
-            cleared.hardware_hits += hardware_hits(host, each);
+    for (uint32_t lcore = 0; lcore < max_lcores; ++lcore) {
+        LcoreFlows& state = host.flow_caches.lcores[lcore];
+        if (!has_lcore(owner, lcore) || !state.since)
+            continue;
+        for (const Flow& each : host.flow_caches.of(lcore)) {
+            ++state.cleared.count;
+            state.cleared.software_hits += software_hits(host, each);
+            state.cleared.hardware_hits += hardware_hits(host, each);
         }
-    std::erase_if(caches.flows, [&](const Flow& each) { return has_lcore(*owner, each.lcore); });
+        state.since.reset();
+    }
 }
 
 // The same flows come again; those that were offloaded get their indexes back.
-void fill_flows(Host& host, uint32_t switch_number)
+void fill_flows(Host& host, const Switch& owner)
 {
-    const Switch* owner = host.datapath_switch(switch_number);
-    if (!owner)
-        return;
-    for (Flow& each : default_flow_caches(host).flows)
-        if (has_lcore(*owner, each.lcore)) {
-            each.since = host.clock.nanoseconds();
-            host.flow_caches.flows.push_back(each);
-        }
+    for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
+        if (has_lcore(owner, lcore))
+            host.flow_caches.lcores[lcore].since = host.clock.nanoseconds();
 }
 
 }  // namespace host

@@ -33,7 +33,8 @@ std::vector<Uplink> uplinks_of(const Host& host)
     std::vector<Uplink> made;
     for (const Switch& owner : host.switches)
         for (const Port& port : owner.ports)
-            if (owner.entry->switch_number == smartnic_switch && is_a(port, ClientType::uplink)) {
+            if (owner.entry && owner.entry->switch_number == host.smartnic.uplink_switch &&
+                is_a(port, ClientType::uplink)) {
                 uint64_t mac = 0;
                 for (const uint8_t byte : port.entry.mac)
                     mac = mac << 8 | byte;

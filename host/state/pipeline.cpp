@@ -8,8 +8,6 @@ namespace host {
 
 namespace {
 
-constexpr uint64_t packets_a_second = 100'000;  // of the whole pipeline
-
 uint64_t counted(const Clock& clock, uint64_t per_second)
 {
     return clock.grown(1) * per_second;
@@ -109,11 +107,11 @@ P4PortCounters p4_port_counters(const Host& host, uint32_t port)
     const auto row = host.smartnic.output_port(port);
     if (!row || row->status != port_is_up)
         return {};
-    const uint64_t rx = counted(host.clock, 400 + 13 * port);
-    const uint64_t tx = counted(host.clock, 300 + 17 * port);
-    const uint64_t packet_bytes = 64 + 29 * port % 1400;
-    return {traffic(rx, packet_bytes), traffic(rx / drop_share, packet_bytes), traffic(tx, packet_bytes),
-            traffic(tx / drop_share, packet_bytes)};
+    const auto [in, out] = host.smartnic.traffic_of(port);
+    const uint64_t rx = counted(host.clock, in.packets);
+    const uint64_t tx = counted(host.clock, out.packets);
+    return {traffic(rx, in.packet_bytes), traffic(rx / drop_share, in.packet_bytes), traffic(tx, out.packet_bytes),
+            traffic(tx / drop_share, out.packet_bytes)};
 }
 
 P4LifCounters lif_counters(const Host& host, uint32_t number)
@@ -146,7 +144,7 @@ P4ConntrackCounters conntrack_counters(const Host& host, uint32_t port)
 
 P4IngressCounters ingress_counters(const Host& host)
 {
-    const uint64_t packets = counted(host.clock, packets_a_second);
+    const uint64_t packets = counted(host.clock, host.pipeline.packet_rate);
     P4IngressCounters made{};
     made.from_host = packets;
     made.from_switch = packets / 2 * 3;

@@ -30,6 +30,13 @@ private:
     std::optional<uint64_t> since_;
 };
 
+// What the driver does with the pipeline's flows, a second. As many are removed as inserted.
+struct FlowOperationRates {
+    uint64_t inserts = 20;
+    uint64_t updates = 5;
+    uint64_t gets = 100;
+};
+
 struct Pipeline {
     FpoFlowStatsConfig flow_stats;
     std::map<std::string, uint32_t, std::less<>> offloaded;  // by portset name
@@ -39,6 +46,9 @@ struct Pipeline {
     std::vector<MemoryTable> tables;
     std::vector<MirrorSession> mirror_sessions;
     std::vector<PortMirror> port_mirrors;
+
+    uint64_t packet_rate = 100'000;  // of the whole pipeline from the host, a second
+    FlowOperationRates operations;
 
     uint32_t app_is_enabled;
     SecondsOn latency;

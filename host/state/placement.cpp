@@ -5,6 +5,12 @@
 
 namespace host {
 
+uint64_t Placement::offload_rate(uint32_t lcore) const
+{
+    const auto found = offload_rates.find(lcore);
+    return found == offload_rates.end() ? 20'000 + 500 * lcore : found->second;
+}
+
 // The NICs behind the uplinks, in turns on two memory nodes.
 Placement default_placement(const Host& host)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ struct Placement {
     };
     std::vector<Device> devices;
     bool has_mbuf_fastslabs = false;
+    std::map<uint32_t, uint64_t> offload_rates;  // packets a second that a lcore's offloaded flows see, by lcore
+
+    uint64_t offload_rate(uint32_t lcore) const;
 };
 
 // Of the built-in host, whose switches stand already.

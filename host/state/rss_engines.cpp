@@ -83,21 +83,15 @@ L3SPANRecord record(uint32_t port, uint8_t number, const Tunnel* geneve, const T
 
 }  // namespace
 
-RssEngines default_rss_engines(const Host& host)
+std::vector<RSSEngine> usual_rss_engines(const Port& uplink)
 {
-    RssEngines made;
-    for (const Switch& owner : host.switches)
-        for (const Port& port : owner.ports)
-            if (is_a(port, ClientType::uplink)) {
-                const uint32_t affinity = port.entry.port % 2;
-                made.of_ports[{owner.entry->switch_number, port.entry.port}] = {
-                    engine(1, RSSEngineType::default_engine, 0, 4, affinity),
-                    engine(2, RSSEngineType::device, 4, 2, affinity),
-                    engine(3, RSSEngineType::shared, 6, 1, affinity),
-                    engine(4, RSSEngineType::offload, 7, 1, affinity),
-                };
-            }
-    return made;
+    const uint32_t affinity = uplink.entry.port % 2;
+    return {
+        engine(1, RSSEngineType::default_engine, 0, 4, affinity),
+        engine(2, RSSEngineType::device, 4, 2, affinity),
+        engine(3, RSSEngineType::shared, 6, 1, affinity),
+        engine(4, RSSEngineType::offload, 7, 1, affinity),
+    };
 }
 
 L3SpanRecords default_l3span_records(const Host&)

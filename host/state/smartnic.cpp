@@ -78,7 +78,7 @@ void add_fc_ports(SmartNic& nic, const Host& host)
     uint32_t uplink = first_uplink, vf = first_vf;
     for (const Switch& owner : host.switches)
         for (const Port& port : owner.ports)
-            if (owner.entry->switch_number == smartnic_switch)
+            if (owner.entry && owner.entry->switch_number == nic.uplink_switch)
                 nic.fc_ports[is_a(port, ClientType::uplink) ? uplink++ : vf++] = narrow(port.entry.port);
 }
 
@@ -157,6 +157,14 @@ std::vector<P4OutputPort> SmartNic::uplinks() const
     return found;
 }
 
+P4Traffic SmartNic::traffic_of(uint32_t port) const
+{
+    if (const P4Traffic* described = found_in(traffic, port))
+        return *described;
+    const uint64_t packet_bytes = 64 + 29 * port % 1400;
+    return {{400 + 13 * port, packet_bytes}, {300 + 17 * port, packet_bytes}};
+}
+
 uint16_t SmartNic::port_of(uint32_t fc_port) const
 {
     const auto found = std::ranges::find(fc_ports, fc_port, [](const auto& item) { return item.second; });
@@ -189,7 +197,9 @@ bool SmartNic::delete_port(uint32_t port)
 
 SmartNic default_smartnic(const Host& host)
 {
+    constexpr uint16_t smartnic_switch = 2;
     SmartNic nic{};
+    nic.uplink_switch = smartnic_switch;
     nic.host_pfs.count = pf_count;
     for (uint32_t i = 0; i < pf_count; ++i)
         nic.host_pfs.lifs[i] = narrow(first_pf + i);
