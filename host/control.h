@@ -7,8 +7,21 @@
 
 extern "C" {
 
-// Puts the built-in host back: its state, a real clock, no scripted answers, no failures, no recorded calls.
+// Puts the host back to its scenario: its state, a real clock, no scripted answers, no failures, no recorded calls.
 void qdp_host_reset(void);
+
+// Replaces the host by the one that the scenario in this file describes; null is the default scenario. What is scripted
+// and recorded stays. Returns 0, or -1 when the scenario could not be read: every operation fails then. Without a call
+// of this function, the environment variable QDP_HOST_SCENARIO names the file, which is read when it is needed first.
+int qdp_host_load(const char* path);
+
+// What was wrong with the scenario, or null. The same is written to standard error, once a process.
+const char* qdp_host_error(void);
+
+// The scenario of the host as it stands, null when there is none; and the JSON schema of scenarios. Valid until the next
+// call of the same function.
+const char* qdp_host_scenario(void);
+const char* qdp_host_schema(void);
 
 // Adds a scripted answer to the end of the operation's queue; each call takes the next one instead of an answer from
 // the state. `result` is the status. Returns 0, or -1 for an unknown operation, as do the next three.

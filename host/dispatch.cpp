@@ -54,7 +54,6 @@ namespace {
 struct Process {
     std::recursive_mutex mutex;
     std::map<std::string, std::unique_ptr<Operation>, std::less<>> operations;
-    std::optional<Host> host;
     bool is_recording = false;
     std::vector<Json> calls;
     std::deque<Value> kept;  // bytes of scripted answers that a caller may still look at
@@ -186,9 +185,16 @@ uint64_t dispatch(Operation& operation, std::initializer_list<Argument> argument
         return operation.returns_pointer ? 0 : *status;
     if (!operation.script.empty())
         return play(operation, arguments);
+    Host* host = loaded_host();
+    if (!host)
+        return operation.returns_pointer ? 0 : refused;
     if (!operation.handler || operation.parameters != arguments.size())
         return refused;
-    return operation.handler(operation.function, arguments);
+    try {
+        return operation.handler(operation.function, *host, arguments);
+    } catch (...) {  // callers are C
+        return operation.returns_pointer ? 0 : refused;
+    }
 }
 
 Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler handler)
@@ -197,14 +203,6 @@ Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler 
     operation.parameters = parameters;
     operation.function = function;
     operation.handler = handler;
-}
-
-Host& host()
-{
-    auto& host = process().host;
-    if (!host)
-        host = default_host();
-    return *host;
 }
 
 void hand_out(const ValueOutput& output, ByteSpan value)
@@ -249,7 +247,7 @@ void qdp_host_reset(void)
     process().calls.clear();
     process().is_recording = false;
     process().kept.clear();
-    process().host.reset();
+    reset_host();
 }
 
 int qdp_host_script(const char* name, uint64_t result)
@@ -349,11 +347,13 @@ size_t qdp_host_values_out(void)
 void qdp_host_freeze_time(void)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.freeze();
+    if (Host* present = loaded_host())
+        present->clock.freeze();
 }
 
 void qdp_host_advance_time(uint64_t nanoseconds)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.advance(nanoseconds);
+    if (Host* present = loaded_host())
+        present->clock.advance(nanoseconds);
 }

@@ -120,18 +120,21 @@ struct Host {
     Switch* switch_by_portset(std::string_view portset_name);
 };
 
-// The host that is built in.
-Host default_host();
+// The port of a switch with this number, or null.
+const Port* find_port(const Switch& owner, uint32_t number);
 
-// The host that answers in this process.
-Host& host();
+// The host that answers in this process; null when its scenario could not be read.
+Host* loaded_host();
+
+// Puts it back to its scenario.
+void reset_host();
 
 Value value_of(ByteSpan bytes);
 Value value_of(std::string_view text);  // its NUL included
 
 // --- Answers ---
 
-using Handler = uint64_t (*)(void (*answer)(), std::initializer_list<Argument> arguments);
+using Handler = uint64_t (*)(void (*answer)(), Host& host, std::initializer_list<Argument> arguments);
 
 // A function that answers an operation from the state, registered under the operation's name:
 //
@@ -152,19 +155,19 @@ private:
     Answer(const char* name, size_t parameters, void (*function)(), Handler handler);
 
     template <class Result, class... Parameters>
-    static uint64_t call(void (*function)(), std::initializer_list<Argument> arguments)
+    static uint64_t call(void (*function)(), Host& host, std::initializer_list<Argument> arguments)
     {
         return [&]<size_t... i>(std::index_sequence<i...>)->uint64_t
         {
             const auto typed = reinterpret_cast<Result (*)(Host&, Parameters...)>(function);
             [[maybe_unused]] const Argument* argument = arguments.begin();
             if constexpr (std::is_void_v<Result>) {
-                typed(host(), argument_as<Parameters>(argument[i])...);
+                typed(host, argument_as<Parameters>(argument[i])...);
                 return 0;
             } else if constexpr (std::is_pointer_v<Result>) {
-                return reinterpret_cast<uint64_t>(typed(host(), argument_as<Parameters>(argument[i])...));
+                return reinterpret_cast<uint64_t>(typed(host, argument_as<Parameters>(argument[i])...));
             } else {
-                return typed(host(), argument_as<Parameters>(argument[i])...);
+                return typed(host, argument_as<Parameters>(argument[i])...);
             }
         }
         (std::index_sequence_for<Parameters...>{});

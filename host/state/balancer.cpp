@@ -18,27 +18,32 @@ std::string timed(uint64_t nanoseconds, const std::string& line)
     return time + line + '\n';
 }
 
+void keep_newest_lines(std::string& text)
+{
+    if (text.size() > lb_debug_bytes)
+        text.erase(0, text.find('\n', text.size() - lb_debug_bytes - 1) + 1);
+}
+
 }  // namespace
 
-// Whole lines leave at once, so that a full buffer is not moved with every line.
 void SwitchBalancer::log(uint64_t nanoseconds, const std::string& line)
 {
     debug_text += timed(nanoseconds, line);
-    if (debug_text.size() > lb_debug_bytes)
-        debug_text.erase(0, debug_text.find('\n', debug_text.size() - lb_debug_bytes - 1) + 1);
+    keep_newest_lines(debug_text);
 }
 
 std::string usual_debug_text(const Switch& owner)
 {
     const SwitchListEntry& entry = *owner.entry;
-    SwitchBalancer made;
-    made.log(0, std::string{entry.name, strnlen(entry.name, sizeof entry.name)} + ": " +
-                    std::to_string(entry.num_lcores) + " lcores, " + std::to_string(owner.ports.size()) + " ports");
+    const std::string name{entry.name, strnlen(entry.name, sizeof entry.name)};
+    std::string made = timed(0, name + ": " + std::to_string(entry.num_lcores) + " lcores, " +
+                                    std::to_string(owner.ports.size()) + " ports");
     for (const Port& port : owner.ports)
         for (unsigned queue = 0; queue < port.entry.num_rx_queues; ++queue)
-            made.log(0, port.name + " rx " + std::to_string(queue) + " -> context " +
-                            std::to_string(port.entry.rx_queue_lcores[queue]));
-    return made.debug_text;
+            made += timed(0, port.name + " rx " + std::to_string(queue) + " -> context " +
+                                 std::to_string(port.entry.rx_queue_lcores[queue]));
+    keep_newest_lines(made);
+    return made;
 }
 
 }  // namespace host

@@ -124,9 +124,6 @@ struct FlowCaches {
     uint64_t num_offloaded() const;
 };
 
-// Of the built-in host, whose switches stand already.
-FlowCaches default_flow_caches(const Host& host);
-
 // The packets that a flow has met so far.
 uint64_t software_hits(const Host& host, const Flow& flow);
 uint64_t hardware_hits(const Host& host, const Flow& flow);

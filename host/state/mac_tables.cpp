@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 #include "host/host.h"
 
@@ -16,7 +17,8 @@ constexpr uint32_t neighbours_of_an_uplink = 12;
 constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
 
 // An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
-void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uint64_t generation)
+template <class IsKnown>
+void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uint64_t generation, IsKnown is_known)
 {
     const PortListEntry& entry = port.entry;
     const auto add = [&](const uint8_t(&mac)[mac_bytes], uint32_t vlan) {
@@ -24,7 +26,7 @@ void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uin
         std::memcpy(made.mac, mac, sizeof made.mac);
         made.vlan = static_cast<uint16_t>(vlan);
         made.qdp_port = entry.qdp_port;
-        if (std::ranges::none_of(macs, [&](const Mac& known) { return is_same_address(known.entry, made); }))
+        if (!is_known(made))
             macs.push_back({entry.port, made, false, generation});
     };
 
@@ -45,9 +47,17 @@ uint64_t mac_generation(const Host& host)
     return host.clock.grown(1) / generation_seconds;
 }
 
+uint64_t address_key(const MacEntry& entry)
+{
+    uint64_t key = entry.vlan;
+    for (const uint8_t byte : entry.mac)
+        key = key << 8 | byte;
+    return key;
+}
+
 bool is_same_address(const MacEntry& one, const MacEntry& other)
 {
-    return one.vlan == other.vlan && std::ranges::equal(one.mac, other.mac);
+    return address_key(one) == address_key(other);
 }
 
 void relearn_macs(Host& host, Switch& owner, const Port& port)
@@ -55,14 +65,18 @@ void relearn_macs(Host& host, Switch& owner, const Port& port)
     std::vector<Mac>& macs = owner.mac_table.macs;
     std::erase_if(macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
     if (!is_a(port, ClientType::uplink) || owner.setting.learns_uplink_macs)
-        learn(macs, owner.entry->switch_number, port, mac_generation(host));
+        learn(macs, owner.entry->switch_number, port, mac_generation(host), [&](const MacEntry& entry) {
+            return std::ranges::any_of(macs, [&](const Mac& known) { return is_same_address(known.entry, entry); });
+        });
 }
 
 std::vector<Mac> usual_macs(const Switch& owner, uint64_t generation)
 {
     std::vector<Mac> made;
+    std::unordered_set<uint64_t> known;
     for (const Port& port : owner.ports)
-        learn(made, owner.entry->switch_number, port, generation);
+        learn(made, owner.entry->switch_number, port, generation,
+              [&](const MacEntry& entry) { return !known.insert(address_key(entry)).second; });
     return made;
 }
 

@@ -27,6 +27,9 @@ struct MacTable {
     uint32_t port_limit = 1024;
 };
 
+// An address with its VLAN as one number.
+uint64_t address_key(const MacEntry& entry);
+
 // Whether both are the entry of one address: an address is known once a switch and VLAN.
 bool is_same_address(const MacEntry& one, const MacEntry& other);
 

@@ -38,10 +38,10 @@ struct FlowOperationRates {
 };
 
 struct Pipeline {
-    FpoFlowStatsConfig flow_stats;
+    FpoFlowStatsConfig flow_stats{};
     std::map<std::string, uint32_t, std::less<>> offloaded;  // by portset name
-    uint32_t offloads_icmp_echo;
-    DscpConfig dscp;
+    uint32_t offloads_icmp_echo = 0;
+    DscpConfig dscp{};
 
     std::vector<MemoryTable> tables;
     std::vector<MirrorSession> mirror_sessions;
@@ -50,13 +50,10 @@ struct Pipeline {
     uint64_t packet_rate = 100'000;  // of the whole pipeline from the host, a second
     FlowOperationRates operations;
 
-    uint32_t app_is_enabled;
+    uint32_t app_is_enabled = 0;
     SecondsOn latency;
     std::map<uint32_t, SecondsOn> advanced_stats;  // by switch number
 };
-
-// Of the built-in host, whose switches stand already.
-Pipeline default_pipeline(const Host& host);
 
 // The counter blocks as they stand now; of a LIF or a port that is not there, or down, they are zeros. The SmartNIC
 // refreshes them once a second, so that two reads side by side agree.

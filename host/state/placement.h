@@ -8,8 +8,6 @@
 
 namespace host {
 
-struct Host;
-
 struct Placement {
     struct Device {
         std::string name;
@@ -21,8 +19,5 @@ struct Placement {
 
     uint64_t offload_rate(uint32_t lcore) const;
 };
-
-// Of the built-in host, whose switches stand already.
-Placement default_placement(const Host& host);
 
 }  // namespace host

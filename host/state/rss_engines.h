@@ -11,7 +11,6 @@
 
 namespace host {
 
-struct Host;
 struct Port;
 
 // Of an uplink whose engines nobody describes.
@@ -29,8 +28,5 @@ struct L3SpanDestination {
 struct L3SpanRecords {
     std::map<L3SpanDestination, L3SPANRecord> records;
 };
-
-// Of the built-in host, whose switches stand already.
-L3SpanRecords default_l3span_records(const Host& host);
 
 }  // namespace host

@@ -14,8 +14,6 @@
 
 namespace host {
 
-struct Host;
-
 // Types of a LIF; mux VLAN ports have one too, in the output port table.
 enum LifType : uint8_t { uplink_lif = 1, pf_lif = 2, vf_lif = 3, vlan_port_lif = 4 };
 
@@ -34,14 +32,14 @@ struct P4Traffic {
 
 struct SmartNic {
     std::optional<uint32_t> uplink_switch;  // whose uplinks end in the SmartNIC
-    P4HostPfs host_pfs;
+    P4HostPfs host_pfs{};
     std::map<uint32_t, P4LifPort> lifs;                                    // by LIF number
     std::map<uint32_t, P4VlanPort> vlan_ports;                             // by mux VLAN
     std::map<uint32_t, uint16_t> default_vlans;                            // by port; 0 where none is set
     std::map<uint32_t, uint16_t> fc_ports;                                 // by port: the switch's port behind it
     std::map<uint32_t, MuxSwitch> mux_switches;                            // by switch number
     std::map<std::pair<uint32_t, uint32_t>, P4RssOverride> rss_overrides;  // by switch number and port
-    P4LogLevel log_level;
+    P4LogLevel log_level{};
     std::map<uint32_t, P4Traffic> traffic;         // by port; of those whose traffic does not follow from their number
     std::map<uint32_t, uint32_t> aging_intervals;  // by selector; those that have been set
 
@@ -68,8 +66,5 @@ struct SmartNic {
 
 // How the pipeline marks what comes in from a port.
 uint16_t tag_of(uint32_t port);
-
-// Of the built-in host, whose switches stand already.
-SmartNic default_smartnic(const Host& host);
 
 }  // namespace host
