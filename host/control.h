@@ -7,20 +7,30 @@
 
 extern "C" {
 
-// Puts the host back that the process began with: its state, a real clock, no scripted answers, no failures, no delays,
-// no recorded calls; or the first answers of the capture that QDP_HOST_REPLAY names.
+// Puts the host back to its scenario: its state, a real clock, no scripted answers, no failures, no delays, no recorded
+// calls. The scenario is the one that QDP_HOST_SCENARIO names, else the default one; a capture that QDP_HOST_REPLAY names
+// answers in its place, from its first answers on. The files are read when they are needed first.
 void qdp_host_reset(void);
 
-// Answers from this capture file instead of the state; null ends that. Returns 0, or -1 and changes nothing when the
-// file is broken. A file that QDP_HOST_REPLAY names and that is broken makes every operation fail instead, and
-// "qdp-host: FILE: PLACE: ..." is printed once.
+// Replaces the host by the one that the scenario in this file describes; null is the default scenario. What is scripted
+// and recorded stays. Returns 0, or -1 when the scenario could not be read: every operation fails then.
+int qdp_host_load(const char* path);
+
+// Answers from this capture file in the place of the scenario's host; null ends that. Returns as qdp_host_load does.
 int qdp_host_replay(const char* path);
 
-// What was wrong the last time: "FILE: PLACE: ...". Valid until the next call of this function.
+// What was wrong with the scenario or the capture, or null: "FILE: PLACE: ...". The first operation that fails for it
+// prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
 const char* qdp_host_error(void);
 
-// Keeps a copy of the present state, its clock included, and returns its number; puts it back, as often as wanted, which
-// returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays are not part of it.
+// The scenario of the host as it stands, null when there is none; and the JSON schema of scenarios. Valid until the next
+// call of the same function.
+const char* qdp_host_scenario(void);
+const char* qdp_host_schema(void);
+
+// Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
+// as often as wanted, which returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays
+// are not part of it.
 uint64_t qdp_host_snapshot(void);
 int qdp_host_restore(uint64_t snapshot);
 void qdp_host_forget(uint64_t snapshot);

@@ -92,13 +92,6 @@ namespace {
 struct Process {
     std::recursive_mutex mutex;
     std::map<std::string, std::unique_ptr<Operation>, std::less<>> operations;
-    std::optional<Host> host;
-    std::map<uint64_t, Host> snapshots;
-    uint64_t snapshots_taken = 0;
-    std::optional<Replay> replay;
-    bool is_source_chosen = false;  // whether the environment has been asked for a capture to replay
-    bool is_unusable = false;       // what was chosen there is broken
-    std::string error;
     bool is_recording = false;
     std::vector<Json> calls;
     std::deque<Value> kept;  // bytes of scripted answers that a caller may still look at
@@ -163,41 +156,15 @@ std::optional<uint32_t> due_failure(Operation& operation)
     return std::nullopt;
 }
 
-// Without the mutex while time passes: other threads have calls of their own.
-void wait_if_due(Operation& operation)
+// Other threads have calls of their own while time passes.
+void wait_if_due(Operation& operation, std::unique_lock<std::recursive_mutex>& lock)
 {
-    std::chrono::nanoseconds time{};
-    {
-        const std::lock_guard lock{process().mutex};
-        if (operation.delay && operation.delay->calls.take())
-            time = operation.delay->time;
-    }
-    if (time.count() > 0)
-        std::this_thread::sleep_for(time);
-}
-
-// Replays the file from now on. False, with the error kept, when it is broken.
-bool load_replay(const char* path)
-{
-    try {
-        process().replay.emplace(std::string{path});
-        return true;
-    } catch (const BrokenCapture& broken) {
-        process().error = broken.what();
-        return false;
-    }
-}
-
-// What the environment says, the first time that it matters.
-void choose_source()
-{
-    if (std::exchange(process().is_source_chosen, true))
+    if (!operation.delay || !operation.delay->calls.take())
         return;
-    const char* path = std::getenv("QDP_HOST_REPLAY");
-    if (path && !load_replay(path)) {
-        process().is_unusable = true;
-        std::fprintf(stderr, "qdp-host: %s\n", process().error.c_str());
-    }
+    const auto time = operation.delay->time;
+    lock.unlock();
+    std::this_thread::sleep_for(time);
+    lock.lock();
 }
 
 uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
@@ -240,22 +207,28 @@ Operation& operation(const char* name, bool returns_pointer)
 
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
 {
-    wait_if_due(operation);
-    const std::lock_guard lock{process().mutex};
+    std::unique_lock lock{process().mutex};
+    wait_if_due(operation, lock);
     if (process().is_recording)
         record_call(operation, arguments);
     if (const auto status = due_failure(operation))
         return operation.failed(*status);
     if (!operation.script.empty())
         return play(operation, arguments);
-    choose_source();
-    if (process().is_unusable)
+    Replay* replay = loaded_replay();
+    Host* host = replay ? nullptr : loaded_host();
+    if (!replay && !host) {
+        tell_error();
         return operation.failed(refused);
-    if (process().replay)
-        return process().replay->answer(operation.name, operation.returns_pointer, arguments);
-    if (!operation.handler || operation.parameters != arguments.size())
-        return refused;
-    return operation.handler(operation.function, arguments);
+    }
+    try {
+        if (replay)
+            return replay->answer(operation.name, operation.returns_pointer, arguments);
+        if (operation.handler && operation.parameters == arguments.size())
+            return operation.handler(operation.function, *host, arguments);
+    } catch (...) {  // callers are C
+    }
+    return operation.failed(refused);
 }
 
 Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler handler)
@@ -270,14 +243,6 @@ bool is_operation(std::string_view name)
 {
     const auto found = process().operations.find(name);
     return found != process().operations.end() && found->second->handler;
-}
-
-Host& host()
-{
-    auto& host = process().host;
-    if (!host)
-        host = default_host();
-    return *host;
 }
 
 void hand_out(const ValueOutput& output, ByteSpan value)
@@ -323,54 +288,7 @@ void qdp_host_reset(void)
     process().calls.clear();
     process().is_recording = false;
     process().kept.clear();
-    process().host.reset();
-    process().replay.reset();
-    process().is_source_chosen = false;
-    process().is_unusable = false;
-}
-
-int qdp_host_replay(const char* path)
-{
-    const std::lock_guard lock{process().mutex};
-    if (path && !load_replay(path))
-        return -1;
-    if (!path)
-        process().replay.reset();
-    process().is_source_chosen = true;
-    process().is_unusable = false;
-    return 0;
-}
-
-const char* qdp_host_error(void)
-{
-    const std::lock_guard lock{process().mutex};
-    static std::string text;
-    text = process().error;
-    return text.c_str();
-}
-
-uint64_t qdp_host_snapshot(void)
-{
-    const std::lock_guard lock{process().mutex};
-    const uint64_t number = ++process().snapshots_taken;
-    process().snapshots.emplace(number, host::host());
-    return number;
-}
-
-int qdp_host_restore(uint64_t snapshot)
-{
-    const std::lock_guard lock{process().mutex};
-    const auto found = process().snapshots.find(snapshot);
-    if (found == process().snapshots.end())
-        return -1;
-    process().host = found->second;
-    return 0;
-}
-
-void qdp_host_forget(uint64_t snapshot)
-{
-    const std::lock_guard lock{process().mutex};
-    process().snapshots.erase(snapshot);
+    reset_host();
 }
 
 int qdp_host_script(const char* name, uint64_t result)
@@ -480,11 +398,13 @@ size_t qdp_host_values_out(void)
 void qdp_host_freeze_time(void)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.freeze();
+    if (Host* present = loaded_host())
+        present->clock.freeze();
 }
 
 void qdp_host_advance_time(uint64_t nanoseconds)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.advance(nanoseconds);
+    if (Host* present = loaded_host())
+        present->clock.advance(nanoseconds);
 }

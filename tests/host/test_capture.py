@@ -178,6 +178,8 @@ print(platform.DVS_ClassName(0x5678), platform.DVS_ClassName(0x1234), platform.D
             ("outputs=[b'text\\0rest'], sizes={0: 0xFFFFFFFF}", 0, {"bytes": "7465787400"}),
             ("outputs=[]", 0, None),
             ("outputs=[], status=3", 0, None),
+            # A status that nobody looks at.
+            ("outputs=[b'ab'], status=3", 0, {"bytes": "6162", "size": 2}),
         ],
     )
     def test_values(self, recorded, script, length, expected):
@@ -450,10 +452,13 @@ class TestBrokenCaptures:
     def test_no_file(self, host, tmp_path):
         self.refuses(host, tmp_path / "nothing", "No such file or directory")
 
-    def test_a_broken_one_changes_nothing(self, host, tmp_path):
-        before = host.libqdp.Qdp_Set_Flow_Timeout(1)
+    def test_after_a_broken_one_nothing_answers(self, host, tmp_path):
         self.refuses(host, tmp_path / "nothing", "")
-        assert host.libqdp.Qdp_Set_Flow_Timeout(1) == before == 0
+        with standard_error() as error:
+            assert [host.libqdp.Qdp_Set_Flow_Timeout(1) & 0xFFFFFFFF for _ in range(2)] == [0xBAD0001] * 2
+        assert error.text in ("", f"qdp-host: {tmp_path / 'nothing'}: No such file or directory\n")  # once a process
+        host.reset()
+        assert host.libqdp.Qdp_Set_Flow_Timeout(1) == 0
 
     @pytest.mark.parametrize("cut", range(1, 30))
     def test_a_last_line_that_is_cut_off_is_left_out(self, host, tmp_path, cut):

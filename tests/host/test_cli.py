@@ -90,6 +90,124 @@ class TestRun:
         assert len((tmp_path / "capture").read_text().splitlines()) == 2
 
 
+BUSY = {
+    "switches": [
+        {
+            "alias": "edge",
+            "lcores": [4, 5],
+            "ports": [{"client": "UPLINK"}, {}, {}],
+            "macTable": {"macs": [{"port": 1, "mac": "02:00:00:00:00:01"}]},
+        }
+    ],
+    "flows": [{"lcore": 5}, {"lcore": 4}, {"lcore": 5}],
+}
+COUNTING = "import _libqdp\nprint([switch['name'] for switch in _libqdp.ListSwitches()])"
+
+
+@pytest.fixture
+def busy(tmp_path):
+    path = tmp_path / "busy.json"
+    path.write_text(json.dumps(BUSY))
+    return path
+
+
+@pytest.fixture
+def broken(tmp_path):
+    path = tmp_path / "broken.json"
+    path.write_text('{"switches": 5}')
+    return path
+
+
+class TestScenarios:
+    def test_by_file(self, build, tmp_path, busy):
+        done = qdp_host(build, "run", "--scenario", "busy.json", script(tmp_path, COUNTING), cwd=tmp_path)
+        assert done == (0, "['edge']\n", "")
+
+    @pytest.mark.parametrize("name", ["default", "mux", "large"])
+    def test_by_name(self, build, tmp_path, root, name):
+        path = script(tmp_path, COUNTING)
+        by_file = qdp_host(build, "run", "--scenario", root / "host" / "scenarios" / f"{name}.json", path)
+        assert qdp_host(build, "run", "--scenario", name, path) == by_file
+        assert by_file[0] == 0 and by_file[1] != "[]\n"
+
+    def test_the_command_line_replaces_the_environment(self, build, tmp_path, busy):
+        path = script(tmp_path, COUNTING)
+        variables = {"QDP_HOST_SCENARIO": str(busy)}
+        assert qdp_host(build, "run", path, variables=variables)[1] == "['edge']\n"
+        assert qdp_host(build, "run", "--scenario", "default", path, variables=variables)[1] != "['edge']\n"
+        variables = {"QDP_HOST_REPLAY": "nowhere"}
+        assert qdp_host(build, "run", "--scenario", busy, path, variables=variables)[1] == "['edge']\n"
+
+    @pytest.mark.parametrize("by", ["option", "environment"])
+    def test_one_that_is_not_valid(self, build, tmp_path, broken, by):
+        path = script(tmp_path, "print('started')")
+        arguments = ["--scenario", broken] if by == "option" else []
+        variables = {"QDP_HOST_SCENARIO": str(broken)} if by == "environment" else {}
+        done = qdp_host(build, "run", *arguments, path, variables=variables)
+        assert done == (NO_HOST, "", f"qdp-host: {broken}: /switches: expected a list, found 5\n")
+
+    def test_no_such_name(self, build, tmp_path):
+        done = qdp_host(build, "run", "--scenario", "nothing", script(tmp_path, ""))
+        message = "qdp-host: there is no scenario 'nothing'; name a file, or one of: default, large, mux\n"
+        assert done == (NO_HOST, "", message)
+
+
+class TestCheck:
+    def test_valid(self, build, busy):
+        done = qdp_host(build, "check", "busy.json", "mux", "default", "large", cwd=busy.parent)
+        assert done == (0, "busy.json: ok\nmux: ok\ndefault: ok\nlarge: ok\n", "")
+
+    def test_not_valid(self, build, busy, broken, tmp_path):
+        """All are looked at."""
+        done = qdp_host(build, "check", broken, busy, tmp_path / "nothing.json")
+        assert done == (
+            NO_HOST,
+            f"{busy}: ok\n",
+            f"qdp-host: {broken}: /switches: expected a list, found 5\n"
+            f"qdp-host: {tmp_path / 'nothing.json'}: expected a scenario file, found No such file or directory\n",
+        )
+
+
+class TestShow:
+    def test_a_summary(self, build, busy):
+        assert qdp_host(build, "show", busy) == (
+            0,
+            "Switches\n"
+            "  number  alias   MTU  lcores  ports  uplinks  MACs  flows\n"
+            "       0  edge   1500       2      3        1     1      3\n"
+            "No SmartNIC\n"
+            "Elsewhere\n"
+            "  1 devices, 0 L3 SPAN records\n",
+            "",
+        )
+
+    def test_the_default_one(self, build):
+        code, printed, error = qdp_host(build, "show")
+        assert (code, error) == (0, "")
+        assert [line.split()[1] for line in printed.splitlines()[2:6]] == [
+            "dvs-production",
+            "dvs-storage",
+            "dvs-smartnic",
+            "legacy-network",
+        ]
+        assert "\nSmartNIC\n  behind the uplinks of switch 2\n" in printed
+
+    def test_all_of_it_is_a_scenario(self, build, busy, tmp_path):
+        code, printed, error = qdp_host(build, "show", "--json", busy)
+        assert (code, error) == (0, "") and json.loads(printed)["switches"][0]["alias"] == "edge"
+        (tmp_path / "shown.json").write_text(printed)
+        assert qdp_host(build, "show", "--json", tmp_path / "shown.json") == (0, printed, "")
+
+    def test_not_valid(self, build, broken):
+        message = f"qdp-host: {broken}: /switches: expected a list, found 5\n"
+        assert qdp_host(build, "show", broken) == (NO_HOST, "", message)
+
+    def test_from_the_environment(self, build, busy, broken):
+        assert qdp_host(build, "show", variables={"QDP_HOST_SCENARIO": str(busy)}) == qdp_host(build, "show", busy)
+        message = f"qdp-host: {broken}: /switches: expected a list, found 5\n"
+        assert qdp_host(build, "show", variables={"QDP_HOST_SCENARIO": str(broken)}) == (NO_HOST, "", message)
+
+
 class TestUsage:
     @pytest.mark.parametrize(
         "arguments, message",

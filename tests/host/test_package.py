@@ -1,6 +1,7 @@
 """The package qdp_host: the context manager, the pytest fixture, and control of time, failures and state."""
 
 import ctypes
+import json
 import shutil
 import sys
 import threading
@@ -92,6 +93,98 @@ with qdp_host.running():
         code = "import qdp_host\nwith qdp_host.running() as host: print(host.libqdp._name)"
         done = code_of(build, code, PYTHONPATH=str(tmp_path), QDP_HOST_LIBRARIES="nowhere")
         assert done == (0, f"{tmp_path}/qdp_host/stand_ins/libqdp.so\n", "")
+
+
+BUSY = {"switches": [{"alias": "edge", "mtu": 1600, "ports": [{}, {}]}]}
+
+
+@pytest.fixture
+def busy(tmp_path):
+    path = tmp_path / "busy.json"
+    path.write_text(json.dumps(BUSY))
+    return path
+
+
+class TestScenarios:
+    def aliases(self, host):
+        return [switch["alias"] for switch in host.scenario()["switches"]]
+
+    def test_by_file(self, host, qdp, busy):
+        host.load(busy)
+        assert [(switch["name"], switch["mtu"], switch["numPorts"]) for switch in qdp.result("ListSwitches")] == [
+            ("edge", 1600, 2)
+        ]
+
+    def test_by_name(self, host, root):
+        host.load("mux")
+        by_name = host.scenario()
+        host.load(root / "host" / "scenarios" / "mux.json")
+        assert host.scenario() == by_name
+
+    def test_the_default_one(self, host, busy):
+        default = self.aliases(host)
+        host.load(busy)
+        host.load()
+        assert self.aliases(host) == default and len(default) > 1
+        host.load("default")
+        assert self.aliases(host) == default
+
+    def test_a_reset_goes_back_to_the_first_one(self, build, busy):
+        code = """
+from qdp_host import EmbeddedHost
+host = EmbeddedHost()
+aliases = lambda: [switch["alias"] for switch in host.scenario()["switches"]]
+print(aliases())
+host.load("mux")
+print(aliases() == ["edge"])
+host.reset()
+print(aliases())
+"""
+        done = code_of(build, code, QDP_HOST_SCENARIO=str(busy))
+        assert done == (0, "['edge']\nFalse\n['edge']\n", "")
+
+    def test_running(self, host, busy):
+        with qdp_host.running(scenario=busy):
+            assert self.aliases(host) == ["edge"]
+        assert self.aliases(host) != ["edge"]
+
+    def test_what_is_written_is_what_was_loaded(self, host, qdp, busy, tmp_path):
+        host.load(busy)
+        qdp.result("SetFlowTimeout", 77)
+        (tmp_path / "written.json").write_text(json.dumps(host.scenario()))
+        host.reset()
+        host.load(tmp_path / "written.json")
+        assert (self.aliases(host), qdp.result("GetFlowTimeout")) == (["edge"], 77)
+
+    def test_no_such_name(self, host):
+        with pytest.raises(qdp_host.HostError) as raised:
+            host.load("nothing")
+        assert str(raised.value) == "there is no scenario 'nothing'; name a file, or one of: default, large, mux"
+
+    def test_one_that_is_not_valid(self, host, qdp, busy):
+        busy.write_text('{"switches": 5}')
+        with pytest.raises(qdp_host.HostError) as raised:
+            host.load(busy)
+        assert str(raised.value) == f"{busy}: /switches: expected a list, found 5"
+        assert qdp.call("ListSwitches").result is None
+        for refused in (host.scenario, host.snapshot):
+            with pytest.raises(qdp_host.HostError):
+                refused()
+        host.reset()
+        assert qdp.result("ListSwitches")
+
+    def test_from_the_environment(self, build, busy):
+        """Every operation fails, and one message says why."""
+        busy.write_text('{"switches": 5}')
+        code = """
+from qdp_host import EmbeddedHost
+host = EmbeddedHost()
+print([hex(host.libqdp.Qdp_Set_Flow_Timeout(1) & 0xFFFFFFFF) for _ in range(3)])
+print(host.libqmtPublic.DVSState_SwitchFindByAlias(b"dvs-production"))
+"""
+        done = started([sys.executable, "-c", code], build, variables={"QDP_HOST_SCENARIO": str(busy)})
+        assert done.stdout == "['0xbad0001', '0xbad0001', '0xbad0001']\n0\n"
+        assert done.stderr == f"qdp-host: {busy}: /switches: expected a list, found 5\n"
 
 
 class TestDelays:
@@ -218,6 +311,24 @@ def test_fresh_again(qdp_host):
 """
 
 
+MARKED = """
+import _libqdp
+import pytest
+
+@pytest.mark.scenario({busy!r})
+def test_a_file(qdp_host):
+    assert [switch["name"] for switch in _libqdp.ListSwitches()] == ["edge"]
+
+def test_the_default_one(qdp_host):
+    assert len(_libqdp.ListSwitches()) == 3
+
+@pytest.mark.scenario("mux")
+class TestAName:
+    def test_of_a_class(self, qdp_host):
+        assert qdp_host.scenario()["smartnic"]["muxSwitches"]
+"""
+
+
 class TestFixture:
     def pytest(self, build, folder, *arguments):
         command = [sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "qdp_host.pytest_plugin"]
@@ -227,6 +338,11 @@ class TestFixture:
         (tmp_path / "test_script.py").write_text(TESTS)
         done = self.pytest(build, tmp_path)
         assert (done.returncode, done.stderr) == (0, "") and "2 passed" in done.stdout
+
+    def test_a_marker_chooses_the_scenario(self, build, tmp_path, busy):
+        (tmp_path / "test_script.py").write_text(MARKED.format(busy=str(busy)))
+        done = self.pytest(build, tmp_path)
+        assert (done.returncode, done.stderr) == (0, "") and "3 passed" in done.stdout
 
     def test_without_the_plugin_the_module_has_no_libraries(self, build, tmp_path):
         (tmp_path / "test_script.py").write_text(TESTS)

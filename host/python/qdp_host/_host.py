@@ -58,6 +58,8 @@ class Snapshot:
 
     def __init__(self, control):
         self.number = control.qdp_host_snapshot()
+        if not self.number:
+            raise HostError("there is no state to keep: a capture answers, or nothing does")
         weakref.finalize(self, control.qdp_host_forget, self.number).atexit = False
 
 
@@ -96,9 +98,7 @@ class EmbeddedHost:
             ("freeze_time", None),
             ("advance_time", None, ctypes.c_uint64),
         ]:
-            function = getattr(self._control, "qdp_host_" + name, None)
-            if function is None:
-                continue
+            function = getattr(self._control, "qdp_host_" + name)
             function.restype = result
             function.argtypes = parameters
 
@@ -118,19 +118,25 @@ class EmbeddedHost:
             raise HostError(self._control.qdp_host_error().decode(errors="replace"))
 
     def reset(self):
-        """Put the host back that the process began with: state, real clock, nothing scripted, failing or recorded."""
+        """Be the host again that the process began as: state, real clock, nothing scripted, failing or recorded."""
         self._control.qdp_host_reset()
 
     def load(self, scenario=None):
-        """Become the host of a scenario: a file, or the name of one that comes along; None is the built-in one."""
+        """Become the host of a scenario: a file, or the name of one that comes along; None is the default one.
+
+        A scenario that is not valid raises a HostError that says where; every operation fails then, until a reset.
+        """
         self._take("load", None if scenario is None else _places.scenario_file(scenario))
 
     def scenario(self):
         """The present state as a scenario, which load() takes when it is in a file."""
-        return json.loads(self._control.qdp_host_scenario())
+        text = self._control.qdp_host_scenario()
+        if text is None:
+            raise HostError(self._control.qdp_host_error().decode(errors="replace"))
+        return json.loads(text)
 
     def replay(self, capture):
-        """Answer from a capture file instead of the state; None goes back to the state."""
+        """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""
         self._take("replay", None if capture is None else os.path.abspath(capture))
 
     def snapshot(self):
@@ -139,7 +145,8 @@ class EmbeddedHost:
 
     def restore(self, snapshot):
         """Go back to a state, as often as wanted. What is scripted, failing or delayed stays so."""
-        self._control.qdp_host_restore(snapshot.number)
+        if self._control.qdp_host_restore(snapshot.number) != 0:
+            raise HostError("there is no state to go back to: nothing answers")
 
     def script(self, operation, status=0, outputs=(), sizes=None, text=None):
         """Script the next answer of `operation`; answers queue up, and the state answers again after the last one.

@@ -12,9 +12,10 @@ def summary(scenario):
 
     smartnic, pipeline = scenario.get("smartnic", {}), scenario.get("pipeline", {})
     hardware = scenario.get("hardwareTables", {})
-    yield "SmartNIC" if smartnic else "No SmartNIC"
-    if smartnic:
-        yield "  behind the uplinks of switch {}".format(smartnic["switch"]) if "switch" in smartnic else "  of no switch"
+    if any(smartnic.get(key) for key in ("hostPfs", "lifs", "vlanPorts", "muxSwitches")):
+        yield "SmartNIC"
+        if "switch" in smartnic:
+            yield "  behind the uplinks of switch {}".format(smartnic["switch"])
         yield counts(
             ("host PFs", smartnic.get("hostPfs")),
             ("LIFs", smartnic.get("lifs")),
@@ -28,6 +29,8 @@ def summary(scenario):
             ("port mirrors", pipeline.get("portMirrors")),
             ("hardware tables", pipeline.get("tables")),
         )
+    else:
+        yield "No SmartNIC"
     yield "Elsewhere"
     yield counts(("devices", scenario.get("devices")), ("L3 SPAN records", scenario.get("l3span")))
 

@@ -1,0 +1,78 @@
+"""What the embedded host costs on large scenarios: little beside the module, and no more than in proportion."""
+
+import ctypes
+import struct
+import time
+
+import pytest
+
+FLOW_PAGE = 10264
+NO_MORE = 0xFFFFFFFF
+
+
+@pytest.fixture(autouse=True)
+def release_only(build):
+    if "sanitize" in build.name:
+        pytest.skip("a sanitizer's cost is not the host's")
+
+
+def least_seconds(call, times=5):
+    seconds = []
+    for _ in range(times):
+        start = time.process_time()
+        call()
+        seconds.append(time.process_time() - start)
+    return min(seconds)
+
+
+def test_most_of_list_ports_is_the_modules(control, host, qdp, tmp_path):
+    """Of a list of 16384 ports, making it up here takes less than a fifth."""
+    path = tmp_path / "ports.json"
+    path.write_text('{"switches": [{"alias": "a", "ports": [{"repeat": 16384, "txQueues": 2, "rxQueues": 2}]}]}')
+    assert control.load(path) == 0
+    capacity = 12 + 16384 * 156
+    buffer = ctypes.create_string_buffer(capacity)
+
+    def stand_in():
+        size = ctypes.c_uint32(capacity)
+        assert host.libqdp.Qdp_Get_Port_List(0, buffer, ctypes.byref(size)) == 0
+        assert size.value == capacity
+
+    assert len(qdp.module.ListPorts(0)) == 16384
+    assert least_seconds(stand_in) < 0.2 * least_seconds(lambda: qdp.module.ListPorts(0))
+
+
+def sweep(host, lcore=0):
+    """How many flows all pages of an lcore's table have together."""
+    buffer, size = ctypes.create_string_buffer(FLOW_PAGE), ctypes.c_uint32()
+    start, count = 0, 0
+    while start != NO_MORE:
+        size.value = FLOW_PAGE
+        request = struct.pack("<3I", 0, lcore, start).ljust(96, b"\0")
+        assert host.libqdp.Qdp_Dump_Flow_Table(request, buffer, ctypes.byref(size)) == 0
+        start, on_page = struct.unpack_from("<2I", buffer, 8)
+        count += on_page
+    return count
+
+
+def test_a_sweep_over_a_flow_table_takes_linear_time(control, host, tmp_path):
+    seconds = {}
+    for flows in (10_000, 100_000, 1_000_000):
+        path = tmp_path / "flows.json"
+        path.write_text(
+            '{"switches": [{"alias": "a", "ports": [{}]}], "flows": [{"repeat": %d, "lcore": 0, '
+            '"source": {"from": "10.0.0.1"}, "destination": "10.9.0.1", "protocol": "udp"}]}' % flows
+        )
+        assert control.load(path) == 0
+        assert sweep(host) == flows
+        seconds[flows] = least_seconds(lambda: sweep(host), times=3 if flows < 1_000_000 else 1)
+    # Of a table that is a hundred times as long, a hundredfold; a sweep that looked for its place from the start of the
+    # table would take ten thousand times as long.
+    assert seconds[1_000_000] < 400 * seconds[10_000]
+    assert seconds[1_000_000] < 40 * seconds[100_000]
+
+
+@pytest.mark.parametrize("name, most", [("default.json", 0.05), ("mux.json", 0.05), ("large.json", 30)])
+def test_loading(control, scenarios, name, most):
+    path = scenarios / name
+    assert least_seconds(lambda: control.load(path), times=1 if name == "large.json" else 3) < most
