@@ -1,5 +1,6 @@
-# What is installed, in two components: the module with its stubs, and the embedded host with its commands. The stand-ins
-# of the platform libraries lie in a folder of their own, where the loader finds them only when qdp-host says so.
+# What is installed, in two components: the module with its stubs, and the embedded host with its command. The
+# stand-ins of the platform libraries lie in a folder of their own, where the loader finds them only when qdp-host
+# says so.
 
 set(QDP_PYTHON_FOLDER lib/python3/dist-packages CACHE STRING "The folder of Python's path to install to, in the prefix")
 

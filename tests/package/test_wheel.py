@@ -93,7 +93,8 @@ class TestInEveryInterpreter:
         script = tmp_path / "script.py"
         script.write_text(
             "import inspect, sys, _libqdp\n"
-            "print(_libqdp.__file__, sys.prefix, len([each for each in vars(_libqdp).values() if inspect.isbuiltin(each)]))\n"
+            "methods = [each for each in vars(_libqdp).values() if inspect.isbuiltin(each)]\n"
+            "print(_libqdp.__file__, sys.prefix, len(methods))\n"
         )
         file, prefix, methods = environment.run("qdp-host", "run", script).split()
         assert file == str(environment.packages() / "_libqdp.abi3.so")
@@ -120,7 +121,8 @@ class TestWithDebiansPackages:
         script = tmp_path / "script.py"
         script.write_text("import _libqdp\nreveal_type(_libqdp.GetFlowTimeout())\n_libqdp.ListPorts('one')\n")
         python = with_debians_packages.folder / "bin" / "python"
-        done = ran("/usr/bin/mypy", "--python-executable", python, "--cache-dir", tmp_path, script, env=with_debians_packages.variables)
+        options = ["--python-executable", python, "--cache-dir", tmp_path]
+        done = ran("/usr/bin/mypy", *options, script, env=with_debians_packages.variables)
         assert 'Revealed type is "Union[builtins.int, None]"' in done.stdout
         assert 'Argument 1 to "ListPorts" has incompatible type "str"; expected "int"' in done.stdout
 
