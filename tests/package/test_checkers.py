@@ -8,7 +8,7 @@ import zipfile
 
 import pytest
 
-from package.commands import output, ran
+from package.shared import output, ran
 
 PACKAGES = pathlib.Path(os.environ["QDP_PACKAGES"])
 TOOLS = PACKAGES / "tools" / "bin"
