@@ -36,7 +36,7 @@ it, on any machine.")
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/package/debian/postinst ${PROJECT_SOURCE_DIR}/package/debian/prerm)
 
-# What only Debian's packages have: the command, the distribution's metadata that names the pytest plugin, the documents.
+# What only Debian's packages have: the command, the metadata that names the pytest plugin, the documents.
 set(documents ${PROJECT_BINARY_DIR}/package)
 string(TIMESTAMP QDP_CHANGELOG_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(package/debian/changelog.in ${documents}/changelog @ONLY)

@@ -1,4 +1,4 @@
-"""The type stub, read for the reference: its sections with their methods, and its types with what is said of each key."""
+"""The type stub, read for the reference: its sections with their methods, its types with what is said of each key."""
 
 import ast
 import io

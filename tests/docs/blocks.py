@@ -68,11 +68,11 @@ def _pattern(line, is_measured):
     return re.sub(FIGURE, lambda _: FIGURE, pattern.replace("\\ ", " ")) if is_measured else pattern
 
 
-def run_python(block, before, environment, root):
+def run_python(block, before, environment, root, interpreter=sys.executable):
     """What a Python block prints, run behind the ones before it, and its status."""
     script = "\n".join([*(each.text for each in before), f"print({MARKER!r}, flush=True)", block.text])
     done = subprocess.run(
-        [sys.executable, "-u", "-c", script],
+        [interpreter, "-u", "-c", script],
         cwd=root,
         env=environment,
         stdout=subprocess.PIPE,

@@ -2,11 +2,11 @@
 
 import os
 import pathlib
-import re
 
 import pytest
 
 from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_command, run_python
+from interpreters import interpreters
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGES = ["README.md", *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md"))]
@@ -14,8 +14,8 @@ BLOCKS = [block for page in PAGES for block in blocks_of(page, (ROOT / page).rea
 
 # Blocks that are not run, by page and first line, and why.
 NOT_RUN = {
-    "README.md: script/run      # builds all, and runs an example on the embedded host": "runs all tests, this one too",
-    "README.md: CXX=clang++ CC=clang script/build          # before the first build in build/release": "script/lint does",
+    "README.md: script/run      # builds all, and runs an example on the embedded host": "all tests, this one too",
+    "README.md: CXX=clang++ CC=clang script/build          # before the first build in build/release": "script/lint",
     "docs/install.md: script/package           # builds all of them into build/package; --test tests them as well": (
         "needs PyPI, and takes minutes"
     ),
@@ -70,6 +70,14 @@ def test_python(block, environment, root):
     printed, status = run_python(block, before, environment, root)
     assert status == ENDS.get(block.name, 0), printed
     assert block.shown is None or is_as_shown(printed, block.shown, MEASURED.get(block.name)), printed
+
+
+@pytest.mark.parametrize("interpreter", interpreters())
+def test_the_function_to_copy_runs_on_every_python(environment, root, interpreter):
+    plain, function, use = [block for block in BLOCKS if block.page == "docs/failures.md"][:3]
+    assert "def called(" in function.text and "called(" in use.text
+    printed, status = run_python(use, [plain, function], environment, root, interpreter)
+    assert (is_as_shown(printed, use.shown), status) == (True, 0), printed
 
 
 @pytest.mark.parametrize("block", runs("console", "sh"))
@@ -158,7 +166,8 @@ $ true
         assert is_as_shown(printed, "at 1\nRates\n  a  1,001\n", "Rates") is expected
 
     def test_a_block_runs_behind_the_ones_before(self, environment, root):
-        first, second = (Block("page", line, "python", text) for line, text in [(1, "x = 1\nprint(0)"), (2, "print(x)")])
+        first = Block("page", 1, "python", "x = 1\nprint(0)")
+        second = Block("page", 4, "python", "print(x)")
         assert run_python(second, [first], environment, root) == ("1\n", 0)
 
     def test_standard_error_and_status_show(self, environment, root):

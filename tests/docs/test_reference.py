@@ -148,6 +148,15 @@ def test_type(types, name):
     assert lost_words(" ".join(said), entry) == {}
 
 
+def test_methods_that_fail_without_a_text_are_listed(pages):
+    silent = re.compile(r"^(None|False), without a text", re.MULTILINE)
+    said = {name: silent.findall(STUB.documentation(name)) for name in method_names()}
+    (table,) = pages["failures.html"].select("table")
+    shown = [[cell.get_text() for cell in row.select("td")[:2]] for row in table.select("tbody tr")]
+    assert shown == [[f"{name}()", result] for name, results in said.items() for result in results]
+    assert "P4AppGet()" in [name for name, _ in shown]
+
+
 def test_pages_load_nothing_from_elsewhere(pages):
     for page in pages.values():
         loaded = [each["src"] for each in page.select("[src]")] + [each["href"] for each in page.select("link[href]")]

@@ -1,5 +1,5 @@
-"""The packages' tests. script/package --test names in QDP_PACKAGES the folder of the packages that it has built, and runs
-them all; without that, those run that Debian's packages alone make possible."""
+"""The packages' tests. script/package --test names in QDP_PACKAGES the folder of the packages that it has built, and
+runs them all; without that, those run that Debian's packages alone make possible."""
 
 import os
 

@@ -1,4 +1,4 @@
-"""What the field's own checkers say of the packages: abi3audit and twine of the wheel, lintian of the Debian packages."""
+"""What the field's checkers say of the packages: abi3audit and twine of the wheel, lintian of the Debian packages."""
 
 import json
 import os
@@ -8,7 +8,7 @@ import zipfile
 
 import pytest
 
-from package.commands import output, ran
+from package.shared import output, ran
 
 PACKAGES = pathlib.Path(os.environ["QDP_PACKAGES"])
 TOOLS = PACKAGES / "tools" / "bin"
@@ -24,7 +24,7 @@ def audited(path):
 
 @pytest.mark.skipif(not (TOOLS / "abi3audit").exists(), reason="abi3audit cannot be had")
 class TestABI:
-    def test_every_library_keeps_to_the_stable_abi_of_3_6(self, tmp_path):
+    def test_every_library_keeps_to_the_stable_abi_of_3_6(self):
         found = audited(WHEEL)
         assert "_libqdp.abi3.so" in found
         for name, result in found.items():

@@ -6,10 +6,10 @@ import tomllib
 
 import pytest
 
-from package.commands import output, ran
+from package.shared import host_files, output, ran
 
 MODULE, HOST = "python3-libqdp", "qdp-host"
-STAND_INS = ("libqdp", "libqdpcapture", "libqdphost", "libqmtPublic")
+STAND_INS = ("libqdp.so", "libqdpcapture.so", "libqdphost.so", "libqmtPublic.so")
 PYTHON_FOLDER = "usr/lib/python3/dist-packages"
 
 
@@ -51,12 +51,9 @@ def test_the_module_and_its_stubs(packages):
 
 def test_the_host_and_its_command(packages, root):
     found = files(packages[HOST])
-    sources = {path.name for path in (root / "host" / "python" / "qdp_host").glob("*.py")}
-    scenarios = {f"scenarios/{path.name}" for path in (root / "host" / "scenarios").glob("*.json")}
-    libraries = {f"stand_ins/{name}.so" for name in STAND_INS}
     in_package = {name.removeprefix(f"{PYTHON_FOLDER}/qdp_host/") for name in found if "/qdp_host/" in name}
-    assert "__main__.py" in sources
-    assert in_package == sources | scenarios | libraries
+    assert {"__main__.py", *(f"stand_ins/{name}" for name in STAND_INS)} <= in_package
+    assert in_package == host_files(root)
     assert "usr/bin/qdp-host" in found
 
 
@@ -105,5 +102,5 @@ def test_the_command_runs_an_example(root, fresh_root, in_fresh_root, tmp_path):
 
 @pytest.mark.parametrize("name", STAND_INS)
 def test_a_stand_in_loads_by_its_path_alone(fresh_root, in_fresh_root, name):
-    path = fresh_root / PYTHON_FOLDER / "qdp_host" / "stand_ins" / f"{name}.so"
+    path = fresh_root / PYTHON_FOLDER / "qdp_host" / "stand_ins" / name
     output("/usr/bin/python3", "-c", f"import ctypes; ctypes.CDLL({str(path)!r})", env=in_fresh_root)

@@ -9,10 +9,9 @@ import zipfile
 import pytest
 
 from interpreters import interpreters
-from package.commands import output, ran
+from package.shared import host_files, output, ran, scenarios
 
 (WHEEL,) = pathlib.Path(os.environ["QDP_PACKAGES"]).glob("*.whl")
-STAND_INS = ["libqdp.so", "libqdpcapture.so", "libqdphost.so", "libqmtPublic.so"]
 
 
 def can_make_environments(interpreter):
@@ -59,10 +58,8 @@ class TestContents:
 
     def test_files(self, names, root):
         stubs = [f"_libqdp-stubs/{name}" for name in ("__init__.pyi", "py.typed")]
-        sources = [f"qdp_host/{path.name}" for path in (root / "host" / "python" / "qdp_host").glob("*.py")]
-        scenarios = [f"qdp_host/scenarios/{path.name}" for path in (root / "host" / "scenarios").glob("*.json")]
-        stand_ins = [f"qdp_host/stand_ins/{name}" for name in STAND_INS]
-        assert sorted(names) == sorted(["_libqdp.abi3.so", *stubs, *sources, *scenarios, *stand_ins])
+        host = [f"qdp_host/{name}" for name in host_files(root)]
+        assert sorted(names) == sorted(["_libqdp.abi3.so", *stubs, *host])
 
     def test_the_module_finds_its_libraries_by_name_alone(self, tmp_path):
         with zipfile.ZipFile(WHEEL) as wheel:
@@ -93,7 +90,8 @@ class TestInEveryInterpreter:
         script = tmp_path / "script.py"
         script.write_text(
             "import inspect, sys, _libqdp\n"
-            "print(_libqdp.__file__, sys.prefix, len([each for each in vars(_libqdp).values() if inspect.isbuiltin(each)]))\n"
+            "methods = [each for each in vars(_libqdp).values() if inspect.isbuiltin(each)]\n"
+            "print(_libqdp.__file__, sys.prefix, len(methods))\n"
         )
         file, prefix, methods = environment.run("qdp-host", "run", script).split()
         assert file == str(environment.packages() / "_libqdp.abi3.so")
@@ -101,8 +99,8 @@ class TestInEveryInterpreter:
         assert methods == "147"
 
     def test_scenarios_come_along(self, environment, root):
-        for path in (root / "host" / "scenarios").glob("*.json"):
-            assert environment.run("qdp-host", "check", path.stem) == f"{path.stem}: ok\n"
+        for name in scenarios(root):
+            assert environment.run("qdp-host", "check", name) == f"{name}: ok\n"
 
 
 class TestWithDebiansPackages:
@@ -120,7 +118,8 @@ class TestWithDebiansPackages:
         script = tmp_path / "script.py"
         script.write_text("import _libqdp\nreveal_type(_libqdp.GetFlowTimeout())\n_libqdp.ListPorts('one')\n")
         python = with_debians_packages.folder / "bin" / "python"
-        done = ran("/usr/bin/mypy", "--python-executable", python, "--cache-dir", tmp_path, script, env=with_debians_packages.variables)
+        options = ["--python-executable", python, "--cache-dir", tmp_path]
+        done = ran("/usr/bin/mypy", *options, script, env=with_debians_packages.variables)
         assert 'Revealed type is "Union[builtins.int, None]"' in done.stdout
         assert 'Argument 1 to "ListPorts" has incompatible type "str"; expected "int"' in done.stdout
 
