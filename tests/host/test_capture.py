@@ -12,7 +12,7 @@ from host.command import qdp_host, started
 from observe import standard_error
 from qdp_host import HostError
 
-EXAMPLES = ["inventory.py", "flow_table.py", "smartnic.py", "follow_flow.py"]
+EXAMPLES = ["inventory.py", "top_flows.py", "balancer_load.py", "follow_flow.py"]
 HEADER = {"capture": 1}
 
 
@@ -63,10 +63,7 @@ class TestRuns:
         capture, script = tmp_path / "capture", root / "examples" / example
         code, printed, error = qdp_host(build, "run", "--capture", capture, script)
         assert (code, error) == (0, "") and printed
-        code, again, error = qdp_host(build, "run", "--replay", capture, script)
-        assert (code, error) == (0, "")
-        # The rates are by the script's own clock.
-        assert again.split("\nRates")[0] == printed.split("\nRates")[0]
+        assert qdp_host(build, "run", "--replay", capture, script) == (0, printed, "")
 
 
 # A process on the embedded host that plays what a real library would do, and calls through the recorder.
