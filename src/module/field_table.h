@@ -81,6 +81,7 @@ inline PyObject* Field::convert(Bytes record) const
 // A converter, and what it needs of the place that it reads. Plain integers, which most fields are, have none.
 struct Kind {
     Converter* convert;
+    bool is_plain;    // it has no converter; under the sanitizers, no comparison with null tells that at compile time
     bool is_integer;  // the place has bits
     bool is_signed;   // and their highest is the sign
     size_t size;      // the place has exactly so many bytes; 0: any
@@ -88,9 +89,11 @@ struct Kind {
     // Any function of the form, which knows its place itself.
     consteval Kind(Converter* function) : Kind{function, false, false, 0} {}
     consteval Kind(Converter* function, bool needs_bits, bool takes_sign, size_t needs_size)
-        : convert{function}, is_integer{needs_bits}, is_signed{takes_sign}, size{needs_size}
+        : convert{function}, is_plain{false}, is_integer{needs_bits}, is_signed{takes_sign}, size{needs_size}
     {
     }
+    // A plain integer.
+    consteval Kind(bool takes_sign) : convert{}, is_plain{true}, is_integer{true}, is_signed{takes_sign}, size{0} {}
 };
 
 // Declared, never defined: a table that calls one of them does not compile, and the message names the reason.
@@ -100,16 +103,18 @@ void a_field_is_wider_than_a_word();
 void a_field_has_the_wrong_size();
 void a_field_repeats_a_key();
 
-inline constexpr Kind as_unsigned{nullptr, true, false, 0};  // an integer, as it stands
-inline constexpr Kind as_signed{nullptr, true, true, 0};     // its highest bit is its sign: 64-bit counters wrap
+inline constexpr Kind as_unsigned{false};  // an integer, as it stands
+inline constexpr Kind as_signed{true};     // its highest bit is its sign: 64-bit counters wrap
 
 // A row as it is written.
 struct Row {
     const char* key;
     Place where;
     Converter* convert;
+    bool is_plain;
 
-    consteval Row(const char* name, Place place, Kind how) : key{name}, where{place}, convert{how.convert}
+    consteval Row(const char* name, Place place, Kind how)
+        : key{name}, where{place}, convert{how.convert}, is_plain{how.is_plain}
     {
         where.is_signed = how.is_signed;
         if (place.size == 0 || (how.is_integer && place.bits() == 0))
@@ -183,18 +188,14 @@ struct Fields {
     }
 };
 
-// The number of different converters of all rows; at least 1, since no array is empty.
+// At least 1, since no array is empty.
 template <size_t count>
 constexpr size_t converters_in(const Rows<count>& written)
 {
-    size_t different = 0;
-    for (size_t i = 0; i < count; ++i) {
-        bool is_new = written.rows[i].convert != nullptr;
-        for (size_t j = 0; j < i; ++j)
-            is_new = is_new && written.rows[j].convert != written.rows[i].convert;
-        different += is_new;
-    }
-    return std::max<size_t>(different, 1);
+    size_t converters = 0;
+    for (const Row& row : written.rows)
+        converters += !row.is_plain;
+    return std::max<size_t>(converters, 1);
 }
 
 template <size_t count>
@@ -229,7 +230,7 @@ consteval auto fields(MakeRows)
     using Table = FieldTable<record_size, count, converters_in(written), key_bytes_in(written)>;
     static_assert(sizeof(Table) <= UINT16_MAX, "distances have 16 bits");
     Table table{};
-    size_t key_end = 0;
+    size_t key_end = 0, converters_end = 0;
     for (size_t i = 0; i < count; ++i) {
         const Row& row = written.rows[i];
         Field& field = table.rows[i];
@@ -238,13 +239,10 @@ consteval auto fields(MakeRows)
         for (const char* letter = row.key; *letter; ++letter)
             table.keys[key_end++] = *letter;
         ++key_end;
-        if (row.convert) {
-            size_t position = 0;
-            while (table.converters[position] && table.converters[position] != row.convert)
-                ++position;
-            table.converters[position] = row.convert;
-            field.converter_distance =
-                static_cast<uint16_t>(offsetof(Table, converters) + position * sizeof(Converter*) - i * sizeof(Field));
+        if (!row.is_plain) {
+            field.converter_distance = static_cast<uint16_t>(offsetof(Table, converters) +
+                                                             converters_end * sizeof(Converter*) - i * sizeof(Field));
+            table.converters[converters_end++] = row.convert;
         }
     }
     return table;
