@@ -53,6 +53,18 @@ bool load(const char* path)
     return false;
 }
 
+// A text for a caller who knows no exceptions; null when it could not be made.
+template <class Make>
+const char* kept_text(std::string& kept, Make make)
+{
+    try {
+        kept = make();
+        return kept.c_str();
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 Host* loaded_host()
@@ -61,9 +73,13 @@ Host* loaded_host()
     const std::lock_guard lock{state.mutex};
     if (!state.scenario && state.error.empty())
         load(std::getenv("QDP_HOST_SCENARIO"));
-    if (!state.host && state.scenario) {
-        state.host = *state.scenario;
-        state.host->clock = Clock{};
+    try {
+        if (!state.host && state.scenario) {
+            state.host = *state.scenario;
+            state.host->clock = Clock{};
+        }
+    } catch (const std::exception& error) {  // for want of memory
+        keep_error(error.what());
     }
     return state.host ? &*state.host : nullptr;
 }
@@ -96,16 +112,12 @@ const char* qdp_host_scenario(void)
     const std::lock_guard lock{loaded().mutex};
     static std::string text;
     const Host* present = loaded_host();
-    if (!present)
-        return nullptr;
-    text = scenario::written(*present);
-    return text.c_str();
+    return present ? kept_text(text, [&] { return scenario::written(*present); }) : nullptr;
 }
 
 const char* qdp_host_schema(void)
 {
     const std::lock_guard lock{loaded().mutex};
     static std::string text;
-    text = scenario::schema();
-    return text.c_str();
+    return kept_text(text, scenario::schema);
 }

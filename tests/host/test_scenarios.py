@@ -7,6 +7,7 @@ import random
 import subprocess
 import sys
 
+import jsonschema
 import pytest
 
 from recipes import RECIPES, is_made_of
@@ -350,7 +351,6 @@ class TestShippedScenarios:
 
     @pytest.mark.parametrize("name", SHIPPED)
     def test_shipped_scenarios_are_valid_by_the_schema(self, scenarios, name):
-        jsonschema = pytest.importorskip("jsonschema")
         schema = json.loads((scenarios / "schema.json").read_text())
         jsonschema.Draft202012Validator.check_schema(schema)
         jsonschema.validate(json.loads((scenarios / name).read_text()), schema)
