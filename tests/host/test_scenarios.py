@@ -61,6 +61,14 @@ FAULTS = {
         "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
     ),
     "an unknown key of a turn": (
+        {"devices": [{"repeat": 2, "turns": [{"name": "a"}, {"name": "b", "node": 1}]}]},
+        "/devices/0/node: expected one of the keys name, affinity, found an unknown key",
+    ),
+    "an unknown key of a repeated entry": (
+        {"devices": [{"repeat": 2, "name": "a{0}", "node": 1}]},
+        "/devices/0/node: expected one of the keys name, affinity, found an unknown key",
+    ),
+    "an unknown key below a turn": (
         switch(ports=[{"repeat": 2, "turns": [{}, {"tx": {"size": 2}}]}]),
         "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
     ),
@@ -249,6 +257,7 @@ for name in json.loads(control.qdp_host_operations()):
 control.qdp_host_freeze_time()
 control.qdp_host_advance_time(5)
 control.qdp_host_reset()
+control.qdp_host_load(b"/another/that/is/not/there")
 """
 
 
