@@ -36,13 +36,13 @@ Loaded& loaded()
     return *loaded;
 }
 
-// Reads a file; false, with the error kept, when that fails.
-template <class Read>
-bool attempt(Read read)
+// Makes what can answer; false, with the error kept, when that fails.
+template <class Make>
+bool attempt(Make make)
 {
     loaded().error.clear();
     try {
-        read();
+        make();
         return true;
     } catch (const std::exception& error) {
         loaded().error = error.what();
@@ -79,6 +79,18 @@ bool load(const char* path)
         [&] { state.scenario = std::make_shared<const Host>(path ? scenario::load(path) : scenario::load_default()); });
 }
 
+// A text for a caller who knows no exceptions; null when it could not be made.
+template <class Make>
+const char* kept_text(std::string& kept, Make make)
+{
+    try {
+        kept = make();
+        return kept.c_str();
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 Replay* loaded_replay()
@@ -99,10 +111,11 @@ Host* loaded_host()
         state.scenario = state.first_scenario;
     if (!state.scenario && load(std::getenv("QDP_HOST_SCENARIO")))
         state.first_scenario = state.scenario;
-    if (!state.host && state.scenario) {
-        state.host = *state.scenario;
-        state.host->clock = Clock{};
-    }
+    if (!state.host && state.scenario)
+        attempt([&] {
+            state.host = *state.scenario;
+            state.host->clock = Clock{};
+        });
     return state.host ? &*state.host : nullptr;
 }
 
@@ -153,18 +166,14 @@ const char* qdp_host_scenario(void)
     const std::lock_guard lock{loaded().mutex};
     static std::string text;
     const Host* present = loaded_host();
-    if (!present)
-        return nullptr;
-    text = scenario::written(*present);
-    return text.c_str();
+    return present ? kept_text(text, [&] { return scenario::written(*present); }) : nullptr;
 }
 
 const char* qdp_host_schema(void)
 {
     const std::lock_guard lock{loaded().mutex};
     static std::string text;
-    text = scenario::schema();
-    return text.c_str();
+    return kept_text(text, scenario::schema);
 }
 
 uint64_t qdp_host_snapshot(void)

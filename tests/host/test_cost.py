@@ -66,10 +66,9 @@ def test_a_sweep_over_a_flow_table_takes_linear_time(control, host, tmp_path):
         assert control.load(path) == 0
         assert sweep(host) == flows
         seconds[flows] = least_seconds(lambda: sweep(host), times=3 if flows < 1_000_000 else 1)
-    # Of a table that is a hundred times as long, a hundredfold; a sweep that looked for its place from the start of the
-    # table would take ten thousand times as long.
-    assert seconds[1_000_000] < 400 * seconds[10_000]
-    assert seconds[1_000_000] < 40 * seconds[100_000]
+        # Of a table that is ten times as long, tenfold. A sweep whose pages looked for their place from the start of the
+        # table would take a hundred times as long.
+        assert seconds[flows] < 25 * seconds.get(flows // 10, seconds[flows])
 
 
 @pytest.mark.parametrize("name, most", [("default.json", 0.05), ("mux.json", 0.05), ("large.json", 30)])

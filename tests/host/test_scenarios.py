@@ -7,6 +7,7 @@ import random
 import subprocess
 import sys
 
+import jsonschema
 import pytest
 
 from recipes import RECIPES, is_made_of
@@ -60,6 +61,14 @@ FAULTS = {
         "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
     ),
     "an unknown key of a turn": (
+        {"devices": [{"repeat": 2, "turns": [{"name": "a"}, {"name": "b", "node": 1}]}]},
+        "/devices/0/node: expected one of the keys name, affinity, found an unknown key",
+    ),
+    "an unknown key of a repeated entry": (
+        {"devices": [{"repeat": 2, "name": "a{0}", "node": 1}]},
+        "/devices/0/node: expected one of the keys name, affinity, found an unknown key",
+    ),
+    "an unknown key below a turn": (
         switch(ports=[{"repeat": 2, "turns": [{}, {"tx": {"size": 2}}]}]),
         "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
     ),
@@ -248,6 +257,7 @@ for name in json.loads(control.qdp_host_operations()):
 control.qdp_host_freeze_time()
 control.qdp_host_advance_time(5)
 control.qdp_host_reset()
+control.qdp_host_load(b"/another/that/is/not/there")
 """
 
 
@@ -350,7 +360,6 @@ class TestShippedScenarios:
 
     @pytest.mark.parametrize("name", SHIPPED)
     def test_shipped_scenarios_are_valid_by_the_schema(self, scenarios, name):
-        jsonschema = pytest.importorskip("jsonschema")
         schema = json.loads((scenarios / "schema.json").read_text())
         jsonschema.Draft202012Validator.check_schema(schema)
         jsonschema.validate(json.loads((scenarios / name).read_text()), schema)
