@@ -1,7 +1,6 @@
 // Entries about offloaded flows: their keys, what happens to their packets, their counters and their connections'
 // state.
 #include <algorithm>
-#include <ranges>
 
 #include "host/answers/hardware_entries.h"
 #include "host/state/offloaded_flows.h"
@@ -131,9 +130,11 @@ CtStateEntry ct_state(const Host& host, uint32_t record)
 std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
 {
     // Most flows differ in an address already, which is cheaper to see than to make their keys.
+    const auto is_mac = [](const uint8_t(&mac)[mac_bytes], const MacAddress& wanted) {
+        return std::equal(std::rbegin(mac), std::rend(mac), wanted.begin());
+    };
     const auto may_be = [&](const Flow& flow) {
-        return std::ranges::equal(flow.packets.source_mac, std::span{key.mac_1} | std::views::reverse) &&
-               std::ranges::equal(flow.packets.destination_mac, std::span{key.mac_2} | std::views::reverse);
+        return is_mac(key.mac_1, flow.packets.source_mac) && is_mac(key.mac_2, flow.packets.destination_mac);
     };
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
         for (const Flow& flow : host.flow_caches.of(lcore))

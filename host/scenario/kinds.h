@@ -27,10 +27,11 @@ struct Number {
     template <class Member>
     void read(const Place& place, Member& member) const
     {
-        const auto [low, high] = range<Member>();
+        const auto bounds = range<Member>();  // not bindings: lambdas capture none of them everywhere
         const auto [json, added] = place.counted();
         const auto take = [&](auto value) {
-            const bool is_in_range = std::cmp_greater_equal(value, low) && std::cmp_less_equal(value, high);
+            const bool is_in_range =
+                std::cmp_greater_equal(value, bounds.first) && std::cmp_less_equal(value, bounds.second);
             if (is_in_range)
                 member = static_cast<Member>(value);
             return is_in_range;
@@ -39,7 +40,7 @@ struct Number {
                                                                   : json->is_number_integer() && added == 0 &&
                                                                         take(json->template get<int64_t>()));
         if (!is_taken)
-            place.fail("a whole number from " + std::to_string(low) + " to " + std::to_string(high));
+            place.fail("a whole number from " + std::to_string(bounds.first) + " to " + std::to_string(bounds.second));
     }
 
     template <class Member>
