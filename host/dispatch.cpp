@@ -1,6 +1,5 @@
 // Dispatch of the calls: scripted answers and failures first, then the answer from a capture or from the state; and the
 // control interface.
-#include <chrono>
 #include <deque>
 #include <map>
 #include <memory>
@@ -13,80 +12,13 @@
 #include "host/control.h"
 #include "host/hex.h"
 #include "host/host.h"
+#include "host/operation.h"
 
 namespace host {
 
 namespace {
 
 using Json = nlohmann::json;
-
-struct ScriptedOutput {
-    Value bytes;
-    std::optional<uint32_t> size;
-    bool is_set = false;
-};
-
-struct ScriptedAnswer {
-    uint64_t result;
-    std::map<unsigned, ScriptedOutput> outputs;
-    bool result_is_text = false;
-};
-
-// The calls that something happens to: from the n-th from now on, so many times; 0 times is for ever.
-class ChosenCalls {
-public:
-    ChosenCalls(unsigned nth, unsigned times)
-        : before_{nth > 0 ? nth - 1 : 0}, left_{times > 0 ? std::optional{times} : std::nullopt}
-    {
-    }
-
-    // Whether the present call is one of them.
-    bool take()
-    {
-        if (before_ > 0) {
-            --before_;
-            return false;
-        }
-        if (left_ && *left_ == 0)
-            return false;
-        if (left_)
-            --*left_;
-        return true;
-    }
-
-private:
-    unsigned before_;
-    std::optional<unsigned> left_;  // none: for ever
-};
-
-struct Failure {
-    uint32_t status;
-    ChosenCalls calls;
-};
-
-struct Delay {
-    std::chrono::nanoseconds time;
-    ChosenCalls calls;
-};
-
-}  // namespace
-
-class Operation {
-public:
-    std::string name;
-    void (*function)() = nullptr;
-    Handler handler = nullptr;
-    size_t parameters = 0;
-    bool returns_pointer = false;  // a failure is a null pointer then
-
-    std::deque<ScriptedAnswer> script;
-    std::optional<Failure> failure;
-    std::optional<Delay> delay;
-
-    uint64_t failed(uint32_t status) const { return returns_pointer ? 0 : status; }
-};
-
-namespace {
 
 // Of the process. Its parts outlive a reset: the stand-ins keep references to operations.
 struct Process {

@@ -192,6 +192,16 @@ class TestShow:
         ]
         assert "\nSmartNIC\n  behind the uplinks of switch 2\n" in printed
 
+    def test_a_pager_that_is_closed_early(self, build):
+        running = subprocess.Popen(
+            [sys.executable, "-m", "qdp_host", "show", "--json"],
+            env=environment(build),
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+        )
+        running.stdout.close()
+        assert running.communicate()[1] == b""
+
     def test_all_of_it_is_a_scenario(self, build, busy, tmp_path):
         code, printed, error = qdp_host(build, "show", "--json", busy)
         assert (code, error) == (0, "") and json.loads(printed)["switches"][0]["alias"] == "edge"

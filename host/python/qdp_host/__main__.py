@@ -4,6 +4,7 @@ import argparse
 import json
 import os
 import shutil
+import signal
 import sys
 
 from . import _host, _places
@@ -146,6 +147,7 @@ def check(options):
 
 
 def show(options):
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # a pager that is closed early ends it without a word
     host = _host.the_host()
     if options.file is not None:
         host.load(options.file)
