@@ -18,7 +18,6 @@ from markdown_it import MarkdownIt
 
 TIMEOUT = 600  # seconds; far more than any of them takes on a machine that has time
 RUN = {"python", "console", "sh"}
-FIGURE = r" *\b\d[\d,]*\b"
 MARKER = "--- the block under test ---"
 
 
@@ -52,20 +51,14 @@ def blocks_of(page, text):
     return found
 
 
-def is_as_shown(printed, shown, measured_from=None):
-    """Whether a text is what is shown of it. "..." in a line of its own stands for any lines, else for any part of one.
-    From the line `measured_from` on, figures are measured: any other may stand there."""
-    lines = shown.rstrip("\n").split("\n")
-    measured = lines.index(measured_from) + 1 if measured_from else len(lines)
-    pattern = "\n".join(_pattern(line, number >= measured) for number, line in enumerate(lines))
+def is_as_shown(printed, shown):
+    """Whether a text is what is shown of it. "..." in a line of its own stands for any lines, else for any part of one."""
+    pattern = "\n".join(map(_pattern, shown.rstrip("\n").split("\n")))
     return re.fullmatch(pattern, printed.rstrip("\n")) is not None
 
 
-def _pattern(line, is_measured):
-    if line == "...":
-        return r"[\s\S]*"
-    pattern = re.escape(line).replace(r"\.\.\.", ".*")
-    return re.sub(FIGURE, lambda _: FIGURE, pattern.replace("\\ ", " ")) if is_measured else pattern
+def _pattern(line):
+    return r"[\s\S]*" if line == "..." else re.escape(line).replace(r"\.\.\.", ".*")
 
 
 def run_python(block, before, environment, root, interpreter=sys.executable):

@@ -27,9 +27,6 @@ NOT_RUN = {
 # Python blocks that end the script, and with which status.
 ENDS = {"README.md: import sys": 1}
 
-# Blocks that show figures which are measured: from which line on.
-MEASURED = {"README.md: $ script/run": "Rates of switch 0 over a second"}
-
 
 def named(block):
     return f"{block.page}:{block.line}"
@@ -69,7 +66,7 @@ def test_python(block, environment, root):
     ]
     printed, status = run_python(block, before, environment, root)
     assert status == ENDS.get(block.name, 0), printed
-    assert block.shown is None or is_as_shown(printed, block.shown, MEASURED.get(block.name)), printed
+    assert block.shown is None or is_as_shown(printed, block.shown), printed
 
 
 @pytest.mark.parametrize("interpreter", interpreters())
@@ -85,7 +82,7 @@ def test_commands(block, environment, root):
     for command, shown in commands_of(block):
         printed, status = run_command(command, environment, root)
         assert status == 0, printed
-        assert shown is None or is_as_shown(printed, shown, MEASURED.get(block.name)), printed
+        assert shown is None or is_as_shown(printed, shown), printed
 
 
 @pytest.mark.parametrize("block", runs("text"))
@@ -102,7 +99,7 @@ def test_every_block_says_what_it_is(page):
         )
 
 
-@pytest.mark.parametrize("listed", [*NOT_RUN, *ENDS, *MEASURED])
+@pytest.mark.parametrize("listed", [*NOT_RUN, *ENDS])
 def test_lists_speak_of_blocks_that_exist(listed):
     assert [block.name for block in BLOCKS].count(listed) == 1
 
@@ -151,19 +148,6 @@ $ true
     )
     def test_comparison(self, printed, shown, expected):
         assert is_as_shown(printed, shown) is expected
-
-    @pytest.mark.parametrize(
-        "printed, expected",
-        [
-            ("at 1\nRates\n  a  1,002\n", True),
-            ("at 1\nRates\n  a    999\n", True),
-            ("at 1\nRates\n  b  1,002\n", False),
-            ("at 2\nRates\n  a  1,002\n", False),
-            ("at 1\nRates\n  a      x\n", False),
-        ],
-    )
-    def test_comparison_of_measured_figures(self, printed, expected):
-        assert is_as_shown(printed, "at 1\nRates\n  a  1,001\n", "Rates") is expected
 
     def test_a_block_runs_behind_the_ones_before(self, environment, root):
         first = Block("page", 1, "python", "x = 1\nprint(0)")

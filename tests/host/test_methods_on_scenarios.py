@@ -75,11 +75,11 @@ def goes_wrong(qdp, name, arguments):
 
 
 @pytest.fixture
-def start(host, exported):
-    """Puts the host back to its scenario, at a frozen time."""
+def start(host, control, scenarios, exported):
+    """Becomes the host of a scenario, at a frozen time."""
 
-    def start():
-        host.reset()
+    def start(scenario):
+        assert control.load(scenarios / scenario) == 0, control.error()
         assert exported.LibraryInit() == 0
         host.freeze()
         host.advance(1000)
@@ -87,25 +87,23 @@ def start(host, exported):
     return start
 
 
-def test_all_that_can_succeed_in_mux_mode(control, scenarios, start, qdp, monkeypatch):
-    assert control.load(scenarios / "mux.json") == 0, control.error()
+def test_all_that_can_succeed_in_mux_mode(start, qdp, monkeypatch):
     # The recipes ask the host for what it has, by these.
     monkeypatch.setattr(recipes, "SMARTNIC_SWITCH", 0)
     monkeypatch.setattr(recipes, "SMARTNIC_LCORE", 0)
     wrong = []
     for name in RECIPES:
-        start()
+        start("mux.json")
         arguments = arguments_of(name, ON_MUX, "dvs-mux", qdp.module)
         if arguments is not None and goes_wrong(qdp, name, arguments):
             wrong.append(name)
     assert wrong == []
 
 
-def test_all_of_the_datapath_that_can_succeed_on_the_large_host(control, scenarios, start, qdp, build):
+def test_all_of_the_datapath_that_can_succeed_on_the_large_host(start, qdp, build):
     if "sanitize" in build.name:
         pytest.skip("takes minutes under the sanitizers")
-    assert control.load(scenarios / "large.json") == 0, control.error()
-    start()
+    start("large.json")
     names = list(RECIPES)
     wrong = []
     for name in names[: names.index(FIRST_OF_SMARTNIC)]:

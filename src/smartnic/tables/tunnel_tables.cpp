@@ -56,7 +56,7 @@ PyObject* PyQDP_TableTunnelTerminateGet(PyObject*, PyObject* args)
 
     P4TunnelTerminationKey key{};
     for (size_t i = 0; i < mac_bytes; ++i)
-        key.mac[i] = low_8(mac >> (8 * i));
+        key.mac[i] = low_8(static_cast<uint64_t>(mac) >> (8 * i));
     key.qualifier = low_16(qualifier);
     const uint16_t flags = (is_first ? tunnel_key_first : tunnel_key_second) | (is_ipv4 ? tunnel_key_ipv4 : 0);
     key.flags_and_vlan_1 = flags | vlan_bits(vlan_1);
