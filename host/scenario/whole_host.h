@@ -200,4 +200,6 @@ void describe_host(V& v, Host& host)
                "What the SmartNIC's tables hold beyond its ports and the flows that it has taken over.");
 }
 
+inline const auto whole_host = object([](auto& v, Host& host) { describe_host(v, host); });
+
 }  // namespace host::scenario
