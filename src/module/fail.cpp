@@ -63,15 +63,9 @@ PyObject* raise(PyObject* exception, const char* text)
     return nullptr;
 }
 
-bool building_failed(const char* text)
+void set_system_error(const char* text)
 {
     PyErr_SetString(PyExc_SystemError, text);
-    return false;
-}
-
-PyObject* built_or_no_memory(PyRef result, bool complete)
-{
-    return result && complete ? result.release() : PyErr_NoMemory();
 }
 
 }  // namespace qdp

@@ -43,7 +43,12 @@ PyObject* raise(PyObject* exception, const char* text);
 
 // A part of a result that cannot be built: set SystemError with one of the texts above. Every function that builds
 // has done so when it returns false or null; what it had built so far is released by its owner.
-bool building_failed(const char* text);
+void set_system_error(const char* text);
+inline bool building_failed(const char* text)
+{
+    set_system_error(text);
+    return false;
+}
 
 // An object just created, or null after the failure "Failed to allocate buffer.\n".
 inline PyObject* made(PyObject* object)
@@ -66,7 +71,10 @@ inline PyObject* built_or_null(PyRef result, bool complete = true)
     return complete ? result.release() : nullptr;
 }
 
-// The same for a result whose making fails as Py_BuildValue does: MemoryError is raised instead.
-PyObject* built_or_no_memory(PyRef result, bool complete = true);
+// An object that has been built, or is null: MemoryError is raised then, as Py_BuildValue does.
+inline PyObject* built_or_no_memory(PyObject* object)
+{
+    return object ? object : PyErr_NoMemory();
+}
 
 }  // namespace qdp

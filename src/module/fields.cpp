@@ -46,12 +46,19 @@ PyObject* mac_object(Bytes record, size_t offset)
     return text_object(MACToStr(address, rendered));
 }
 
-PyObject* address_object(Bytes record, size_t offset, bool is_ipv6)
+PyObject* name_among(const char* const* names, size_t count, const char* otherwise, Bytes record, const Field& field)
 {
+    const uint64_t code = record.unsigned_at(field.where);
+    return text_object(code < count ? names[code] : otherwise);
+}
+
+PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t ipv4_offset)
+{
+    const bool shows_ipv6 = record.unsigned_at(is_ipv6) != 0;
     uint8_t address[sizeof(in6_addr)];
-    record.copy(offset, address, sizeof address);
+    record.copy(shows_ipv6 ? ipv6_offset : ipv4_offset, address, sizeof address);
     char rendered[INET6_ADDRSTRLEN];
-    const char* text = inet_ntop(is_ipv6 ? AF_INET6 : AF_INET, address, rendered, sizeof rendered);
+    const char* text = inet_ntop(shows_ipv6 ? AF_INET6 : AF_INET, address, rendered, sizeof rendered);
     return text ? text_object(text) : made(nullptr);
 }
 

@@ -44,10 +44,13 @@ struct Names {
 
 PyObject* text_object(std::string_view text);
 
+// The name of the code at a field's place.
+PyObject* name_among(const char* const* names, size_t count, const char* otherwise, Bytes record, const Field& field);
+
 template <const auto& names>
 PyObject* name_object(Bytes record, const Field& field)
 {
-    return text_object(names[record.unsigned_at(field.where)]);
+    return name_among(names.names, std::size(names.names), names.otherwise, record, field);
 }
 
 template <const auto& names>
@@ -72,13 +75,14 @@ inline constexpr Kind as_list{list_object<Element, count>};
 // A MAC address as text; null with SystemError set when it cannot be made.
 PyObject* mac_object(Bytes record, size_t offset);
 
-// An IP address as text; null with SystemError set when it cannot be rendered.
-PyObject* address_object(Bytes record, size_t offset, bool is_ipv6);
+// An IP address as text: IPv6 when the record's flag says so, else IPv4. Null with SystemError set when it cannot be
+// rendered.
+PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t ipv4_offset);
 
 template <Place is_ipv6>
 PyObject* field_address_object(Bytes record, const Field& field)
 {
-    return address_object(record, field.where.offset, record.unsigned_at(is_ipv6) != 0);
+    return address_object(record, is_ipv6, field.where.offset, field.where.offset);
 }
 
 // A 16-byte address: IPv6 when the record's flag says so, else IPv4 in its first four bytes.

@@ -55,13 +55,12 @@ PropertyValue get_port_data(const char* switch_text, const char* port_text, cons
     return handed_out(status, value, length);
 }
 
-Setting malformed_setting(uint32_t version, const char* key, const char* version_key)
+void print_malformed(uint32_t version, const char* key, const char* version_key)
 {
     if (version != setting_version)
         print_format("Format of property %s value is from unknown version.\n", version_key);
     else
         print_format("Property %s value length is odd.\n", key);
-    return Setting::malformed;
 }
 
 bool write_setting(const SwitchId& id, const char* key, const void* record, size_t length)

@@ -54,20 +54,23 @@ PropertyValue get_port_data(const char* switch_text, const char* port_text, cons
 enum class Setting { present, absent, malformed };
 
 // Prints that a setting's record has another version, or else another length, than it should.
-Setting malformed_setting(uint32_t version, const char* key, const char* version_key);
+void print_malformed(uint32_t version, const char* key, const char* version_key);
 
 // Reads a setting whose record begins with a version word, which must be 0, and has exactly `length` bytes. Any status
-// but 0 means that the host does not have it. `version_key` is the key that the unknown-version message names.
+// but 0 means that the host does not have it. The record is the setting's when it is present. `version_key` is the key
+// that the unknown-version message names.
 inline Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)
 {
     const PropertyValue property = get_host_property(id, key);
     if (property.status != status_success)
         return Setting::absent;
-    const Bytes bytes = property.bytes();
-    const auto version = bytes.load<uint32_t>(0);
-    if (version != setting_version || property.length != length) [[unlikely]]
-        return malformed_setting(version, key, version_key);
-    bytes.copy(0, record, length);
+    property.bytes().copy(0, record, length);
+    uint32_t version;
+    std::memcpy(&version, record, sizeof version);
+    if (version != setting_version || property.length != length) [[unlikely]] {
+        print_malformed(version, key, version_key);
+        return Setting::malformed;
+    }
     return Setting::present;
 }
 

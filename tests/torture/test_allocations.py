@@ -1,5 +1,5 @@
-"""Every allocation of every method fails in turn, once and from then on for ever: nothing crashes, nothing leaks, and
-the failure is the documented one."""
+"""Every allocation of every method fails in turn, once and from then on for ever, and so does every store of an item in a
+list or a tuple: nothing crashes, nothing leaks, and the failure is the documented one."""
 
 import gc
 import sys
@@ -21,6 +21,12 @@ BUILDING = [NO_BUFFER, NO_DICT_ITEM, NO_LIST_ITEM, NO_TUPLE_ITEM]
 
 TABLE_READERS = [name for name in RECIPES if name.startswith("Table")]
 
+UPLINK_COUNTERS = [
+    "Failed to allocate uplink stats.\n",
+    "Failed to allocate uplink stats counter.\n",
+    "Failed to set uplink stats counter.\n",
+]
+
 # What a method prints when memory fails, each text once, in the order of the allocations. It returns None then, unless
 # it is named below. A tuple of more than eight arguments needs memory to be parsed.
 PRINTED = {
@@ -33,8 +39,8 @@ PRINTED = {
     "DumpFlowTable": [INVALID, NO_MEMORY],
     "GetPortConf": [NO_MEMORY],
     "GetL3SPANRecord": [NO_MEMORY, "Failed to allocate mac table.\n"],
-    "GetUplinkStats": [NO_MEMORY, "Failed to allocate uplink stats.\n", "Failed to allocate uplink stats counter.\n"],
-    "GetUplinkQueueStats": ["Failed to allocate uplink stats.\n", "Failed to allocate uplink stats counter.\n"],
+    "GetUplinkStats": [NO_MEMORY, *UPLINK_COUNTERS],
+    "GetUplinkQueueStats": UPLINK_COUNTERS,
     "ListRSSEngine": ["Failed to allocate RSS engine list.\n", "Failed to list RSS engines.\n"],
     "GetPortNetQInfo": [NO_MEMORY, "Failed to allocate NetQ Info resp.\n"],
     "ListDevAffinity": [NO_MEMORY, "Failed to allocate port list.\n"],
@@ -91,6 +97,7 @@ RAISING = {
         (MemoryError, "Failed to create dump buffer."),
         (MemoryError, "Failed to create tuple."),
         (SystemError, NO_BUFFER),
+        (SystemError, NO_TUPLE_ITEM),
         (SystemError, NO_LIST_ITEM),
         (SystemError, NO_DICT_ITEM),
     ],
@@ -151,6 +158,7 @@ def test_failing_allocations(frozen, tortured, tally, young, name, forever):
         gc.collect()  # the interpreter then keeps no objects for reuse
         with standard_error() as error:
             seen = torture.invoke(method, arguments, nth, forever)
+        assert gc.collect() == 0, "an object is left to the collector"
         return *seen, error.text
 
     def sweep():

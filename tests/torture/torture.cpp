@@ -1,5 +1,5 @@
 // The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and
-// its own malloc and calloc. Methods are called without the interpreter's check in between, so that the pair of
+// its own malloc and calloc; and, as if they were allocations, its stores of items in lists and tuples. Methods are called without the interpreter's check in between, so that the pair of
 // returned value and exception is seen as it is.
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +16,10 @@ void __real_free(void* memory);
 void* __wrap_malloc(size_t size);
 void* __wrap_calloc(size_t count, size_t size);
 void __wrap_free(void* memory);
+int __real_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item);
+int __real_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item);
+int __wrap_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item);
+int __wrap_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item);
 }
 
 namespace {
@@ -115,6 +119,14 @@ PyObject* take_what_is_kept()
             take(PyTuple_New(size));
     }
     return taken;
+}
+
+// A store that fails drops the item, as every failing one does, and leaves the exception of an allocation that fails.
+int store_fails(PyObject* item)
+{
+    Py_XDECREF(item);
+    PyErr_NoMemory();
+    return -1;
 }
 
 // --- For the tests ---
@@ -223,6 +235,16 @@ void __wrap_free(void* memory)
         if (memory && block == memory)
             block = nullptr;
     __real_free(memory);
+}
+
+int __wrap_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item)
+{
+    return fails_now() ? store_fails(item) : __real_PyList_SetItem(list, position, item);
+}
+
+int __wrap_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item)
+{
+    return fails_now() ? store_fails(item) : __real_PyTuple_SetItem(tuple, position, item);
 }
 
 PyMODINIT_FUNC PyInit_torture()

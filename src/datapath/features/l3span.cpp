@@ -15,8 +15,7 @@ using R = L3SPANRecord;
 template <Place ipv4, Place is_ipv6>
 PyObject* address(Bytes record, const Field& field)
 {
-    const bool shows_ipv6 = record.unsigned_at(is_ipv6) != 0;
-    return address_object(record, shows_ipv6 ? field.where.offset : ipv4.offset, shows_ipv6);
+    return address_object(record, is_ipv6, field.where.offset, ipv4.offset);
 }
 
 constexpr auto validity_fields = fields<sizeof(R)>(ROWS({

@@ -81,6 +81,7 @@ class TestListRSSEngine:
             (4, "OFLRSS"),
             (5, "UNKNOWN"),
             (257, "UNKNOWN"),
+            (0x80000001, "UNKNOWN"),
             (0xFFFFFFFF, "UNKNOWN"),
         ],
     )

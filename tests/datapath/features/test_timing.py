@@ -73,9 +73,15 @@ GET_REVAL = Call("Qdp_Get_FPO_Reval_Config", [Capacity(16)])
 class TestGetFPORevalConfig:
     @pytest.mark.parametrize("arguments", ANY_ARGUMENTS)
     def test_the_interval_comes_before_the_quota(self, host, qdp, arguments):
-        host.script("Qdp_Get_FPO_Reval_Config", outputs=[reval_record(1, 0x80000000, 0xFFFFFFFF, 0x12345678)])
+        record = reval_record(0x80000001, 0x80000002, 0xFFFFFFFF, 0x92345678)
+        host.script("Qdp_Get_FPO_Reval_Config", outputs=[record])
         assert qdp.call("GetFPORevalConfig", *arguments) == Outcome(
-            {"enabled": 1, "injectPacket": 0x80000000, "revalInterval": 0x12345678, "flowScanQuota": 0xFFFFFFFF},
+            {
+                "enabled": 0x80000001,
+                "injectPacket": 0x80000002,
+                "revalInterval": 0x92345678,
+                "flowScanQuota": 0xFFFFFFFF,
+            },
             calls=[GET_REVAL],
         )
 

@@ -89,8 +89,8 @@ class TestDumpLBStats:
         queues = [(21, 22, 23, 24), (31, 32, 33, 34)]
         outcome = dumped(
             A_CONTEXT,
-            port_entry(7, 1 << 63, 2, [(0, 1), (1, 1), (2, 1), (3, 1)], [feature(*item) for item in items]),
             uplink_entry(4, 1, (0, 2), [queue(*each) for each in queues]),
+            port_entry(7, 1 << 63, 2, [(0, 1), (1, 1), (2, 1), (3, 1)], [feature(*item) for item in items]),
             port_entry(8, 5, 6),
             context_entry(1, 2, 3, 4, 5, 6, 7),
         )

@@ -28,11 +28,11 @@ def table(*entries, count=None, limit=0, exceeded=0):
 
 
 ENTRIES = [
-    entry(bytes([0x0A, 0x1B, 0xFF, 0, 1, 0xC0]), 100, 0x04000007, 3),
+    entry(bytes([0x0B, 0x1B, 0xFF, 0, 1, 0xC0]), 100, 0x04000007, 3),
     entry(b"\xff" * 6, 0xFFFF, 0xFFFFFFFF, 0xFFFFFFFE),
 ]
 LISTED = [
-    {"macAddr": "0a:1b:ff:00:01:c0", "vlanID": 100, "qdpPortID": 0x04000007, "macGenDiff": 3},
+    {"macAddr": "0b:1b:ff:00:01:c0", "vlanID": 100, "qdpPortID": 0x04000007, "macGenDiff": 3},
     {"macAddr": "ff:ff:ff:ff:ff:ff", "vlanID": 0xFFFF, "qdpPortID": 0xFFFFFFFF, "macGenDiff": 0xFFFFFFFE},
 ]
 NOTHING = {"macAddr": "00:00:00:00:00:00", "vlanID": 0, "qdpPortID": 0, "macGenDiff": 0}

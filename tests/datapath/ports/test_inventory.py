@@ -36,7 +36,7 @@ class TestListSwitches:
             outputs=[
                 switch_list(
                     switch_entry(b"DvsPortset-0", 3, 16384, 7, 9, 9000, 2, 0b11),
-                    switch_entry(b"second", 0xFFFFFFFF, 1, 2, 3, 4, 5, 1 << 63),
+                    switch_entry(b"second", 0xFFFFFFFF, *[0x80000000 + i for i in (1, 3, 5, 7, 9)], 1 << 63 | 1),
                 )
             ],
         )
@@ -55,12 +55,12 @@ class TestListSwitches:
                 {
                     "name": "second",
                     "swID": 0xFFFFFFFF,
-                    "maxPorts": 1,
-                    "numActivePorts": 2,
-                    "numPorts": 3,
-                    "mtu": 4,
-                    "numLcores": 5,
-                    "lcores": -(1 << 63),
+                    "maxPorts": 0x80000001,
+                    "numActivePorts": 0x80000003,
+                    "numPorts": 0x80000005,
+                    "mtu": 0x80000007,
+                    "numLcores": 0x80000009,
+                    "lcores": 1 - (1 << 63),
                 },
             ],
             calls=[self.call],
@@ -124,8 +124,8 @@ class TestListPorts:
             "Qdp_Get_Port_List",
             outputs=[
                 port_list(
-                    port_entry(7, 0x04000007, bytes([0x0A, 0x1B, 0xFF, 0, 1, 0xC0]), 2, 0, 1, 0, b"\x01\x02", b"\xff"),
-                    port_entry(0xFFFFFFFF, 0xFFFFFFFE, b"\xff" * 6, 0xFFFF, 0, 2, 0xFFFFFFFF),
+                    port_entry(7, 0x04000007, bytes([0x0A, 0x1B, 0xFF, 0, 1, 0xC0]), 2, 0, 1, 0, b"\x01\x02\x03", b"\xff"),
+                    port_entry(0xFFFFFFFF, 0xFFFFFFFE, b"\xff" * 6, 0xFFFF, 1, 2, 0xFFFFFFFF),
                 )
             ],
         )
@@ -134,12 +134,12 @@ class TestListPorts:
                 {
                     "portID": 7,
                     "qdpPortID": 0x04000007,
-                    "numTxQ": 2,
+                    "numTxQ": 3,
                     "numRxQ": 1,
                     "hwAddr": "0a:1b:ff:00:01:c0",
                     "numMACs": 2,
                     "clientType": "VNIC",
-                    "txQLM": [1, 2],
+                    "txQLM": [1, 2, 3],
                     "rxQLM": [255],
                 },
                 {
@@ -171,6 +171,7 @@ class TestListPorts:
         # What follows in the record: the receive queues and the next port, whose first bytes are zero.
         assert listed[0]["txQLM"][:129] == [0] * 64 + [1] * 64 + [0]
         assert [len(port["rxQLM"]) for port in listed] == [255, 255]
+        assert [(port["numTxQ"], port["numRxQ"]) for port in listed] == [(255, 255)] * 2
 
     def test_a_switch_without_ports(self, host, qdp):
         host.script("Qdp_Get_Port_List", outputs=[port_list()])

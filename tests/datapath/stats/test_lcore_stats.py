@@ -65,7 +65,7 @@ class TestGetFlowStats:
 
     def test_one_dict_an_entry_in_record_order(self, host, qdp):
         assert len(entry()) == 224 and len(KEYS) == 27
-        first = (9, 100, 40), [1000 + i for i in range(26)]
+        first = (0x80000009, 100, 40), [1000 + i for i in range(26)]
         second = (3, 0xFFFFFFFF, 0xFFFFFFFE), [5000 + i for i in range(26)]
         host.script("Qdp_Get_Flow_Stats", outputs=[flow_stats(entry(*first), entry(*second))])
         assert qdp.call("GetFlowStats", 7, (9, 3), 11) == Outcome(

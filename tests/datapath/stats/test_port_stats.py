@@ -47,11 +47,18 @@ class TestGetPortStats:
         assert qdp.call("GetPortStats", 3, 7) == Outcome(expected, calls=[FAST, SLOW])
 
     def test_counters_are_signed(self, host, qdp):
-        host.script("Qdp_Get_Port_Stats", outputs=[record([(1 << 64) - 1 - i for i in range(16)])])
-        host.script("Qdp_Get_Port_Stats_Slowpath", outputs=[record([1 << 63] * 8 + [(1 << 63) - 1] * 8)])
-        stats = qdp.result("GetPortStats", 3, 7)
-        assert (stats["txBytes"], stats["txPkts"], stats["rxErrors"]) == (-1, -2, -16)
-        assert (stats["spTxBytes"], stats["spRxErrors"]) == (-(1 << 63), (1 << 63) - 1)
+        host.script("Qdp_Get_Port_Stats", outputs=[record([(1 << 63) + i for i in range(16)])])
+        host.script("Qdp_Get_Port_Stats_Slowpath", outputs=[record([(1 << 64) - 1 - i for i in range(16)])])
+        expected = {key: i - (1 << 63) for key, i in FAST_KEYS.items()}
+        expected.update({key: -1 - i for key, i in SLOW_KEYS.items()})
+        assert qdp.call("GetPortStats", 3, 7) == Outcome(expected, calls=[FAST, SLOW])
+
+    def test_counters_have_64_bits(self, host, qdp):
+        host.script("Qdp_Get_Port_Stats", outputs=[record([(1 << 63) - 1 - i for i in range(16)])])
+        host.script("Qdp_Get_Port_Stats_Slowpath", outputs=[record([(1 << 63) + i for i in range(16)])])
+        expected = {key: (1 << 63) - 1 - i for key, i in FAST_KEYS.items()}
+        expected.update({key: i - (1 << 63) for key, i in SLOW_KEYS.items()})
+        assert qdp.call("GetPortStats", 3, 7) == Outcome(expected, calls=[FAST, SLOW])
 
     def test_both_paths_fill_one_record(self, host, qdp):
         """What the slow path leaves untouched is still what the fast path wrote."""

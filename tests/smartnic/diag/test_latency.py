@@ -44,6 +44,12 @@ class TestP4UKLatencyDump:
         host.script("Qdp_P4UKLatencyDump", outputs=[b"\xff" * 192])
         assert qdp.result("P4UKLatencyDump", 0) == dict(zip(KEYS, [4294967295] * 2 + [-1] * 23, strict=True))
 
+    def test_the_counters_have_64_bits(self, host, qdp):
+        words = [1 << 63 | i for i in range(23)]
+        host.script("Qdp_P4UKLatencyDump", outputs=[struct.pack("<II23Q", 0, 0, *words)])
+        shown = [0, 0, *(i - (1 << 63) for i in range(23))]
+        assert qdp.result("P4UKLatencyDump", 0) == dict(zip(KEYS, shown, strict=True))
+
     def test_an_answer_without_bytes_reads_as_zero(self, host, qdp):
         host.script("Qdp_P4UKLatencyDump")
         assert qdp.result("P4UKLatencyDump", 0) == dict.fromkeys(KEYS, 0)

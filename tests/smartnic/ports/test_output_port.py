@@ -99,13 +99,13 @@ class TestPortList:
 
     def test_the_tag_comes_last(self, host, qdp):
         answer = struct.pack("<HH", 2, 0x8000)
-        answer += struct.pack("<5HBBHH", 1, 2, 3, 4, 5, 6, 0xAA, 0xDEAD, 7)
+        answer += struct.pack("<5HBBHH", 1, 2, 3, 9, 5, 6, 0xAA, 0xDEAD, 7)
         answer += struct.pack("<5HBBHH", 0xFFFF, 0xFFFE, 0xFFFD, 0xFFFC, 0xFFFB, 0xFA, 0xF9, 0xFFF8, 0xFFF7)
         host.script(OPERATION, outputs=[answer])
         assert qdp.call("PortList", 258) == Outcome(
             {
                 "portlist": [
-                    {"dstPort": 1, "lifID": 3, "defaultVLAN": 5, "muxVLAN": 4, "lifType": 6, "status": 7, "tag": 2},
+                    {"dstPort": 1, "lifID": 3, "defaultVLAN": 5, "muxVLAN": 9, "lifType": 6, "status": 7, "tag": 2},
                     {
                         "dstPort": 0xFFFF,
                         "lifID": 0xFFFD,

@@ -136,7 +136,7 @@ class TestVlanPortList:
 
     def test_entries(self, host, qdp):
         answer = struct.pack("<HH", 2, 0x8000)
-        answer += struct.pack("<6HBBH", 1, 2, 3, 4, 0xDEAD, 5, 6, 0xAA, 7)
+        answer += struct.pack("<6HBBH", 1, 2, 3, 4, 0xDEAD, 5, 6, 0xAB, 7)
         answer += struct.pack("<6HBBH", 0xFFFF, 0xFFFE, 0xFFFD, 0xFFFC, 0xFFFB, 0xFFFA, 0xF9, 0xF8, 0xFFF7)
         host.script(OPERATION, outputs=[answer])
         assert qdp.call("VlanPortList", 258) == Outcome(

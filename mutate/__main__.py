@@ -1,0 +1,105 @@
+"""Changes one thing at a time in the built module, runs the tests that concern it, and prints the share that is noticed.
+What is not noticed is listed; it has to be argued for in mutate/equivalent.toml."""
+
+import argparse
+import itertools
+import os
+import pathlib
+import random
+import sys
+
+from mutate.code import code_mutants
+from mutate.image import Image
+from mutate.mutants import Sources
+from mutate.results import Equivalents, Results
+from mutate.rows import row_mutants
+from mutate.texts import text_mutants
+from mutate.trial import try_all
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = ROOT / os.environ.get("QDP_BUILD", "build/release")  # as tests/conftest.py
+WORK = ROOT / "build" / "mutate"
+
+KINDS = {
+    "jumps": "each condition of a jump, a set or a move reversed",
+    "bounds": "each number that is compared with, one higher and one lower",
+    "rows": "each row of a field table: its offset, size, shifts, sign, key and order",
+    "messages": "each text, in one character",
+}
+ENOUGH = 0.98
+
+
+def parse_arguments():
+    kinds = "\n".join(f"  {kind:10}{what}" for kind, what in KINDS.items())
+    parser = argparse.ArgumentParser(
+        prog="script/mutate",
+        description=__doc__,
+        epilog=f"kinds of changes:\n{kinds}",
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+    )
+    parser.add_argument("files", nargs="*", metavar="FILE", help="change only what comes from these sources")
+    parser.add_argument("--kind", choices=KINDS, action="append", help="change only this; may be given again")
+    parser.add_argument("--sample", type=int, metavar="N", help="try only N of the changes, chosen at random")
+    parser.add_argument("--seed", type=int, default=1, help="of the choice (default: %(default)s)")
+    parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")
+    parser.add_argument("--afresh", action="store_true", help="forget what earlier runs of the same build found")
+    return parser.parse_args()
+
+
+def chosen(mutants, options):
+    files = {pathlib.Path(each).resolve().relative_to(ROOT).as_posix() for each in options.files}
+    mutants = [
+        each
+        for each in mutants
+        if (not options.kind or each.kind in options.kind) and (not files or files.intersection(each.files))
+    ]
+    if options.sample is None:
+        return mutants
+    return random.Random(options.seed).sample(mutants, min(options.sample, len(mutants)))
+
+
+def share(noticed, total):
+    return f"{100 * noticed / total:.1f} % ({noticed} of {total})" if total else "none tried"
+
+
+def summarise(results, equivalents, is_complete):
+    """Prints what was found and says whether it is good enough."""
+    survivors = results.survivors()
+    argued = {each: equivalents.reason(each) for each in survivors}
+    for title, are_argued in (("argued", True), ("not argued", False)):
+        listed = [each for each in survivors if bool(argued[each]) == are_argued]
+        print(f"\n{len(listed)} not noticed, {title}" + (":" if listed else ""))
+        for each in listed:
+            print(f"  {each}" + (f"\n      {argued[each]}" if are_argued else f"\n      {equivalents.line(each)}"))
+    unused = equivalents.unused(survivors) if is_complete else []
+    for each in unused:
+        print(f"mutate/equivalent.toml argues for what is noticed or gone: {each}")
+
+    print()
+    for kind in KINDS:
+        of_kind = results.of_kind(kind)
+        print(f"{kind:10}{share(sum(of_kind), len(of_kind))}")
+    total, noticed = results.total(), results.total() - len(survivors)
+    print(f"noticed: {share(noticed, total)}")
+    return noticed >= ENOUGH * total and all(argued.values()) and not unused
+
+
+def main():
+    options = parse_arguments()
+    sys.path.insert(0, str(ROOT / "host" / "python"))
+    from qdp_host import EmbeddedHost  # noqa: PLC0415: its folder is not in the path before
+
+    EmbeddedHost(BUILD / "host")  # stays loaded: the module finds the platform's libraries in this process
+    image = Image(BUILD)
+    sources = Sources(ROOT)
+    makers = (code_mutants, row_mutants, text_mutants)
+    mutants = chosen(list(itertools.chain.from_iterable(make(image, sources) for make in makers)), options)
+    is_sample = options.sample is not None
+    is_complete = not (is_sample or options.files or options.kind)
+    equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources)
+    results = Results(None if is_sample else WORK / "results.json", BUILD, ROOT, mutants, options.afresh)
+    try_all(image, sources, results.untried(), options.jobs, results.add)
+    sys.exit(not summarise(results, equivalents, is_complete))
+
+
+main()

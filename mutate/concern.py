@@ -1,0 +1,95 @@
+"""Which tests concern a source, and in which order they are tried."""
+
+import re
+
+# The folders of tests that call the module in their own process, where a change is made. Others look at the built file,
+# at types or at scripts.
+FOLDERS = ["datapath", "host", "module", "smartnic", "switchid", "torture"]
+
+# What takes so long that it comes last.
+LONG = ["test_leaks.py"]
+
+
+class Concern:
+    """Of each source and of those that include its header, in this order: the tests of their mirrors; those made for one
+    of their methods; and those of files that name one of their methods."""
+
+    def __init__(self, sources, items):
+        self._sources = sources
+        self._methods = _methods_by_file(sources)
+        self._items = {}
+        for item in items:
+            self._items.setdefault(item.path, []).append(item)
+        self._texts = {path: path.read_text() for path in self._items}
+        self._known = {}
+
+    def items(self, files):
+        """All tests that concern some sources, the nearest first."""
+        found = {}
+        for file in files:
+            if file not in self._known:
+                self._known[file] = self._of(file)
+            found.update(dict.fromkeys(self._known[file]))
+        return list(found)
+
+    def _of(self, file):
+        return sorted(self._in_order(file), key=lambda item: item.path.name in LONG)
+
+    def _in_order(self, file):
+        found = {}
+        everything = [file, *self._dependents(file)]
+        for each in everything:
+            found.update(dict.fromkeys(self._mirror(each)))
+        methods = {method for each in everything for method in self._methods.get(each, [])}
+        for items in self._items.values():
+            found.update(dict.fromkeys(item for item in items if methods & _parameters(item)))
+        words = re.compile(rf"\b({'|'.join(methods) or 'no method'})\b")
+        for path, items in self._items.items():
+            if words.search(self._texts[path]):
+                found.update(dict.fromkeys(item for item in items if not _names_a_method(item, self._all_methods())))
+        return found
+
+    def _all_methods(self):
+        return {method for methods in self._methods.values() for method in methods}
+
+    def _mirror(self, file):
+        room, name = file.removeprefix("src/").rsplit("/", 1)
+        path = self._sources.root / "tests" / room / f"test_{name.rsplit('.', 1)[0]}.py"
+        if path in self._items:
+            return self._items[path]
+        folder = [items for path, items in self._items.items() if path.parent == self._sources.root / "tests" / room]
+        return [item for items in folder for item in items]
+
+    def _dependents(self, file):
+        """The sources that include a file's header, at any depth, nearest first."""
+        stem = file.removeprefix("src/").rsplit(".", 1)[0]
+        found = [f"src/{stem}.h"]
+        for header in found:
+            inclusion = f'#include "{header.removeprefix("src/")}"'
+            found += [each for each in self._sources if inclusion in self._sources.text(each) and each not in found]
+            for source in list(found):
+                own = source.rsplit(".", 1)[0] + ".h"
+                if source.endswith(".cpp") and own in self._sources and own not in found and source != file:
+                    found.append(own)
+        return [each for each in found if each != "src/module/module.cpp" and each != file]
+
+
+def _methods_by_file(sources):
+    """The methods of each source, after the map in module.cpp."""
+    methods, file = {}, None
+    for line in sources.text("src/module/module.cpp").splitlines():
+        if named := re.match(r"\s+// (\S+\.cpp)$", line):
+            file = f"src/{named[1]}"
+        elif method := re.match(r'\s+METHOD\("(\w+)"', line):
+            methods.setdefault(file, []).append(method[1])
+    return methods
+
+
+def _parameters(item):
+    """The texts that a test is parametrised with."""
+    call = getattr(item, "callspec", None)
+    return {each for each in call.params.values() if isinstance(each, str)} if call else set()
+
+
+def _names_a_method(item, methods):
+    return bool(methods & _parameters(item))

@@ -1,0 +1,232 @@
+"""Trials of mutants: each in a process of its own, forked from one that has loaded the module and collected the tests
+once, where the change is made in memory and the tests that concern it run until one of them fails."""
+
+import ctypes
+import gc
+import mmap
+import os
+import pathlib
+import resource
+import select
+import signal
+import struct
+import tempfile
+import time
+from dataclasses import dataclass
+
+import pytest
+
+from mutate.concern import FOLDERS, Concern
+
+# What a trial's process ends with; a signal ends it when the change makes it crash or run on.
+SURVIVED, NOTICED, BROKEN = 0, 1, 2
+
+TEST_SECONDS = 10  # of the processor, for one test; then it counts as one that never ends
+STALLED_SECONDS = 60  # of one test that waits for something
+TRIAL_SECONDS = 20  # of the processor, for all tests; what they have not noticed by then counts as not noticed
+ADDRESS_SPACE = 4 << 30
+
+POSITION = struct.Struct("<I")
+
+RECENT = 12  # tests that noticed the latest mutants of a source, which are tried first
+
+
+@dataclass
+class Result:
+    """Whether a mutant was noticed, by which test, and how it showed: "failed", "crashed" or "ran on"."""
+
+    noticed: bool
+    test: str = ""
+    how: str = ""
+
+
+class Trial:
+    """One running process."""
+
+    def __init__(self, run, items):
+        self.items = items
+        self._position = mmap.mmap(-1, POSITION.size)  # of the running test
+        self._seen, self._since = -1, time.monotonic()
+        self._killed = False
+        self.pid = os.fork()
+        if self.pid == 0:
+            self._run(run)
+        self.pidfd = os.pidfd_open(self.pid)
+
+    def _run(self, run):
+        status = BROKEN
+        try:
+            os.setpgid(0, 0)
+            resource.setrlimit(resource.RLIMIT_AS, (ADDRESS_SPACE, ADDRESS_SPACE))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+            nothing = os.open(os.devnull, os.O_RDWR)
+            for stream in (0, 1, 2):
+                os.dup2(nothing, stream)
+            run(self.items, self._note)
+            status = SURVIVED
+        finally:
+            os._exit(status)
+
+    def _note(self, position):
+        self._position[:] = POSITION.pack(position)
+        signal.setitimer(signal.ITIMER_PROF, TEST_SECONDS)  # SIGPROF ends the process
+
+    @property
+    def item(self):
+        return self.items[self._at()]
+
+    def _at(self):
+        return POSITION.unpack(self._position[:])[0]
+
+    def kill_if_stalled(self):
+        now = self._at()
+        if now != self._seen:
+            self._seen, self._since = now, time.monotonic()
+        elif time.monotonic() - self._since > STALLED_SECONDS and not self._killed:
+            self._killed = True
+            os.killpg(self.pid, signal.SIGKILL)
+
+    def result(self):
+        """Waits for the end."""
+        _, status = os.waitpid(self.pid, 0)
+        os.close(self.pidfd)
+        code = os.waitstatus_to_exitcode(status)
+        if code == SURVIVED:
+            return Result(False)
+        if code == BROKEN:
+            raise RuntimeError("a change could not be made; the tool does not fit the built module")
+        how = "failed" if code == NOTICED else "ran on" if self._killed or code == -signal.SIGPROF else "crashed"
+        return Result(True, self.item.nodeid, how)
+
+
+def try_all(image, sources, mutants, jobs, report):
+    """Tries mutants; `report` gets each with its result."""
+    if mutants:
+        with tempfile.TemporaryDirectory() as folder:
+            _try_all(Trials(image, sources, mutants, jobs, pathlib.Path(folder), report), sources)
+
+
+def _try_all(trials, sources):
+    options = ["--capture=no", "--assert=plain", "-p", "no:terminal", "-p", "no:faulthandler"]
+    folders = [str(sources.root / "tests" / each) for each in FOLDERS]
+    pytest.main([*options, f"--rootdir={sources.root}", *folders], plugins=[trials])
+    if trials.failure:
+        raise trials.failure
+
+
+class Trials:
+    """A plugin of pytest that tries mutants in place of running the tests."""
+
+    def __init__(self, image, sources, mutants, jobs, folder, report):
+        self._image = image
+        self._sources = sources
+        self._mutants = mutants
+        self._jobs = jobs
+        self._folder = folder
+        self._report = report
+        self._recent = {}
+        self._sound = set()  # tests that noticed a change and pass without one
+        self.failure = RuntimeError("the tests could not be collected; script/test shows why")
+
+    @pytest.hookimpl(tryfirst=True)
+    def pytest_runtestloop(self, session):
+        if not session.testsfailed:
+            try:
+                self._run(session)
+                self.failure = None
+            except (Exception, KeyboardInterrupt) as failure:  # which pytest would keep to itself
+                self.failure = failure
+        return True
+
+    def _run(self, session):
+        self._items = {each.nodeid: each for each in session.items}
+        self._concern = Concern(self._sources, session.items)
+        self._conftest = next(each for each in session.config.pluginmanager.get_plugins() if hasattr(each, "the_module"))
+        gc.freeze()  # or each process would copy all of this one when it first collects
+        waiting = iter(self._mutants)
+        running = {}  # by the descriptors of their processes
+        free = list(range(self._jobs))
+        while True:
+            while free and (mutant := next(waiting, None)):
+                slot = free.pop()
+                trial = self._start(mutant, slot)
+                running[trial.pidfd] = trial, mutant, slot
+            if not running:
+                return
+            ended, _, _ = select.select(list(running), [], [], 1)
+            for each in ended:
+                trial, mutant, slot = running.pop(each)
+                free.append(slot)
+                self._end(mutant, trial.result())
+            for trial, _, _ in running.values():
+                trial.kill_if_stalled()
+
+    @pytest.hookimpl(tryfirst=True)
+    def pytest_runtest_makereport(self, item, call):
+        if call.excinfo and not call.excinfo.errisinstance(pytest.skip.Exception):
+            os._exit(NOTICED)
+
+    def _start(self, mutant, slot):
+        recent = self._recent.setdefault(mutant.files[0], {})
+        ordered = dict.fromkeys([*reversed(recent), *self._concern.items(mutant.files)])
+        return Trial(self._trying(mutant.edits, slot), list(ordered))
+
+    def _end(self, mutant, result):
+        if result.noticed:
+            item = self._items[result.test]
+            self._check(item)
+            recent = self._recent[mutant.files[0]]
+            recent.pop(item, None)
+            recent[item] = None
+            if len(recent) > RECENT:
+                recent.pop(next(iter(recent)))
+        self._report(mutant, result)
+
+    def _check(self, item):
+        """A test has noticed nothing when it fails without a change, too."""
+        if item in self._sound:
+            return
+        if Trial(self._trying((), self._jobs), [item]).result().noticed:
+            raise RuntimeError(f"{item.nodeid} fails without a change; see to that first")
+        self._sound.add(item)
+
+    def _trying(self, edits, slot):
+        def run(items, note):
+            self._image.apply(edits)
+            self._conftest.BUILD = self._changed_build(edits, slot)
+            note(0)
+            self._import_again()
+            for position, item in enumerate(items):
+                if time.process_time() > TRIAL_SECONDS:
+                    break
+                note(position)
+                following = items[position + 1] if position + 1 < len(items) else None
+                item.config.hook.pytest_runtest_protocol(item=item, nextitem=following)
+
+        return run
+
+    def _import_again(self):
+        """The module's initialiser runs anew, on the module's object that the tests have."""
+        initialise = ctypes.PyDLL(self._conftest.the_module.__file__).PyInit__libqdp
+        initialise.restype = ctypes.py_object
+        try:
+            fresh = vars(initialise())
+        except Exception:
+            os._exit(NOTICED)
+        attributes = vars(self._conftest.the_module)
+        before = dict(attributes)
+        attributes.clear()
+        attributes.update(fresh)
+        for name, value in before.items():
+            if name.startswith("__") and attributes.get(name) is None:
+                attributes[name] = value
+
+    def _changed_build(self, edits, slot):
+        """A build folder with the changed file, for tests that start processes."""
+        build = self._folder / f"changed-{slot}"
+        if not build.exists():
+            build.mkdir()
+            for name in ("host", "tests"):
+                (build / name).symlink_to(self._image.module.path.parent / name)
+        (build / self._image.module.path.name).write_bytes(self._image.changed_file(edits))
+        return build
