@@ -26,7 +26,7 @@ def host(qdp_host: Host, monkeypatch: pytest.MonkeyPatch) -> Host:
 
 @pytest.mark.scenario(pathlib.Path(__file__).with_name("busy.json"))
 def test_ports_that_drop_too_much_are_named(host: Host, capsys: pytest.CaptureFixture[str]) -> None:
-    """One packet in 10,000 is dropped: of 2,000,000 that the uplink receives a second, and of 1,000 of its neighbour."""
+    """One packet in 10,000 is dropped: of the 2,000,000 a second of the uplink, and of the 1,000 of its neighbour."""
     assert rx_drops.main(["--seconds", "60", "--limit", "1"]) == 1
     assert capsys.readouterr().out == "switch 0, port 0: drops 200.0 packets a second\n"
 
