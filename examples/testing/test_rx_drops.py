@@ -31,7 +31,9 @@ def test_ports_that_drop_too_much_are_named(host: Host, capsys: pytest.CaptureFi
     assert capsys.readouterr().out == "switch 0, port 0: drops 200.0 packets a second\n"
 
 
-def test_a_switch_whose_ports_cannot_be_listed_is_told_from_a_quiet_one(host: Host, capfd: pytest.CaptureFixture[str]) -> None:
+def test_a_switch_whose_ports_cannot_be_listed_is_told_from_a_quiet_one(
+    host: Host, capfd: pytest.CaptureFixture[str]
+) -> None:
     host.fail("Qdp_Get_Port_List", status=7, nth=2)
     with host.recording() as calls:
         assert rx_drops.main([]) == 2
