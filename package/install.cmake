@@ -11,5 +11,5 @@ set(stand_ins qdphost qdp qmtPublic qdpcapture)
 set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS ${stand_ins} DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host/stand_ins COMPONENT host)
 install(DIRECTORY host/python/qdp_host DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT host PATTERN __pycache__ EXCLUDE)
-install(DIRECTORY host/scenarios DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host COMPONENT host OPTIONAL
-    FILES_MATCHING PATTERN *.json PATTERN schema.json EXCLUDE)
+install(DIRECTORY host/scenarios DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host COMPONENT host
+    FILES_MATCHING PATTERN *.json)

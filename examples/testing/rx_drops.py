@@ -9,13 +9,17 @@ looked at.
 import argparse
 import sys
 import time
+from typing import Dict, Iterable, List, Optional, Tuple
 
 import _libqdp
 
+Port = Tuple[int, int]  # numbers of switch and port
 
-def ports():
-    """(switch number, port number) of every port; and whether these are all."""
-    found, are_all = [], True
+
+def ports() -> Tuple[List[Port], bool]:
+    """Every port; and whether these are all."""
+    found: List[Port] = []
+    are_all = True
     switches = _libqdp.ListSwitches()
     for switch in switches or []:
         listed = _libqdp.ListPorts(switch["swID"])
@@ -24,13 +28,13 @@ def ports():
     return found, are_all and switches is not None
 
 
-def drops(watched):
+def drops(watched: Iterable[Port]) -> Dict[Port, int]:
     """The receive drops of the ports so far. A port that has gone meanwhile has none."""
     counters = {port: _libqdp.GetPortStats(*port) for port in watched}
     return {port: each["rxDrops"] for port, each in counters.items() if each}
 
 
-def main(arguments=None):
+def main(arguments: Optional[List[str]] = None) -> int:
     parser = argparse.ArgumentParser(description="Warns of the ports that drop what they receive.")
     parser.add_argument("--seconds", type=float, default=60, help="how long to watch")
     parser.add_argument("--limit", type=float, default=1, help="drops a second that are no reason to worry")

@@ -4,6 +4,7 @@
                   standard error included
     ```console    "$ command", and below it what it prints
     ```sh         commands, of which nothing is shown
+    ```json       a scenario of the embedded host
     ```text       elsewhere, a list: each line begins with a path of the repository
 
 "..." in what is shown stands for anything.
@@ -17,7 +18,7 @@ from dataclasses import dataclass
 from markdown_it import MarkdownIt
 
 TIMEOUT = 600  # seconds; far more than any of them takes on a machine that has time
-RUN = {"python", "console", "sh"}
+RUN = {"python", "console", "sh", "json"}
 MARKER = "--- the block under test ---"
 
 

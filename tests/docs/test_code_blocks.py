@@ -9,7 +9,7 @@ from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_com
 from interpreters import interpreters
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PAGES = ["README.md", *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md"))]
+PAGES = ["README.md", "host/scenarios/README.md", *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md"))]
 BLOCKS = [block for page in PAGES for block in blocks_of(page, (ROOT / page).read_text())]
 
 # Blocks that are not run, by page and first line, and why.
@@ -83,6 +83,13 @@ def test_commands(block, environment, root):
         printed, status = run_command(command, environment, root)
         assert status == 0, printed
         assert shown is None or is_as_shown(printed, shown), printed
+
+
+@pytest.mark.parametrize("block", runs("json"))
+def test_scenarios(block, environment, root, tmp_path):
+    (tmp_path / "shown.json").write_text(block.text)
+    printed, status = run_command(f"cd {tmp_path} && qdp-host check shown.json", environment, root)
+    assert (printed, status) == ("shown.json: ok\n", 0)
 
 
 @pytest.mark.parametrize("block", runs("text"))

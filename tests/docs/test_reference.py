@@ -200,6 +200,8 @@ def told_of_faults(root, tmp_path_factory):
     for part in ("docs", "typings"):
         shutil.copytree(root / part, folder / part)
     shutil.copy(root / "CMakeLists.txt", folder)
+    (folder / "host" / "scenarios").mkdir(parents=True)
+    shutil.copy(root / "host" / "scenarios" / "README.md", folder / "host" / "scenarios")  # which is a page
     for file, old, new, _ in FAULTS.values():
         text = (folder / file).read_text()
         assert old in text

@@ -24,7 +24,7 @@ def host_files(root):
     host = root / "host"
     sources = {path.name for path in (host / "python" / "qdp_host").glob("*.py")}
     stand_ins = {f"stand_ins/lib{name}.so" for name in ("qdp", "qdpcapture", "qdphost", "qmtPublic")}
-    return sources | stand_ins | {f"scenarios/{name}.json" for name in scenarios(root)}
+    return sources | stand_ins | {f"scenarios/{name}.json" for name in [*scenarios(root), "schema"]}
 
 
 def scenarios(root):

@@ -97,7 +97,16 @@ def test_the_command_runs_an_example(root, fresh_root, in_fresh_root, tmp_path):
     said = output(
         fresh_root / "usr/bin/qdp-host", "run", root / "examples" / "inventory.py", env=in_fresh_root, cwd=tmp_path
     )
-    assert said.startswith("Switches\n") and "DvsPortset-0" in said and "Rates of switch 0 over a second" in said
+    assert said.startswith("Switches\n") and "\nPorts of switch 0, DvsPortset-0\n" in said
+
+
+def test_the_command_records_a_scenario_and_replays_it(root, fresh_root, in_fresh_root, tmp_path):
+    command, example = fresh_root / "usr/bin/qdp-host", root / "examples" / "inventory.py"
+    capture = tmp_path / "captured"
+    options = ["--scenario", "mux", "--capture", capture]
+    recorded = output(command, "run", *options, example, "--json", env=in_fresh_root, cwd=tmp_path)
+    assert '"dvs-mux"' in recorded
+    assert output(command, "run", "--replay", capture, example, "--json", env=in_fresh_root, cwd=tmp_path) == recorded
 
 
 @pytest.mark.parametrize("name", STAND_INS)

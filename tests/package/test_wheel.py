@@ -83,7 +83,6 @@ class TestInEveryInterpreter:
             "Ports of switch 0, DvsPortset-0",
             "Ports of switch 1, dvs-storage",
             "Ports of switch 2, 50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03",
-            "Rates of switch 0 over a second",
         ]
 
     def test_the_installed_module_runs(self, environment, tmp_path):
@@ -101,6 +100,16 @@ class TestInEveryInterpreter:
     def test_scenarios_come_along(self, environment, root):
         for name in scenarios(root):
             assert environment.run("qdp-host", "check", name) == f"{name}: ok\n"
+        said = environment.run("qdp-host", "run", "--scenario", "mux", root / "examples" / "inventory.py")
+        assert "dvs-mux" in said and "DvsPortset-0" not in said
+        assert "  behind the uplinks of switch 0\n" in environment.run("qdp-host", "show", "mux")
+
+    def test_a_capture_is_replayed(self, environment, root, tmp_path):
+        capture, example = tmp_path / "captured", root / "examples" / "top_flows.py"
+        recorded = environment.run("qdp-host", "run", "--scenario", "mux", "--capture", capture, example)
+        assert '"Qdp_Dump_Flow_Table"' in capture.read_text()
+        replayed = environment.run("qdp-host", "run", "--replay", capture, example)
+        assert replayed == recorded != environment.run("qdp-host", "run", example)
 
 
 class TestWithDebiansPackages:
