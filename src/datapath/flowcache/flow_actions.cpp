@@ -14,7 +14,7 @@ namespace qdp {
 namespace {
 
 // An unsigned member of a record. Reads its own bytes and no others: a caller's record may end with it.
-uint64_t word(Bytes record, const Place& where)
+[[gnu::noinline]] uint64_t word(Bytes record, const Place& where)
 {
     uint64_t value = 0;
     record.copy(where.offset, &value, where.size);
