@@ -17,12 +17,13 @@ from counters import Reading
 from display import table
 
 IS_LOSS = re.compile("DropPkts|Queue|Desc|CsumErr|Malformed|wrongReinject|^drop$")
+SHOWN = 20  # counters in a table, where nothing else is asked for
 END = 1024  # of the indexes at which a page of LIFs or ports may start
 
 
 def add_options(parser: Parser) -> None:
     parser.add_argument("--interval", type=seconds, metavar="SECONDS", help="what has been counted within so long")
-    parser.add_argument("--top", type=positive, metavar="N", help="so many counters (default: all)")
+    parser.add_argument("--top", type=positive, metavar="N", help=f"so many counters (default: {SHOWN}, in JSON all)")
 
 
 def readings(datapath: Datapath) -> Dict[str, Reading]:
@@ -69,12 +70,15 @@ def read(datapath: Datapath, options: argparse.Namespace) -> List[Row]:
 
 
 def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
-    losses = list(rows)
+    found = list(rows)
+    losses = found if options.top else found[:SHOWN]
     headings = ["where", "counter", "count"] + (["a second"] if options.interval else [])
     cells = [[row["where"], row["counter"], f"{row['count']:,}"] for row in losses]
     if options.interval:
         cells = [cell + [f"{row['perSecond']:,.1f}"] for cell, row in zip(cells, losses)]
     table(headings, cells, indent="")
+    if len(found) > len(losses):
+        print(f"and {len(found) - len(losses):,} more, which --top shows")
 
 
 if __name__ == "__main__":

@@ -52,6 +52,15 @@ port 435  txUcastDropPkts  {7_695 * HOUR // 10_000:,}
 """
 
 
+def test_a_long_text_tells_of_the_rest(printed, rows):
+    losses = len(rows("smartnic_drops.py"))
+    heading, *lines, rest = printed("smartnic_drops.py").splitlines()
+    assert heading.startswith("where") and len(lines) == 20 < losses
+    assert rest == f"and {losses - 20:,} more, which --top shows"
+    assert len(printed("smartnic_drops.py", "--top", str(losses)).splitlines()) == 1 + losses
+    assert len(printed("smartnic_drops.py", "--top", "21").splitlines()) == 1 + 21
+
+
 def test_text_of_an_interval(printed):
     assert printed("smartnic_drops.py", "--top", "3", "--interval", "10") == """\
 where    counter        count  a second
@@ -91,14 +100,14 @@ _libqdp.P4EStatsGet = lambda: dict(egress, drop=-5)
 
 
 def test_a_lif_whose_counters_are_refused(run):
-    done = run("smartnic_drops.py", prepare="host.fail('Qdp_Lif_Stats_Get', nth=2)")
+    done = run("smartnic_drops.py", "--top", "9999", prepare="host.fail('Qdp_Lif_Stats_Get', nth=2)")
     assert done.returncode == 2
     assert done.stderr == "Failed to get lif stats\nsmartnic_drops.py: the datapath refuses LifStatsGet(2)\n"
     assert "LIF 1 " in done.stdout and "LIF 3 " in done.stdout and "LIF 2 " not in done.stdout
 
 
 def test_a_second_page_that_is_refused(run):
-    done = run("smartnic_drops.py", prepare="host.fail('Qdp_P4_Cmd', nth=2)")
+    done = run("smartnic_drops.py", "--top", "9999", prepare="host.fail('Qdp_P4_Cmd', nth=2)")
     assert done.returncode == 2
     assert done.stderr == "Failed to get lif port list\nsmartnic_drops.py: the datapath refuses LifPortList(95)\n"
     assert "LIF 94 " in done.stdout and "LIF 96 " not in done.stdout and "port 96 " in done.stdout
