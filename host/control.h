@@ -23,9 +23,10 @@ int qdp_host_replay(const char* path);
 // prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
 const char* qdp_host_error(void);
 
-// The scenario of the host as it stands, null when there is none; and the JSON schema of scenarios. Valid until the next
-// call of the same function.
+// The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema of
+// scenarios. Valid until the next call of the same function.
 const char* qdp_host_scenario(void);
+const char* qdp_host_summary(void);
 const char* qdp_host_schema(void);
 
 // Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
@@ -61,14 +62,14 @@ void qdp_host_record(int on);
 // function. An argument is a number; a text or null; {"bytes": hex}; {"capacity": n} for an output, null without one.
 const char* qdp_host_calls(void);
 
-// The names of the operations that the stand-ins call by, and of those that are answered from the state, as a JSON
-// array each; valid until the next call of the same function.
+// The names of the operations that are answered from the state, as a JSON array; valid until the next call of this
+// function.
 const char* qdp_host_operations(void);
 
 // Values that the switch state library handed out and has not got back.
 size_t qdp_host_values_out(void);
 
-// Stops the clock; and moves a stopped clock on.
+// Stops the clock, at a full second; and moves it on, whether it is stopped or not.
 void qdp_host_freeze_time(void);
 void qdp_host_advance_time(uint64_t nanoseconds);
 

@@ -169,6 +169,14 @@ const char* qdp_host_scenario(void)
     return present ? kept_text(text, [&] { return scenario::written(*present); }) : nullptr;
 }
 
+const char* qdp_host_summary(void)
+{
+    const std::lock_guard lock{loaded().mutex};
+    static std::string text;
+    const Host* present = loaded_host();
+    return present ? kept_text(text, [&] { return scenario::summary(*present); }) : nullptr;
+}
+
 const char* qdp_host_schema(void)
 {
     const std::lock_guard lock{loaded().mutex};

@@ -14,6 +14,9 @@ Host load_default();
 // The scenario of a host as it stands. Its counters have no past.
 std::string written(const Host& host);
 
+// How many switches, ports, flows and so on it has, as JSON under the words that `qdp-host show` prints.
+std::string summary(const Host& host);
+
 // The JSON schema of scenarios.
 std::string schema();
 

@@ -1,4 +1,4 @@
-"""All methods on the built-in host: each succeeds, with the kind of result that it is documented to have."""
+"""All methods on the default scenario: each succeeds, with the kind of result that it is documented to have."""
 
 import inspect
 

@@ -181,6 +181,61 @@ class TestShow:
             "",
         )
 
+    def test_a_summary_of_a_smartnic(self, build, tmp_path):
+        """Of the repeated entries all are counted."""
+        scenario = {
+            "switches": [
+                {"alias": "old", "datapath": False},
+                {
+                    "alias": "nic",
+                    "number": 7,
+                    "lcores": [1],
+                    "ports": [{"client": "UPLINK"}, {"repeat": 2}],
+                    "macTable": {"macs": [{"repeat": 10, "port": 1, "mac": {"from": "02:00:00:00:00:10"}}]},
+                },
+            ],
+            "devices": [],
+            "l3span": [
+                {
+                    "switch": 7,
+                    "address": "10.0.0.1",
+                    "gre": {
+                        **{"sourceMac": "02:00:00:00:00:01", "destinationMac": "02:00:00:00:00:02"},
+                        **{"source": "10.0.0.2", "destination": "10.0.0.3"},
+                    },
+                }
+            ],
+            "smartnic": {
+                "switch": 7,
+                "hostPfs": [1, 2],
+                "lifs": [{"repeat": 4, "lif": {"from": 20}}],
+                "muxSwitches": [{"switch": 7}],
+            },
+            "flows": [{"repeat": 5, "lcore": 1, "offloaded": True}, {"repeat": 6, "lcore": 1}],
+            "clearedLcores": [1],
+            "pipeline": {"tables": [{"table": 0, "entryBytes": 4, "entries": 9}]},
+        }
+        (tmp_path / "nic.json").write_text(json.dumps(scenario))
+        assert qdp_host(build, "show", tmp_path / "nic.json") == (
+            0,
+            "Switches\n"
+            "  number  alias   MTU  lcores  ports  uplinks  MACs  flows\n"
+            "       -  old       -       -      -        -     -      -\n"
+            "       7  nic    1500       1      3        1    10     11\n"
+            "SmartNIC\n"
+            "  behind the uplinks of switch 7\n"
+            "  2 host PFs, 4 LIFs, 0 VLAN ports, 1 switches in mux mode\n"
+            "  5 offloaded flows, 0 tunnels, 0 mirror sessions, 0 port mirrors, 1 hardware tables\n"
+            "Elsewhere\n"
+            "  0 devices, 1 L3 SPAN records\n",
+            "",
+        )
+
+    def test_a_host_without_anything(self, build, tmp_path):
+        (tmp_path / "empty.json").write_text("{}")
+        printed = "No switches\nNo SmartNIC\nElsewhere\n  0 devices, 0 L3 SPAN records\n"
+        assert qdp_host(build, "show", tmp_path / "empty.json") == (0, printed, "")
+
     def test_the_default_one(self, build):
         code, printed, error = qdp_host(build, "show")
         assert (code, error) == (0, "")

@@ -55,15 +55,31 @@ def sweep(host, lcore=0):
     return count
 
 
-def test_a_sweep_over_a_flow_table_takes_linear_time(control, host, tmp_path):
-    seconds = {}
-    for flows in (10_000, 100_000, 1_000_000):
+@pytest.fixture
+def load_flows(control, tmp_path):
+    """Loads a host that has so many flows, all on lcore 0."""
+
+    def load(flows):
         path = tmp_path / "flows.json"
         path.write_text(
             '{"switches": [{"alias": "a", "ports": [{}]}], "flows": [{"repeat": %d, "lcore": 0, '
             '"source": {"from": "10.0.0.1"}, "destination": "10.9.0.1", "protocol": "udp"}]}' % flows
         )
         assert control.load(path) == 0
+
+    return load
+
+
+def test_a_summary_takes_little_beside_the_load(load_flows, host):
+    load = least_seconds(lambda: load_flows(100_000), times=2)
+    assert host.summary()["switches"][0]["flows"] == 100_000
+    assert least_seconds(host.summary) < 0.2 * load
+
+
+def test_a_sweep_over_a_flow_table_takes_linear_time(load_flows, host):
+    seconds = {}
+    for flows in (10_000, 100_000, 1_000_000):
+        load_flows(flows)
         assert sweep(host) == flows
         seconds[flows] = least_seconds(lambda: sweep(host), times=3 if flows < 1_000_000 else 1)
         # Of a table that is ten times as long, tenfold. A sweep whose pages looked for their place from the start of the

@@ -1,15 +1,13 @@
 """The command qdp-host: runs scripts on the embedded host, and checks and shows scenarios."""
 
 import argparse
-import json
 import os
 import shutil
 import signal
 import sys
 
-from . import _host, _places
+from . import _host, _places, _summary
 from ._places import HostError
-from ._summary import summary
 
 USAGE = 1  # a wrong command line
 NO_HOST = 2  # a host that cannot be set up, or a scenario that is not valid
@@ -151,8 +149,7 @@ def show(options):
     host = _host.the_host()
     if options.file is not None:
         host.load(options.file)
-    scenario = host.scenario()
-    print(json.dumps(scenario, indent=2) if options.json else "\n".join(summary(scenario)))
+    sys.stdout.write(host.scenario_text() if options.json else "\n".join(_summary.lines(host.summary())) + "\n")
     return 0
 
 

@@ -79,6 +79,7 @@ class EmbeddedHost:
             ("reset", None),
             ("load", ctypes.c_int, text),
             ("scenario", text),
+            ("summary", text),
             ("schema", text),
             ("replay", ctypes.c_int, text),
             ("error", text),
@@ -128,12 +129,23 @@ class EmbeddedHost:
         """
         self._take("load", None if scenario is None else _places.scenario_file(scenario))
 
+    def _text(self, function):
+        text = getattr(self._control, "qdp_host_" + function)()
+        if text is None:
+            raise HostError((self._control.qdp_host_error() or b"there is not enough memory").decode(errors="replace"))
+        return text.decode()
+
+    def scenario_text(self):
+        """The present state as the text of a scenario file."""
+        return self._text("scenario")
+
     def scenario(self):
         """The present state as a scenario, which load() takes when it is in a file."""
-        text = self._control.qdp_host_scenario()
-        if text is None:
-            raise HostError(self._control.qdp_host_error().decode(errors="replace"))
-        return json.loads(text)
+        return json.loads(self.scenario_text())
+
+    def summary(self):
+        """How many switches, ports, flows and so on the host has at present."""
+        return json.loads(self._text("summary"))
 
     def replay(self, capture):
         """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""
