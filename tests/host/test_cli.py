@@ -138,6 +138,12 @@ class TestScenarios:
         variables = {"QDP_HOST_REPLAY": "nowhere"}
         assert qdp_host(build, "run", "--scenario", busy, path, variables=variables)[1] == "['edge']\n"
 
+    def test_variables_that_are_empty_are_not_set(self, build, tmp_path):
+        variables = {"QDP_HOST_SCENARIO": "", "QDP_HOST_REPLAY": ""}
+        path = script(tmp_path, COUNTING)
+        assert qdp_host(build, "run", path, variables=variables) == qdp_host(build, "run", path)
+        assert qdp_host(build, "show", variables=variables) == qdp_host(build, "show")
+
     @pytest.mark.parametrize("by", ["option", "environment"])
     def test_one_that_is_not_valid(self, build, tmp_path, broken, by):
         path = script(tmp_path, "print('started')")
