@@ -508,9 +508,7 @@ class TestMuxScenario:
 
 class TestLargeScenario:
     @pytest.fixture
-    def large(self, control, scenarios, host, build):
-        if "sanitize" in build.name:
-            pytest.skip("takes minutes under the sanitizers")
+    def large(self, release_only, control, scenarios, host):
         assert control.load(scenarios / "large.json") == 0, control.error()
         host.freeze()
         return host
