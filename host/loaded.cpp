@@ -50,6 +50,13 @@ bool attempt(Make make)
     return false;
 }
 
+// Null: not set; nor is it, by convention, when it is empty.
+const char* environment(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value && *value ? value : nullptr;
+}
+
 // Null: none.
 bool load_replay(const char* path)
 {
@@ -65,7 +72,7 @@ bool load_replay(const char* path)
 void ask_environment_for_replay()
 {
     if (!loaded().is_environment_asked)
-        load_replay(std::getenv("QDP_HOST_REPLAY"));
+        load_replay(environment("QDP_HOST_REPLAY"));
 }
 
 // Null: the default scenario.
@@ -109,7 +116,7 @@ Host* loaded_host()
         return nullptr;
     if (!state.scenario)
         state.scenario = state.first_scenario;
-    if (!state.scenario && load(std::getenv("QDP_HOST_SCENARIO")))
+    if (!state.scenario && load(environment("QDP_HOST_SCENARIO")))
         state.first_scenario = state.scenario;
     if (!state.host && state.scenario)
         attempt([&] {

@@ -8,6 +8,7 @@ namespace host::scenario {
 namespace {
 
 constexpr size_t longest_found = 60;
+constexpr size_t most_steps = 16;  // around a value
 
 const Json* cycled(const Place& place)
 {
@@ -72,10 +73,12 @@ Place Place::child(size_t child_index, const Json* value) const
     return in_turn({value, known_steps, this, nullptr, child_index, turn});
 }
 
-Place::Counted Place::counted() const
+Place::Counted Place::counted(size_t steps_around) const
 {
     if (!turn || !json || !json->is_object() || !json->contains("from"))
         return {json, 0};
+    if (steps_around == most_steps)
+        fail("a value with at most " + std::to_string(most_steps) + " steps around it");
     auto known = known_steps->find(json);
     if (known == known_steps->end()) {
         Steps made;
@@ -86,7 +89,7 @@ Place::Counted Place::counted() const
         known = known_steps->emplace(json, made).first;
     }
     const Steps& steps = known->second;
-    const Counted from = child("from", steps.from).counted();
+    const Counted from = child("from", steps.from).counted(steps_around + 1);
     return {from.json, from.added + steps.added(*turn)};
 }
 

@@ -56,7 +56,7 @@ struct Place {
         const Json* json;
         uint64_t added;
     };
-    Counted counted() const;
+    Counted counted(size_t steps_around = 0) const;
 
     std::string pointer() const;
     std::string found() const;

@@ -39,6 +39,13 @@ def control(host, build):
 
 
 @pytest.fixture
+def release_only(build):
+    """For tests of what things cost, and of the large scenario, which takes minutes under the sanitizers."""
+    if "sanitize" in build.name:
+        pytest.skip("takes minutes under the sanitizers, whose cost is not the host's")
+
+
+@pytest.fixture
 def scenarios(root):
     """The folder of the scenarios that ship."""
     return root / "host" / "scenarios"

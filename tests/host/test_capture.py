@@ -44,6 +44,14 @@ class TestRuns:
         assert header == HEADER
         assert sorted({call["operation"] for call in calls}) == sorted(host.operations())
 
+    def test_every_operation_succeeds_at_some_call(self, host, sweep):
+        """Not only has each operation an answer: with arguments that make sense, the answer is that all is well."""
+        returning_nothing = {"DVSState_SwitchForEach", "DVSState_GlobalPropForEach", "DVSHCK_DataFree"}
+        succeeded = {
+            call["operation"] for call in lines_of(sweep[0])[1:] if call["result"] == 0 or isinstance(call["result"], (str, dict))
+        }
+        assert sorted(succeeded | returning_nothing) == sorted(host.operations())
+
     def test_a_frozen_host_is_recorded_the_same_twice(self, build, root, sweep, tmp_path):
         again = tmp_path / "again"
         assert qdp_host(build, "run", "--capture", again, root / "tests" / "host" / "sweep.py") == sweep[1]

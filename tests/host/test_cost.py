@@ -10,10 +10,7 @@ FLOW_PAGE = 10264
 NO_MORE = 0xFFFFFFFF
 
 
-@pytest.fixture(autouse=True)
-def release_only(build):
-    if "sanitize" in build.name:
-        pytest.skip("a sanitizer's cost is not the host's")
+pytestmark = pytest.mark.usefixtures("release_only")
 
 
 def least_seconds(call, times=5):

@@ -100,9 +100,7 @@ def test_all_that_can_succeed_in_mux_mode(start, qdp, monkeypatch):
     assert wrong == []
 
 
-def test_all_of_the_datapath_that_can_succeed_on_the_large_host(start, qdp, build):
-    if "sanitize" in build.name:
-        pytest.skip("takes minutes under the sanitizers")
+def test_all_of_the_datapath_that_can_succeed_on_the_large_host(release_only, start, qdp):
     start("large.json")
     names = list(RECIPES)
     wrong = []

@@ -236,6 +236,29 @@ class TestDelays:
             host.delay("Qdp_Nothing", 1)
 
 
+class TestWhatCannotBe:
+    """It is refused where the test says it, and nothing changes."""
+
+    @pytest.mark.parametrize("seconds", [-1, -1e-9, 2**63, 1e12, float("nan"), float("inf")])
+    def test_times(self, host, qdp, seconds):
+        host.freeze()
+        before = qdp.result("GetPortStats", 0, 0)
+        for refused in (lambda: host.advance(seconds), lambda: host.delay("Qdp_Get_Port_Stats", seconds)):
+            with pytest.raises((ValueError, OverflowError)):
+                refused()
+        assert qdp.result("GetPortStats", 0, 0) == before
+
+    @pytest.mark.parametrize("calls", [{"nth": 0}, {"nth": -1}, {"times": -1}])
+    def test_chosen_calls(self, host, calls):
+        for refused in (
+            lambda: host.fail("Qdp_Set_Flow_Timeout", **calls),
+            lambda: host.delay("Qdp_Set_Flow_Timeout", 60, **calls),
+        ):
+            with pytest.raises(ValueError, match="nth counts from 1"):
+                refused()
+        assert host.libqdp.Qdp_Set_Flow_Timeout(1) == 0
+
+
 class TestSnapshots:
     def test_the_state_comes_back_as_often_as_wanted(self, host, qdp):
         snapshot, macs = host.snapshot(), qdp.result("ListPortMACTable", 0, 3)

@@ -186,6 +186,10 @@ FAULTS = {
         switch(ports=[{"repeat": 3, "number": {"from": 1, "steps": 2}}]),
         "/switches/0/ports/0/number/steps: expected one of the keys from, step, every, offset, modulo, found an unknown key",
     ),
+    "steps around steps, without end": (
+        '{"devices": [{"repeat": 2, "name": "n", "affinity": ' + '{"from": ' * 100_000 + "1" + "}" * 100_000 + "}]}",
+        f"/devices/0/affinity{'/from' * 16}: expected a value with at most 16 steps around it, found an object",
+    ),
     "turns outside a repeated entry": (
         port(name={"cycle": ["a"]}),
         "/switches/0/ports/1/name: expected a text of 1 to 127 bytes, found an object",
@@ -504,9 +508,7 @@ class TestMuxScenario:
 
 class TestLargeScenario:
     @pytest.fixture
-    def large(self, control, scenarios, host, build):
-        if "sanitize" in build.name:
-            pytest.skip("takes minutes under the sanitizers")
+    def large(self, release_only, control, scenarios, host):
         assert control.load(scenarios / "large.json") == 0, control.error()
         host.freeze()
         return host

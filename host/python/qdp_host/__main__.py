@@ -106,9 +106,9 @@ def choose_answers(options, environment):
         environment["QDP_HOST_SCENARIO"] = _places.scenario_file(options.scenario)
     if options.replay:
         environment["QDP_HOST_REPLAY"] = os.path.abspath(options.replay)
-    if "QDP_HOST_REPLAY" in environment:
+    if environment.get("QDP_HOST_REPLAY"):
         _host.the_host().replay(environment["QDP_HOST_REPLAY"])
-    elif "QDP_HOST_SCENARIO" in environment:
+    elif environment.get("QDP_HOST_SCENARIO"):
         _host.the_host().load(environment["QDP_HOST_SCENARIO"])
 
 

@@ -12,6 +12,7 @@ from . import _places
 from ._places import HostError
 
 NANOSECONDS_A_SECOND = 1000000000
+MOST_NANOSECONDS = 2**63 - 1
 
 # A call of a platform operation: its name and its arguments, in order. A buffer and its size word are one argument.
 # Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
@@ -51,6 +52,19 @@ def _loaded(folder, name):
         return ctypes.PyDLL(path)
     except OSError as error:
         raise HostError("{} cannot be loaded: {}".format(path, error)) from error
+
+
+def _nanoseconds(seconds):
+    nanoseconds = round(seconds * NANOSECONDS_A_SECOND)
+    if not 0 <= nanoseconds <= MOST_NANOSECONDS:
+        raise ValueError("{!r} seconds: time goes on only, and for less than 292 years".format(seconds))
+    return nanoseconds
+
+
+def _chosen_calls(nth, times):
+    if nth < 1 or times < 0:
+        raise ValueError("nth counts from 1, and times from 0, which is for ever; not {!r} and {!r}".format(nth, times))
+    return nth, times
 
 
 class Snapshot:
@@ -180,7 +194,7 @@ class EmbeddedHost:
 
     def fail(self, operation, status=1, nth=1, times=1):
         """Fail `operation` with `status` from its nth call from now on, `times` times; 0 times is for ever."""
-        self._call("fail", operation, status, nth, times)
+        self._call("fail", operation, status, *_chosen_calls(nth, times))
 
     def delay(self, operation, seconds, nth=1, times=1):
         """Let `operation` take so much longer from its nth call from now on, `times` times; 0 times is for ever.
@@ -188,7 +202,7 @@ class EmbeddedHost:
         The time is real, whether the host's clock is stopped or not. The module keeps the interpreter lock during a
         call, as it does on a real host: other threads of Python wait as well.
         """
-        self._call("delay", operation, round(seconds * NANOSECONDS_A_SECOND), nth, times)
+        self._call("delay", operation, _nanoseconds(seconds), *_chosen_calls(nth, times))
 
     @contextlib.contextmanager
     def recording(self):
@@ -216,7 +230,7 @@ class EmbeddedHost:
 
     def advance(self, seconds):
         """Move the clock on."""
-        self._control.qdp_host_advance_time(round(seconds * NANOSECONDS_A_SECOND))
+        self._control.qdp_host_advance_time(_nanoseconds(seconds))
 
 
 _the_host = None
