@@ -95,13 +95,17 @@ def _names(mutants):
 
 class Equivalents:
     """The list of changes that change nothing that can be seen. An entry names a source, the text of its line and the
-    change; so it stands for every place of that line where the compiler put the same code."""
+    change, and stands for every place of that line where the compiler put the same code; or it names a table of fields
+    in place of a line, and stands for all its rows."""
 
     def __init__(self, path, sources):
         listed = tomllib.loads(path.read_text())
         self._arguments = listed["argument"]
-        self._because = {(each["file"], each["line"], each["change"]): each["because"] for each in listed["equivalent"]}
         self._sources = sources
+        self._because = {}
+        for each in listed["equivalent"]:
+            for change in each["changes"]:
+                self._because[each["file"], each.get("line") or each["table"], change] = each["because"]
         unknown = set(self._because.values()) - set(self._arguments)
         if unknown:
             raise LookupError(f"{path} has no argument named {', '.join(unknown)}")
@@ -109,14 +113,15 @@ class Equivalents:
     def line(self, mutant):
         return self._sources.line(mutant.files[0], mutant.line)
 
-    def _key(self, mutant):
-        return mutant.files[0], self.line(mutant), mutant.change
+    def _keys(self, mutant):
+        """The entries that may stand for a mutant."""
+        for where in (self.line(mutant), mutant.function.split(" ")[0]):
+            yield mutant.files[0], where, mutant.change
 
     def reason(self, mutant):
         """Why a change cannot be noticed, or None."""
-        name = self._because.get(self._key(mutant))
-        return name and self._arguments[name]
+        return next((self._arguments[self._because[key]] for key in self._keys(mutant) if key in self._because), None)
 
     def unused(self, survivors):
-        used = {self._key(each) for each in survivors}
+        used = {key for each in survivors for key in self._keys(each)}
         return [": ".join(each) for each in self._because if each not in used]

@@ -71,10 +71,4 @@ inline PyObject* built_or_null(PyRef result, bool complete = true)
     return complete ? result.release() : nullptr;
 }
 
-// An object that has been built, or is null: MemoryError is raised then, as Py_BuildValue does.
-inline PyObject* built_or_no_memory(PyObject* object)
-{
-    return object ? object : PyErr_NoMemory();
-}
-
 }  // namespace qdp

@@ -124,4 +124,10 @@ PyObject* dict_or_null(Fields fields, Bytes record)
     return built_or_null(std::move(dict), complete);
 }
 
+PyObject* dict_or_no_memory(Fields fields, Bytes record)
+{
+    PyObject* dict = dict_of(fields, record).release();
+    return dict ? dict : PyErr_NoMemory();
+}
+
 }  // namespace qdp

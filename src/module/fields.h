@@ -150,6 +150,9 @@ PyObject* list_of(uint64_t length, Make make)
 PyObject* dict_or_none(Fields fields, Bytes record, const char* no_dict = no_buffer);
 PyObject* dict_or_null(Fields fields, Bytes record);
 
+// A table's dict whose making fails as Py_BuildValue does: MemoryError is raised.
+PyObject* dict_or_no_memory(Fields fields, Bytes record);
+
 // A list with one dict an entry. A list that cannot be made is a text on standard error and None; what cannot be put
 // into it is SystemError beside None.
 inline PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list = no_buffer)

@@ -80,7 +80,7 @@ PyObject* PyQDP_GetFPOEnabled(PyObject*, PyObject* args)
     FpoSettings settings;
     if (!resolve_switch_id(alias, id) || !read_settings(id, settings))
         return none();
-    return built_or_no_memory(dict_of(settings_fields, bytes_of(settings)).release());
+    return dict_or_no_memory(settings_fields, bytes_of(settings));
 }
 
 PyObject* PyQDP_EnableFPO(PyObject*, PyObject* args)

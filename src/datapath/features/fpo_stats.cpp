@@ -147,7 +147,7 @@ PyObject* PyQDP_Get_FPO_Uplink_Status(PyObject*, PyObject* args)
     uint32_t size = sizeof record;
     if (Qdp_Get_FPO_Uplink_Status(switch_number, port, &record, &size) != 0)
         return print_none("Failed to get FPO uplink status.\n");
-    return built_or_no_memory(dict_of(uplink_status_fields, bytes_of(record)).release());
+    return dict_or_no_memory(uplink_status_fields, bytes_of(record));
 }
 
 PyObject* PyQDP_Get_FPO_Uplink_Stats(PyObject*, PyObject* args)
@@ -160,7 +160,7 @@ PyObject* PyQDP_Get_FPO_Uplink_Stats(PyObject*, PyObject* args)
     uint32_t size = sizeof record;
     if (Qdp_Get_FPO_Uplink_Stats(switch_number, port, &record, &size) != 0)
         return print_none("Failed to get FPO uplink stats.\n");
-    return built_or_no_memory(dict_of(uplink_stats_fields, bytes_of(record)).release());
+    return dict_or_no_memory(uplink_stats_fields, bytes_of(record));
 }
 
 }  // namespace qdp

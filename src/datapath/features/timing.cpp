@@ -49,7 +49,7 @@ PyObject* PyQDP_Get_FPO_Reval_Config(PyObject*, PyObject*)
     FpoRevalConfig config{};
     if (Qdp_Get_FPO_Reval_Config(&config) != 0)
         return print_none(cannot_get_reval_config);
-    return built_or_no_memory(dict_of(reval_fields, bytes_of(config)).release());
+    return dict_or_no_memory(reval_fields, bytes_of(config));
 }
 
 PyObject* PyQDP_Set_FPO_Reval_Config(PyObject*, PyObject* args)
@@ -75,7 +75,7 @@ PyObject* PyQDP_Get_FPO_DelayCtOl_Config(PyObject*, PyObject*)
     FpoConntrackDelay delay{};
     if (Qdp_Get_FPO_DelayCtOl_Config(&delay) != 0)
         return print_none(cannot_get_reval_config);
-    return built_or_no_memory(dict_of(conntrack_delay_fields, bytes_of(delay)).release());
+    return dict_or_no_memory(conntrack_delay_fields, bytes_of(delay));
 }
 
 // The arguments come in the reverse order of the record.

@@ -82,6 +82,16 @@ class TestEveryGetter:
         )
 
     @every_setting
+    @pytest.mark.parametrize("value", [b"\1", b"\0\1", b"\0\0\1"])
+    def test_what_a_short_value_lacks_reads_as_zero(self, configured, on_switch, setting, value):
+        configured.script("DVSHCK_HostPropGet", outputs=[value])
+        assert on_switch("GetSwitch" + setting.name, ALIAS) == Outcome(
+            None,
+            f"Format of property {setting.key} value is from unknown version.\n",
+            calls=[FIND, read(setting), FREE],
+        )
+
+    @every_setting
     @pytest.mark.parametrize("length", [0, 1, 4, 5, 6, 7, 8, 9, 24])
     def test_a_length_must_be_exact(self, configured, on_switch, setting, length):
         configured.script("DVSHCK_HostPropGet", outputs=[bytes(length)])

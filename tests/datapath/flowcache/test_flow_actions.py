@@ -25,6 +25,10 @@ MAX = 0xFFFFFFFFFFFFFFFF
 ACTION_TEXTS = golden("actions.txt")
 
 
+DROP, META_FLOW = 5, 37
+BITMAP = 16  # its place in a group
+
+
 class Flow:
     """A flow's entry: contexts, counters and key, then the action area, its group and its tail."""
 
@@ -33,7 +37,14 @@ class Flow:
         self.action_area = area() if action_area is None else action_area
         self.action_group = group() if action_group is None else action_group
         self.data = self.action_area + self.action_group + self.action_tail
+        self.sides = sides
         self.entry = (sides or contexts()).ljust(112, OTHER) + self.data
+        (self.bitmap,) = struct.unpack_from("<Q", self.action_group, BITMAP)
+
+    def with_bitmap(self, bitmap):
+        changed = bytearray(self.action_group)
+        struct.pack_into("<Q", changed, BITMAP, bitmap)
+        return Flow(self.action_area, bytes(changed), self.action_tail, self.sides)
 
 
 # The length that the header shows is the area's own; the tail is found by the length that the caller gives.
@@ -120,6 +131,14 @@ class TestFCActionsToStr:
     @pytest.mark.parametrize("case", ACTION_TEXTS)
     def test_golden_line(self, exported, case):
         assert self.written(exported, FLOWS[case]) == (0, ACTION_TEXTS[case], "")
+
+    @pytest.mark.parametrize("case", [case for case, flow in FLOWS.items() if flow.bitmap and not flow.bitmap >> META_FLOW & 1])
+    def test_an_action_is_followed_by_another(self, exported, case):
+        flow = FLOWS[case]
+        bitmap = flow.bitmap | 1 << META_FLOW
+        text = ACTION_TEXTS[case].replace(f"bmap:{flow.bitmap:#x} ", f"bmap:{bitmap:#x} ")
+        is_last = flow.bitmap >> DROP & 1 or "MC: " in text
+        assert self.written(exported, flow.with_bitmap(bitmap)) == (0, text + ("" if is_last else "MetaFlow; "), "")
 
     def test_the_group_lies_where_the_caller_says(self, exported):
         memory = memory_of(area() + OTHER * 5 + group(11))
