@@ -118,8 +118,9 @@ uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
                 argument.output.reported(scripted.bytes.size());
             if (scripted.size)
                 argument.output.reported(*scripted.size);
-        } else if (scripted.is_set) {
-            hand_out(argument.handed, scripted.bytes);
+        } else {
+            if (scripted.is_set)
+                hand_out(argument.handed, scripted.bytes);
             if (scripted.size && argument.handed.length)
                 *argument.handed.length = *scripted.size;
         }
