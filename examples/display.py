@@ -1,25 +1,25 @@
 """How the examples show what they read: aligned tables, and bars."""
 
-import signal
+from typing import Container, List, Optional, Sequence, Tuple
 
 
-def end_with_the_reader():
-    """From here on, a pager that is closed before the end ends the script without a word."""
-    signal.signal(signal.SIGPIPE, signal.SIG_DFL)
+def is_number(text: str) -> bool:
+    return text.translate(str.maketrans("", "", ",.")).lstrip("-").isdigit()
 
 
-def is_number(text):
-    return text.replace(",", "").lstrip("-").isdigit()
-
-
-def table(headings, rows, indent="  ", to_the_right=None):
+def table(
+    headings: Sequence[str],
+    rows: Sequence[Sequence[object]],
+    indent: str = "  ",
+    to_the_right: Optional[Container[str]] = None,
+) -> None:
     """Prints aligned lines. The headings to the right are given, or are those above nothing but numbers."""
-    rows = [[str(cell) for cell in row] for row in rows]
-    columns = list(zip(headings, *rows))
+    texts = [[str(cell) for cell in row] for row in rows]
+    columns = list(zip(headings, *texts))
     widths = [max(map(len, column)) for column in columns]
     if to_the_right is None:
         to_the_right = [heading for heading, *cells in columns if all(map(is_number, cells))]
-    for row in [headings] + rows:
+    for row in [list(headings)] + texts:
         placed = [
             cell.rjust(width) if heading in to_the_right else cell.ljust(width)
             for heading, cell, width in zip(headings, row, widths)
@@ -27,11 +27,11 @@ def table(headings, rows, indent="  ", to_the_right=None):
         print((indent + "  ".join(placed)).rstrip())
 
 
-def bars(counts, width, indent="  "):
+def bars(counts: List[Tuple[str, int]], width: int, indent: str = "  ") -> None:
     """Prints a bar for each (label, count), of which the longest ends at the width. Only a count of 0 has no bar."""
-    most = max(count for _, count in counts)
-    labels = max(len(label) for label, _ in counts)
-    digits = max(len(f"{count:,}") for _, count in counts)
+    most = max((count for _, count in counts), default=0)
+    labels = max((len(label) for label, _ in counts), default=0)
+    digits = len(f"{most:,}")
     room = max(width - len(indent) - labels - digits - 4, 10)
     for label, count in counts:
         length = -(-count * room // most) if count > 0 else 0  # rounded up

@@ -1,38 +1,31 @@
 """Follows one flow through the SmartNIC's pipeline: where it comes from, how its packets are edited, the tunnel that
 they travel in, the counters and the connection that they belong to, and where they leave.
 
-    script/run examples/follow_flow.py               the first flow that the pipeline knows
-    script/run examples/follow_flow.py 101           the flow that a flow table shows with "hwFlowIdx: 101"
-    script/run examples/follow_flow.py --key source=02:1b:21:02:00:1c destination=02:50:56:0a:00:c0 port=42 protocol=6 \\
+    follow_flow.py               the first flow that the pipeline knows
+    follow_flow.py 101           the flow that top_flows.py shows with "hwFlowIdx: 101"
+    follow_flow.py --key source=02:1b:21:02:00:1c destination=02:50:56:0a:00:c0 port=42 protocol=6 \\
         source_ip=10.2.3.199 destination_ip=10.2.17.137 source_port=35456 destination_port=443
-
-Runs on a real host, and anywhere on the embedded one.
 """
 
+import argparse
 import ipaddress
-import sys
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Optional, Tuple
 
 import _libqdp
+from command import Datapath, Parser, Row, mac_address, run
 
 # The pipeline gives its entries away one by one; where no flow is named, so many are looked at.
 SEARCHED = 4096
+END = 1 << 22  # of the flow indexes
 
 # Which table of a pair is for the way in is up to the pipeline's program; on the embedded host both are the same.
 WAY_IN, WAY_OUT = 0, 1
 
-
-def mac(text):
-    """A MAC address as the number that its text shows."""
-    digits = bytes.fromhex(text.replace(":", ""))
-    if len(digits) != 6:
-        raise ValueError("a MAC address has six bytes")
-    return int.from_bytes(digits, "big")
-
-
-KEY_PARTS = {
+# The parts of a flow's key with what reads each; what is left out is zero.
+KEY_PARTS: Dict[str, Callable[[str], Any]] = {
     "vlan": int,
-    "source": mac,
-    "destination": mac,
+    "source": lambda text: int(mac_address(text).replace(":", ""), 16),
+    "destination": lambda text: int(mac_address(text).replace(":", ""), 16),
     "port": int,
     "index": int,
     "vni": int,
@@ -44,149 +37,134 @@ KEY_PARTS = {
 }
 
 
-def halves(address):
+def flow_index(text: str) -> int:
+    index = int(text)
+    if not 0 <= index < END:
+        raise ValueError("out of range")
+    return index
+
+
+def key_part(text: str) -> Tuple[str, Any]:
+    name, _, value = text.partition("=")
+    if name not in KEY_PARTS:
+        raise argparse.ArgumentTypeError(f"a flow's key has no part {name!r}; it has {', '.join(KEY_PARTS)}")
+    return name, KEY_PARTS[name](value)
+
+
+def add_options(parser: Parser) -> None:
+    named = parser.add_mutually_exclusive_group()
+    named.add_argument("index", type=flow_index, nargs="?", help="of the flow")
+    parts = "of the flow: " + ", ".join(KEY_PARTS)
+    named.add_argument("--key", type=key_part, nargs="+", metavar="PART=VALUE", help=parts)
+
+
+def halves(address: Any) -> List[int]:
     """The low and the high 64 bits of an address, as the signed numbers that the module takes."""
     number = int(address)
     return [half - (1 << 64) if half >> 63 else half for half in (number & (1 << 64) - 1, number >> 64)]
 
 
-def index_of_key(words):
-    """Looks a flow up by its key, whose parts are given as name=value; what is left out is zero."""
-    key = {name: 0 for name in KEY_PARTS}
-    key.update(source_ip=ipaddress.ip_address(0), destination_ip=ipaddress.ip_address(0))
-    for word in words:
-        name, _, text = word.partition("=")
-        if name not in KEY_PARTS:
-            sys.exit(f"A flow's key has no part {name!r}; it has {', '.join(KEY_PARTS)}")
-        try:
-            key[name] = KEY_PARTS[name](text)
-        except ValueError as error:
-            sys.exit(f"{word}: {error}")
-    if key["source_ip"].version != key["destination_ip"].version:
-        sys.exit("Both addresses of a flow are of one family")
-    found = _libqdp.TableFlowKeyGet(
-        *(key[name] for name in ("vlan", "source", "destination", "port", "index", "vni", "protocol")),
-        1 if key["source_ip"].version == 4 else 0,
-        *halves(key["source_ip"]),
-        *halves(key["destination_ip"]),
-        key["source_port"],
-        key["destination_port"],
-    )
-    if found is None:
-        sys.exit("The pipeline knows no such flow")
-    return found["flowIndex"]
+def index_of_key(datapath: Datapath, parts: List[Tuple[str, Any]]) -> Optional[int]:
+    values = dict(parts)
+    numbers = [values.get(name, 0) for name in KEY_PARTS]
+    is_ipv4 = not any(isinstance(value, ipaddress.IPv6Address) for value in numbers)
+    arguments = numbers[:7] + [int(is_ipv4)] + halves(numbers[7]) + halves(numbers[8]) + numbers[9:]
+    found = datapath.ask(_libqdp.TableFlowKeyGet, *arguments)
+    return found["flowIndex"] if found else None
 
 
-def first_index():
+def first_index(datapath: Datapath) -> Optional[int]:
     for index in range(SEARCHED):
-        info = _libqdp.TableFlowInfoGet(index)
+        info = datapath.ask(_libqdp.TableFlowInfoGet, index)
         if info is None:
-            sys.exit(1)  # the module has said why
+            return None
         if any(info.values()):
             return index
-    sys.exit(f"None of the first {SEARCHED} entries holds a flow")
+    datapath.refuse(f"none of the first {SEARCHED} entries holds a flow")
+    return None
 
 
-def step(title, *lines):
-    print(f"  {title}")
-    for line in lines:
-        if line:
-            print(f"      {line}")
+def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
+    """A row for each entry of a table on the flow's way, in the order of the way."""
 
+    def entry(step: str, method: Callable[..., Any], *arguments: int) -> Iterator[Row]:
+        answer = datapath.ask(method, *arguments)
+        if answer is not None:
+            yield {"step": step, "method": method.__name__, "arguments": list(arguments), "entry": answer}
 
-def port_line(port):
-    output = _libqdp.TableOutputGet(port)
-    if output is None:
-        return f"port {port}"
-    return f"port {port}, LIF {output['lifId']}, application {output['p4plusAppId']}"
+    def edge(step: str, end: str, way: str, table: int) -> Iterator[Row]:
+        """What is alike on the way in and on the way out."""
+        if info[f"is{end.capitalize()}Uplink"]:
+            for row in entry(step, _libqdp.TableUplinkMapGet):
+                yield dict(row, uplink=info[f"{end}UplinkIdx"])
+        if info[f"ct{way}Vld"]:
+            yield from entry(step, _libqdp.TableCTStateGet, info[f"ct{way}Idx"], table)
+        if info[f"ipfix{way}Vld"]:
+            yield from entry(step, _libqdp.TableIPFixGet, info[f"ipfix{way}Idx"], table)
+        for session in range(8):  # a bit each
+            if info[f"{way.lower()}Mirror"] >> session & 1:
+                yield from entry(step, _libqdp.TableMirrorGet, session, table)
 
-
-def uplink_line(index):
-    uplinks = _libqdp.TableUplinkMapGet()
-    return f"uplink {index}, logical port {uplinks[f'lport{index}']}" if uplinks else f"uplink {index}"
-
-
-def counters_line(index, table):
-    counters = _libqdp.TableIPFixGet(index, table)
-    if counters is None:
-        return None
-    flags = [name for bit, name in enumerate("FIN SYN RST PSH ACK URG ECE CWR".split()) if counters["tcpFlags"] >> bit & 1]
-    seen = f", TCP flags {' '.join(flags)}" if flags else ""
-    return f"counters {index}: {counters['pkts']:,} packets, {counters['bytes']:,} bytes{seen}"
-
-
-def connection_line(index, table):
-    state = _libqdp.TableCTStateGet(index, table)
-    if state is None:
-        return None
-    return (
-        f"connection {index}: source in state {state['srcState']} from sequence {state['srcSeqlo']}, "
-        f"destination in state {state['dstState']} from sequence {state['dstSeqlo']}"
-    )
-
-
-def mirror_lines(sessions, table):
-    """The sessions of one direction, a bit each."""
-    for session in range(8):
-        if sessions >> session & 1:
-            entry = _libqdp.TableMirrorGet(session, table)
-            if entry:
-                yield f"mirrored by session {session} to port {entry['dstPort']}, VLAN {entry['vlanID']}"
-
-
-def follow(index):
-    info = _libqdp.TableFlowInfoGet(index)
-    rewrite = _libqdp.TableFlowRewriteGet(index)
-    if info is None or rewrite is None:
-        sys.exit(1)  # the module has said why
-    if not any(info.values()):
-        sys.exit(f"The pipeline has no flow {index}")
-
-    print(f"Flow {index}: {info['count']:,} packets, {'dropped' if info['drop'] else 'forwarded'}")
-    step(
-        "comes in",
-        f"tag {info['srcTag']}" + (f", {uplink_line(info['srcUplinkIdx'])}" if info["isSrcUplink"] else ""),
-        "out of a tunnel" if info["decap"] else None,
-        connection_line(info["ctIngressIdx"], WAY_IN) if info["ctIngressVld"] else None,
-        counters_line(info["ipfixIngressIdx"], WAY_IN) if info["ipfixIngressVld"] else None,
-        *mirror_lines(info["ingressMirror"], WAY_IN),
-    )
-    edits = [name for name in ("vlanPop", "vlanPush", "vlanSet", "route") if rewrite[name]]
-    step(
-        "is rewritten",
-        f"{rewrite['smac']} -> {rewrite['dmac']}, VLAN {rewrite['vlanVid']}",
-        f"edits: {', '.join(edits)}" if edits else None,
-    )
-    if info["encap"]:
-        tunnel = _libqdp.TableTunnelRewriteGet(info["encapIdx"])
-        if tunnel:
-            step(
-                f"enters tunnel {info['encapIdx']}",
-                f"{tunnel['ipsa']} -> {tunnel['ipda']}, VNI {rewrite['vni']}, VLAN {tunnel['vlanID']}, TTL {tunnel['ttl']}",
-                f"{tunnel['smac']} -> {tunnel['dmac']}",
-            )
-    if info["drop"]:
-        step("is dropped")
+    index = options.index
+    if index is None:
+        index = index_of_key(datapath, options.key) if options.key else first_index(datapath)
+    if index is None:
         return
-    step(
-        "leaves",
-        port_line(info["dstPort"]) + (f", {uplink_line(info['dstUplinkIdx'])}" if info["isDstUplink"] else ""),
-        connection_line(info["ctEgressIdx"], WAY_OUT) if info["ctEgressVld"] else None,
-        counters_line(info["ipfixEgressIdx"], WAY_OUT) if info["ipfixEgressVld"] else None,
-        *mirror_lines(info["egressMirror"], WAY_OUT),
-    )
+    start = list(entry("comes in", _libqdp.TableFlowInfoGet, index))
+    info: Row = start[0]["entry"] if start else {}
+    if not any(info.values()):
+        if start:
+            datapath.refuse(f"the pipeline has no flow {index}")
+        return
+    yield from start
+    yield from edge("comes in", "src", "Ingress", WAY_IN)
+    yield from entry("is rewritten", _libqdp.TableFlowRewriteGet, index)
+    if info["encap"]:
+        yield from entry(f"enters tunnel {info['encapIdx']}", _libqdp.TableTunnelRewriteGet, info["encapIdx"])
+    if not info["drop"]:
+        yield from entry("leaves", _libqdp.TableOutputGet, info["dstPort"])
+        yield from edge("leaves", "dst", "Egress", WAY_OUT)
 
 
-def main(arguments):
-    if not arguments:
-        follow(first_index())
-    elif arguments[0] == "--key":
-        follow(index_of_key(arguments[1:]))
-    elif len(arguments) == 1 and arguments[0].isdecimal() and int(arguments[0]) < 1 << 22:
-        follow(int(arguments[0]))
-    else:
-        sys.exit(__doc__)
+def listed(label: str, names: Iterable[str], is_set: Callable[[int, str], object]) -> str:
+    """The names that are set, behind what they are."""
+    found = [name for i, name in enumerate(names) if is_set(i, name)]
+    return f", {label} {' '.join(found)}" if found else ""
+
+
+EDITS = "vlanPop vlanPush vlanSet vlanSetPcp ipDscpSet route".split()
+TCP_FLAGS = "FIN SYN RST PSH ACK URG ECE CWR".split()  # from the lowest bit on
+
+# How an entry reads, by method; the second argument is the number that it has.
+IN_WORDS: Dict[str, Callable[[Any, Any], str]] = {
+    "TableFlowInfoGet": lambda e, _: f"tag {e['srcTag']}{', out of a tunnel' if e['decap'] else ''}",
+    "TableUplinkMapGet": lambda e, i: f"uplink {i}, logical port {e[f'lport{i}']}",
+    "TableCTStateGet": lambda e, i: f"connection {i}: source in state {e['srcState']} from sequence {e['srcSeqlo']}, "
+    f"destination in state {e['dstState']} from sequence {e['dstSeqlo']}",
+    "TableIPFixGet": lambda e, i: f"counters {i}: {e['pkts']:,} packets, {e['bytes']:,} bytes"
+    + listed("TCP flags", TCP_FLAGS, lambda bit, _: e["tcpFlags"] >> bit & 1),
+    "TableMirrorGet": lambda e, i: f"mirrored by session {i} to port {e['dstPort']}, VLAN {e['vlanID']}",
+    "TableFlowRewriteGet": lambda e, _: f"{e['smac']} -> {e['dmac']}, VLAN {e['vlanVid']}, VNI {e['vni']}"
+    + listed("edits", EDITS, lambda _, name: e[name]),
+    "TableTunnelRewriteGet": lambda e, _: f"{e['ipsa']} -> {e['ipda']}, TTL {e['ttl']}, "
+    f"{e['smac']} -> {e['dmac']}, VLAN {e['vlanID']}",
+    "TableOutputGet": lambda e, i: f"port {i}, LIF {e['lifId']}, application {e['p4plusAppId']}",
+}
+
+
+def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
+    step = ""
+    for row in rows:
+        entry, arguments = row["entry"], row["arguments"]
+        if row["method"] == "TableFlowInfoGet":
+            fate = "dropped" if entry["drop"] else "forwarded"
+            print(f"Flow {arguments[0]}: {entry['count']:,} packets, {fate}")
+        if row["step"] != step:
+            step = row["step"]
+            print(f"  {step}")
+        number = row["uplink"] if "uplink" in row else arguments[0]
+        print(f"      {IN_WORDS[row['method']](entry, number)}")
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    run(__doc__, read, show, add_options)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -69,12 +70,24 @@ struct ValueOutput {
 struct Argument {
     enum class Kind { value, text, bytes, output, value_output };
 
+    // What a number is beyond a number, to whoever takes a call from one process into another.
+    enum class Meaning {
+        number,
+        handle,      // the library's name for something: told apart, never looked into
+        callback,    // gets the handles that a walk meets, one call each
+        context,     // the caller's own, which goes with the callback
+        given_back,  // a value that a ValueOutput handed out
+    };
+
     Kind kind;
     uint64_t value = 0;       // kind value: the number, sign-extended; else the pointer
     size_t width = 0;         // kind value: its bytes
     ByteSpan bytes = {};      // kind bytes
     Output output = {};       // kind output
     ValueOutput handed = {};  // kind value_output
+
+    Meaning meaning = Meaning::number;           // of a value, or of what an output receives
+    std::optional<uint64_t> second_parameter{};  // an argument may be made of two parameters, one behind the other
 };
 
 // --- How the table of operations describes its arguments ---
@@ -85,11 +98,35 @@ requires std::is_integral_v<Value> Argument in(Value value)
     return {Argument::Kind::value, static_cast<uint64_t>(value), sizeof value};
 }
 
-// A handle or a callback: only its address crosses the boundary.
+// Pointers that are not followed: only their addresses cross the boundary.
+template <class Target>
+Argument address(Target* target, Argument::Meaning meaning)
+{
+    Argument argument{Argument::Kind::value, reinterpret_cast<uint64_t>(target), sizeof target};
+    argument.meaning = meaning;
+    return argument;
+}
+
 template <class Target>
 Argument handle(Target* target)
 {
-    return {Argument::Kind::value, reinterpret_cast<uint64_t>(target), sizeof target};
+    return address(target, Argument::Meaning::handle);
+}
+
+template <class Function>
+Argument callback(Function* function)
+{
+    return address(function, Argument::Meaning::callback);
+}
+
+inline Argument context(void* context)
+{
+    return address(context, Argument::Meaning::context);
+}
+
+inline Argument given_back(void* value)
+{
+    return address(value, Argument::Meaning::given_back);
 }
 
 inline Argument text(const char* text)
@@ -97,38 +134,71 @@ inline Argument text(const char* text)
     return {Argument::Kind::text, reinterpret_cast<uint64_t>(text)};
 }
 
-inline Argument bytes(const void* data, size_t size)
+// Bytes of a known number, of a number that the next parameter gives, and as many items as the next parameter says.
+template <size_t size>
+Argument bytes(const void* data)
 {
     return {Argument::Kind::bytes, reinterpret_cast<uint64_t>(data), 0,
             ByteSpan{static_cast<const std::byte*>(data), data ? size : 0}};
 }
 
+inline Argument bytes(const void* data, uint32_t size)
+{
+    Argument argument = bytes<0>(data);
+    argument.bytes = {static_cast<const std::byte*>(data), data ? size : 0};
+    argument.second_parameter = size;
+    return argument;
+}
+
+template <class Item>
+Argument items(const Item* data, uint32_t count)
+{
+    Argument argument = bytes<0>(data);
+    argument.bytes = {reinterpret_cast<const std::byte*>(data), data ? count * sizeof(Item) : 0};
+    argument.second_parameter = count;
+    return argument;
+}
+
 template <class Record>
 Argument record(const Record* record)
 {
-    return bytes(record, sizeof *record);
-}
-
-inline Argument out(void* data, size_t capacity, uint32_t* size_word = nullptr)
-{
-    return {Argument::Kind::output,
-            reinterpret_cast<uint64_t>(data),
-            0,
-            {},
-            Output{static_cast<std::byte*>(data), data ? capacity : 0, size_word}};
+    return bytes<sizeof(Record)>(record);
 }
 
 // A record or word of fixed size.
 template <class Record>
-requires(!std::is_void_v<Record>) Argument out(Record* record)
+Argument out(Record* record)
 {
-    return out(record, sizeof *record);
+    Argument argument{Argument::Kind::output, reinterpret_cast<uint64_t>(record)};
+    argument.output = {reinterpret_cast<std::byte*>(record), record ? sizeof *record : 0, nullptr};
+    return argument;
+}
+
+// A word that receives a handle.
+template <class Target>
+Argument handle_out(Target** handle)
+{
+    Argument argument = out(handle);
+    argument.meaning = Argument::Meaning::handle;
+    return argument;
+}
+
+// A buffer whose capacity the next parameter gives.
+inline Argument out(void* data, uint32_t capacity)
+{
+    Argument argument{Argument::Kind::output, reinterpret_cast<uint64_t>(data)};
+    argument.output = {static_cast<std::byte*>(data), data ? capacity : 0, nullptr};
+    argument.second_parameter = capacity;
+    return argument;
 }
 
 // A buffer whose capacity stands in the size word behind it.
 inline Argument sized_out(void* data, uint32_t* size_word)
 {
-    return out(data, size_word ? *size_word : 0, size_word);
+    Argument argument = out(data, size_word ? *size_word : 0);
+    argument.output.size_word = size_word;
+    argument.second_parameter = reinterpret_cast<uint64_t>(size_word);
+    return argument;
 }
 
 template <class Value>
@@ -138,6 +208,7 @@ Argument value_out(Value** pointer, uint32_t* length, ValueOutput::Owner owner)
     argument.handed = {
         const_cast<const void**>(reinterpret_cast<void**>(const_cast<std::remove_const_t<Value>**>(pointer))), length,
         owner};
+    argument.second_parameter = reinterpret_cast<uint64_t>(length);
     return argument;
 }
 

@@ -7,8 +7,34 @@
 
 extern "C" {
 
-// Puts the built-in host back: its state, a real clock, no scripted answers, no failures, no recorded calls.
+// Puts the host back to its scenario: its state, a real clock, no scripted answers, no failures, no delays, no recorded
+// calls. The scenario is the one that QDP_HOST_SCENARIO names, else the default one; a capture that QDP_HOST_REPLAY names
+// answers in its place, from its first answers on. The files are read when they are needed first.
 void qdp_host_reset(void);
+
+// Replaces the host by the one that the scenario in this file describes; null is the default scenario. What is scripted
+// and recorded stays. Returns 0, or -1 when the scenario could not be read: every operation fails then.
+int qdp_host_load(const char* path);
+
+// Answers from this capture file in the place of the scenario's host; null ends that. Returns as qdp_host_load does.
+int qdp_host_replay(const char* path);
+
+// What was wrong with the scenario or the capture, or null: "FILE: PLACE: ...". The first operation that fails for it
+// prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
+const char* qdp_host_error(void);
+
+// The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema of
+// scenarios. Valid until the next call of the same function.
+const char* qdp_host_scenario(void);
+const char* qdp_host_summary(void);
+const char* qdp_host_schema(void);
+
+// Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
+// as often as wanted, which returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays
+// are not part of it.
+uint64_t qdp_host_snapshot(void);
+int qdp_host_restore(uint64_t snapshot);
+void qdp_host_forget(uint64_t snapshot);
 
 // Adds a scripted answer to the end of the operation's queue; each call takes the next one instead of an answer from
 // the state. `result` is the status. Returns 0, or -1 for an unknown operation, as do the next three.
@@ -26,6 +52,9 @@ int qdp_host_script_text(const char* operation, const void* bytes, size_t size);
 // now on (1 is the next), so many times; 0 times is for ever. Returns 0, or -1 for an unknown operation.
 int qdp_host_fail(const char* operation, uint32_t status, unsigned nth, unsigned times);
 
+// Makes calls of the operation take so much longer, in real time; counted like failures.
+int qdp_host_delay(const char* operation, uint64_t nanoseconds, unsigned nth, unsigned times);
+
 // Starts recording calls anew, or stops.
 void qdp_host_record(int on);
 
@@ -33,14 +62,14 @@ void qdp_host_record(int on);
 // function. An argument is a number; a text or null; {"bytes": hex}; {"capacity": n} for an output, null without one.
 const char* qdp_host_calls(void);
 
-// The names of the operations that the stand-ins call by, and of those that are answered from the state, as a JSON
-// array each; valid until the next call of the same function.
+// The names of the operations that are answered from the state, as a JSON array; valid until the next call of this
+// function.
 const char* qdp_host_operations(void);
 
 // Values that the switch state library handed out and has not got back.
 size_t qdp_host_values_out(void);
 
-// Stops the clock; and moves a stopped clock on.
+// Stops the clock, at a full second; and moves it on, whether it is stopped or not.
 void qdp_host_freeze_time(void);
 void qdp_host_advance_time(uint64_t nanoseconds);
 

@@ -1,14 +1,18 @@
-// Dispatch of the calls: scripted answers and failures first, then the answer from the state; and the control
-// interface.
+// Dispatch of the calls: scripted answers and failures first, then the answer from a capture or from the state; and the
+// control interface.
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <thread>
 
+#include "host/capture/replay.h"
 #include "host/control.h"
+#include "host/hex.h"
 #include "host/host.h"
+#include "host/operation.h"
 
 namespace host {
 
@@ -16,45 +20,10 @@ namespace {
 
 using Json = nlohmann::json;
 
-struct ScriptedOutput {
-    Value bytes;
-    std::optional<uint32_t> size;
-    bool is_set = false;
-};
-
-struct ScriptedAnswer {
-    uint64_t result;
-    std::map<unsigned, ScriptedOutput> outputs;
-    bool result_is_text = false;
-};
-
-struct Failure {
-    uint32_t status;
-    unsigned calls_before;
-    std::optional<unsigned> times;  // none: for ever
-};
-
-}  // namespace
-
-class Operation {
-public:
-    std::string name;
-    void (*function)() = nullptr;
-    Handler handler = nullptr;
-    size_t parameters = 0;
-    bool returns_pointer = false;  // a failure is a null pointer then
-
-    std::deque<ScriptedAnswer> script;
-    std::optional<Failure> failure;
-};
-
-namespace {
-
 // Of the process. Its parts outlive a reset: the stand-ins keep references to operations.
 struct Process {
     std::recursive_mutex mutex;
     std::map<std::string, std::unique_ptr<Operation>, std::less<>> operations;
-    std::optional<Host> host;
     bool is_recording = false;
     std::vector<Json> calls;
     std::deque<Value> kept;  // bytes of scripted answers that a caller may still look at
@@ -83,18 +52,6 @@ Operation* known_operation(const char* name)
 {
     const auto found = process().operations.find(name);
     return found == process().operations.end() ? nullptr : found->second.get();
-}
-
-std::string hex(ByteSpan bytes)
-{
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
-    for (const std::byte byte : bytes) {
-        text += digits[static_cast<unsigned>(byte) >> 4];
-        text += digits[static_cast<unsigned>(byte) & 15];
-    }
-    return text;
 }
 
 Json described(const Argument& argument)
@@ -126,17 +83,20 @@ void record_call(const Operation& operation, std::initializer_list<Argument> arg
 // The status of a failure that is due, if one is.
 std::optional<uint32_t> due_failure(Operation& operation)
 {
-    auto& failure = operation.failure;
-    if (!failure)
-        return std::nullopt;
-    if (failure->calls_before > 0) {
-        --failure->calls_before;
-        return std::nullopt;
-    }
-    const uint32_t status = failure->status;
-    if (failure->times && --*failure->times == 0)
-        failure.reset();
-    return status;
+    if (operation.failure && operation.failure->calls.take())
+        return operation.failure->status;
+    return std::nullopt;
+}
+
+// Other threads have calls of their own while time passes.
+void wait_if_due(Operation& operation, std::unique_lock<std::recursive_mutex>& lock)
+{
+    if (!operation.delay || !operation.delay->calls.take())
+        return;
+    const auto time = operation.delay->time;
+    lock.unlock();
+    std::this_thread::sleep_for(time);
+    lock.lock();
 }
 
 uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
@@ -158,8 +118,9 @@ uint64_t play(Operation& operation, std::initializer_list<Argument> arguments)
                 argument.output.reported(scripted.bytes.size());
             if (scripted.size)
                 argument.output.reported(*scripted.size);
-        } else if (scripted.is_set) {
-            hand_out(argument.handed, scripted.bytes);
+        } else {
+            if (scripted.is_set)
+                hand_out(argument.handed, scripted.bytes);
             if (scripted.size && argument.handed.length)
                 *argument.handed.length = *scripted.size;
         }
@@ -179,16 +140,28 @@ Operation& operation(const char* name, bool returns_pointer)
 
 uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
 {
-    const std::lock_guard lock{process().mutex};
+    std::unique_lock lock{process().mutex};
+    wait_if_due(operation, lock);
     if (process().is_recording)
         record_call(operation, arguments);
     if (const auto status = due_failure(operation))
-        return operation.returns_pointer ? 0 : *status;
+        return operation.failed(*status);
     if (!operation.script.empty())
         return play(operation, arguments);
-    if (!operation.handler || operation.parameters != arguments.size())
-        return refused;
-    return operation.handler(operation.function, arguments);
+    Replay* replay = loaded_replay();
+    Host* host = replay ? nullptr : loaded_host();
+    if (!replay && !host) {
+        tell_error();
+        return operation.failed(refused);
+    }
+    try {
+        if (replay)
+            return replay->answer(operation.name, operation.returns_pointer, arguments);
+        if (operation.handler && operation.parameters == arguments.size())
+            return operation.handler(operation.function, *host, arguments);
+    } catch (...) {  // callers are C
+    }
+    return operation.failed(refused);
 }
 
 Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler handler)
@@ -199,12 +172,10 @@ Answer::Answer(const char* name, size_t parameters, void (*function)(), Handler 
     operation.handler = handler;
 }
 
-Host& host()
+bool is_operation(std::string_view name)
 {
-    auto& host = process().host;
-    if (!host)
-        host = default_host();
-    return *host;
+    const auto found = process().operations.find(name);
+    return found != process().operations.end() && found->second->handler;
 }
 
 void hand_out(const ValueOutput& output, ByteSpan value)
@@ -245,11 +216,12 @@ void qdp_host_reset(void)
     for (auto& [name, operation] : process().operations) {
         operation->script.clear();
         operation->failure.reset();
+        operation->delay.reset();
     }
     process().calls.clear();
     process().is_recording = false;
     process().kept.clear();
-    process().host.reset();
+    reset_host();
 }
 
 int qdp_host_script(const char* name, uint64_t result)
@@ -309,7 +281,17 @@ int qdp_host_fail(const char* name, uint32_t status, unsigned nth, unsigned time
     Operation* operation = known_operation(name);
     if (!operation)
         return -1;
-    operation->failure = Failure{status, nth > 0 ? nth - 1 : 0, times > 0 ? std::optional{times} : std::nullopt};
+    operation->failure = Failure{status, {nth, times}};
+    return 0;
+}
+
+int qdp_host_delay(const char* name, uint64_t nanoseconds, unsigned nth, unsigned times)
+{
+    const std::lock_guard lock{process().mutex};
+    Operation* operation = known_operation(name);
+    if (!operation)
+        return -1;
+    operation->delay = Delay{std::chrono::nanoseconds{nanoseconds}, {nth, times}};
     return 0;
 }
 
@@ -349,11 +331,13 @@ size_t qdp_host_values_out(void)
 void qdp_host_freeze_time(void)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.freeze();
+    if (Host* present = loaded_host())
+        present->clock.freeze();
 }
 
 void qdp_host_advance_time(uint64_t nanoseconds)
 {
     const std::lock_guard lock{process().mutex};
-    host::host().clock.advance(nanoseconds);
+    if (Host* present = loaded_host())
+        present->clock.advance(nanoseconds);
 }

@@ -48,6 +48,15 @@ uint64_t Clock::grown(uint64_t per_second, uint64_t since) const
     return time / second * per_second + time % second * per_second / second;
 }
 
+const Port* find_port(const Switch& owner, uint32_t number)
+{
+    const std::vector<Port>& ports = owner.ports;
+    if (number < ports.size() && ports[number].entry.port == number)  // as is mostly so
+        return &ports[number];
+    const auto found = std::ranges::find(ports, number, [](const Port& candidate) { return candidate.entry.port; });
+    return found == ports.end() ? nullptr : &*found;
+}
+
 Switch* Host::datapath_switch(uint32_t switch_number)
 {
     const auto found = std::ranges::find_if(switches, [&](const Switch& candidate) {
@@ -58,12 +67,8 @@ Switch* Host::datapath_switch(uint32_t switch_number)
 
 Port* Host::port(uint32_t switch_number, uint32_t port)
 {
-    Switch* owner = datapath_switch(switch_number);
-    if (!owner)
-        return nullptr;
-    const auto found =
-        std::ranges::find(owner->ports, port, [](const Port& candidate) { return candidate.entry.port; });
-    return found == owner->ports.end() ? nullptr : &*found;
+    const Switch* owner = datapath_switch(switch_number);
+    return owner ? const_cast<Port*>(find_port(*owner, port)) : nullptr;
 }
 
 Switch* Host::switch_by_id(std::string_view id)

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/call.h"
+#include "host/shares.h"
 #include "host/state/balancer.h"
 #include "host/state/features.h"
 #include "host/state/flow_caches.h"
@@ -48,17 +49,23 @@ private:
     std::optional<uint64_t> frozen_;
 };
 
-// Packets a second and bytes a packet of one direction of a port.
-struct Traffic {
-    uint64_t packets;
-    uint64_t packet_bytes;
+// The flows that an uplink's NIC has taken over, and how many it takes over a second.
+struct UplinkOffload {
+    uint32_t flows;
+    uint64_t flow_rate;
 };
 
 struct Port {
     std::string name;
-    PortListEntry entry;
-    Traffic tx, rx;
-    Properties data = {};  // that the host kernel keeps for it
+    PortListEntry entry{};
+    Traffic tx{}, rx{};
+    Properties data;  // that the host kernel keeps for it
+    PortSetting setting;
+    std::optional<uint32_t> lro;                   // unless it is as the switch says
+    std::vector<ReceiveFilter> filters;            // of a vNIC
+    std::vector<RSSEngine> rss_engines;            // of an uplink, as is the rest
+    std::vector<PrivateCounter> private_counters;  // none when the driver has none
+    UplinkOffload offload{};
 };
 
 // Whether the port is of this client type.
@@ -82,8 +89,12 @@ struct LoadedSwitch : SwitchConfig {
 
 struct Switch {
     SwitchConfig config;
-    std::optional<SwitchListEntry> entry;  // of a switch of the datapath
+    std::optional<SwitchListEntry> entry;  // of a switch of the datapath, as is the rest
     std::vector<Port> ports;
+    SwitchSetting setting;
+    SwitchFeatures features;
+    SwitchBalancer balancer;
+    MacTable mac_table;
 };
 
 struct Host {
@@ -93,15 +104,10 @@ struct Host {
     // The switch state library's snapshot; empty until a configuration is loaded into it.
     std::vector<LoadedSwitch> loaded;
 
-    PortSettings port_settings;
-    MacTables mac_tables;
     FlowCaches flow_caches;
-    Uplinks uplinks;
     Placement placement;
-    Balancer balancer;
-    Features features;
+    bool balancer_is_automatic = false;  // it then moves ports' queues and filters alone
     Timing timing;
-    RssEngines rss_engines;
     L3SpanRecords l3span_records;
     SmartNic smartnic;
     Pipeline pipeline;
@@ -114,18 +120,24 @@ struct Host {
     Switch* switch_by_portset(std::string_view portset_name);
 };
 
-// The host that is built in.
-Host default_host();
+// The port of a switch with this number, or null.
+const Port* find_port(const Switch& owner, uint32_t number);
 
-// The host that answers in this process.
-Host& host();
+// What answers in this process: a capture, or else a host. Both null when it could not be read, which is told once.
+class Replay;
+Replay* loaded_replay();
+Host* loaded_host();
+void tell_error();
+
+// Puts it back to what the environment says.
+void reset_host();
 
 Value value_of(ByteSpan bytes);
 Value value_of(std::string_view text);  // its NUL included
 
 // --- Answers ---
 
-using Handler = uint64_t (*)(void (*answer)(), std::initializer_list<Argument> arguments);
+using Handler = uint64_t (*)(void (*answer)(), Host& host, std::initializer_list<Argument> arguments);
 
 // A function that answers an operation from the state, registered under the operation's name:
 //
@@ -146,24 +158,27 @@ private:
     Answer(const char* name, size_t parameters, void (*function)(), Handler handler);
 
     template <class Result, class... Parameters>
-    static uint64_t call(void (*function)(), std::initializer_list<Argument> arguments)
+    static uint64_t call(void (*function)(), Host& host, std::initializer_list<Argument> arguments)
     {
         return [&]<size_t... i>(std::index_sequence<i...>)->uint64_t
         {
             const auto typed = reinterpret_cast<Result (*)(Host&, Parameters...)>(function);
             [[maybe_unused]] const Argument* argument = arguments.begin();
             if constexpr (std::is_void_v<Result>) {
-                typed(host(), argument_as<Parameters>(argument[i])...);
+                typed(host, argument_as<Parameters>(argument[i])...);
                 return 0;
             } else if constexpr (std::is_pointer_v<Result>) {
-                return reinterpret_cast<uint64_t>(typed(host(), argument_as<Parameters>(argument[i])...));
+                return reinterpret_cast<uint64_t>(typed(host, argument_as<Parameters>(argument[i])...));
             } else {
-                return typed(host(), argument_as<Parameters>(argument[i])...);
+                return typed(host, argument_as<Parameters>(argument[i])...);
             }
         }
         (std::index_sequence_for<Parameters...>{});
     }
 };
+
+// Whether the platform has an operation of this name.
+bool is_operation(std::string_view name);
 
 // Hands a value out as the operation's contract says; the switch state library takes its own back with release.
 void hand_out(const ValueOutput& output, ByteSpan value);

@@ -1,10 +1,17 @@
-// How traffic is made up, on every port of the host: of all packets, 1 in so many.
+// How traffic is made up, on every port of the host.
 #pragma once
 
 #include <cstdint>
 
 namespace host {
 
+// Of one direction of a port.
+struct Traffic {
+    uint64_t packets;  // a second
+    uint64_t packet_bytes;
+};
+
+// Of all packets, 1 in so many.
 inline constexpr uint64_t multicast_share = 50;
 inline constexpr uint64_t broadcast_share = 200;
 inline constexpr uint64_t drop_share = 10'000;

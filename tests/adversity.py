@@ -81,3 +81,11 @@ def statuses_of(operation):
     if operation == "DVSHCK_DataFree":
         return []
     return [NULL] if operation in FINDING else STATUSES
+
+
+def calls_that_may_be_refused(calls):
+    """Of each recorded call: its operation, which call of that operation it is, and a status."""
+    operations = [call.operation for call in calls]
+    for i, operation in enumerate(operations):
+        for status in statuses_of(operation):
+            yield operation, operations[: i + 1].count(operation), status

@@ -33,7 +33,7 @@ def root():
 
 @pytest.fixture
 def host():
-    """The embedded host as it is built in. Fails the test when a value of the switch state library is not released."""
+    """The embedded host of the default scenario. Fails the test when a value of the switch state library is not released."""
     the_host.reset()
     before = the_host.values_out()
     yield the_host
@@ -56,7 +56,7 @@ def configured(host, exported):
 
 @pytest.fixture
 def qdp(host):
-    """The module's methods under observation, on the embedded host as it is built in."""
+    """The module's methods under observation, on the embedded host of the default scenario."""
     return Observer(the_module, host)
 
 

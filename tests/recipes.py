@@ -1,5 +1,5 @@
-"""For every method, arguments with which it succeeds on the embedded host as it is built in, after LibraryInit. Where
-the host itself has to say what there is, the recipe is a function of the module."""
+"""For every method, arguments with which it succeeds on the default scenario, after LibraryInit. Where the host itself has
+to say what there is, the recipe is a function of the module."""
 
 from ipaddress import ip_address
 

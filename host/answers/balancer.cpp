@@ -9,39 +9,38 @@ namespace {
 
 SwitchBalancer* balancer_of(Host& host, uint32_t switch_number)
 {
-    const auto found = host.balancer.switches.find(switch_number);
-    return found == host.balancer.switches.end() ? nullptr : &found->second;
+    Switch* owner = host.datapath_switch(switch_number);
+    return owner ? &owner->balancer : nullptr;
 }
 
 // The switch's host property names the metric; without one the balancer keeps its own.
-uint32_t metric_of(const Switch& owner, const SwitchBalancer& balancer)
+uint32_t metric_of(const Switch& owner)
 {
     const auto settings = property<LBSettings>(owner, load_balancer_property);
-    return settings && settings->version == 0 ? settings->metric : static_cast<uint32_t>(balancer.metric);
+    return settings && settings->version == 0 ? settings->metric : static_cast<uint32_t>(owner.balancer.metric);
 }
 
 uint32_t get_parameters(Host& host, std::string_view portset, Output output)
 {
     const Switch* owner = host.switch_by_portset(portset);
-    const SwitchBalancer* balancer = owner ? balancer_of(host, owner->entry->switch_number) : nullptr;
-    if (!balancer)
+    if (!owner)
         return not_found;
     LBParameters parameters{};
-    parameters.metric = metric_of(*owner, *balancer);
-    std::ranges::copy(balancer->parameters, parameters.values);
+    parameters.metric = metric_of(*owner);
+    std::ranges::copy(owner->balancer.parameters, parameters.values);
     return output.put(parameters);
 }
 
 uint32_t set_parameter(Host& host, std::string_view portset, uint32_t parameter, uint64_t value)
 {
-    const Switch* owner = host.switch_by_portset(portset);
-    SwitchBalancer* balancer = owner ? balancer_of(host, owner->entry->switch_number) : nullptr;
-    if (!balancer)
+    Switch* owner = host.switch_by_portset(portset);
+    if (!owner)
         return not_found;
     if (parameter >= lb_parameters)
         return bad_parameter;
-    balancer->parameters[parameter] = value;
-    balancer->log(host.clock.nanoseconds(), "parameter " + std::to_string(parameter) + " = " + std::to_string(value));
+    owner->balancer.parameters[parameter] = value;
+    owner->balancer.log(host.clock.nanoseconds(),
+                        "parameter " + std::to_string(parameter) + " = " + std::to_string(value));
     return success;
 }
 
@@ -64,9 +63,8 @@ uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
 {
     if (!request || request->count == 0 || request->count > max_lb_traffic)
         return bad_parameter;
-    const Switch* owner = host.datapath_switch(request->switch_number);
-    SwitchBalancer* balancer = balancer_of(host, request->switch_number);
-    if (!owner || !balancer)
+    Switch* owner = host.datapath_switch(request->switch_number);
+    if (!owner)
         return not_found;
 
     const std::span traffic{request->entries, request->count};
@@ -79,8 +77,8 @@ uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
 
     const uint64_t now = host.clock.nanoseconds();
     for (const LBTraffic& each : traffic)
-        balancer->injected.push_back({now, each});
-    balancer->log(now, "traffic of " + std::to_string(traffic.size()) + " flows injected");
+        owner->balancer.injected.push_back({now, each});
+    owner->balancer.log(now, "traffic of " + std::to_string(traffic.size()) + " flows injected");
     return success;
 }
 

@@ -53,14 +53,14 @@ void add_injected(std::vector<Load>& queues, uint32_t queue, const InjectedTraff
 
 // Of every port, in the order of the port list. What an uplink receives enters the switch, what any other port
 // receives leaves it.
-std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner, const SwitchBalancer& balancer)
+std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner)
 {
     std::vector<PortLoads> loads;
     for (const Port& port : owner.ports)
         loads.push_back({queue_loads(clock, port.rx, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
                          queue_loads(clock, port.tx, port.entry.tx_queue_lcores, port.entry.num_tx_queues)});
     const auto enters = [&](uint32_t port) { return is_a(owner.ports[port], ClientType::uplink); };
-    for (const InjectedTraffic& injected : balancer.injected) {
+    for (const InjectedTraffic& injected : owner.balancer.injected) {
         const LBTraffic& traffic = injected.traffic;
         PortLoads& source = loads[traffic.source_port];
         PortLoads& destination = loads[traffic.destination_port];
@@ -195,11 +195,10 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
                     uint32_t first_context, uint32_t context_count, Output output)
 {
     const Switch* owner = host.datapath_switch(switch_number);
-    const auto balancer = host.balancer.switches.find(switch_number);
-    if (!owner || balancer == host.balancer.switches.end())
+    if (!owner)
         return not_found;
 
-    const std::vector<PortLoads> loads = port_loads(host.clock, *owner, balancer->second);
+    const std::vector<PortLoads> loads = port_loads(host.clock, *owner);
     Chunk chunk;
     chunk.record.next_port = add_range(first_port, port_count, loads.size(), [&](uint32_t i) {
         const Port& port = owner->ports[i];

@@ -15,8 +15,7 @@ struct Named {
 std::optional<Named> named(Host& host, std::string_view portset_name)
 {
     const Switch* owner = host.switch_by_portset(portset_name);
-    const SwitchFeatures* defaults = owner ? host.features.of(owner->entry->switch_number) : nullptr;
-    return defaults ? std::optional{Named{*owner, *defaults}} : std::nullopt;
+    return owner ? std::optional{Named{*owner, owner->features}} : std::nullopt;
 }
 
 uint32_t get_numa_team(Host& host, std::string_view portset_name, uint32_t name_bytes, Output enabled)
@@ -45,49 +44,54 @@ uint32_t get_overlay_l2_flow(Host& host, std::string_view portset_name, Output v
         setting<WordSetting>(found->owner, overlay_l2_flow_property).value_or(found->defaults.overlay_l2_flow));
 }
 
-// The switch that an LRO call means, if the call names a port that there is, or port 0 for the whole switch.
-SwitchFeatures* lro_target(Host& host, LroScope scope, uint32_t switch_number, uint32_t port)
+// The port that an LRO call means, if it means one that there is.
+Port* lro_port(Host& host, LroScope scope, uint32_t switch_number, uint32_t port)
 {
-    const bool is_known = scope == LroScope::port ? host.port(switch_number, port) != nullptr
-                                                  : scope == LroScope::whole_switch && port == 0;
-    return is_known ? host.features.of(switch_number) : nullptr;
+    return scope == LroScope::port ? host.port(switch_number, port) : nullptr;
+}
+
+// The switch that an LRO call means as a whole, which is port 0 then.
+Switch* lro_switch(Host& host, LroScope scope, uint32_t switch_number, uint32_t port)
+{
+    return scope == LroScope::whole_switch && port == 0 ? host.datapath_switch(switch_number) : nullptr;
 }
 
 uint32_t get_lro(Host& host, LroScope scope, uint32_t switch_number, uint32_t port, Output value)
 {
-    const SwitchFeatures* target = lro_target(host, scope, switch_number, port);
-    if (!target)
-        return refused;
-    return value.put(scope == LroScope::port ? target->lro_of(port) : target->lro);
+    if (const Port* target = lro_port(host, scope, switch_number, port))
+        return value.put(target->lro.value_or(host.datapath_switch(switch_number)->features.lro));
+    const Switch* target = lro_switch(host, scope, switch_number, port);
+    return target ? value.put(target->features.lro) : refused;
 }
 
 // A switch's setting overrides those that its ports had.
 uint32_t set_lro(Host& host, LroScope scope, uint32_t switch_number, uint32_t port, uint32_t value)
 {
-    SwitchFeatures* target = lro_target(host, scope, switch_number, port);
+    if (Port* target = lro_port(host, scope, switch_number, port)) {
+        target->lro = value;
+        return success;
+    }
+    Switch* target = lro_switch(host, scope, switch_number, port);
     if (!target)
         return refused;
-    if (scope == LroScope::port) {
-        target->port_lro[port] = value;
-    } else {
-        target->lro = value;
-        target->port_lro.clear();
-    }
+    target->features.lro = value;
+    for (Port& each : target->ports)
+        each.lro.reset();
     return success;
 }
 
 uint32_t get_min_flow_layer(Host& host, uint32_t switch_number, Output layer)
 {
-    const SwitchFeatures* features = host.features.of(switch_number);
-    return features ? layer.put(features->min_flow_layer) : refused;
+    const Switch* owner = host.datapath_switch(switch_number);
+    return owner ? layer.put(owner->features.min_flow_layer) : refused;
 }
 
 uint32_t set_min_flow_layer(Host& host, uint32_t switch_number, uint32_t layer)
 {
-    SwitchFeatures* features = host.features.of(switch_number);
-    if (!features)
+    Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
         return refused;
-    features->min_flow_layer = layer;
+    owner->features.min_flow_layer = layer;
     return success;
 }
 

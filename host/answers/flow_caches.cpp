@@ -83,8 +83,9 @@ FlowActionTail tail_of(const FlowActions& actions)
     FlowActionTail tail{};
     set_vni(tail.geneve_vni, actions.geneve_vni);
     set_vni(tail.vxlan_vni, actions.vxlan_vni);
-    for (const uint32_t value : actions.routing_instances)
-        std::memcpy(tail.instances + tail.num_instances++ * routing_instance_bytes, &value, sizeof value);
+    for (; tail.num_instances < actions.num_routing_instances; ++tail.num_instances)
+        std::memcpy(tail.instances + tail.num_instances * routing_instance_bytes,
+                    &actions.routing_instances[tail.num_instances], sizeof actions.routing_instances[0]);
     return tail;
 }
 
@@ -153,13 +154,14 @@ bool matches(const FlowPackets& packets, const IpAddress& address, uint32_t vers
 bool matches(const Flow& flow, const FlowTableRequest& request)
 {
     const FlowPackets& packets = flow.packets;
-    return flow.lcore == request.lcore && matches(packets.source_mac, request.filters_source_mac, request.source_mac) &&
+    return matches(packets.source_mac, request.filters_source_mac, request.source_mac) &&
            matches(packets.destination_mac, request.filters_destination_mac, request.destination_mac) &&
            matches(packets, packets.source_ip, request.source_ip_version, request.source_ip) &&
            matches(packets, packets.destination_ip, request.destination_ip_version, request.destination_ip);
 }
 
-// As many whole flows as the response holds. A flow's index is its place among those that match.
+// As many whole flows as the response holds. A flow's index is its place in the lcore's table, so that a page begins
+// where the one before it ended.
 uint32_t dump_flow_table(Host& host, const FlowTableRequest* request, Output output)
 {
     if (!request || !has_flow_cache(host, request->lcore))
@@ -170,15 +172,15 @@ uint32_t dump_flow_table(Host& host, const FlowTableRequest* request, Output out
     page.group_offset = group_offset;
     size_t end = offsetof(FlowTableResponse, entries);
     size_t valid = end;
-    uint32_t index = 0;
-    for (const Flow& flow : host.flow_caches.flows) {
-        if (!matches(flow, *request) || index++ < request->start_index)
+    const std::span<const Flow> flows = host.flow_caches.of(request->lcore);
+    for (size_t index = request->start_index; index < flows.size(); ++index) {
+        if (!matches(flows[index], *request))
             continue;
         if (end + max_flow_entry_bytes > sizeof page) {
-            page.next_start_index = index - 1;
+            page.next_start_index = static_cast<uint32_t>(index);
             break;
         }
-        const Value entry = entry_of(host, flow);
+        const Value entry = entry_of(host, flows[index]);
         std::memcpy(reinterpret_cast<std::byte*>(&page) + end, entry.data(), entry.size());
         ++page.count;
         valid = end + max_flow_entry_bytes;  // an entry's room is valid, used or not
@@ -192,23 +194,19 @@ uint32_t dump_flow_table(Host& host, const FlowTableRequest* request, Output out
 
 LcoreFlowStats stats_of(const Host& host, uint32_t lcore)
 {
-    ClearedFlows cleared;
-    if (const auto found = host.flow_caches.cleared.find(lcore); found != host.flow_caches.cleared.end())
-        cleared = found->second;
-
+    const auto& cleared = host.flow_caches.lcores[lcore].cleared;
     LcoreFlowStats stats{};
     stats.lcore = lcore;
     stats.num_flows_created = cleared.count;
     stats.hits = cleared.software_hits;
     stats.offload_hits = cleared.hardware_hits;
-    for (const Flow& flow : host.flow_caches.flows)
-        if (flow.lcore == lcore) {
-            ++stats.num_flows;
-            ++stats.num_flows_created;
-            stats.num_model2_flows += flow.offload.has_value();
-            stats.hits += software_hits(host, flow);
-            stats.offload_hits += hardware_hits(host, flow);
-        }
+    for (const Flow& flow : host.flow_caches.of(lcore)) {
+        ++stats.num_flows;
+        ++stats.num_flows_created;
+        stats.num_model2_flows += flow.offload.has_value();
+        stats.hits += software_hits(host, flow);
+        stats.offload_hits += hardware_hits(host, flow);
+    }
     stats.misses = stats.num_flows_created + stats.hits / miss_share;
     stats.slow_path = stats.hits / slow_path_share;
     stats.local_hits = stats.hits / 4 * 3;

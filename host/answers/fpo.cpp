@@ -9,17 +9,17 @@ constexpr uint32_t lcore_bits = 64;
 
 // What a switch may offload now: what its uplinks can, as far as its host property allows it. A switch without the
 // property offloads whatever its uplinks can.
-uint32_t models_in_use(const Switch& owner, const SwitchFeatures& features)
+uint32_t models_in_use(const Switch& owner)
 {
     const auto settings = property<FpoSettings>(owner, fpo_property);
     if (!settings)
-        return features.nic.models;
-    return settings->flags & fpo_enabled ? features.nic.models & settings->models : 0;
+        return owner.features.nic.models;
+    return settings->flags & fpo_enabled ? owner.features.nic.models & settings->models : 0;
 }
 
-FpoLcoreStats lcore_stats(const Clock& clock, uint32_t lcore)
+FpoLcoreStats lcore_stats(const Host& host, uint32_t lcore)
 {
-    const uint64_t hits = clock.grown(20'000 + 500 * lcore);
+    const uint64_t hits = host.clock.grown(host.placement.offload_rate(lcore));
     FpoLcoreStats stats{};
     stats.lcore = lcore;
     stats.hits = hits;
@@ -54,41 +54,41 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
     output.write(0, bytes_of(counts));
     size_t end = head;
     for (const uint32_t lcore : lcores) {
-        output.write(end, bytes_of(lcore_stats(host.clock, lcore)));
+        output.write(end, bytes_of(lcore_stats(host, lcore)));
         end += sizeof(FpoLcoreStats);
     }
     output.reported(end);
     return success;
 }
 
-// The features of the switch that owns an uplink; null when the port is none.
-const SwitchFeatures* of_uplink(Host& host, uint32_t switch_number, uint32_t number)
+// Null when the port is no uplink.
+const Port* uplink_at(Host& host, uint32_t switch_number, uint32_t number)
 {
     const Port* port = host.port(switch_number, number);
-    const bool is_uplink = port && is_a(*port, ClientType::uplink);
-    return is_uplink ? host.features.of(switch_number) : nullptr;
+    return port && is_a(*port, ClientType::uplink) ? port : nullptr;
 }
 
 uint32_t get_uplink_status(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const SwitchFeatures* features = of_uplink(host, switch_number, port);
-    if (!features)
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink)
         return refused;
-    FpoUplinkStatus status = features->nic;
-    status.models = models_in_use(*host.datapath_switch(switch_number), *features);
-    status.num_flows_offloaded = status.models ? 1200 + 31 * port : 0;
+    const Switch& owner = *host.datapath_switch(switch_number);
+    FpoUplinkStatus status = owner.features.nic;
+    status.models = models_in_use(owner);
+    status.num_flows_offloaded = status.models ? uplink->offload.flows : 0;
     return output.put(status);
 }
 
 // An uplink whose NIC offloads nothing is never called.
 uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const SwitchFeatures* features = of_uplink(host, switch_number, port);
-    if (!features)
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink)
         return refused;
     FpoUplinkStats stats{};
-    if (features->nic.models) {
-        const uint64_t flows = host.clock.grown(40 + 3 * port);
+    if (host.datapath_switch(switch_number)->features.nic.models) {
+        const uint64_t flows = host.clock.grown(uplink->offload.flow_rate);
         stats.ring_full = flows / 5'000;
         stats.creation_full = flows / 9'000;
         stats.succeeded = {flows, flows, flows - flows / 10, 5 * flows, 1};

@@ -129,9 +129,17 @@ CtStateEntry ct_state(const Host& host, uint32_t record)
 
 std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
 {
-    for (const Flow& flow : host.flow_caches.flows)
-        if (flow.offload && !flow.offload->is_pointer && same_key(key_of(host, flow), key))
-            return FlowKeyEntry{flow.offload->hardware_index};
+    // Most flows differ in an address already, which is cheaper to see than to make their keys.
+    const auto is_mac = [](const uint8_t(&mac)[mac_bytes], const MacAddress& wanted) {
+        return std::equal(std::rbegin(mac), std::rend(mac), wanted.begin());
+    };
+    const auto may_be = [&](const Flow& flow) {
+        return is_mac(key.mac_1, flow.packets.source_mac) && is_mac(key.mac_2, flow.packets.destination_mac);
+    };
+    for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
+        for (const Flow& flow : host.flow_caches.of(lcore))
+            if (is_in_pipeline(flow) && may_be(flow) && same_key(key_of(host, flow), key))
+                return FlowKeyEntry{flow.offload->hardware_index};
     return std::nullopt;
 }
 
@@ -204,16 +212,15 @@ FlowInfoEntry flow_info(const Host& host, uint32_t index)
 // Flows come and go; those of the tables stay.
 FlowOperationsEntry flow_operations(const Host& host)
 {
-    const uint64_t gone = host.clock.grown(20);
+    const uint64_t gone = host.clock.grown(host.pipeline.operations.inserts);
     FlowOperationsEntry made{};
-    made.entries = static_cast<uint64_t>(std::ranges::count_if(
-        host.flow_caches.flows, [](const Flow& flow) { return flow.offload && !flow.offload->is_pointer; }));
+    made.entries = host.flow_caches.num_offloaded();
     made.removes = made.remove_calls = made.removes_by_level[0] = gone;
     made.inserts = made.insert_calls = gone + made.entries;
     made.inserts_by_level[1] = made.collisions = made.inserts / 50;
     made.inserts_by_level[0] = made.inserts - made.collisions;
-    made.updates = host.clock.grown(5);
-    made.gets = host.clock.grown(100);
+    made.updates = host.clock.grown(host.pipeline.operations.updates);
+    made.gets = host.clock.grown(host.pipeline.operations.gets);
     made.releases = gone;
     made.reads = made.gets + made.updates;
     made.writes = made.inserts + made.removes + made.updates;

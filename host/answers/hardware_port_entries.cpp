@@ -68,8 +68,9 @@ OutputEntry output(const Host& host, uint32_t number)
         made.egress_port_count = 1;
         made.egress_ports[0] = static_cast<uint8_t>(port->destination_port);
     }
-    if (const auto fc_port = host.smartnic.fc_ports.find(number); fc_port != host.smartnic.fc_ports.end()) {
-        const P4RssOverride setting = host.smartnic.rss_override(smartnic_switch, fc_port->second);
+    const auto fc_port = host.smartnic.fc_ports.find(number);
+    if (host.smartnic.uplink_switch && fc_port != host.smartnic.fc_ports.end()) {
+        const P4RssOverride setting = host.smartnic.rss_override(*host.smartnic.uplink_switch, fc_port->second);
         made.rss_override = setting.is_override != 0;
         made.rss_override_queue = setting.queue;
     }
@@ -114,8 +115,11 @@ std::optional<VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key)
 // The MAC address of a switch's port is registered in the segment of the port before it.
 std::optional<RegisteredMacEntry> registered_mac(const Host& host, const P4RegisteredMacKey& key)
 {
-    const auto owner = std::ranges::find_if(
-        host.switches, [](const Switch& each) { return each.entry && each.entry->switch_number == smartnic_switch; });
+    const auto owner = std::ranges::find_if(host.switches, [&](const Switch& each) {
+        return each.entry && each.entry->switch_number == host.smartnic.uplink_switch;
+    });
+    if (owner == host.switches.end())
+        return std::nullopt;
     for (const auto& [number, row] : host.smartnic.output_ports()) {
         const auto fc_port = host.smartnic.fc_ports.find(number);
         if (row.lif_type == uplink_lif || segment_of(row) != key.qualifier || fc_port == host.smartnic.fc_ports.end())

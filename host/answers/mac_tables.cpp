@@ -29,23 +29,25 @@ uint32_t dump_port_table(Host& host, uint32_t switch_number, uint32_t port, Outp
 {
     if (!host.port(switch_number, port))
         return not_found;
-    const MacTable& table = *host.mac_tables.table(switch_number);
+    const MacTable& table = host.datapath_switch(switch_number)->mac_table;
     std::vector<Mac> of_port;
     std::ranges::copy_if(table.macs, std::back_inserter(of_port), [&](const Mac& mac) { return mac.port == port; });
-    return put_table(host, of_port, {0, 0, port_mac_limit, table.ports_over_limit.contains(port)}, output);
+    return put_table(host, of_port, {0, 0, table.port_limit, table.ports_over_limit.contains(port)}, output);
 }
 
 uint32_t dump_switch_table(Host& host, uint32_t switch_number, Output output)
 {
-    const MacTable* table = host.mac_tables.table(switch_number);
-    return table ? put_table(host, table->macs, {0, 0, switch_mac_limit, 0}, output) : not_found;
+    const Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
+        return not_found;
+    return put_table(host, owner->mac_table.macs, {0, 0, owner->mac_table.limit, 0}, output);
 }
 
 uint32_t clear_port_table(Host& host, uint32_t switch_number, uint32_t port)
 {
     if (!host.port(switch_number, port))
         return not_found;
-    MacTable& table = *host.mac_tables.table(switch_number);
+    MacTable& table = host.datapath_switch(switch_number)->mac_table;
     std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port; });
     table.ports_over_limit.erase(port);
     return success;
@@ -53,10 +55,11 @@ uint32_t clear_port_table(Host& host, uint32_t switch_number, uint32_t port)
 
 uint32_t clear_switch_table(Host& host, uint32_t switch_number)
 {
-    MacTable* table = host.mac_tables.table(switch_number);
-    if (!table)
+    Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
         return not_found;
-    *table = {};
+    owner->mac_table.macs.clear();
+    owner->mac_table.ports_over_limit.clear();
     return success;
 }
 
@@ -65,7 +68,7 @@ uint32_t add_entry(Host& host, MacTable& table, const Port& port, const MacEntry
 {
     const auto others_of_port = std::ranges::count_if(
         table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !is_same_address(mac.entry, entry); });
-    if (others_of_port >= port_mac_limit || table.macs.size() >= switch_mac_limit) {
+    if (others_of_port >= table.port_limit || table.macs.size() >= table.limit) {
         table.ports_over_limit.insert(port.entry.port);
         return refused;
     }
@@ -94,7 +97,7 @@ uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number,
     std::memcpy(entry.mac, mac.data(), sizeof entry.mac);
     entry.vlan = vlan;
     entry.qdp_port = port->entry.qdp_port;
-    MacTable& table = *host.mac_tables.table(switch_number);
+    MacTable& table = host.datapath_switch(switch_number)->mac_table;
     switch (static_cast<MacOperation>(operation)) {
     case MacOperation::add:
         return add_entry(host, table, *port, entry);

@@ -16,19 +16,19 @@ constexpr uint32_t both = tx_queues | rx_queues;
 // A port's LRO is a setting of its own or its switch's.
 uint32_t get_port_conf(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const PortSetting* setting = host.port_settings.port(switch_number, port);
-    if (!setting)
+    const Port* found = host.port(switch_number, port);
+    if (!found)
         return not_found;
-    PortConf conf = setting->conf;
-    if (host.features.of(switch_number)->lro_of(port))
+    PortConf conf = found->setting.conf;
+    if (found->lro.value_or(host.datapath_switch(switch_number)->features.lro))
         enable(conf, feature_lro);
     return output.put(conf);
 }
 
 uint32_t get_port_tx_uplink(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const PortSetting* setting = host.port_settings.port(switch_number, port);
-    return setting ? output.put(setting->tx_uplinks) : not_found;
+    const Port* found = host.port(switch_number, port);
+    return found ? output.put(found->setting.tx_uplinks) : not_found;
 }
 
 // Moves the queues that run on an lcore to another one. True when there were any.
@@ -47,7 +47,7 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
     Port* port = host.port(switch_number, port_number);
     if (!port)
         return not_found;
-    if (host.balancer.is_automatic)
+    if (host.balancer_is_automatic)
         return status_balancer_is_automatic;
     if (to >= host.datapath_switch(switch_number)->entry->num_lcores || queues == 0 || queues > both)
         return bad_parameter;
@@ -61,30 +61,29 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
         moved |= move({entry.rx_queue_lcores, entry.num_rx_queues}, from, to);
     if (!moved)
         return not_found;
-    auto& unpinned = host.port_settings.port(switch_number, port_number)->unpinned;
-    if (!unpinned)
-        unpinned = before;
+    if (!port->setting.unpinned)
+        port->setting.unpinned = before;
     return success;
 }
 
 // The value says which queues go back to where they ran before they were migrated.
 uint32_t unpin_port(Host& host, uint32_t switch_number, uint32_t port_number, uint32_t queues)
 {
-    PortSetting* setting = host.port_settings.port(switch_number, port_number);
-    if (!setting || !setting->unpinned)
+    Port* port = host.port(switch_number, port_number);
+    if (!port || !port->setting.unpinned)
         return not_found;
     if (queues == 0 || queues > both)
         return bad_parameter;
 
-    PortListEntry& entry = host.port(switch_number, port_number)->entry;
-    const PortListEntry& before = *setting->unpinned;
+    PortListEntry& entry = port->entry;
+    const PortListEntry& before = *port->setting.unpinned;
     if (queues & tx_queues)
         std::ranges::copy(before.tx_queue_lcores, entry.tx_queue_lcores);
     if (queues & rx_queues)
         std::ranges::copy(before.rx_queue_lcores, entry.rx_queue_lcores);
     if (std::ranges::equal(before.tx_queue_lcores, entry.tx_queue_lcores) &&
         std::ranges::equal(before.rx_queue_lcores, entry.rx_queue_lcores))
-        setting->unpinned.reset();
+        port->setting.unpinned.reset();
     return success;
 }
 
@@ -95,34 +94,34 @@ uint32_t reset_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
     if (!port)
         return not_found;
     unpin_port(host, switch_number, port_number, both);  // refused when it is not pinned, which is as well
-    relearn_macs(host, switch_number, *port);
+    relearn_macs(host, *host.datapath_switch(switch_number), *port);
     return success;
 }
 
 // Switches something of a switch on or off; what follows from a change is done then.
 uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint32_t enable,
-             void (*follow)(Host& host, uint32_t switch_number, bool is_on))
+             void (*follow)(Host& host, Switch& owner, bool is_on))
 {
-    SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
-    if (!setting)
+    Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
         return not_found;
     if (enable > 1)
         return bad_parameter;
     const bool is_on = enable == 1;
-    if (setting->*what == is_on)
+    if (owner->setting.*what == is_on)
         return success;
-    setting->*what = is_on;
+    owner->setting.*what = is_on;
     if (follow)
-        follow(host, switch_number, is_on);
+        follow(host, *owner, is_on);
     return success;
 }
 
 // A switch that no longer learns from its uplinks forgets what it has learned there.
-void relearn_uplinks(Host& host, uint32_t switch_number, bool)
+void relearn_uplinks(Host& host, Switch& owner, bool)
 {
-    for (const Port& port : host.datapath_switch(switch_number)->ports)
+    for (const Port& port : owner.ports)
         if (is_a(port, ClientType::uplink))
-            relearn_macs(host, switch_number, port);
+            relearn_macs(host, owner, port);
 }
 
 uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enable)
@@ -132,16 +131,17 @@ uint32_t set_uplink_mac_learn(Host& host, uint32_t switch_number, uint32_t enabl
 
 uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
 {
-    if (!host.datapath_switch(switch_number))
+    const Switch* owner = host.datapath_switch(switch_number);
+    if (!owner)
         return not_found;
-    clear_flows(host, switch_number);
+    clear_flows(host, *owner);
     return success;
 }
 
 // A flow cache that is switched off loses its flows; one that is switched on begins anew.
-void fill_or_clear_flows(Host& host, uint32_t switch_number, bool is_on)
+void fill_or_clear_flows(Host& host, Switch& owner, bool is_on)
 {
-    is_on ? fill_flows(host, switch_number) : clear_flows(host, switch_number);
+    is_on ? fill_flows(host, owner) : clear_flows(host, owner);
 }
 
 uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
@@ -151,8 +151,8 @@ uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t e
 
 uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
 {
-    const SwitchSetting* setting = host.port_settings.datapath_switch(switch_number);
-    return setting ? output.put(uint32_t{setting->panics_on_tx_hang}) : not_found;
+    const Switch* owner = host.datapath_switch(switch_number);
+    return owner ? output.put(uint32_t{owner->setting.panics_on_tx_hang}) : not_found;
 }
 
 uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)

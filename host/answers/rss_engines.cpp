@@ -10,14 +10,12 @@ namespace {
 // A port without engines has an empty list.
 uint32_t get_rss_engine_list(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    if (!host.port(switch_number, port))
+    const Port* found = host.port(switch_number, port);
+    if (!found)
         return not_found;
     RSSEngineList list{};
-    const auto found = host.rss_engines.of_ports.find({switch_number, port});
-    if (found != host.rss_engines.of_ports.end()) {
-        list.count = static_cast<uint32_t>(std::min<size_t>(found->second.size(), max_rss_engines));
-        std::copy_n(found->second.begin(), list.count, list.entries);
-    }
+    list.count = static_cast<uint32_t>(std::min<size_t>(found->rss_engines.size(), max_rss_engines));
+    std::copy_n(found->rss_engines.begin(), list.count, list.entries);
     return output.put(list);
 }
 

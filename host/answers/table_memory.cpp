@@ -124,7 +124,8 @@ uint32_t query_context(Host& host, ByteSpan request, Output output)
 
     const auto [switch_number, hardware_index, connection_number] = query->ids;
     const Flow* flow = host.flow_caches.offloaded(hardware_index);
-    if (switch_number != smartnic_switch || !flow || !is_tracked(*flow) || record_of(*flow) != connection_number)
+    if (switch_number != host.smartnic.uplink_switch || !flow || !is_tracked(*flow) ||
+        record_of(*flow) != connection_number)
         return not_found;
     return output.put(context_of(connection(host, connection_number)));
 }

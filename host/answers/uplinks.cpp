@@ -72,13 +72,10 @@ uint32_t get_uplink_queue_stats(Host& host, uint32_t switch_number, uint32_t por
 
 // A line a counter. The lines keep their width while the counters grow, so that a text fits the length that was asked
 // for before.
-std::string private_stats(const Host& host, const PortAddress& address)
+std::string private_stats(const Host& host, const Port& uplink)
 {
-    const auto found = host.uplinks.private_counters.find(address);
-    if (found == host.uplinks.private_counters.end())
-        return {};
     std::string text;
-    for (const PrivateCounter& counter : found->second) {
+    for (const PrivateCounter& counter : uplink.private_counters) {
         char line[64];
         std::snprintf(line, sizeof line, "%-24s %20lu\n", counter.name.c_str(), host.clock.grown(counter.per_second));
         text += line;
@@ -89,17 +86,19 @@ std::string private_stats(const Host& host, const PortAddress& address)
 // The length has room for the text's NUL; an uplink without a text has the length 0.
 uint32_t get_private_stats_length(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    if (!uplink_at(host, switch_number, port))
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink)
         return refused;
-    const std::string text = private_stats(host, {switch_number, port});
+    const std::string text = private_stats(host, *uplink);
     return output.put(static_cast<uint32_t>(text.empty() ? 0 : text.size() + 1));
 }
 
 uint32_t get_private_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    if (!uplink_at(host, switch_number, port))
+    const Port* uplink = uplink_at(host, switch_number, port);
+    if (!uplink)
         return refused;
-    const std::string text = private_stats(host, {switch_number, port});
+    const std::string text = private_stats(host, *uplink);
     return output.put(ByteSpan{value_of(std::string_view{text})});
 }
 
@@ -112,11 +111,6 @@ void append(Value& record, const Part& part)
     record.insert(record.end(), bytes.begin(), bytes.end());
 }
 
-bool is_tunnel(NetQFilterType type)
-{
-    return type == NetQFilterType::geneve || type == NetQFilterType::vxlan;
-}
-
 ByteSpan key_of(const ReceiveFilter& filter)
 {
     if (is_tunnel(filter.type))
@@ -126,12 +120,13 @@ ByteSpan key_of(const ReceiveFilter& filter)
 }
 
 // The queues of a filter as its vNIC sees them, or those that are an uplink's own.
-std::vector<NetQQueue> queues_seen(Host& host, const ReceiveFilter& filter, const PortAddress& viewer)
+std::vector<NetQQueue> queues_seen(Host& host, uint32_t switch_number, const Port& vnic, const ReceiveFilter& filter,
+                                   const Port& viewer)
 {
     std::vector<NetQQueue> queues;
     for (const auto& each : filter.queues)
-        if (viewer == filter.vnic || viewer == PortAddress{filter.vnic.first, each.uplink}) {
-            const Port* uplink = host.port(filter.vnic.first, each.uplink);
+        if (&viewer == &vnic || viewer.entry.port == each.uplink) {
+            const Port* uplink = host.port(switch_number, each.uplink);
             queues.push_back({uplink->entry.qdp_port, each.queue, each.filter_id});
         }
     return queues;
@@ -157,19 +152,25 @@ uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number,
     Value filters;
     uint16_t count = 0;
     bool is_flow_filter = false;
-    for (const ReceiveFilter& filter : host.uplinks.filters)
-        if (const auto queues = queues_seen(host, filter, {switch_number, port_number}); !queues.empty()) {
-            append_filter(filters, filter, queues);
-            is_flow_filter |= is_tunnel(filter.type);
-            ++count;
-        }
+    const auto add = [&](const Port& vnic) {
+        for (const ReceiveFilter& filter : vnic.filters)
+            if (const auto queues = queues_seen(host, switch_number, vnic, filter, *port); !queues.empty()) {
+                append_filter(filters, filter, queues);
+                is_flow_filter |= is_tunnel(filter.type);
+                ++count;
+            }
+    };
+    if (is_a(*port, ClientType::uplink))
+        std::ranges::for_each(host.datapath_switch(switch_number)->ports, add);
+    else
+        add(*port);
 
     Value record;
     append(record, switch_number);
     append(record, port->entry.qdp_port);
     append(record, uint32_t{0});
     append(record, count);
-    append(record, static_cast<uint8_t>(uplink_at(host, switch_number, port_number) != nullptr));
+    append(record, static_cast<uint8_t>(is_a(*port, ClientType::uplink)));
     append(record, static_cast<uint8_t>(is_flow_filter));
     record.insert(record.end(), filters.begin(), filters.end());
     return output.put(ByteSpan{record});
@@ -178,17 +179,19 @@ uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number,
 // Moves all filters of a vNIC to one queue of the uplinks that they steer to.
 uint32_t migrate_netq_filter(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue)
 {
-    if (host.balancer.is_automatic)
+    if (host.balancer_is_automatic)
         return status_balancer_is_automatic;
 
+    Port* vnic = host.port(switch_number, port);
+    if (!vnic)
+        return refused;
     std::vector<ReceiveFilter::Queue*> moved;
-    for (ReceiveFilter& filter : host.uplinks.filters)
-        if (filter.vnic == PortAddress{switch_number, port})
-            for (auto& each : filter.queues) {
-                if (queue >= host.port(switch_number, each.uplink)->entry.num_rx_queues)
-                    return refused;
-                moved.push_back(&each);
-            }
+    for (ReceiveFilter& filter : vnic->filters)
+        for (auto& each : filter.queues) {
+            if (queue >= host.port(switch_number, each.uplink)->entry.num_rx_queues)
+                return refused;
+            moved.push_back(&each);
+        }
     for (ReceiveFilter::Queue* each : moved)
         each->queue = queue;
     return moved.empty() ? refused : success;
@@ -203,7 +206,7 @@ uint32_t get_filter_types(Host& host, std::string_view portset_name, Output outp
     if (!owner)
         return refused;
     const auto setting = property<FilterTypesSetting>(*owner, filter_types_property);
-    return output.put(setting ? uint16_t{setting->mask} : host.uplinks.filter_types[owner->entry->switch_number]);
+    return output.put(setting ? uint16_t{setting->mask} : owner->setting.filter_types);
 }
 
 const Answer answers[] = {

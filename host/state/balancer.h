@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -10,7 +9,7 @@
 
 namespace host {
 
-struct Host;
+struct Switch;
 
 // Traffic runs from its injection on.
 struct InjectedTraffic {
@@ -19,8 +18,8 @@ struct InjectedTraffic {
 };
 
 struct SwitchBalancer {
-    LBMetric metric;  // unless the switch's host property names another
-    uint64_t parameters[lb_parameters];
+    LBMetric metric = LBMetric::cpu;  // unless the switch's host property names another
+    uint64_t parameters[lb_parameters] = {1000, 85, 30, 60, 90, 20, 50'000, 100'000, 15, 10};
     std::vector<InjectedTraffic> injected;
     std::string debug_text;
 
@@ -28,12 +27,7 @@ struct SwitchBalancer {
     void log(uint64_t nanoseconds, const std::string& line);
 };
 
-struct Balancer {
-    std::map<uint32_t, SwitchBalancer> switches;  // by switch number
-    bool is_automatic = false;                    // it then moves ports' queues and filters alone
-};
-
-// Of the built-in host, whose switches stand already.
-Balancer default_balancer(const Host& host);
+// Of a switch whose ports stand already: how it was placed, to begin with.
+std::string usual_debug_text(const Switch& owner);
 
 }  // namespace host

@@ -10,10 +10,6 @@
 
 namespace host {
 
-struct Host;
-
-inline constexpr uint16_t first_tunnel_record = 17;
-
 namespace hardware {
 
 // As numbers; an IPv4 address has the low 32 bits only.
@@ -51,8 +47,5 @@ struct HardwareTables {
     std::vector<hardware::Tunnel> tunnels;
     std::vector<hardware::MirrorHeaders> mirrors;
 };
-
-// Of the built-in host, whose switches and whose SmartNIC stand already.
-HardwareTables default_hardware_tables(const Host& host);
 
 }  // namespace host

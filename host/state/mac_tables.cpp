@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 #include "host/host.h"
 
@@ -16,7 +17,8 @@ constexpr uint32_t neighbours_of_an_uplink = 12;
 constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
 
 // An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
-void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t generation)
+template <class IsKnown>
+void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uint64_t generation, IsKnown is_known)
 {
     const PortListEntry& entry = port.entry;
     const auto add = [&](const uint8_t(&mac)[mac_bytes], uint32_t vlan) {
@@ -24,8 +26,8 @@ void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t g
         std::memcpy(made.mac, mac, sizeof made.mac);
         made.vlan = static_cast<uint16_t>(vlan);
         made.qdp_port = entry.qdp_port;
-        if (std::ranges::none_of(table.macs, [&](const Mac& known) { return is_same_address(known.entry, made); }))
-            table.macs.push_back({entry.port, made, false, generation});
+        if (!is_known(made))
+            macs.push_back({entry.port, made, false, generation});
     };
 
     const uint32_t vlan = 100 + entry.port % 8;
@@ -40,40 +42,41 @@ void learn(MacTable& table, uint32_t switch_number, const Port& port, uint64_t g
 
 }  // namespace
 
-MacTable* MacTables::table(uint32_t switch_number)
-{
-    const auto found = tables.find(switch_number);
-    return found == tables.end() ? nullptr : &found->second;
-}
-
 uint64_t mac_generation(const Host& host)
 {
     return host.clock.grown(1) / generation_seconds;
 }
 
+uint64_t address_key(const MacEntry& entry)
+{
+    uint64_t key = entry.vlan;
+    for (const uint8_t byte : entry.mac)
+        key = key << 8 | byte;
+    return key;
+}
+
 bool is_same_address(const MacEntry& one, const MacEntry& other)
 {
-    return one.vlan == other.vlan && std::ranges::equal(one.mac, other.mac);
+    return address_key(one) == address_key(other);
 }
 
-void relearn_macs(Host& host, uint32_t switch_number, const Port& port)
+void relearn_macs(Host& host, Switch& owner, const Port& port)
 {
-    MacTable& table = *host.mac_tables.table(switch_number);
-    std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
-    if (!is_a(port, ClientType::uplink) || host.port_settings.datapath_switch(switch_number)->learns_uplink_macs)
-        learn(table, switch_number, port, mac_generation(host));
+    std::vector<Mac>& macs = owner.mac_table.macs;
+    std::erase_if(macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
+    if (!is_a(port, ClientType::uplink) || owner.setting.learns_uplink_macs)
+        learn(macs, owner.entry->switch_number, port, mac_generation(host), [&](const MacEntry& entry) {
+            return std::ranges::any_of(macs, [&](const Mac& known) { return is_same_address(known.entry, entry); });
+        });
 }
 
-MacTables default_mac_tables(const Host& host)
+std::vector<Mac> usual_macs(const Switch& owner, uint64_t generation)
 {
-    MacTables made;
-    for (const Switch& each : host.switches) {
-        if (!each.entry)
-            continue;
-        MacTable& table = made.tables[each.entry->switch_number];
-        for (const Port& port : each.ports)
-            learn(table, each.entry->switch_number, port, mac_generation(host));
-    }
+    std::vector<Mac> made;
+    std::unordered_set<uint64_t> known;
+    for (const Port& port : owner.ports)
+        learn(made, owner.entry->switch_number, port, generation,
+              [&](const MacEntry& entry) { return !known.insert(address_key(entry)).second; });
     return made;
 }
 

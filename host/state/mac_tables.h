@@ -1,7 +1,6 @@
 // The MAC tables of the switches.
 #pragma once
 
-#include <map>
 #include <set>
 #include <vector>
 
@@ -11,9 +10,7 @@ namespace host {
 
 struct Host;
 struct Port;
-
-inline constexpr uint32_t port_mac_limit = 1024;
-inline constexpr uint32_t switch_mac_limit = 32768;
+struct Switch;
 
 // A static entry was added and never ages; the others the switch has learned.
 struct Mac {
@@ -26,24 +23,23 @@ struct Mac {
 struct MacTable {
     std::vector<Mac> macs;
     std::set<uint32_t> ports_over_limit;  // that were refused an entry
+    uint32_t limit = 32768;
+    uint32_t port_limit = 1024;
 };
 
-struct MacTables {
-    std::map<uint32_t, MacTable> tables;  // by switch number
-
-    MacTable* table(uint32_t switch_number);  // null when the host has no such switch
-};
+// An address with its VLAN as one number.
+uint64_t address_key(const MacEntry& entry);
 
 // Whether both are the entry of one address: an address is known once a switch and VLAN.
 bool is_same_address(const MacEntry& one, const MacEntry& other);
 
 // Forgets what the switch has learned of a port, and learns it anew if it learns from such ports.
-void relearn_macs(Host& host, uint32_t switch_number, const Port& port);
+void relearn_macs(Host& host, Switch& owner, const Port& port);
+
+// What a switch has learned of its ports when nobody describes it.
+std::vector<Mac> usual_macs(const Switch& owner, uint64_t generation);
 
 // The age of entries is counted in generations.
 uint64_t mac_generation(const Host& host);
-
-// Of the built-in host, whose switches stand already.
-MacTables default_mac_tables(const Host& host);
 
 }  // namespace host

@@ -8,8 +8,6 @@ namespace host {
 
 namespace {
 
-constexpr uint64_t packets_a_second = 100'000;  // of the whole pipeline
-
 uint64_t counted(const Clock& clock, uint64_t per_second)
 {
     return clock.grown(1) * per_second;
@@ -25,63 +23,6 @@ P4TrafficCounters traffic(uint64_t packets, uint64_t packet_bytes)
     made.broadcast_packets = packets / broadcast_share;
     made.broadcast_bytes = made.broadcast_packets * packet_bytes;
     return made;
-}
-
-// The session's packets leave by an uplink, bare or in one of the tunnels.
-MirrorSession mirror_session(const SmartNic& nic, uint8_t index, bool is_egress, size_t uplink, bool is_tunnel)
-{
-    const std::vector<P4OutputPort> uplinks = nic.uplinks();
-    MirrorSession made{};
-    made.is_offloaded = 1;
-    made.index = index & 7;
-    made.direction = is_egress;
-    made.destination_port = uplinks[uplink].destination_port;
-    made.is_tunnel = is_tunnel;
-    made.tunnel_index = is_tunnel ? static_cast<int32_t>(first_tunnel_record + uplink) : -1;
-    made.vni = is_tunnel ? 5000 + index : 0;
-    for (size_t i = 0; i < std::size(made.uplink_logical_ports); ++i)
-        made.uplink_logical_ports[i] = uplinks[i].destination_port;
-    return made;
-}
-
-PortMirror port_mirror(uint16_t fc_port, uint8_t index, MirrorType type)
-{
-    PortMirror made{};
-    made.is_offloaded = 1;
-    made.index = index & 7;
-    made.fc_port = fc_port & 0xfff;
-    made.gre_key = type == MirrorType::gre_only ? 100 + index : 0;
-    made.type = static_cast<uint8_t>(type) & 3;
-    made.hardware_id = index;
-    made.class_of_service = 3;
-    made.snap_length = 128;
-    made.erspan_id = static_cast<uint16_t>(type >= MirrorType::erspan2 ? 10 + index : 0);
-    return made;
-}
-
-MirrorAddress ipv4(uint8_t last)
-{
-    return {{10, 20, 30, last}};
-}
-
-MirrorAddress ipv6(uint8_t last)
-{
-    return {{0xfd, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, last}};
-}
-
-std::vector<PortMirror> default_port_mirrors()
-{
-    PortMirror plain = port_mirror(1, 0, MirrorType::gre_only);
-    plain.source = ipv4(1);
-    plain.destination = ipv4(99);
-    PortMirror wide = port_mirror(1, 1, MirrorType::erspan3);
-    wide.is_ipv6 = 1;
-    wide.source = ipv6(1);
-    wide.destination = ipv6(0x99);
-    PortMirror other = port_mirror(2, 0, MirrorType::erspan2);
-    other.source = ipv4(2);
-    other.destination = ipv4(99);
-    return {plain, wide, other};
 }
 
 }  // namespace
@@ -109,11 +50,11 @@ P4PortCounters p4_port_counters(const Host& host, uint32_t port)
     const auto row = host.smartnic.output_port(port);
     if (!row || row->status != port_is_up)
         return {};
-    const uint64_t rx = counted(host.clock, 400 + 13 * port);
-    const uint64_t tx = counted(host.clock, 300 + 17 * port);
-    const uint64_t packet_bytes = 64 + 29 * port % 1400;
-    return {traffic(rx, packet_bytes), traffic(rx / drop_share, packet_bytes), traffic(tx, packet_bytes),
-            traffic(tx / drop_share, packet_bytes)};
+    const auto [in, out] = host.smartnic.traffic_of(port);
+    const uint64_t rx = counted(host.clock, in.packets);
+    const uint64_t tx = counted(host.clock, out.packets);
+    return {traffic(rx, in.packet_bytes), traffic(rx / drop_share, in.packet_bytes), traffic(tx, out.packet_bytes),
+            traffic(tx / drop_share, out.packet_bytes)};
 }
 
 P4LifCounters lif_counters(const Host& host, uint32_t number)
@@ -146,7 +87,7 @@ P4ConntrackCounters conntrack_counters(const Host& host, uint32_t port)
 
 P4IngressCounters ingress_counters(const Host& host)
 {
-    const uint64_t packets = counted(host.clock, packets_a_second);
+    const uint64_t packets = counted(host.clock, host.pipeline.packet_rate);
     P4IngressCounters made{};
     made.from_host = packets;
     made.from_switch = packets / 2 * 3;
@@ -166,22 +107,6 @@ P4EgressCounters egress_counters(const Host& host)
     made.flow_miss = ingress.from_cpu / 2;
     made.conntrack_redirects = ingress.from_cpu / 4;
     made.drops = ingress.malformed;
-    return made;
-}
-
-Pipeline default_pipeline(const Host& host)
-{
-    Pipeline made{};
-    made.flow_stats = {256, 1000};
-    made.offloads_icmp_echo = 0;
-    made.dscp = {0, 46, 0x3f};
-    made.tables = default_memory_tables();
-    for (uint8_t index = 0; index < 2; ++index)
-        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, false, 0, index == 1));
-    for (uint8_t index = 0; index < 3; ++index)
-        made.mirror_sessions.push_back(mirror_session(host.smartnic, index, true, 1, index == 2));
-    made.port_mirrors = default_port_mirrors();
-    made.app_is_enabled = 1;
     return made;
 }
 

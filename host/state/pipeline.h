@@ -30,23 +30,30 @@ private:
     std::optional<uint64_t> since_;
 };
 
+// What the driver does with the pipeline's flows, a second. As many are removed as inserted.
+struct FlowOperationRates {
+    uint64_t inserts = 20;
+    uint64_t updates = 5;
+    uint64_t gets = 100;
+};
+
 struct Pipeline {
-    FpoFlowStatsConfig flow_stats;
+    FpoFlowStatsConfig flow_stats{};
     std::map<std::string, uint32_t, std::less<>> offloaded;  // by portset name
-    uint32_t offloads_icmp_echo;
-    DscpConfig dscp;
+    uint32_t offloads_icmp_echo = 0;
+    DscpConfig dscp{};
 
     std::vector<MemoryTable> tables;
     std::vector<MirrorSession> mirror_sessions;
     std::vector<PortMirror> port_mirrors;
 
-    uint32_t app_is_enabled;
+    uint64_t packet_rate = 100'000;  // of the whole pipeline from the host, a second
+    FlowOperationRates operations;
+
+    uint32_t app_is_enabled = 0;
     SecondsOn latency;
     std::map<uint32_t, SecondsOn> advanced_stats;  // by switch number
 };
-
-// Of the built-in host, whose switches stand already.
-Pipeline default_pipeline(const Host& host);
 
 // The counter blocks as they stand now; of a LIF or a port that is not there, or down, they are zeros. The SmartNIC
 // refreshes them once a second, so that two reads side by side agree.

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
 namespace host {
-
-struct Host;
 
 struct Placement {
     struct Device {
@@ -16,9 +15,9 @@ struct Placement {
     };
     std::vector<Device> devices;
     bool has_mbuf_fastslabs = false;
-};
+    std::map<uint32_t, uint64_t> offload_rates;  // packets a second that a lcore's offloaded flows see, by lcore
 
-// Of the built-in host, whose switches stand already.
-Placement default_placement(const Host& host);
+    uint64_t offload_rate(uint32_t lcore) const;
+};
 
 }  // namespace host

@@ -1,9 +1,8 @@
 // How ports and switches are configured beyond the inventory: filters, features, pins, flow cache switches.
 #include "host/state/port_settings.h"
 
+#include <algorithm>
 #include <cstring>
-
-#include "host/host.h"
 
 namespace host {
 
@@ -34,7 +33,14 @@ void tag(PortConf& conf, uint16_t first, uint16_t last)
 constexpr uint8_t all_ipv4_hosts[] = {0x01, 0x00, 0x5e, 0x00, 0x00, 0x01};
 constexpr uint8_t all_ipv6_nodes[] = {0x33, 0x33, 0x00, 0x00, 0x00, 0x01};
 
-PortConf conf_of(const PortListEntry& entry)
+}  // namespace
+
+void enable(PortConf& conf, const PortFeature& feature)
+{
+    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
+}
+
+PortConf usual_conf(const PortListEntry& entry)
 {
     PortConf conf{};
     conf.port = entry.port;
@@ -77,14 +83,13 @@ PortConf conf_of(const PortListEntry& entry)
 }
 
 // The kinds of teaming take turns over the ports; an uplink transmits on itself.
-TxUplinks tx_uplinks_of(const PortListEntry& entry, const Switch& owner)
+TxUplinks usual_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks)
 {
     TxUplinks made{};
-    const auto use = [&](TxUplinkType type, uint32_t most) {
+    const auto use = [&](TxUplinkType type, size_t most) {
         made.type = static_cast<uint8_t>(type);
-        for (const Port& port : owner.ports)
-            if (is_a(port, ClientType::uplink) && made.count < most)
-                made.uplinks[made.count++] = static_cast<uint16_t>(port.entry.port);
+        made.count = static_cast<uint8_t>(std::min(most, uplinks.size()));
+        std::copy_n(uplinks.begin(), made.count, made.uplinks);
     };
     if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
         made.type = static_cast<uint8_t>(TxUplinkType::no_teaming);
@@ -106,44 +111,6 @@ TxUplinks tx_uplinks_of(const PortListEntry& entry, const Switch& owner)
         break;
     default:
         use(TxUplinkType::all, max_tx_uplinks);
-    }
-    return made;
-}
-
-template <class Key, class Setting>
-Setting* find(std::map<Key, Setting>& settings, const Key& key)
-{
-    const auto found = settings.find(key);
-    return found == settings.end() ? nullptr : &found->second;
-}
-
-}  // namespace
-
-void enable(PortConf& conf, const PortFeature& feature)
-{
-    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
-}
-
-PortSetting* PortSettings::port(uint32_t switch_number, uint32_t port_number)
-{
-    return find(ports, {switch_number, port_number});
-}
-
-SwitchSetting* PortSettings::datapath_switch(uint32_t switch_number)
-{
-    return find(switches, switch_number);
-}
-
-PortSettings default_port_settings(const Host& host)
-{
-    PortSettings made;
-    for (const Switch& each : host.switches) {
-        if (!each.entry)
-            continue;
-        const uint32_t number = each.entry->switch_number;
-        made.switches[number] = {};
-        for (const Port& port : each.ports)
-            made.ports[{number, port.entry.port}] = {conf_of(port.entry), tx_uplinks_of(port.entry, each), {}};
     }
     return made;
 }

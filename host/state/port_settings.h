@@ -2,16 +2,13 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
-#include <utility>
+#include <vector>
 
 #include "platform/port_conf.h"
 #include "platform/ports.h"
 
 namespace host {
-
-struct Host;
 
 // The bits of a port's features that this host knows.
 struct PortFeature {
@@ -23,8 +20,8 @@ inline constexpr PortFeature feature_lro{0, 2};
 void enable(PortConf& conf, const PortFeature& feature);
 
 struct PortSetting {
-    PortConf conf;
-    TxUplinks tx_uplinks;
+    PortConf conf{};
+    TxUplinks tx_uplinks{};
     std::optional<PortListEntry> unpinned;  // where the queues ran before a migration pinned them
 };
 
@@ -32,18 +29,11 @@ struct SwitchSetting {
     bool learns_uplink_macs = true;
     bool has_flow_cache = true;
     bool panics_on_tx_hang = false;
+    uint16_t filter_types = 0x7;  // receive filter classes, unless the switch's property says otherwise
 };
 
-struct PortSettings {
-    std::map<std::pair<uint32_t, uint32_t>, PortSetting> ports;  // by switch number and port
-    std::map<uint32_t, SwitchSetting> switches;
-
-    // Null when the host has no such object.
-    PortSetting* port(uint32_t switch_number, uint32_t port_number);
-    SwitchSetting* datapath_switch(uint32_t switch_number);
-};
-
-// Of the built-in host, whose switches stand already.
-PortSettings default_port_settings(const Host& host);
+// What a port has whose configuration nobody describes: it follows from the port's number.
+PortConf usual_conf(const PortListEntry& entry);
+TxUplinks usual_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks);
 
 }  // namespace host

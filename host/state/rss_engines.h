@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <utility>
 #include <vector>
 
 #include "platform/l3span.h"
@@ -12,11 +11,10 @@
 
 namespace host {
 
-struct Host;
+struct Port;
 
-struct RssEngines {
-    std::map<std::pair<uint32_t, uint32_t>, std::vector<RSSEngine>> of_ports;  // by switch number and port
-};
+// Of an uplink whose engines nobody describes.
+std::vector<RSSEngine> usual_rss_engines(const Port& uplink);
 
 // A destination of mirrored traffic; IPv4 addresses are followed by zeros.
 struct L3SpanDestination {
@@ -30,9 +28,5 @@ struct L3SpanDestination {
 struct L3SpanRecords {
     std::map<L3SpanDestination, L3SPANRecord> records;
 };
-
-// Of the built-in host, whose switches stand already.
-RssEngines default_rss_engines(const Host& host);
-L3SpanRecords default_l3span_records(const Host& host);
 
 }  // namespace host

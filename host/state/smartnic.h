@@ -7,15 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include "host/shares.h"
 #include "platform/mux.h"
 #include "platform/p4_ports.h"
 #include "platform/p4_settings.h"
 
 namespace host {
-
-struct Host;
-
-inline constexpr uint32_t smartnic_switch = 2;  // whose uplinks end in the SmartNIC
 
 // Types of a LIF; mux VLAN ports have one too, in the output port table.
 enum LifType : uint8_t { uplink_lif = 1, pf_lif = 2, vf_lif = 3, vlan_port_lif = 4 };
@@ -28,15 +25,22 @@ struct MuxSwitch {
     std::map<uint32_t, ShadowPortEntry> shadow_ports;  // by FC port
 };
 
+// What a port of the SmartNIC carries.
+struct P4Traffic {
+    Traffic rx, tx;
+};
+
 struct SmartNic {
-    P4HostPfs host_pfs;
+    std::optional<uint32_t> uplink_switch;  // whose uplinks end in the SmartNIC
+    P4HostPfs host_pfs{};
     std::map<uint32_t, P4LifPort> lifs;                                    // by LIF number
     std::map<uint32_t, P4VlanPort> vlan_ports;                             // by mux VLAN
     std::map<uint32_t, uint16_t> default_vlans;                            // by port; 0 where none is set
     std::map<uint32_t, uint16_t> fc_ports;                                 // by port: the switch's port behind it
     std::map<uint32_t, MuxSwitch> mux_switches;                            // by switch number
     std::map<std::pair<uint32_t, uint32_t>, P4RssOverride> rss_overrides;  // by switch number and port
-    P4LogLevel log_level;
+    P4LogLevel log_level{};
+    std::map<uint32_t, P4Traffic> traffic;         // by port; of those whose traffic does not follow from their number
     std::map<uint32_t, uint32_t> aging_intervals;  // by selector; those that have been set
 
     // Null when there is no such object.
@@ -48,6 +52,7 @@ struct SmartNic {
     std::map<uint32_t, P4OutputPort> output_ports() const;
     std::optional<P4OutputPort> output_port(uint32_t port) const;
     std::vector<P4OutputPort> uplinks() const;
+    P4Traffic traffic_of(uint32_t port) const;
 
     // The port that the switch's port lies behind; 0 when there is none.
     uint16_t port_of(uint32_t fc_port) const;
@@ -61,8 +66,5 @@ struct SmartNic {
 
 // How the pipeline marks what comes in from a port.
 uint16_t tag_of(uint32_t port);
-
-// Of the built-in host, whose switches stand already.
-SmartNic default_smartnic(const Host& host);
 
 }  // namespace host

@@ -69,29 +69,19 @@ std::vector<std::byte> made_up_entry(const MemoryTable& table, uint32_t index)
 
 }  // namespace
 
-std::vector<MemoryTable> default_memory_tables()
+uint64_t free_table_memory(const std::vector<MemoryTable>& tables)
 {
-    std::vector<MemoryTable> tables = {
-        {0, 16, 1024, 0},
-        {1, 64, 4096, 0},
-        {2, 64, 1 << 21, 0},
-        {3, 128, 65536, 0},
-        {ipfix_table, 32, 1 << 20, 0},
-        {5, 64, 1 << 20, 0},
-        {conntrack_table, 32, 1 << 20, 0},
-        {7, 256, 2048, 0},
-    };
-    uint64_t address = first_address;
-    for (MemoryTable& table : tables) {
-        table.address = address;
-        const uint64_t end = address + uint64_t{table.entry_bytes} * table.num_entries;
-        address = (end + alignment - 1) / alignment * alignment;
-    }
-    return tables;
+    if (tables.empty())
+        return first_address;
+    const MemoryTable& last = tables.back();
+    const uint64_t end = last.address + uint64_t{last.entry_bytes} * last.num_entries;
+    return (end + alignment - 1) / alignment * alignment;
 }
 
 std::vector<std::byte> entry_of(const Host& host, const MemoryTable& table, uint32_t index)
 {
+    if (const auto described = table.contents.find(index); described != table.contents.end())
+        return described->second;
     if (table.number == ipfix_table)
         return value_of(bytes_of(ipfix_entry(flow_counters(host, index))));
     if (table.number == conntrack_table)

@@ -7,16 +7,11 @@
 
 namespace host {
 
-struct Host;
-
 struct Timing {
-    uint32_t flow_timeout;  // in seconds
-    FpoRevalConfig reval;
-    FpoConntrackDelay conntrack_delay;
-    uint32_t refresh_packet_injection;
+    uint32_t flow_timeout = 10;  // in seconds
+    FpoRevalConfig reval = {.enabled = 1, .inject_packet = 0, .flow_scan_quota = 256, .reval_interval = 1000};
+    FpoConntrackDelay conntrack_delay = {.num_packets = 16, .enabled = 0};
+    uint32_t refresh_packet_injection = 1;
 };
-
-// Of the built-in host, whose switches stand already.
-Timing default_timing(const Host& host);
 
 }  // namespace host

@@ -8,9 +8,10 @@ namespace host {
 namespace {
 
 constexpr uint32_t filter_kinds = 4;
-constexpr int64_t first_filter_id = 0x100;
 
-std::vector<PrivateCounter> private_counters(const Port& uplink)
+}  // namespace
+
+std::vector<PrivateCounter> usual_private_counters(const Port& uplink)
 {
     std::vector<PrivateCounter> made{{"link_resets", 0}, {"rx_buffer_refills", uplink.rx.packets / 32}};
     for (uint32_t queue = 0; queue < uplink.entry.num_rx_queues; ++queue)
@@ -29,52 +30,23 @@ std::vector<const Port*> uplinks_of(const Switch& owner)
 }
 
 // The kinds take turns. A MAC filter steers to one uplink; a tunnel's may come in on any.
-ReceiveFilter filter_of(const Switch& owner, const Port& vnic, int64_t filter_id)
+ReceiveFilter usual_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id)
 {
     const uint32_t number = vnic.entry.port;
     ReceiveFilter made{};
-    made.vnic = {owner.entry->switch_number, number};
     made.type = static_cast<NetQFilterType>(number % filter_kinds);
     std::memcpy(made.mac.mac, vnic.entry.mac, mac_bytes);
     std::memcpy(made.tunnel.inner_mac, vnic.entry.mac, mac_bytes);
     made.mac.vlan = static_cast<uint16_t>(made.type == NetQFilterType::vlan_and_mac ? 100 + number : 0);
     made.tunnel.vni = 5000 + number;
 
-    const auto uplinks = uplinks_of(owner);
-    const bool is_tunnel = made.type == NetQFilterType::geneve || made.type == NetQFilterType::vxlan;
     for (size_t i = 0; i < uplinks.size(); ++i) {
         const PortListEntry& uplink = uplinks[i]->entry;
         if (i == 0)
             std::memcpy(made.tunnel.outer_mac, uplink.mac, mac_bytes);
-        if (is_tunnel || i == number % uplinks.size())
+        if (uplink.num_rx_queues > 0 && (is_tunnel(made.type) || i == number % uplinks.size()))
             made.queues.push_back({uplink.port, number % uplink.num_rx_queues, filter_id});
     }
-    return made;
-}
-
-}  // namespace
-
-// The drivers of all uplinks but the last one have counters of their own.
-Uplinks default_uplinks(const Host& host)
-{
-    Uplinks made;
-    PortAddress last_uplink;
-    for (const Switch& owner : host.switches) {
-        if (!owner.entry)
-            continue;
-        const uint32_t number = owner.entry->switch_number;
-        for (const Port* uplink : uplinks_of(owner)) {
-            last_uplink = {number, uplink->entry.port};
-            made.private_counters[last_uplink] = private_counters(*uplink);
-        }
-        for (const Port& port : owner.ports)
-            if (is_a(port, ClientType::vnic))
-                made.filters.push_back(
-                    filter_of(owner, port, first_filter_id + static_cast<int64_t>(made.filters.size())));
-        // All classes, but no VLAN-and-MAC filters where a SmartNIC steers.
-        made.filter_types[number] = static_cast<uint16_t>(number == smartnic_switch ? 0x3 : 0x7);
-    }
-    made.private_counters.erase(last_uplink);
     return made;
 }
 

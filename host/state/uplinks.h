@@ -2,18 +2,15 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/uplink.h"
 
 namespace host {
 
-struct Host;
-
-using PortAddress = std::pair<uint32_t, uint32_t>;  // switch number and port
+struct Port;
+struct Switch;
 
 // A counter that only an uplink's driver knows.
 struct PrivateCounter {
@@ -23,7 +20,6 @@ struct PrivateCounter {
 
 // A receive filter of a vNIC, and the queues of its switch's uplinks that it steers to.
 struct ReceiveFilter {
-    PortAddress vnic;
     NetQFilterType type;
     NetQMacKey mac;        // of the MAC filters
     NetQTunnelKey tunnel;  // of the GENEVE and VXLAN filters
@@ -35,13 +31,15 @@ struct ReceiveFilter {
     std::vector<Queue> queues;
 };
 
-struct Uplinks {
-    std::map<PortAddress, std::vector<PrivateCounter>> private_counters;  // of the uplinks whose drivers have some
-    std::vector<ReceiveFilter> filters;
-    std::map<uint32_t, uint16_t> filter_types;  // by switch number, unless the switch's property says otherwise
-};
+inline bool is_tunnel(NetQFilterType type)
+{
+    return type == NetQFilterType::geneve || type == NetQFilterType::vxlan;
+}
 
-// Of the built-in host, whose switches stand already.
-Uplinks default_uplinks(const Host& host);
+std::vector<const Port*> uplinks_of(const Switch& owner);
+
+// What an uplink's driver counts, and the filter of a vNIC, when nobody describes them.
+std::vector<PrivateCounter> usual_private_counters(const Port& uplink);
+ReceiveFilter usual_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id);
 
 }  // namespace host

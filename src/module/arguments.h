@@ -16,6 +16,17 @@ constexpr bool is_port(uint32_t switch_number, uint32_t port)
     return is_switch(switch_number) && port < max_ports;
 }
 
+// The low bits of an argument, as a request's field carries them.
+constexpr uint16_t low_16(uint64_t value)
+{
+    return static_cast<uint16_t>(value);
+}
+
+constexpr uint8_t low_8(uint64_t value)
+{
+    return static_cast<uint8_t>(value);
+}
+
 // An integer as PyLong_AsLong takes it, its low 32 bits kept. False, with the interpreter's exception set, for anything
 // else and for an integer beyond 64 bits.
 bool take_integer(PyObject* object, uint32_t& value);

@@ -30,17 +30,18 @@ static_assert(sizeof(MirrorSession) == 32);
 // As many entries as the library's buffer holds, and what is left of it.
 template <class Entry>
 struct MirrorDump {
-    static constexpr size_t max_entries = (mirror_dump_bytes - 8) / sizeof(Entry);
+    static constexpr size_t header_bytes = 8;
+    static constexpr size_t max_entries = (mirror_dump_bytes - header_bytes) / sizeof(Entry);
 
     uint32_t reserved;
     uint32_t count;
     Entry entries[max_entries];
-    uint8_t unused[mirror_dump_bytes - 8 - max_entries * sizeof(Entry)];
+    uint8_t unused[mirror_dump_bytes - header_bytes - max_entries * sizeof(Entry)];
 };
 
 using MirrorSessionDump = MirrorDump<MirrorSession>;
 static_assert(MirrorSessionDump::max_entries == 63);
-static_assert(offsetof(MirrorSessionDump, entries) == 8);
+static_assert(offsetof(MirrorSessionDump, entries) == MirrorSessionDump::header_bytes);
 static_assert(sizeof(MirrorSessionDump) == mirror_dump_bytes);
 
 // Selects the port whose mirrors are dumped.
@@ -90,5 +91,5 @@ static_assert(sizeof(PortMirror) == 64);
 
 using PortMirrorDump = MirrorDump<PortMirror>;
 static_assert(PortMirrorDump::max_entries == 31);
-static_assert(offsetof(PortMirrorDump, entries) == 8);
+static_assert(offsetof(PortMirrorDump, entries) == PortMirrorDump::header_bytes);
 static_assert(sizeof(PortMirrorDump) == mirror_dump_bytes);

@@ -15,9 +15,11 @@ inline constexpr size_t mux_list_response_bytes = 520;
 // A page of a list: as many packed entries as its capacity holds.
 template <class Entry>
 struct MuxListResponse {
+    static constexpr size_t header_bytes = 8;
+
     uint32_t count;
     uint32_t next_fc_port;
-    Entry entries[(mux_list_response_bytes - 8) / sizeof(Entry)];
+    Entry entries[(mux_list_response_bytes - header_bytes) / sizeof(Entry)];
 };
 
 struct MuxVlanEntry {
@@ -37,6 +39,6 @@ static_assert(sizeof(ShadowPortEntry) == 6);
 
 using MuxVlanList = MuxListResponse<MuxVlanEntry>;
 using ShadowPortList = MuxListResponse<ShadowPortEntry>;
-static_assert(offsetof(ShadowPortList, entries) == 8);
+static_assert(offsetof(ShadowPortList, entries) == ShadowPortList::header_bytes);
 static_assert(sizeof(MuxVlanList) == mux_list_response_bytes);
 static_assert(sizeof(ShadowPortList) == mux_list_response_bytes);

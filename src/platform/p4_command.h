@@ -42,10 +42,11 @@ inline constexpr size_t p4_list_response_bytes = 1024;
 // A page of a list: as many packed entries as its capacity holds.
 template <class Entry>
 struct P4ListResponse {
-    static constexpr size_t max_entries = (p4_list_response_bytes - 4) / sizeof(Entry);
+    static constexpr size_t header_bytes = 4;
+    static constexpr size_t max_entries = (p4_list_response_bytes - header_bytes) / sizeof(Entry);
 
     uint16_t count;
     uint16_t next_index;
     Entry entries[max_entries];
-    uint8_t unused[p4_list_response_bytes - 4 - max_entries * sizeof(Entry)];
+    uint8_t unused[p4_list_response_bytes - header_bytes - max_entries * sizeof(Entry)];
 };

@@ -124,7 +124,7 @@ static_assert(sizeof(P4ListRequest) == 2);
 using P4LifPortList = P4ListResponse<P4LifPort>;
 using P4VlanPortList = P4ListResponse<P4VlanPort>;
 using P4OutputPortList = P4ListResponse<P4OutputPort>;
-static_assert(offsetof(P4LifPortList, entries) == 4);
+static_assert(offsetof(P4LifPortList, entries) == P4LifPortList::header_bytes);
 static_assert(sizeof(P4LifPortList) == p4_list_response_bytes && P4LifPortList::max_entries == 85);
 static_assert(sizeof(P4VlanPortList) == p4_list_response_bytes && P4VlanPortList::max_entries == 63);
 static_assert(sizeof(P4OutputPortList) == p4_list_response_bytes && P4OutputPortList::max_entries == 63);

@@ -31,12 +31,12 @@ struct PropertyValue {
     Bytes bytes() const { return value ? Bytes{value.get(), length} : Bytes{}; }
 };
 
-// What a call handed out; one that failed has handed out nothing, and a length without a value is none.
+// What a call handed out; one that failed has handed out nothing.
 inline PropertyValue handed_out(uint32_t status, void* value, uint32_t length)
 {
     if (status != status_success)
         return {status, nullptr, 0};
-    return {status, std::unique_ptr<void, ReleaseValue>{value}, value ? length : 0};
+    return {status, std::unique_ptr<void, ReleaseValue>{value}, length};
 }
 
 // Reads a host property as the host kernel has it.

@@ -1,32 +1,11 @@
 """One binary for every CPython: the same answers from each interpreter found on this machine."""
 
-import glob
-import os
-import shutil
 import subprocess
 
 import pytest
 
+from interpreters import interpreters
 from recipes import RECIPES
-
-MINORS = range(6, 14)
-
-
-def interpreters():
-    found = {}
-    candidates = ["/usr/bin/python3"]
-    candidates += [shutil.which(f"python3.{minor}") for minor in MINORS]
-    candidates += sorted(glob.glob(os.path.expanduser("~/.pyenv/versions/3.*/bin/python3")))
-    for candidate in filter(None, candidates):
-        asked = subprocess.run(
-            [candidate, "-c", "import sys; print(sys.implementation.name, *sys.version_info[:2])"],
-            capture_output=True,
-            text=True,
-        )
-        name, major, minor = (asked.stdout.split() + ["", "0", "0"])[:3]
-        if asked.returncode == 0 and name == "cpython" and int(major) == 3 and int(minor) in MINORS:
-            found.setdefault(os.path.realpath(candidate), candidate)
-    return sorted(found.values())
 
 
 def listed(root, build, interpreter):

@@ -49,8 +49,10 @@ def test_a_wrong_length(configured, core, value):
 
 
 def test_a_length_without_a_value(configured, core):
-    """The library succeeds with a length and no value: it counts as no length, and nothing is touched."""
+    """The library succeeds with a length and no value: it reads as zeros, and nothing is touched."""
     configured.script("DVSHCK_HostPropGet", sizes={0: 5})
+    assert read(core, 5) == (bytes(5), "")
+    configured.script("DVSHCK_HostPropGet", sizes={0: 6})
     assert read(core, 5) == ("malformed", f"Property {KEY} value length is odd.\n")
 
 

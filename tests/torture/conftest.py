@@ -6,24 +6,23 @@ import importlib.util
 
 import pytest
 
-FAILURE_POINTS = pytest.StashKey()
+TALLIES = pytest.StashKey()
 
 
 def pytest_terminal_summary(terminalreporter, config):
-    tried = config.stash.get(FAILURE_POINTS, {})
-    for what, count in tried.items():
-        terminalreporter.write_line(f"{count} {what} were made to fail")
+    for what, count in config.stash.get(TALLIES, {}).items():
+        terminalreporter.write_line(f"{count} {what}")
 
 
 @pytest.fixture
-def count_failures(request):
-    """Counts failure points for the session's summary."""
+def tally(request):
+    """Counts what was tried, for the session's summary."""
 
-    def count(what, points):
-        tried = request.config.stash.setdefault(FAILURE_POINTS, {})
-        tried[what] = tried.get(what, 0) + points
+    def add(what, count):
+        tallies = request.config.stash.setdefault(TALLIES, {})
+        tallies[what] = tallies.get(what, 0) + count
 
-    return count
+    return add
 
 
 @pytest.fixture(scope="session")

@@ -145,7 +145,7 @@ def name(request):
 
 
 @pytest.mark.parametrize("forever", [False, True], ids=["once", "for ever"])
-def test_failing_allocations(frozen, tortured, count_failures, young, name, forever):
+def test_failing_allocations(frozen, tortured, tally, young, name, forever):
     torture, module = tortured
     method = getattr(torture if name in EXPORTED else module, name)
     printed_texts, raised_errors = [], []
@@ -204,7 +204,7 @@ def test_failing_allocations(frozen, tortured, count_failures, young, name, fore
     assert printed_texts == PRINTED.get(name, [])
     if not forever:
         assert raised_errors == RAISING.get(name, [])
-    count_failures("allocations, once and for ever," if forever else "allocations, once,", points)
+    tally(f"allocations, {'once and for ever' if forever else 'once'}, were made to fail", points)
     if not COUNTS_BLOCKS:
         return
     sweep()

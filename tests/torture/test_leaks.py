@@ -119,7 +119,7 @@ def test_refused_arguments(tortured, grows_nothing, name):
             grows_nothing(getattr(module, name), arguments)
 
 
-def test_refusing_platform(frozen, tortured, grows_nothing, count_failures, name):
+def test_refusing_platform(frozen, tortured, grows_nothing, tally, name):
     _, module = tortured
     method = getattr(module, name)
     arguments = is_made_of(RECIPES[name], module)
@@ -129,4 +129,4 @@ def test_refusing_platform(frozen, tortured, grows_nothing, count_failures, name
         for status in statuses_of(operation)[:1]:
             with standard_error():
                 grows_nothing(method, RECIPES[name], lambda refused=(operation, status): frozen.fail(*refused))
-            count_failures("operations, many times each,", 1)
+            tally("operations, many times each, were made to fail", 1)

@@ -1448,7 +1448,7 @@ def InitMbufFastslabs() -> bool:
     """
 
 class _FPORevalConfig(TypedDict):
-    """Revalidation of offloaded flows, for the whole host."""
+    """Revalidation of offloaded flows, for the whole host. Interval and quota are in the datapath's own units."""
 
     enabled: int
     injectPacket: int
@@ -1917,7 +1917,7 @@ def P4StatsFlowGet(index: int, /) -> _P4FlowStats | None:
     """
 
 class _FPOFlowStatsConfig(TypedDict):
-    """How the counters of offloaded flows are brought up to date."""
+    """How the counters of offloaded flows are brought up to date; interval and quota in the datapath's own units."""
 
     statsInterval: int
     statsScanQuota: int
@@ -2904,7 +2904,8 @@ def AdvStatsGetCounters(switch: int, selector: int, text: str, /) -> _AdvStats |
     """
 
 def AgingIntervalGet(selector: int, /) -> int | None:
-    """Reads the interval at which flow tables are aged, unsigned 32-bit (`Qdp_GetAgingInterval`).
+    """Reads the interval at which flow tables are aged, unsigned 32-bit, in the SmartNIC's own unit
+    (`Qdp_GetAgingInterval`).
 
     selector: passed as given
 

@@ -100,7 +100,7 @@ PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
     // Deliberate: the upper half of the VLAN argument replaces the lower half of the switch number. Callers name switch
     // 5 and VLAN 100 as 0x00050064; a plain VLAN id means switch 0, whatever the switch argument says.
     const uint32_t switch_number = (switch_argument & 0xffff0000) | vlan_argument >> 16;
-    const auto vlan = static_cast<uint16_t>(vlan_argument);
+    const auto vlan = low_16(vlan_argument);
     if (!is_switch(switch_number))
         return print_none(invalid_parameter);
 

@@ -7,17 +7,6 @@
 
 namespace qdp {
 
-// The low bits of an argument, as a request's field carries them.
-constexpr uint16_t low_16(uint32_t value)
-{
-    return static_cast<uint16_t>(value);
-}
-
-constexpr uint8_t low_8(uint32_t value)
-{
-    return static_cast<uint8_t>(value);
-}
-
 // The largest payload of a command; a table read, whose key may be longer, frames itself.
 inline constexpr size_t max_payload_bytes = 16;
 

@@ -1,4 +1,5 @@
 // The log level of the SmartNIC's P4 application.
+#include "module/arguments.h"
 #include "module/fields.h"
 #include "platform/p4_settings.h"
 #include "smartnic/channel/channel.h"

@@ -1,6 +1,7 @@
 // Mirror sessions and port mirrors as lines of text.
 #include <cstdio>
 
+#include "module/arguments.h"
 #include "module/fields.h"
 #include "module/render.h"
 #include "platform/qdp_control.h"
@@ -83,7 +84,7 @@ PyObject* PyQDP_P4PortMirrorTableDump(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "II", &first, &second))
         return print_none(invalid_parameter);
 
-    const PortMirrorRequest request{static_cast<uint16_t>(first), static_cast<uint16_t>(second)};
+    const PortMirrorRequest request{low_16(first), low_16(second)};
     PortMirrorDump dump{};
     uint32_t size = sizeof dump;
     if (Qdp_P4_PortMirrorTable_Dump(&request, sizeof request, &dump, &size) != 0)

@@ -1,4 +1,5 @@
 // The host's physical functions, as the SmartNIC's pipeline knows them.
+#include "module/arguments.h"
 #include "module/fields.h"
 #include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"

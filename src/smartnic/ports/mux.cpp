@@ -23,6 +23,23 @@ constexpr auto shadow_port_fields = fields<sizeof(S)>(ROWS({
     {"muxVLANID", AT(S, mux_vlan)},
 }));
 
+// A page of a list, which starts at an FC port that the library alone checks.
+template <class Page>
+PyObject* list_page(PyObject* args, uint32_t (*list)(const MuxListRequest*, uint32_t, Page*, uint32_t*), Fields fields,
+                    const char* refusal)
+{
+    MuxListRequest request;
+    if (!PyArg_ParseTuple(args, "II", &request.switch_number, &request.start_fc_port) ||
+        !is_switch(request.switch_number))
+        return print_none(invalid_parameter);
+
+    Page page{};
+    uint32_t size = sizeof page;
+    if (list(&request, sizeof request, &page, &size) != 0)
+        return print_none(refusal);
+    return page_object(page, fields);
+}
+
 }  // namespace
 
 // Checks no switch number, and both of its texts end in an empty line, deliberately.
@@ -40,30 +57,12 @@ PyObject* PyQDP_GetSwitchMuxMode(PyObject*, PyObject* args)
 
 PyObject* PyQDP_ListSwitchMuxVLAN(PyObject*, PyObject* args)
 {
-    MuxListRequest request;
-    if (!PyArg_ParseTuple(args, "II", &request.switch_number, &request.start_fc_port) ||
-        !is_switch(request.switch_number))
-        return print_none(invalid_parameter);
-
-    MuxVlanList page{};
-    uint32_t size = sizeof page;
-    if (Qdp_List_Mux_VLAN_Info(&request, sizeof request, &page, &size) != 0)
-        return print_none("Failed to get mux VLAN info\n");
-    return page_object(page, mux_vlan_fields);
+    return list_page(args, Qdp_List_Mux_VLAN_Info, mux_vlan_fields, "Failed to get mux VLAN info\n");
 }
 
 PyObject* PyQDP_ListSwitchShadowPorts(PyObject*, PyObject* args)
 {
-    MuxListRequest request;
-    if (!PyArg_ParseTuple(args, "II", &request.switch_number, &request.start_fc_port) ||
-        !is_switch(request.switch_number))
-        return print_none(invalid_parameter);
-
-    ShadowPortList page{};
-    uint32_t size = sizeof page;
-    if (Qdp_List_Shadow_Ports(&request, sizeof request, &page, &size) != 0)
-        return print_none("Failed to get shadow port list\n");
-    return page_object(page, shadow_port_fields);
+    return list_page(args, Qdp_List_Shadow_Ports, shadow_port_fields, "Failed to get shadow port list\n");
 }
 
 }  // namespace qdp

@@ -1,4 +1,5 @@
 // The pipeline's DSCP configuration.
+#include "module/arguments.h"
 #include "module/fields.h"
 #include "platform/qdp_control.h"
 #include "smartnic/stats/stats.h"
@@ -21,7 +22,7 @@ PyObject* PyQDP_DSCPConfSet(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "III", &selector, &dscp, &mask))
         return print_none(invalid_parameter);
 
-    const DscpConfig config{selector, static_cast<uint8_t>(dscp), static_cast<uint8_t>(mask)};
+    const DscpConfig config{selector, low_8(dscp), low_8(mask)};
     return commanded(Qdp_DSCP_Conf_Set(&config, sizeof config), "Failed to set DSCP conf\n");
 }
 

@@ -1,4 +1,5 @@
 // Flows: from a flow's key to its index, and from the index to what the pipeline does with it.
+#include "module/arguments.h"
 #include "platform/p4_counters.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
@@ -89,17 +90,17 @@ PyObject* PyQDP_TableFlowKeyGet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4FlowKey key{};
-    key.qualifier = static_cast<uint16_t>(qualifier);
+    key.qualifier = low_16(qualifier);
     store_48_bits(key.mac_1, mac_1);
     store_48_bits(key.mac_2, mac_2);
-    key.flow_index = static_cast<uint16_t>(flow_index);
+    key.flow_index = low_16(flow_index);
     key.address_1_low = static_cast<uint64_t>(address_1_low);
     key.address_1_high = static_cast<uint64_t>(address_1_high);
     key.address_2_low = static_cast<uint64_t>(address_2_low);
     key.address_2_high = static_cast<uint64_t>(address_2_high);
-    key.port = static_cast<uint16_t>(port);
-    key.port_1 = static_cast<uint16_t>(port_1);
-    key.port_2 = static_cast<uint16_t>(port_2);
+    key.port = low_16(port);
+    key.port_1 = low_16(port_1);
+    key.port_2 = low_16(port_2);
     key.is_ipv4 = is_ipv4 != 0;
     key.protocol_and_vni = vni << flow_key_vni_shift | protocol;
     return read_by_key(flow_key, key);

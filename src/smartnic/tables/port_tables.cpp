@@ -1,4 +1,5 @@
 // The SmartNIC's ports and VLANs as the pipeline sees them, and the tables of its classic forwarding mode.
+#include "module/arguments.h"
 #include "platform/p4_counters.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
@@ -122,9 +123,9 @@ PyObject* PyQDP_TableMuxVlanGet(PyObject*, PyObject* args)
 PyObject* PyQDP_TableVlanMapGet(PyObject*, PyObject* args)
 {
     uint32_t vlan, qualifier;
-    if (!PyArg_ParseTuple(args, "II", &vlan, &qualifier) || static_cast<uint16_t>(vlan) > max_vlan)
+    if (!PyArg_ParseTuple(args, "II", &vlan, &qualifier) || low_16(vlan) > max_vlan)
         return print_none(invalid_parameter);
-    return read_by_key(vlan_map, P4VlanMapKey{static_cast<uint16_t>(vlan), static_cast<uint16_t>(qualifier)});
+    return read_by_key(vlan_map, P4VlanMapKey{low_16(vlan), low_16(qualifier)});
 }
 
 // Any segment is asked for: the hardware knows its bound.
@@ -144,7 +145,7 @@ PyObject* PyQDP_TableRegMACGet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4RegisteredMacKey key{};
-    key.qualifier = static_cast<uint16_t>(qualifier);
+    key.qualifier = low_16(qualifier);
     store_48_bits(key.mac, mac);
     return read_by_key(registered_mac, key);
 }

@@ -1,4 +1,5 @@
 // Tunnels: the hash tables of their ends and of their security associations, and the headers that they add.
+#include "module/arguments.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"
@@ -55,8 +56,8 @@ PyObject* PyQDP_TableTunnelTerminateGet(PyObject*, PyObject* args)
 
     P4TunnelTerminationKey key{};
     for (size_t i = 0; i < mac_bytes; ++i)
-        key.mac[i] = static_cast<uint8_t>(mac >> (8 * i));
-    key.qualifier = static_cast<uint16_t>(qualifier);
+        key.mac[i] = low_8(static_cast<uint64_t>(mac) >> (8 * i));
+    key.qualifier = low_16(qualifier);
     const uint16_t flags = (is_first ? tunnel_key_first : tunnel_key_second) | (is_ipv4 ? tunnel_key_ipv4 : 0);
     key.flags_and_vlan_1 = flags | vlan_bits(vlan_1);
     key.flags_and_vlan_2 = vlan_bits(vlan_2);
@@ -74,7 +75,7 @@ PyObject* PyQDP_TableTunnelSAGet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     P4TunnelSaKey key{};
-    key.qualifier = static_cast<uint8_t>(qualifier);
+    key.qualifier = low_8(qualifier);
     key.is_ipv4 = is_ipv4 != 0;
     key.address_low = static_cast<uint64_t>(address_low);
     key.address_high = static_cast<uint64_t>(address_high);

@@ -92,6 +92,11 @@ class TestEveryGetter:
         )
 
     @every_setting
+    def test_a_length_without_a_value_reads_as_zero(self, configured, on_switch, setting):
+        configured.script("DVSHCK_HostPropGet", sizes={0: struct.calcsize(setting.format)})
+        assert on_switch("GetSwitch" + setting.name, ALIAS) == Outcome(shown(setting, 0), calls=[FIND, read(setting)])
+
+    @every_setting
     @pytest.mark.parametrize("length", [0, 1, 4, 5, 6, 7, 8, 9, 24])
     def test_a_length_must_be_exact(self, configured, on_switch, setting, length):
         configured.script("DVSHCK_HostPropGet", outputs=[bytes(length)])

@@ -1,0 +1,148 @@
+"""What the examples have in common as commands: their options and exit codes, and how they ask the datapath.
+
+A script gives its own documentation and three functions to `run`: which options it adds, what it reads, and how it
+shows what was read. In JSON the rows are what was read, by the keys of the module's answers where these have one.
+"""
+
+import argparse
+import json
+import os
+import signal
+import sys
+from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, Iterator, List, Optional, TypeVar
+
+import _libqdp
+
+if TYPE_CHECKING:
+    from typing import NoReturn  # not in the first releases of 3.6
+
+    from _libqdp import _Switch
+
+USAGE, REFUSED = 1, 2  # exit codes
+DAY = 24 * 60 * 60
+
+Row = Dict[str, Any]
+Answer = TypeVar("Answer")
+
+
+class Datapath:
+    """Asks the datapath, and says on standard error what it refuses, below what the module has said of it."""
+
+    def __init__(self, command: str) -> None:
+        self.command = command
+        self.refusals = 0
+
+    def refuse(self, text: str) -> None:
+        self.refusals += 1
+        print(f"{self.command}: {text}", file=sys.stderr, flush=True)
+
+    def ask(self, method: Callable[..., Optional[Answer]], *arguments: object) -> Optional[Answer]:
+        """The answer of a method; None where it is refused, however the method shows that."""
+        reason = ""
+        try:
+            answer = method(*arguments)
+        except (OSError, ValueError, SystemError, MemoryError) as error:
+            answer, reason = None, f": {error}"
+        if answer is None:
+            self.refuse(f"the datapath refuses {method.__name__}({', '.join(map(repr, arguments))}){reason}")
+        return answer
+
+    def pages(self, read: Callable[[int], Optional[Answer]], entries: str, following: str, end: int) -> Iterator[Row]:
+        """The entries of all pages of a list. `read` reads the page that starts at an index, `entries` is the key of a
+        page's entries and `following` that of the next index.
+
+        How the last page is marked is the datapath's own affair. The list ends with a page that is empty, and where the
+        next index does not advance or is none that the method takes, which is told by `end`.
+        """
+        start, next_start = -1, 0
+        while start < next_start < end:
+            start = next_start
+            page: Any = read(start)
+            if not page or not page[entries]:
+                return
+            yield from page[entries]
+            next_start = page[following]
+
+    def switches(self, numbers: "Optional[List[int]]") -> "List[_Switch]":
+        """The switches of these numbers, or all."""
+        listed = self.ask(_libqdp.ListSwitches)
+        if listed is None:
+            return []
+        for number in sorted(set(numbers or []) - {switch["swID"] for switch in listed}):
+            self.refuse(f"the datapath has no switch {number}")
+        return [switch for switch in listed if not numbers or switch["swID"] in numbers]
+
+
+class Parser(argparse.ArgumentParser):
+    """Parses a script's command line, and says what its documentation says."""
+
+    def __init__(self, documentation: str) -> None:
+        super().__init__(
+            prog=os.path.basename(sys.argv[0]),
+            description=documentation,
+            formatter_class=argparse.RawDescriptionHelpFormatter,
+            epilog="exit codes: 0, 1 for a wrong command line, 2 where the datapath refuses or lacks something",
+        )
+        self.add_argument("--json", action="store_true", help="one JSON array on standard output")
+
+    def error(self, message: str) -> "NoReturn":
+        self.print_usage(sys.stderr)
+        self.exit(USAGE, f"{self.prog}: error: {message}\n")
+        raise AssertionError("exit returns")  # which it does not
+
+    def add_switches(self) -> None:
+        self.add_argument(
+            "--switch", type=int, action="append", metavar="NUMBER", help="this switch only; may be given again"
+        )
+
+
+def lcores(switch: "_Switch") -> List[int]:
+    """The lcores that forward for a switch."""
+    # The mask reads negative when lcore 63 is in it, which changes none of these bits.
+    return [lcore for lcore in range(64) if switch["lcores"] >> lcore & 1]
+
+
+def mac_address(text: str) -> str:
+    """The type of an option that takes a MAC address, in any of its usual forms; as the module writes it."""
+    digits = text.lower().translate(str.maketrans("", "", ":-."))
+    if len(bytes.fromhex(digits)) != 6:
+        raise ValueError("a MAC address has six bytes")
+    return ":".join(digits[i : i + 2] for i in range(0, 12, 2))
+
+
+def seconds(text: str) -> float:
+    """The type of an option that takes a duration."""
+    value = float(text)
+    if not 0 < value <= DAY:
+        raise ValueError("out of range")
+    return value
+
+
+def positive(text: str) -> int:
+    """The type of an option that takes a count."""
+    value = int(text)
+    if value < 1:
+        raise ValueError("out of range")
+    return value
+
+
+def run(
+    documentation: Optional[str],
+    read: Callable[[Datapath, argparse.Namespace], Iterable[Row]],
+    show: Callable[[Iterable[Row], argparse.Namespace], None],
+    add_options: Callable[[Parser], object] = lambda parser: None,
+) -> "NoReturn":
+    """Runs a script from its command line to its exit code. What could be read is shown, whatever else is refused."""
+    # A pager that is closed before the end, and Ctrl-C, end the script without a word.
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    parser = Parser(documentation or "")
+    add_options(parser)
+    options = parser.parse_args()
+    datapath = Datapath(parser.prog)
+    rows = read(datapath, options)
+    if options.json:
+        print(json.dumps(list(rows), indent=2))
+    else:
+        show(rows, options)
+    sys.exit(REFUSED if datapath.refusals else 0)

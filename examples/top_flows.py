@@ -1,0 +1,92 @@
+"""Prints the flows of the lcores' flow tables that have carried the most bytes, in software and in hardware.
+
+    top_flows.py
+    top_flows.py --lcore 3 --lcore 9 --source 10.1.2.93 --top 100 --json
+
+A flow that the hardware carries too has "hwFlowIdx" among its actions, the number to give to follow_flow.py.
+"""
+
+import argparse
+import heapq
+import ipaddress
+import sys
+from typing import Iterable, Iterator, Optional, Tuple, Union
+
+import _libqdp
+from command import Datapath, Parser, Row, lcores, positive, run
+from display import table
+
+NO_MORE = 0xFFFFFFFF  # the start index behind the last page
+HEADINGS = """
+    lcore bytes hits layer source-MAC destination-MAC VLAN tag source destination protocol VNI source-port
+    destination-port actions
+""".split()
+TO_THE_RIGHT = HEADINGS[:3]
+
+Address = Union[ipaddress.IPv4Address, ipaddress.IPv6Address]
+
+
+def add_options(parser: Parser) -> None:
+    parser.add_argument("--top", type=positive, default=10, metavar="N", help="so many flows (default: 10)")
+    parser.add_argument("--lcore", type=int, action="append", metavar="N", help="this lcore only; may be given again")
+    parser.add_argument("--source", type=ipaddress.ip_address, metavar="ADDRESS", help="flows from this address only")
+    parser.add_argument("--destination", type=ipaddress.ip_address, metavar="ADDRESS", help="flows to this one only")
+
+
+def address_filter(address: Optional[Address]) -> Tuple[int, str]:
+    """The two arguments of a filter: the version, 0 for no filter, and the address."""
+    return (address.version, str(address)) if address else (0, "")
+
+
+def progress(text: str) -> None:
+    """Says on a terminal how far the dump has come; elsewhere it is silent."""
+    if sys.stderr.isatty():
+        print(f"\r\033[K{text}", end="", file=sys.stderr, flush=True)
+
+
+def flows(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
+    """All flows of the lcores that are asked for."""
+    addresses = address_filter(options.source) + address_filter(options.destination)
+    places = [(switch["swID"], lcore) for switch in datapath.switches(None) for lcore in lcores(switch)]
+    for missing in sorted(set(options.lcore or []) - {lcore for _, lcore in places}):
+        datapath.refuse(f"no switch forwards on lcore {missing}")
+    for switch, lcore in places:
+        if options.lcore and lcore not in options.lcore:
+            continue
+        progress(f"lcore {lcore}")
+
+        def page(start: int) -> object:
+            no_macs = (0, "", 0, "")
+            return datapath.ask(_libqdp.DumpFlowTable, switch, lcore, start, 0, *no_macs, *addresses, 0, 0, 0, 0, 0)
+
+        for flow in datapath.pages(page, "list", "startIndex", NO_MORE):
+            yield dict(flow, swID=switch, lcoreID=lcore)
+    progress("")
+
+
+def size(flow: Row) -> int:
+    return int(flow["swBytes"] + flow["hwBytes"])
+
+
+def read(datapath: Datapath, options: argparse.Namespace) -> Iterable[Row]:
+    """A row for each flow, the one with the most bytes first."""
+    return heapq.nlargest(options.top, flows(datapath, options), key=size)
+
+
+def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
+    # The key text is eleven columns as wide as the longest address; here each gets the width it needs.
+    table(
+        HEADINGS,
+        [
+            [row["lcoreID"], f"{size(row):,}", f"{row['swHits'] + row['hwHits']:,}"]
+            + row["key"].split()
+            + [row["actions"].rstrip("; ")]
+            for row in rows
+        ],
+        indent="",
+        to_the_right=TO_THE_RIGHT,
+    )
+
+
+if __name__ == "__main__":
+    run(__doc__, read, show, add_options)

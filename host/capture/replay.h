@@ -1,0 +1,61 @@
+// Replay: a capture file that answers calls in the place of the state.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/host.h"
+
+namespace host {
+
+// A file that cannot be used, and why: "FILE: PLACE: what is wrong".
+struct BrokenCapture : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// What one call brought back.
+struct RecordedAnswer {
+    struct Output {
+        std::optional<Value> content;
+        size_t zeros = 0;  // behind the content
+        std::optional<uint32_t> size;
+        std::optional<uint64_t> handle;
+    };
+
+    std::vector<Output> outputs;
+    std::vector<uint64_t> steps;
+    uint64_t result = 0;
+    std::optional<Value> text;
+};
+
+class Replay {
+public:
+    // Throws BrokenCapture. A last line that was cut off is left out, which is said on standard error.
+    explicit Replay(const std::string& path);
+
+    // Calls are matched by their operation and what goes in. Equal calls get the answers in the order in which they were
+    // recorded, and then the last one again. A call that was never recorded is refused, which is said once.
+    uint64_t answer(const std::string& operation, bool returns_pointer, std::initializer_list<Argument> arguments);
+
+    // Goes back to the first answers.
+    void rewind();
+
+private:
+    struct Recorded {
+        std::deque<RecordedAnswer> answers;  // which stay where they are: callers look at them
+        size_t next = 0;
+    };
+
+    void add(const std::string& line);
+
+    std::string path_;
+    std::map<std::string, Recorded> calls_;
+    std::set<std::string> unknown_;
+};
+
+}  // namespace host

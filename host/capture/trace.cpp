@@ -1,0 +1,46 @@
+// What a capture file holds.
+#include "host/capture/trace.h"
+
+#include "host/hex.h"
+
+namespace host {
+
+using Json = nlohmann::json;
+
+Json text_json(std::string_view text)
+{
+    try {
+        Json made = text;
+        static_cast<void>(made.dump());  // which looks at the encoding
+        return made;
+    } catch (const Json::type_error&) {
+        return {{"bytes", hex(std::as_bytes(std::span{text}))}};
+    }
+}
+
+Json inputs_json(std::span<const Argument> arguments, const Tokens& token_of)
+{
+    Json inputs = Json::array();
+    for (const Argument& argument : arguments) {
+        switch (argument.kind) {
+        case Argument::Kind::value:
+            if (argument.meaning == Argument::Meaning::number)
+                inputs.push_back(argument.value);
+            else if (argument.meaning == Argument::Meaning::handle)
+                inputs.push_back(handle_json(token_of(argument.value)));
+            break;
+        case Argument::Kind::text:
+            inputs.push_back(argument.value ? text_json(reinterpret_cast<const char*>(argument.value)) : Json());
+            break;
+        case Argument::Kind::bytes:
+            inputs.push_back(argument.value ? Json{{"bytes", hex(argument.bytes)}} : Json());
+            break;
+        case Argument::Kind::output:
+        case Argument::Kind::value_output:
+            break;
+        }
+    }
+    return inputs;
+}
+
+}  // namespace host

@@ -1,0 +1,71 @@
+"""Where things are: the stand-ins, the module and the scenarios, in an installed package and in a checkout."""
+
+import os
+
+PACKAGE = os.path.dirname(os.path.abspath(__file__))
+CHECKOUT = os.path.dirname(os.path.dirname(os.path.dirname(PACKAGE)))
+LIBRARIES_VARIABLE = "QDP_HOST_LIBRARIES"
+STAND_INS = ("libqdp.so", "libqmtPublic.so")
+CONTROL = "libqdphost.so"
+CAPTURE = "libqdpcapture.so"
+SCHEMA = "schema.json"  # beside the scenarios
+
+
+class HostError(Exception):
+    """The embedded host could not be set up; the text says why."""
+
+
+def libraries():
+    """The folder of the stand-ins."""
+    installed = os.path.join(PACKAGE, "stand_ins")
+    if os.path.isdir(installed):
+        return installed
+    return os.path.abspath(os.environ.get(LIBRARIES_VARIABLE) or os.path.join(CHECKOUT, "build", "release", "host"))
+
+
+def library(folder, name):
+    """The path of one of them, which is there."""
+    path = os.path.join(folder, name)
+    if not os.path.exists(path):
+        raise HostError(
+            "the embedded host has no {} in {}; script/build builds it, {} names another folder".format(
+                name, folder, LIBRARIES_VARIABLE
+            )
+        )
+    return path
+
+
+def module_folder(folder):
+    """The folder to add to Python's path so that it finds the module; None where it is installed."""
+    beside = os.path.dirname(folder)
+    return beside if any(name.startswith("_libqdp.") for name in os.listdir(beside)) else None
+
+
+def python_path(folder):
+    """What Python's path lacks in a checkout: the folders of the module and of this package."""
+    beside = module_folder(folder)
+    return [beside, os.path.dirname(PACKAGE)] if beside else []
+
+
+def _scenarios():
+    """The folder of the scenarios that come along."""
+    installed = os.path.join(PACKAGE, "scenarios")
+    return installed if os.path.isdir(installed) else os.path.join(CHECKOUT, "host", "scenarios")
+
+
+def scenario_names():
+    folder = _scenarios()
+    found = os.listdir(folder) if os.path.isdir(folder) else []
+    return sorted(name[: -len(".json")] for name in found if name.endswith(".json") and name != SCHEMA)
+
+
+def scenario_file(scenario):
+    """The path of a scenario: that of a file as it is, of one that comes along by its name."""
+    text = os.fspath(scenario)
+    if text in scenario_names():
+        return os.path.join(_scenarios(), text + ".json")
+    if os.sep not in text and not text.endswith(".json") and not os.path.exists(text):
+        raise HostError(
+            "there is no scenario {!r}; name a file, or one of: {}".format(text, ", ".join(scenario_names()))
+        )
+    return os.path.abspath(text)

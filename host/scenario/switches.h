@@ -1,0 +1,244 @@
+// What a scenario says of switches.
+#pragma once
+
+#include <bit>
+
+#include "host/scenario/ports.h"
+#include "platform/fpo.h"
+#include "platform/switch_state.h"
+
+namespace host::scenario {
+
+inline constexpr uint32_t max_known_switches = 64;  // of the switch state library, max_switches of the datapath
+inline constexpr uint32_t lcores_of_a_switch = 4;   // when nobody says otherwise
+
+inline constexpr Name metrics[] = {
+    {"none", static_cast<uint64_t>(LBMetric::none)},
+    {"cpu", static_cast<uint64_t>(LBMetric::cpu)},
+    {"count", static_cast<uint64_t>(LBMetric::count)},
+};
+inline constexpr Name models[] = {
+    {"Model 1 Level 1", fpo_model_1_level_1},
+    {"Model 1 Level 2", fpo_model_1_level_2},
+    {"Model 2A", fpo_model_2a},
+    {"Model 3A", fpo_model_3a},
+    {"Model 3B", fpo_model_3b},
+};
+inline constexpr const char* balancer_parameters[lb_parameters] = {
+    "run_in_msec",          "cpuload_high", "cpuload_low",      "cpuload_target",      "cpuload_high_per_unit",
+    "cpuload_low_per_unit", "min_v2v_pps",  "min_v2v_pps_bind", "pps_var_sensitivity", "cpu_var_sensitivity",
+};
+
+template <class V>
+void describe_setting(V& v, SwitchSetting& setting)
+{
+    v.optional("learnsUplinkMacs", setting.learns_uplink_macs, Flag{}, "Absent: true.");
+    v.optional("flowCache", setting.has_flow_cache, Flag{}, "Whether it has one; its flows stand in it. Absent: true.");
+    v.optional("panicsOnTxHang", setting.panics_on_tx_hang, Flag{}, "Absent: false.");
+    v.optional("filterTypes", setting.filter_types, number(),
+               "Its receive filter classes, a bit each, unless its host property says otherwise. Absent: 7.");
+}
+
+template <class V>
+void describe_nic(V& v, FpoUplinkStatus& nic)
+{
+    uint32_t known = nic.models;
+    v.optional("models", known, Bits{models}, "The offload models that it knows; the rest follows.");
+    FpoUplinkStatus made = nic;
+    v.derive([&] { made = usual_nic(known); });
+    uint32_t flows = made.max_flows, counters = made.max_counters;
+    uint64_t actions = made.actions;
+    v.optional("maxFlows", flows, number(), "");
+    v.optional("maxCounters", counters, number(), "");
+    v.optional("actions", actions, number(), "A bit each.");
+    v.derive([&] {
+        made.max_flows = flows;
+        made.max_counters = counters;
+        made.actions = actions;
+        nic = made;
+    });
+}
+
+template <class V>
+void describe_features(V& v, SwitchFeatures& features)
+{
+    v.optional("numaTeam", features.numa_team, Flag{}, "Unless its host property says otherwise, as do the next two.");
+    v.optional("burstSize", features.burst_size, number(), "Absent: 32.");
+    v.optional("overlayL2Flow", features.overlay_l2_flow, number(), "Absent: 0.");
+    v.optional("minFlowLayer", features.min_flow_layer, number(), "Absent: 3.");
+    v.optional("lro", features.lro, number(), "Large receive offload. Absent: 1.");
+    v.optional("nic", features.nic, object([](auto& w, FpoUplinkStatus& nic) { describe_nic(w, nic); }),
+               "What its uplinks can offload. Absent: nothing.");
+}
+
+template <class V>
+void describe_injected(V& v, InjectedTraffic& injected, const Switch& owner)
+{
+    LBTraffic& traffic = injected.traffic;
+    const uint64_t last_port = owner.ports.empty() ? 0 : owner.ports.size() - 1;
+    uint32_t direction = static_cast<uint32_t>(traffic.direction);
+    v.required("direction", direction, number(0, static_cast<uint64_t>(LBDirection::port_to_port)), "");
+    v.required("sourcePort", traffic.source_port, number(0, last_port), "A position in the list of ports.");
+    v.optional("sourceQueue", traffic.source_queue, number(), "");
+    v.required("destinationPort", traffic.destination_port, number(0, last_port), "");
+    v.optional("destinationQueue", traffic.destination_queue, number(), "");
+    v.optional("packets", traffic.packet_rate, number(), "A second.");
+    v.optional("bytes", traffic.byte_rate, number(), "A second.");
+    v.derive([&] { traffic.direction = static_cast<LBDirection>(direction); });
+}
+
+template <class V>
+void describe_balancer(V& v, SwitchBalancer& balancer, const Switch& owner)
+{
+    v.optional("metric", balancer.metric, OneOf{metrics}, "Unless its host property names another. Absent: cpu.");
+    v.optional("parameters", balancer.parameters, object([](auto& w, uint64_t(&values)[lb_parameters]) {
+                   for (size_t i = 0; i < lb_parameters; ++i)
+                       w.optional(balancer_parameters[i], values[i], number(), "");
+               }),
+               "");
+    v.optional(
+        "injected", balancer.injected,
+        list(object([&](auto& w, InjectedTraffic& injected) { describe_injected(w, injected, owner); }), 1 << 16),
+        "Traffic that was injected, from the start on.");
+    v.optional("debugText", balancer.debug_text, text(lb_debug_bytes, 0), "Absent: how the ports were placed.");
+}
+
+// --- MAC tables ---
+
+template <class V>
+void describe_mac(V& v, Mac& mac, const Switch& owner)
+{
+    v.required("port", mac.port, number(0, max_ports - 1), "");
+    const Port* port = find_port(owner, mac.port);
+    v.check(port, "port", "the number of a port of this switch");
+    v.required("mac", mac.entry.mac, Mac48{}, "");
+    v.optional("vlan", mac.entry.vlan, number(0, last_vlan), "");
+    v.optional("static", mac.is_static, Flag{}, "Whether it was added and never ages. Absent: the switch learned it.");
+    v.optional("generation", mac.generation, number(),
+               "When it was learned, counted in half minutes. Absent: at the start.");
+    v.derive([&] { mac.entry.qdp_port = port->entry.qdp_port; });
+}
+
+template <class V>
+void describe_mac_table(V& v, MacTable& table, const Switch& owner)
+{
+    v.optional("limit", table.limit, number(0, max_switch_macs), "The most entries. Absent: 32768.");
+    v.optional("portLimit", table.port_limit, number(0, max_port_macs), "The most entries of a port. Absent: 1024.");
+    v.optional("macs", table.macs,
+               list(object([&](auto& w, Mac& mac) {
+                        w.derive([&] { mac.generation = mac_generation(Host{}); });
+                        describe_mac(w, mac, owner);
+                    }),
+                    max_switch_macs, "MAC address and VLAN", [](const Mac& mac) { return address_key(mac.entry); }),
+               "Absent: what the switch learns of its ports.");
+    std::vector<uint32_t> over_limit(table.ports_over_limit.begin(), table.ports_over_limit.end());
+    v.optional("portsOverLimit", over_limit, list(number(0, max_ports - 1), max_ports),
+               "Those that were refused an entry.");
+    v.derive([&] { table.ports_over_limit = {over_limit.begin(), over_limit.end()}; });
+}
+
+// --- Switches ---
+
+inline uint32_t datapath_switches(const Host& host)
+{
+    return static_cast<uint32_t>(
+        std::ranges::count_if(host.switches, [](const Switch& each) { return each.entry.has_value(); }));
+}
+
+template <class V>
+void describe_lcores(V& v, SwitchListEntry& entry, const Host& host)
+{
+    std::vector<uint32_t> lcores;
+    for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
+        if (entry.lcore_mask >> lcore & 1)
+            lcores.push_back(lcore);
+    uint64_t taken = 0;
+    v.derive([&] {
+        for (const Switch& other : host.switches)
+            taken |= other.entry ? other.entry->lcore_mask : 0;
+        for (uint32_t lcore = 0; lcore < max_lcores && lcores.size() < lcores_of_a_switch; ++lcore)
+            if (!(taken >> lcore & 1))
+                lcores.push_back(lcore);
+    });
+    v.optional("lcores", lcores,
+               list(number(0, max_lcores - 1), max_lcores, "number", [](uint32_t each) { return each; }),
+               "Those that forward its packets. Absent: the next four.");
+    v.derive([&] {
+        entry.lcore_mask = 0;
+        for (const uint32_t lcore : lcores)
+            entry.lcore_mask |= uint64_t{1} << lcore;
+        entry.num_lcores = static_cast<uint32_t>(lcores.size());
+    });
+    v.check(!(taken & entry.lcore_mask), "lcores", "lcores that no other switch has");
+}
+
+// What a switch of the datapath has.
+template <class V>
+void describe_datapath_switch(V& v, Switch& owner, const Host& host, Order& order)
+{
+    if (!owner.entry)
+        owner.entry.emplace();
+    SwitchListEntry& entry = *owner.entry;
+    v.derive([&] {
+        entry = {};
+        entry.switch_number = datapath_switches(host);
+        std::snprintf(entry.name, sizeof entry.name, "%s", owner.config.alias.c_str());
+        entry.mtu = 1500;
+        entry.max_ports = max_ports;
+    });
+    v.optional("number", entry.switch_number, number(0, max_switches - 1), "Absent: counted up.");
+    v.check(std::ranges::none_of(host.switches,
+                                 [&](const Switch& other) {
+                                     return &other != &owner && other.entry &&
+                                            other.entry->switch_number == entry.switch_number;
+                                 }),
+            "number", "a number that no other switch has");
+    v.optional("portset", entry.name, text(), "The name that the datapath knows it by. Absent: its alias.");
+    v.optional("mtu", entry.mtu, number(), "Absent: 1500.");
+    v.optional("maxPorts", entry.max_ports, number(), "Absent: 16384.");
+    describe_lcores(v, entry, host);
+    v.derive([&] { order.uplinks.clear(); });
+    v.optional("ports", owner.ports,
+               list(object([&](auto& w, Port& port) { describe_port(w, port, owner, order); }), max_ports, "number",
+                    [](const Port& port) { return port.entry.port; }),
+               "");
+    v.derive([&] { entry.num_ports = entry.num_active_ports = static_cast<uint32_t>(owner.ports.size()); });
+    v.optional("activePorts", entry.num_active_ports, number(0, max_ports), "Absent: all.");
+    v.optional("settings", owner.setting, object([](auto& w, SwitchSetting& setting) { describe_setting(w, setting); }),
+               "");
+    v.optional("features", owner.features,
+               object([](auto& w, SwitchFeatures& features) { describe_features(w, features); }), "");
+    v.derive([&] { owner.balancer.debug_text = usual_debug_text(owner); });
+    v.optional("balancer", owner.balancer,
+               object([&](auto& w, SwitchBalancer& balancer) { describe_balancer(w, balancer, owner); }), "");
+    v.derive([&] { owner.mac_table.macs = usual_macs(owner, mac_generation(Host{})); });
+    v.optional("macTable", owner.mac_table,
+               object([&](auto& w, MacTable& table) { describe_mac_table(w, table, owner); }), "");
+}
+
+template <class V>
+void describe_switch(V& v, Switch& owner, const Host& host, Order& order)
+{
+    SwitchConfig& config = owner.config;
+    v.required("alias", config.alias, text(127), "");
+    v.derive([&] {
+        char id[switch_id_bytes];
+        std::snprintf(id, sizeof id, "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 %02x",
+                      static_cast<unsigned>(host.switches.size() + 1));
+        config.id = id;
+        config.class_name = vswitch_class;
+        config.global_properties[alias_property] = value_of(std::string_view{config.alias});
+    });
+    v.optional("id", config.id, text(switch_id_bytes - 1), "Absent: made up.");
+    v.optional("class", config.class_name, text(127), "Absent: \"vswitch\".");
+    v.optional("hostProperties", config.host_properties, PropertiesKind{}, "Absent: none.");
+    v.optional("globalProperties", config.global_properties, PropertiesKind{}, "Absent: its alias.");
+    bool is_in_datapath = owner.entry.has_value() || std::is_same_v<V, SchemaMaker>;
+    v.derive([&] { is_in_datapath = true; });
+    v.optional("datapath", is_in_datapath, Flag{},
+               "Whether it is a switch of the datapath, which has all that follows. Absent: true.");
+    if (is_in_datapath)
+        describe_datapath_switch(v, owner, host, order);
+}
+
+}  // namespace host::scenario

@@ -1,0 +1,51 @@
+"""What tests of the embedded host share: its scenarios."""
+
+import ctypes
+import os
+
+import pytest
+
+
+class Control:
+    """The functions of the embedded host that load and write scenarios."""
+
+    def __init__(self, library):
+        self._library = library
+        for name in ("error", "scenario", "schema"):
+            getattr(library, "qdp_host_" + name).restype = ctypes.c_char_p
+        library.qdp_host_load.argtypes = [ctypes.c_char_p]
+
+    def load(self, path=None):
+        return self._library.qdp_host_load(path and os.fsencode(path))
+
+    def error(self):
+        message = self._library.qdp_host_error()
+        return message and message.decode()
+
+    def scenario(self):
+        return self._library.qdp_host_scenario().decode()
+
+    def schema(self):
+        return self._library.qdp_host_schema().decode()
+
+
+@pytest.fixture
+def control(host, build):
+    """The control functions; the default scenario is put back at the end."""
+    made = Control(ctypes.PyDLL(str(build / "host" / "libqdphost.so")))
+    yield made
+    assert made.load() == 0
+    host.reset()
+
+
+@pytest.fixture
+def release_only(build):
+    """For tests of what things cost, and of the large scenario, which takes minutes under the sanitizers."""
+    if "sanitize" in build.name:
+        pytest.skip("takes minutes under the sanitizers, whose cost is not the host's")
+
+
+@pytest.fixture
+def scenarios(root):
+    """The folder of the scenarios that ship."""
+    return root / "host" / "scenarios"

@@ -1,0 +1,245 @@
+"""Calls all methods on the embedded host with random arguments, for a time or a number of calls: memory stays flat, and
+nothing is printed or raised that is not documented. `python3 soak.py BUILD --seconds 60`; see script/soak."""
+
+import argparse
+import array
+import ctypes
+import gc
+import os
+import pathlib
+import random
+import statistics
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path[:0] = [str(ROOT / "host" / "python"), str(ROOT / "tests")]
+
+from documented import PRINTED  # noqa: E402
+from qdp_host import EmbeddedHost  # noqa: E402
+from recipes import ALIAS, RECIPES, is_made_of  # noqa: E402
+
+# The host is put back so often, since calls take it apart; memory is measured right behind it.
+CALLS_A_ROUND = 5_000
+
+# Fewer rounds tell nothing of growth.
+LEAST_ROUNDS = 8
+
+# Rounds between two lines of progress.
+PROGRESS = 20
+
+# Recipes that ask the host are asked anew once in so many calls; in between, their last arguments stand.
+CALLS_A_RECIPE = 500
+
+# Measurements before memory has reached what the module and the interpreter keep for reuse.
+WARM_UP = 0.3
+
+# Growth that is none. The system's allocator may still find a place for its blocks; objects come and go by some, and
+# may grow by less than one in a round.
+ALLOWED = {"KiB of memory": 1024, "blocks of the interpreter": 150, "open files": 0.5}
+
+# What may be raised: by the three methods that raise, by the interpreter's check, or for a text that is no UTF-8.
+RAISED = (ValueError, OSError, SystemError, TypeError)
+COMPLAINTS = ("returned a result with an exception set", "returned NULL without setting an exception")
+
+NUMBERS = [15, 16, 63, 64, 1023, 1024, 4094, 4095, 16383, 16384, 0xFFFF, 1 << 22, 0xFFFFFFFF, 1 << 32, -1, 1 << 63, 1 << 80]
+TEXTS = [ALIAS, "dvs-storage", "vmnic0", "vmnic1", "VLANMAC", "cpu", "count", "none", "cpuload_low", "10.20.0.5", "fe80::1", "", "unknown"]
+OTHERS = [None, 1.5, b"cpu", [1], object(), "nul\0", "\udc80"]
+
+
+class Arguments:
+    """Random arguments for methods: mostly such that the host has what they name."""
+
+    def __init__(self, module, seed):
+        self._module = module
+        self._random = random.Random(seed)
+        self._of_recipe = {name: is_made_of(recipe, module) for name, recipe in RECIPES.items()}
+
+    def next(self):
+        """A method's name and its arguments."""
+        name = self._random.choice(NAMES)
+        arguments = self._recipe(name)
+        chance = self._random.random()
+        if chance < 0.4:
+            return name, arguments
+        if chance < 0.95:
+            return name, tuple(self._near(value) for value in arguments)
+        wrong = tuple(self._random.choice(OTHERS) if self._random.random() < 0.3 else value for value in arguments)
+        return name, wrong + (0,) if chance > 0.99 else wrong
+
+    def _recipe(self, name):
+        if callable(RECIPES[name]) and self._random.random() < 1 / CALLS_A_RECIPE:
+            try:
+                self._of_recipe[name] = is_made_of(RECIPES[name], self._module)
+            except Exception:  # the host has lost what the recipe looks for; it comes back with the next round
+                pass
+        return self._of_recipe[name]
+
+    def _near(self, value):
+        """The value, or one of its type."""
+        chance = self._random.random()
+        if chance < 0.5:
+            return value
+        if isinstance(value, bool):
+            return chance < 0.75
+        if isinstance(value, int):
+            return self._number(chance)
+        if isinstance(value, str):
+            return self._random.choice(TEXTS)
+        if isinstance(value, tuple):
+            return tuple(self._near(item) for item in value) * self._random.randrange(4)
+        return {key: self._near(item) for key, item in value.items() if self._random.random() < 0.8}
+
+    def _number(self, chance):
+        if chance < 0.8:
+            return self._random.randrange(24)
+        return self._random.choice(NUMBERS) if chance < 0.9 else self._random.getrandbits(32)
+
+
+NAMES = list(RECIPES)
+
+
+class StandardError:
+    """What is written to the file descriptor of standard error, call by call. Each text is looked at once."""
+
+    def __enter__(self):
+        self._file = tempfile.TemporaryFile()
+        self._descriptor = self._file.fileno()
+        self._position = 0
+        self._known = set()
+        self._saved = os.dup(2)
+        os.dup2(self._descriptor, 2)
+        return self
+
+    def __exit__(self, *exception):
+        os.dup2(self._saved, 2)
+        os.close(self._saved)
+        self._file.close()
+
+    def undocumented(self):
+        """What the last call printed, if that is not documented; or an empty text."""
+        size = os.lseek(2, 0, os.SEEK_CUR)
+        if size == self._position:
+            return ""
+        text = os.pread(self._descriptor, size - self._position, self._position).decode()
+        self._position = size
+        if text not in self._known:
+            if not PRINTED.fullmatch(text):
+                return text
+            self._known.add(text)
+        return ""
+
+    def rewind(self):
+        os.ftruncate(2, 0)
+        os.lseek(2, 0, os.SEEK_SET)
+        self._position = 0
+        self._known.clear()  # so that what is measured does not grow by it
+
+
+def resident_kib():
+    pages = int(pathlib.Path("/proc/self/statm").read_text().split()[1])
+    return pages * os.sysconf("SC_PAGE_SIZE") // 1024
+
+
+class Measurements:
+    """What has to stay flat, round by round. Arrays of numbers, which are no objects of the interpreter's."""
+
+    def __init__(self):
+        self.series = {what: array.array("q") for what in ALLOWED}
+
+    def __len__(self):
+        return len(self.series["open files"])
+
+    def take(self):
+        gc.collect()
+        for what, measure in zip(self.series, (resident_kib, sys.getallocatedblocks, open_files)):
+            self.series[what].append(measure())
+
+    def growth(self):
+        """Growth over the whole run, after the warm-up, by a straight line through the measurements."""
+        found = {}
+        for what, values in self.series.items():
+            settled = values[int(len(values) * WARM_UP) :]
+            slope, _ = statistics.linear_regression(range(len(settled)), settled)
+            found[what] = slope * len(settled)
+        return found
+
+
+def open_files():
+    return len(os.listdir("/proc/self/fd"))
+
+
+def too_much(found, rounds):
+    allowed = {**ALLOWED, "blocks of the interpreter": ALLOWED["blocks of the interpreter"] + rounds}
+    return [what for what, grown in found.items() if grown > allowed[what]]
+
+
+def call(module, name, arguments):
+    """Why a call is not as documented, or an empty text."""
+    try:
+        getattr(module, name)(*arguments)
+    except RAISED as failure:
+        if isinstance(failure, SystemError) and not str(failure).endswith(COMPLAINTS):
+            return repr(failure)
+    except Exception as failure:
+        return repr(failure)
+    return ""
+
+
+def soak(module, host, library_init, options):
+    """The number of calls, the seconds they took, and what was measured; or ends the process with what is wrong."""
+    arguments = None
+    measurements, done = Measurements(), 0
+    started = time.monotonic()
+
+    def goes_on():
+        if options.calls:
+            return done < options.calls
+        return len(measurements) < LEAST_ROUNDS or time.monotonic() - started < options.seconds
+
+    with StandardError() as error:
+        while goes_on():
+            host.reset()
+            assert library_init() == 0
+            arguments = arguments or Arguments(module, options.seed)
+            error.rewind()
+            measurements.take()
+            for _ in range(CALLS_A_ROUND):
+                name, given = arguments.next()
+                wrong = call(module, name, given) or error.undocumented()
+                if wrong:
+                    sys.exit(f"call {done} with seed {options.seed}: {name}{given} is not documented to say: {wrong!r}")
+                done += 1
+            if options.progress and len(measurements) % PROGRESS == 0:
+                now = ", ".join(f"{values[-1]:,} {what}" for what, values in measurements.series.items())
+                print(f"{done:,} calls: {now}", flush=True)
+    return done, time.monotonic() - started, measurements
+
+
+def options_given():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("build", type=pathlib.Path, help="folder of the build")
+    parser.add_argument("--seconds", type=float, default=60)
+    parser.add_argument("--calls", type=int, help="so many calls instead, in whole rounds")
+    parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1 << 32))
+    parser.add_argument("--progress", action="store_true")
+    return parser.parse_args()
+
+
+def main():
+    options = options_given()
+    print(f"seed {options.seed}", flush=True)
+    sys.path.insert(0, str(options.build.resolve()))
+    host = EmbeddedHost(options.build / "host")
+    import _libqdp
+
+    done, seconds, measurements = soak(_libqdp, host, ctypes.PyDLL(_libqdp.__file__).LibraryInit, options)
+    found = measurements.growth()
+    print("growth after the warm-up:", ", ".join(f"{grown:.1f} {what}" for what, grown in found.items()))
+    if wrong := too_much(found, len(measurements)):
+        sys.exit(f"grows: {', '.join(wrong)}")
+    print(f"{done:,} calls of {len(NAMES)} methods, {done / seconds:,.0f} a second")
+
+
+main()
