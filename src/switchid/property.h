@@ -64,7 +64,7 @@ inline Setting read_setting(const SwitchId& id, const char* key, void* record, s
     if (property.status != status_success)
         return Setting::absent;
     const Bytes value = property.bytes();
-    if (value.size() == length && value.load<uint32_t>(0) == setting_version) [[likely]] {
+    if (property.length == length && value.load<uint32_t>(0) == setting_version) [[likely]] {
         value.copy(0, record, length);
         return Setting::present;
     }
