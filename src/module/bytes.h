@@ -32,7 +32,8 @@ public:
     // What follows `offset`; empty beyond the end.
     Bytes from(size_t offset) const
     {
-        return offset < size_ ? Bytes{data_ + offset, size_ - offset} : Bytes{data_ + size_, 0};
+        const size_t skipped = offset < size_ ? offset : size_;
+        return {data_ + skipped, size_ - skipped};
     }
 
     // Copies `count` bytes from `offset` on.
@@ -55,11 +56,8 @@ public:
     }
 
     // The integer at a place.
-    uint64_t unsigned_at(const Place& where) const { return load<uint64_t>(where.offset) << where.up >> where.down; }
-    int64_t signed_at(const Place& where) const
-    {
-        return static_cast<int64_t>(load<uint64_t>(where.offset) << where.up) >> where.down;
-    }
+    uint64_t unsigned_at(Place where) const;
+    int64_t signed_at(Place where) const;
 
     // The NUL-terminated text in the `limit` bytes at `offset`, without its NUL; `limit` bytes when there is none.
     std::string_view text(size_t offset, size_t limit) const
