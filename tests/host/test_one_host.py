@@ -406,7 +406,7 @@ class TestSwitches:
 
 
 class TestCost:
-    def test_start_up(self, build, root):
+    def test_start_up(self, build, release_only):
         """From loading the libraries to the first answer, in a process of its own: the least of several times."""
         script = (
             "import ctypes, sys, time; start = time.perf_counter()\n"
