@@ -7,7 +7,7 @@ import re
 FOLDERS = ["datapath", "host", "module", "smartnic", "switchid", "torture"]
 
 # What takes so long that it comes last.
-LONG = ["test_leaks.py"]
+LONG = ["test_leaks.py", "test_scenarios.py", "test_soak.py"]
 
 
 class Concern:

@@ -66,6 +66,10 @@ class TestGetLBMetric:
         configured.script("DVSHCK_HostPropGet", outputs=[settings(metric, reserved=(9, 9, 9, 9))])
         assert call("GetLBMetric", "dvs-production") == Outcome(name, calls=[GET, FREE])
 
+    def test_a_length_without_a_value_reads_as_zero(self, configured, call):
+        configured.script("DVSHCK_HostPropGet", sizes={0: len(settings(0))})
+        assert call("GetLBMetric", "dvs-production") == Outcome("none", calls=[GET])
+
     @pytest.mark.parametrize("metric, name", [(0, "none"), (1, "cpu"), (2, "count"), (3, "invalid")])
     @pytest.mark.parametrize("status", [0xBAD0003, 1])
     def test_the_librarys_metric_when_the_switch_keeps_none(self, configured, call, metric, name, status):
