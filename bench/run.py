@@ -76,7 +76,7 @@ def counted(build, rounds):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=25, help="of times and imports")
+    parser.add_argument("--rounds", type=int, default=32, help="of times and imports")
     options = parser.parse_args()
     build = options.build.resolve()
 

@@ -9,7 +9,7 @@ import gc
 import importlib
 import itertools
 import json
-import math
+import statistics
 import sys
 import time
 import tracemalloc
@@ -38,23 +38,25 @@ def calls_a_sample(function, arguments):
 
 
 def interleaved(functions, arguments, rounds):
-    """Lists of seconds a call, one of each function a round."""
+    """Lists of seconds a call, one of each function a round. Each round begins with another function: what one leaves
+    in the caches and in the allocator's lists meets every other."""
     calls = [calls_a_sample(function, arguments) for function in functions]
     samples = [[] for _ in functions]
-    for _ in range(rounds):
-        for function, count, found in zip(functions, calls, samples):
-            found.append(seconds(function, arguments, count))
+    for round_ in range(rounds):
+        for turn in range(len(functions)):
+            i = (round_ + turn) % len(functions)
+            samples[i].append(seconds(functions[i], arguments, calls[i]))
         gc.collect()
     return samples
 
 
 def growth(lists, fixed, rounds):
-    """By number of entries: the best of some rounds' seconds a call."""
-    best = {}
+    """By number of entries: the median of some rounds' seconds a call."""
+    samples = {count: [] for count, _ in lists}
     for count, workload in lists * rounds:
         workload.prepare(fixed)
-        best[count] = min(seconds(workload.call_of("_libqdp"), workload.arguments, 1), best.get(count, math.inf))
-    return list(best.items())
+        samples[count].append(seconds(workload.call_of("_libqdp"), workload.arguments, 1))
+    return [(count, statistics.median(found)) for count, found in samples.items()]
 
 
 def kept_bytes(way, workload):

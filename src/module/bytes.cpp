@@ -1,4 +1,4 @@
-// Reading of integers, and across the end of a library's answer, which only a wrong library makes happen.
+// Reading across the end of a library's answer, which only a wrong library makes happen.
 #include "module/bytes.h"
 
 namespace qdp {
@@ -9,16 +9,6 @@ void Bytes::copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t co
     const size_t there = count < rest.size_ ? count : rest.size_;
     std::memcpy(out, rest.data_, there);
     std::memset(static_cast<unsigned char*>(out) + there, 0, count - there);
-}
-
-uint64_t Bytes::unsigned_at(Place where) const
-{
-    return load<uint64_t>(where.offset) << where.up >> where.down;
-}
-
-int64_t Bytes::signed_at(Place where) const
-{
-    return static_cast<int64_t>(load<uint64_t>(where.offset) << where.up) >> where.down;
 }
 
 }  // namespace qdp

@@ -56,8 +56,11 @@ public:
     }
 
     // The integer at a place.
-    uint64_t unsigned_at(Place where) const;
-    int64_t signed_at(Place where) const;
+    uint64_t unsigned_at(const Place& where) const { return load<uint64_t>(where.offset) << where.up >> where.down; }
+    int64_t signed_at(const Place& where) const
+    {
+        return static_cast<int64_t>(load<uint64_t>(where.offset) << where.up) >> where.down;
+    }
 
     // The NUL-terminated text in the `limit` bytes at `offset`, without its NUL; `limit` bytes when there is none.
     std::string_view text(size_t offset, size_t limit) const

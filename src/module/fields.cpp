@@ -9,12 +9,10 @@ namespace qdp {
 
 namespace {
 
-// Most values are integers: their reading is made in here.
 PyObject* integer(Bytes record, const Place& where)
 {
-    const uint64_t word = record.load<uint64_t>(where.offset) << where.up;
-    return made(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
-                                : PyLong_FromUnsignedLong(word >> where.down));
+    return made(where.is_signed ? PyLong_FromLong(record.signed_at(where))
+                                : PyLong_FromUnsignedLong(record.unsigned_at(where)));
 }
 
 }  // namespace
