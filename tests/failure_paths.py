@@ -3,9 +3,9 @@ exception that it leaves set."""
 
 from collections import namedtuple
 
-from adversity import calls_that_may_be_refused
 from documented import GOES_ON, RAISED, RETURNED, RETURNING_NULL
 from recipes import ALIAS, RECIPES
+from refusals import calls_that_may_be_refused
 
 # What a C function returned, NULL for a null pointer; and the type of the exception that is set, or None.
 Pair = namedtuple("Pair", "value exception")

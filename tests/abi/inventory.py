@@ -1,6 +1,6 @@
-"""Lists the embedded host, calls every method with wrong arguments and as it succeeds, and prints it all as JSON: run
-by other interpreters, whose output must be the same. The clock is stopped as soon as the host is made, so that counters
-are the same too."""
+"""Lists the embedded host, calls every method as it succeeds and on each of its failure paths, and prints it all: run by
+other interpreters, whose output must be the same. The clock is stopped as soon as the host is made, so that counters are
+the same too."""
 
 import ctypes
 import inspect
@@ -11,6 +11,7 @@ import sys
 sys.path[:0] = [*sys.argv[1:3], os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")]
 
 from qdp_host import EmbeddedHost  # noqa: E402
+from failure_paths import failure_paths  # noqa: E402
 from recipes import RECIPES, is_made_of  # noqa: E402
 
 host = EmbeddedHost(sys.argv[1] + "/host")
@@ -31,11 +32,34 @@ for lcore in range(16):
     print(json.dumps([(flow["key"], flow["actions"]) for flow in page["list"]]), page["startIndex"])
 for name, method in vars(_libqdp).items():
     if inspect.isbuiltin(method):
-        try:
-            result = json.dumps(method(None))
-        except Exception as failure:
-            result = type(failure).__name__, type(failure.__cause__).__name__
-        print(name, str(inspect.signature(method)), method.__doc__, result)
-for name, recipe in RECIPES.items():
-    arguments = is_made_of(recipe, _libqdp)
-    print(name, json.dumps(getattr(_libqdp, name)(*arguments)))
+        print(name, str(inspect.signature(method)), method.__doc__)
+
+
+def outcome(method, arguments):
+    """What a call gives, or the types of the exception and of its cause: their texts are the interpreter's."""
+    try:
+        return json.dumps(method(*arguments))
+    except Exception as failure:
+        return type(failure).__name__ + " from " + type(failure.__cause__).__name__
+
+
+def prepared(name):
+    """A host in order, and the arguments with which a method succeeds there."""
+    host.reset()
+    host.freeze()
+    host.advance(seconds=1000)
+    ctypes.PyDLL(_libqdp.__file__).LibraryInit()
+    return is_made_of(RECIPES[name], _libqdp)
+
+
+for name in RECIPES:
+    method = getattr(_libqdp, name)
+    arguments = prepared(name)
+    with host.recording() as calls:
+        print(name, "succeeds:", outcome(method, arguments))
+    for path in failure_paths(name, arguments, calls):
+        prepared(name)
+        if path.refused:
+            operation, nth, status = path.refused
+            host.fail(operation, status, nth=nth)
+        print(f"{name} {path.what} {path.arguments} {path.refused}: {outcome(method, path.arguments)}")

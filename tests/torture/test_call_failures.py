@@ -3,10 +3,10 @@ leaks, and the method fails in its documented form."""
 
 import pytest
 
-from adversity import calls_that_may_be_refused
 from documented import GOES_ON, PRINTED, RAISED, RETURNED, RETURNING_NULL, SILENT
 from observe import Observer
 from recipes import RECIPES, is_made_of
+from refusals import calls_that_may_be_refused
 
 
 def is_documented(name, operation, outcome, success):

@@ -7,9 +7,9 @@ import sys
 
 import pytest
 
-from adversity import statuses_of
 from observe import standard_error
 from recipes import RECIPES, is_made_of
+from refusals import statuses_of
 
 WARM_UPS = 5
 CALLS = 100 if sys.getallocatedblocks() else 10  # under the sanitizers, which do not count blocks
