@@ -60,15 +60,9 @@ inline PyObject* made(PyObject* object)
 
 // A result that has been built, or None when that failed: SystemError stays set beside None, which is what the
 // callers of most methods rely on.
-inline PyObject* built_or_none(PyRef result, bool complete = true)
+inline PyObject* built_or_none(PyRef result, bool complete)
 {
-    return result && complete ? result.release() : none();
-}
-
-// A result that has been built, or NULL when that failed, so that SystemError is raised.
-inline PyObject* built_or_null(PyRef result, bool complete = true)
-{
-    return complete ? result.release() : nullptr;
+    return complete ? result.release() : none();
 }
 
 }  // namespace qdp

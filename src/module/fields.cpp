@@ -83,17 +83,15 @@ bool fill(PyObject* dict, Fields fields, Bytes record)
     return true;
 }
 
-PyRef dict_of(Fields fields, Bytes record)
+PyObject* dict_of(Fields fields, Bytes record)
 {
     PyRef dict{made(PyDict_New())};
-    if (dict && !fill(dict.get(), fields, record))
-        dict.reset();
-    return dict;
+    return dict && fill(dict.get(), fields, record) ? dict.release() : nullptr;
 }
 
 PyObject* whole_dict(Fields fields, Bytes record)
 {
-    return made(dict_of(fields, record).release());
+    return made(dict_of(fields, record));
 }
 
 bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries)
@@ -120,13 +118,12 @@ PyObject* dict_or_null(Fields fields, Bytes record)
     PyRef dict{PyDict_New()};
     if (!dict)
         return print_none(no_buffer);
-    const bool complete = fill(dict.get(), fields, record);
-    return built_or_null(std::move(dict), complete);
+    return fill(dict.get(), fields, record) ? dict.release() : nullptr;
 }
 
 PyObject* dict_or_no_memory(Fields fields, Bytes record)
 {
-    PyObject* dict = dict_of(fields, record).release();
+    PyObject* dict = dict_of(fields, record);
     return dict ? dict : PyErr_NoMemory();
 }
 

@@ -116,8 +116,8 @@ inline bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
 // Sets a table's keys from the record at the start of `record`.
 bool fill(PyObject* dict, Fields fields, Bytes record);
 
-// A new dict of a table's keys.
-PyRef dict_of(Fields fields, Bytes record);
+// A new dict of a table's keys; null with SystemError set.
+PyObject* dict_of(Fields fields, Bytes record);
 
 // The same in one piece: whatever fails in it is "Failed to allocate buffer.\n".
 PyObject* whole_dict(Fields fields, Bytes record);

@@ -86,7 +86,7 @@ PyObject* decode(Fields table, PyObject* args)
     PyObject* bytes;
     if (!PyArg_ParseTuple(args, "S", &bytes))
         return nullptr;
-    return built_or_null(dict_of(table, Block{bytes}.bytes()));
+    return dict_of(table, Block{bytes}.bytes());
 }
 
 PyObject* members(PyObject*, PyObject* args)
@@ -121,7 +121,7 @@ PyObject* entries(PyObject*, PyObject* args)
     const Block block{bytes};
     PyRef list{PyList_New(count)};
     const bool complete = fill_dicts(list.get(), static_cast<size_t>(count), entry_fields, block.bytes());
-    return built_or_null(std::move(list), complete);
+    return complete ? list.release() : nullptr;
 }
 
 constexpr size_t text_room = 64;

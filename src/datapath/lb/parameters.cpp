@@ -64,7 +64,7 @@ PyObject* PyQDP_GetLBParams(PyObject*, PyObject* args)
     LBParameters record{};
     if (Qdp_GetLBParams(portset.text, &record) != 0)
         return raise(PyExc_OSError, "failed to get parameters.");
-    return built_or_null(dict_of(parameter_fields, bytes_of(record)));
+    return dict_of(parameter_fields, bytes_of(record));
 }
 
 }  // namespace qdp

@@ -20,7 +20,7 @@ PyObject* group_object(Bytes entry, const Field& field)
         return nullptr;
     for (uint64_t i = 0; i < group.count; ++i) {
         const Bytes item = entry.from(head_bytes + (group.first + i) * item_fields.record_size);
-        if (!set_tuple_item(tuple.get(), i, dict_of(item_fields, item).release()))
+        if (!set_tuple_item(tuple.get(), i, dict_of(item_fields, item)))
             return nullptr;
     }
     return tuple.release();
@@ -162,10 +162,12 @@ struct Range {
 
     bool is_within(uint32_t most) const { return first < most && first + count <= most; }
 
-    // The count deliberately stays: the next call asks for as many from the new start.
+    // The count deliberately stays: the next call asks for as many from the new start. A dump that has finished names an
+    // index that no range reaches.
     void go_on(uint32_t next)
     {
-        if (next != lb_stats_finished && next < first + count)
+        static_assert(lb_stats_finished == UINT32_MAX);
+        if (next < first + count)
             first = next;
         else
             count = 0;

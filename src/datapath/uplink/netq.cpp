@@ -70,8 +70,7 @@ PyObject* queue_list(Bytes filter, const Field&)
 {
     const NetQFilter head = head_of(filter);
     const Bytes queues = filter.from(queues_offset(head));
-    return list_of(head.num_queues,
-                   [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))).release(); });
+    return list_of(head.num_queues, [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))); });
 }
 
 using F = NetQFilter;
@@ -92,7 +91,7 @@ PyObject* filter_list(Bytes info, const Field& field)
 {
     Bytes filter = info.from(offsetof(NetQInfo, entries));
     return list_of(info.unsigned_at(field.where), [&](size_t) {
-        PyObject* dict = dict_of(filter_fields, filter).release();
+        PyObject* dict = dict_of(filter_fields, filter);
         filter = filter.from(filter_bytes(filter));
         return dict;
     });
