@@ -73,9 +73,10 @@ def code_mutants(image, sources):
             found += [("bounds", each.address, *change) for change in moved_bounds(each)]
     frames = image.frames(dict.fromkeys(address for _, address, *_ in found))
     for kind, address, change, edits in found:
-        if place := sources.place(frames.get(address, [])):
+        places = frames.get(address, [])
+        if place := sources.place(places):
             file, line, function = place
-            yield Mutant(kind, (file,), line, function, change, edits)
+            yield Mutant(kind, (file,), line, function, change, edits, sources.inlined(places))
 
 
 def named_addresses(image):

@@ -6,8 +6,8 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class Mutant:
-    """One change. `files` are the sources whose tests concern it, the first of them the one with `line`; the edits are
-    (address in the module, old bytes, new bytes)."""
+    """One change. `files` are the sources whose tests concern it, the first of them the one with `line`; `inlined` is the
+    place (file, line) whose code the compiler put there; the edits are (address in the module, old bytes, new bytes)."""
 
     kind: str
     files: tuple[str, ...]
@@ -15,6 +15,7 @@ class Mutant:
     function: str
     change: str
     edits: tuple[tuple[int, bytes, bytes], ...]
+    inlined: tuple[str, int] | None = None
 
     def __str__(self):
         where = f"{self.files[0]}:{self.line}" if self.line else self.files[0]
@@ -67,14 +68,23 @@ class Sources:
     def place(self, frames):
         """Of an instruction's places in the source (file, line, function): the file is the outermost function's; the
         line is the innermost one in that file. None for code that is not of src/."""
-        ours = [(each, self._ours(each.file)) for each in frames]
-        ours = [(frame, path) for frame, path in ours if path]
+        ours = self._in_sources(frames)
         if not ours:
             return None
         outermost, file = ours[-1]
         line = next(frame.line for frame, path in ours if path == file)
         function = outermost.function.split("(_object*")[0].replace("qdp::", "").replace("(anonymous namespace)::", "")
         return file, line, function
+
+    def inlined(self, frames):
+        """The innermost of an instruction's places in the source (file, line)."""
+        frame, path = self._in_sources(frames)[0]
+        return path, frame.line
+
+    def _in_sources(self, frames):
+        """(frame, path from the repository) of the frames of src/."""
+        ours = [(each, self._ours(each.file)) for each in frames]
+        return [(frame, path) for frame, path in ours if path]
 
     def _ours(self, path):
         prefix = f"{self.root}/"

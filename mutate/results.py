@@ -1,5 +1,6 @@
 """What became of each mutant, kept from run to run; and the arguments for those that nobody can notice."""
 
+import fnmatch
 import hashlib
 import json
 import sys
@@ -95,8 +96,8 @@ def _names(mutants):
 
 class Equivalents:
     """The list of changes that change nothing that can be seen. An entry names a source, the text of its line and the
-    change, and stands for every place of that line where the compiler put the same code; or it names a table of fields
-    in place of a line, and stands for all its rows."""
+    changes, `*` for any text in them, and stands for every place where the compiler put that line's code; or it names a
+    table of fields in place of a line, and stands for all its rows."""
 
     def __init__(self, path, sources):
         listed = tomllib.loads(path.read_text())
@@ -113,15 +114,22 @@ class Equivalents:
     def line(self, mutant):
         return self._sources.line(mutant.files[0], mutant.line)
 
-    def _keys(self, mutant):
-        """The entries that may stand for a mutant."""
-        for where in (self.line(mutant), mutant.function.split(" ")[0]):
-            yield mutant.files[0], where, mutant.change
+    def _entries(self, mutant):
+        """The entries that stand for a mutant."""
+        file = mutant.files[0]
+        places = [(file, self.line(mutant)), (file, mutant.function.split(" ")[0])]
+        if mutant.inlined:
+            places.append((mutant.inlined[0], self._sources.line(*mutant.inlined)))
+        return [
+            (*place, change)
+            for *place, change in self._because
+            if tuple(place) in places and fnmatch.fnmatchcase(mutant.change, change)
+        ]
 
     def reason(self, mutant):
         """Why a change cannot be noticed, or None."""
-        return next((self._arguments[self._because[key]] for key in self._keys(mutant) if key in self._because), None)
+        return next((self._arguments[self._because[each]] for each in self._entries(mutant)), None)
 
     def unused(self, survivors):
-        used = {key for each in survivors for key in self._keys(each)}
+        used = {entry for each in survivors for entry in self._entries(each)}
         return [": ".join(each) for each in self._because if each not in used]

@@ -6,9 +6,8 @@ namespace qdp {
 void Bytes::copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t count)
 {
     const Bytes rest = bytes.from(offset);
-    const size_t there = count < rest.size_ ? count : rest.size_;
-    std::memcpy(out, rest.data_, there);
-    std::memset(static_cast<unsigned char*>(out) + there, 0, count - there);
+    std::memcpy(out, rest.data_, rest.size_);
+    std::memset(static_cast<unsigned char*>(out) + rest.size_, 0, count - rest.size_);
 }
 
 }  // namespace qdp

@@ -97,20 +97,25 @@ inline bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
     const PyRef owned{value};
     if (!owned) [[unlikely]]
         return false;
-    return PyDict_SetItemString(dict, key, value) == 0 || building_failed(cannot_set_dict_item);
+    if (PyDict_SetItemString(dict, key, value) != 0) [[unlikely]]
+        return building_failed(cannot_set_dict_item);
+    return true;
 }
 inline bool set_list_item(PyObject* list, size_t position, PyObject* item)
 {
     if (!item) [[unlikely]]
         return false;
-    return PyList_SetItem(list, static_cast<Py_ssize_t>(position), item) == 0 || building_failed(cannot_set_list_item);
+    if (PyList_SetItem(list, static_cast<Py_ssize_t>(position), item) != 0) [[unlikely]]
+        return building_failed(cannot_set_list_item);
+    return true;
 }
 inline bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
 {
     if (!item) [[unlikely]]
         return false;
-    return PyTuple_SetItem(tuple, static_cast<Py_ssize_t>(position), item) == 0 ||
-           building_failed(cannot_set_tuple_item);
+    if (PyTuple_SetItem(tuple, static_cast<Py_ssize_t>(position), item) != 0) [[unlikely]]
+        return building_failed(cannot_set_tuple_item);
+    return true;
 }
 
 // Sets a table's keys from the record at the start of `record`.

@@ -89,7 +89,9 @@ class TestAliasToSwitchId:
         else:
             assert resolve(function, b"legacy-network", 64) == (0, filled(b"legacy-network-0001", 64))
 
-    @pytest.mark.parametrize("name", [b"vswitch2\0", b"vswitc\0\0", b"Vswitch\0", b"\0"])
+    @pytest.mark.parametrize(
+        "name", [b"vswitch2\0", b"\0", *(b"vswitch\0"[:i] + b"-" + b"vswitch\0"[i + 1 :] + b"\0" for i in range(8))]
+    )
     def test_of_a_class_that_is_only_alike(self, host, resolve, function, name):
         host.script("DVSState_SwitchFindByAlias", HANDLE)
         host.script("DVS_ClassName", text=name)
@@ -165,6 +167,16 @@ class TestAliasToPortsetName:
     def test_an_empty_value_is_a_name_too(self, host, resolve):
         self.scripted(host, b"")
         assert resolve(self.function, b"any", 128) == (0, bytes(128))
+
+    def test_a_property_that_is_found_without_data_is_none(self, host, resolve):
+        """The library succeeds and hands out nothing: the alias property is next, and then the id."""
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_SwitchId", text=filled(b"an id", 64))
+        host.script("DVSState_HostPropLookup")
+        host.script("DVSState_GlobalPropLookup")
+        with host.recording() as calls:
+            assert resolve(self.function, b"any", 128) == (0, filled(b"an id", 128))
+        assert [call.operation for call in calls][-2:] == ["DVSState_HostPropLookup", "DVSState_GlobalPropLookup"]
 
     def test_an_empty_property_of_the_host_is_a_name_too(self, configured, exported, resolve):
         """The library may have no place for a value without bytes."""

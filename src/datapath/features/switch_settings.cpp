@@ -70,17 +70,12 @@ PyObject* get(PyObject* args)
         return none();
 
     typename std::remove_cvref_t<decltype(setting)>::Kept record;  // set when the setting is present
-    switch (read_setting(id, setting.key, record)) {
-    case Setting::present:
+    const Setting found = read_setting(id, setting.key, record);
+    if (found == Setting::present) [[likely]]
         return setting.object(record.value);
-    case Setting::absent: {
-        uint32_t value = 0;
-        return setting.fallback(alias, value) ? setting.object(value) : none();
-    }
-    case Setting::malformed:
-        break;
-    }
-    return none();
+
+    uint32_t value = 0;
+    return found == Setting::absent && setting.fallback(alias, value) ? setting.object(value) : none();
 }
 
 // Whether the value has been written; it has printed what kept it from that. A byte setting takes the low byte.

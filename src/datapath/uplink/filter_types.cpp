@@ -33,17 +33,10 @@ uint16_t filter_types(const char* alias)
     if (!resolve_switch_id(alias, id))
         return 0;
 
-    FilterTypesSetting setting{};
+    FilterTypesSetting setting{};  // stays empty when the host's is malformed
     // A property of an unknown version is deliberately reported as the load balancer's.
-    switch (read_setting(id, filter_types_property, &setting, sizeof setting, load_balancer_property)) {
-    case Setting::present:
-        return setting.mask;
-    case Setting::malformed:
-        return 0;
-    case Setting::absent:
-        break;
-    }
-    return datapath_filter_types(alias);
+    const Setting found = read_setting(id, filter_types_property, &setting, sizeof setting, load_balancer_property);
+    return found == Setting::absent ? datapath_filter_types(alias) : setting.mask;
 }
 
 }  // namespace
