@@ -6,6 +6,13 @@ import re
 # at types or at scripts.
 FOLDERS = ["datapath", "host", "module", "smartnic", "switchid", "torture"]
 
+# The fixture of tests that judge times, which trials beside each other spoil.
+OF_TIMES = "release_only"
+
+# The code that all rooms share, whose functions are also told by who calls them; and how many callers are too many.
+SHARED = "src/module/"
+FEW_METHODS = 12
+
 # What takes so long that it comes last.
 LONG = ["test_leaks.py", "test_scenarios.py", "test_soak.py"]
 
@@ -19,18 +26,36 @@ class Concern:
         self._methods = _methods_by_file(sources)
         self._items = {}
         for item in items:
-            self._items.setdefault(item.path, []).append(item)
+            if OF_TIMES not in item.fixturenames:
+                self._items.setdefault(item.path, []).append(item)
         self._texts = {path: path.read_text() for path in self._items}
         self._known = {}
 
-    def items(self, files):
-        """All tests that concern some sources, the nearest first."""
-        found = {}
-        for file in files:
+    def items(self, mutant):
+        """All tests that concern a mutant, the nearest first."""
+        found = dict.fromkeys(self._of_callers(mutant))
+        for file in mutant.files:
             if file not in self._known:
                 self._known[file] = self._of(file)
             found.update(dict.fromkeys(self._known[file]))
         return list(found)
+
+    def _of_callers(self, mutant):
+        """The tests made for the methods of the sources that name a shared function, when these are few."""
+        function = mutant.function.split("<")[0].split("(")[0].split(" ")[-1]
+        if not mutant.files[0].startswith(SHARED) or not function:
+            return []
+        name = re.compile(rf"\b{function}\b")
+        methods = {
+            method
+            for file, methods in self._methods.items()
+            if file != mutant.files[0] and name.search(self._sources.text(file))
+            for method in methods
+        }
+        return self._made_for(methods) if len(methods) <= FEW_METHODS else []
+
+    def _made_for(self, methods):
+        return [item for items in self._items.values() for item in items if methods & _parameters(item)]
 
     def _of(self, file):
         return sorted(self._in_order(file), key=lambda item: item.path.name in LONG)
@@ -41,8 +66,7 @@ class Concern:
         for each in everything:
             found.update(dict.fromkeys(self._mirror(each)))
         methods = {method for each in everything for method in self._methods.get(each, [])}
-        for items in self._items.values():
-            found.update(dict.fromkeys(item for item in items if methods & _parameters(item)))
+        found.update(dict.fromkeys(self._made_for(methods)))
         words = re.compile(rf"\b({'|'.join(methods) or 'no method'})\b")
         for path, items in self._items.items():
             if words.search(self._texts[path]):
@@ -82,6 +106,9 @@ def _methods_by_file(sources):
             file = f"src/{named[1]}"
         elif method := re.match(r'\s+METHOD\("(\w+)"', line):
             methods.setdefault(file, []).append(method[1])
+    for file in sources:
+        for function in re.findall(r"^PyObject\* (PyQDP_\w+)\(", sources.text(file), re.MULTILINE):
+            methods.setdefault(file, []).append(function)  # a test may be made for what is no method, but exported
     return methods
 
 

@@ -3,6 +3,7 @@
 import fnmatch
 import hashlib
 import json
+import re
 import sys
 import time
 import tomllib
@@ -97,7 +98,7 @@ def _names(mutants):
 class Equivalents:
     """The list of changes that change nothing that can be seen. An entry names a source, the text of its line and the
     changes, `*` for any text in them, and stands for every place where the compiler put that line's code; or it names a
-    table of fields in place of a line, and stands for all its rows."""
+    function or a table of fields in place of a line, and stands for all of it."""
 
     def __init__(self, path, sources):
         listed = tomllib.loads(path.read_text())
@@ -106,7 +107,7 @@ class Equivalents:
         self._because = {}
         for each in listed["equivalent"]:
             for change in each["changes"]:
-                self._because[each["file"], each.get("line") or each["table"], change] = each["because"]
+                self._because[each["file"], each.get("line") or each["all_of"], change] = each["because"]
         unknown = set(self._because.values()) - set(self._arguments)
         if unknown:
             raise LookupError(f"{path} has no argument named {', '.join(unknown)}")
@@ -117,7 +118,7 @@ class Equivalents:
     def _entries(self, mutant):
         """The entries that stand for a mutant."""
         file = mutant.files[0]
-        places = [(file, self.line(mutant)), (file, mutant.function.split(" ")[0])]
+        places = [(file, self.line(mutant)), (file, re.match(r"\w*", mutant.function)[0])]
         if mutant.inlined:
             places.append((mutant.inlined[0], self._sources.line(*mutant.inlined)))
         return [

@@ -168,7 +168,7 @@ class Trials:
 
     def _start(self, mutant, slot):
         recent = self._recent.setdefault(mutant.files[0], {})
-        ordered = dict.fromkeys([*reversed(recent), *self._concern.items(mutant.files)])
+        ordered = dict.fromkeys([*reversed(recent), *self._concern.items(mutant)])
         return Trial(self._trying(mutant.edits, slot), list(ordered))
 
     def _end(self, mutant, result):

@@ -117,6 +117,8 @@ struct Row {
         : key{name}, where{place}, convert{how.convert}, is_plain{how.is_plain}
     {
         where.is_signed = how.is_signed;
+        if (how.size != 0)  // whole bytes, no integer
+            where.down = 64;
         if (place.size == 0 || (how.is_integer && place.bits() == 0))
             a_field_has_no_width();
         if (place.up > 64)  // bits beyond the word shift by less than nothing

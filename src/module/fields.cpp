@@ -9,10 +9,16 @@ namespace qdp {
 
 namespace {
 
+// The integer whose bits are the highest of a word.
+PyObject* highest(uint64_t word, const Place& where)
+{
+    return made(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
+                                : PyLong_FromUnsignedLong(word >> where.down));
+}
+
 PyObject* integer(Bytes record, const Place& where)
 {
-    return made(where.is_signed ? PyLong_FromLong(record.signed_at(where))
-                                : PyLong_FromUnsignedLong(record.unsigned_at(where)));
+    return highest(record.load<uint64_t>(where.offset) << where.up, where);
 }
 
 }  // namespace
@@ -24,8 +30,7 @@ PyObject* text_object(std::string_view text)
 
 PyObject* big_endian_object(Bytes record, const Field& field)
 {
-    const auto word = __builtin_bswap64(record.load<uint64_t>(field.where.offset));
-    return made(PyLong_FromUnsignedLong(word >> field.where.down));
+    return highest(__builtin_bswap64(record.unsigned_at(field.where)), field.where);
 }
 
 PyObject* field_text_object(Bytes record, const Field& field)

@@ -4,6 +4,7 @@ import ctypes
 
 import pytest
 
+from heap import COUNTS_BYTES, bytes_in_use
 from observe import Call, standard_error
 
 NOT_FOUND = 0xBAD0003
@@ -53,6 +54,16 @@ class TestLoadConfig:
             "DVSState_ConfigDeserialize",
         ]
         assert calls[2].arguments == [b"serialised"]
+
+    @pytest.mark.skipif(not COUNTS_BYTES, reason="the sanitizers bring an allocator that does not count")
+    def test_frees_the_buffer(self, host, load):
+        for _ in range(10):
+            host.script("DVSHCK_StateGet", outputs=[bytes(16 << 20)])
+            host.script("DVSState_ConfigDeserialize")
+        before = bytes_in_use()
+        for _ in range(10):
+            assert load() == 0
+        assert bytes_in_use() - before < 16 << 20
 
     @pytest.mark.parametrize(
         "operation, made",
@@ -151,9 +162,11 @@ class TestAliasToPortsetName:
         name = (b"p" * length)[:128]
         assert resolve(self.function, b"any", 130) == (0, filled(name, 128) + b"##")
 
-    def test_a_value_ends_at_its_reported_length(self, host, resolve):
-        self.scripted(host, b"portset")
-        assert resolve(self.function, b"any", 128) == (0, filled(b"portset", 128))
+    @pytest.mark.parametrize("length", [*range(1, 20), 63, 64, 65, 126, 127])
+    def test_a_value_ends_at_its_reported_length(self, host, resolve, length):
+        letters = bytes(range(0x41, 0x41 + 130))
+        self.scripted(host, letters, sizes={0: length})
+        assert resolve(self.function, b"any", 130) == (0, filled(letters[:length], 128) + b"##")
 
     def test_a_value_ends_at_its_nul(self, host, resolve):
         self.scripted(host, b"portset\0rest")

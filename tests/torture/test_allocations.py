@@ -6,6 +6,7 @@ import sys
 
 import pytest
 
+from answers import LISTS
 from observe import exact, standard_error
 from recipes import RECIPES, is_made_of
 
@@ -139,16 +140,31 @@ COUNTS_BLOCKS = sys.getallocatedblocks() > 0
 EXPORTED = ["PyQDP_CreatePortList", "PyQDP_CreateVlanList", "PyQDP_PortNetQInfo"]
 
 
-@pytest.fixture(params=[*RECIPES, *EXPORTED])
-def name(request):
-    return request.param
+
+def longest_list(result):
+    """The length of the longest list in a result; a tuple of lists counts as these, another tuple as a list."""
+    parts = result.values() if isinstance(result, dict) else result if isinstance(result, (list, tuple)) else []
+    is_list = isinstance(result, list) or isinstance(result, tuple) and not any(isinstance(each, list) for each in parts)
+    return max([len(parts) * is_list, *map(longest_list, parts)])
+
+
+# A call and the number of records in its answer: 0, 1, or None for what the embedded host has.
+CALLS = [(name, None) for name in (*RECIPES, *EXPORTED)] + [(name, records) for name in LISTS for records in (0, 1)]
 
 
 @pytest.mark.parametrize("forever", [False, True], ids=["once", "for ever"])
-def test_failing_allocations(frozen, tortured, tally, young, name, forever):
+@pytest.mark.parametrize("name, records", CALLS)
+def test_failing_allocations(frozen, tortured, tally, young, name, records, forever):
     torture, module = tortured
     method = getattr(torture if name in EXPORTED else module, name)
     printed_texts, raised_errors = [], []
+
+    def script_answers(shots):
+        """As many answers as the shots can ask for; made beforehand, since scripting takes memory too."""
+        if records is not None:
+            operation, *answers = LISTS[name]
+            for _ in range(shots):
+                frozen.script(operation, outputs=[answers[records]])
 
     def out():
         return torture.blocks_out(), frozen.values_out()
@@ -193,17 +209,25 @@ def test_failing_allocations(frozen, tortured, tally, young, name, forever):
         if what not in noted:
             noted.append(what)
 
+    def documented(listed, noted):
+        """What is listed for the method; without records nothing fails in them."""
+        return [each for each in listed.get(name, []) if records != 0 or each in noted]
+
+    script_answers(1)
     out_before = out()
     was_null, expected, raised, _, points, printed = shoot(0)
     assert (was_null, raised) == (False, None)
+    if records is not None:
+        assert longest_list(expected) == records
     if points == 0:
         assert name not in PRINTED and name not in RAISING
         return
     assert printed == ""
+    script_answers(points * (SWEEPS + 2))
     sweep()
-    assert printed_texts == PRINTED.get(name, [])
+    assert printed_texts == documented(PRINTED, printed_texts)
     if not forever:
-        assert raised_errors == RAISING.get(name, [])
+        assert raised_errors == documented(RAISING, raised_errors)
     tally(f"allocations, {'once and for ever' if forever else 'once'}, were made to fail", points)
     if not COUNTS_BLOCKS:
         return

@@ -42,7 +42,7 @@ constexpr size_t models_text_bytes = 64;
 
 PyObject* models_object(Bytes record, const Field& field)
 {
-    const auto mask = static_cast<uint32_t>(record.unsigned_at(field.where));
+    const uint64_t mask = record.unsigned_at(field.where);
     if (mask == 0)
         return text_object("None");
 

@@ -30,11 +30,11 @@ constexpr Names<16> pass_through_representor_names{
      "REP.M3EMU.PT", "REP.M3MUXPF", "REP.P4SHRD", "REP.P4PHY", "REP.P4EMU.PT", "REP.P4VF", "REP.P4PF", "REP.P4NIC"},
     "REP.UNKN"};
 
-const char* client_name(Bytes port)
+const char* client_name(Bytes port, uint64_t type)
 {
     using R = PortListEntry;
     const bool is_pass_through = port.unsigned_at(AT(R, flags)) & port_flag_pass_through;
-    switch (static_cast<ClientType>(port.unsigned_at(AT(R, client_type)))) {
+    switch (static_cast<ClientType>(type)) {
     case ClientType::vnic:
         return is_pass_through ? "VNIC.PT" : "VNIC";
     case ClientType::uplink:
@@ -48,9 +48,9 @@ const char* client_name(Bytes port)
     return "UNKNOWN";
 }
 
-PyObject* client(Bytes port, const Field&)
+PyObject* client(Bytes port, const Field& field)
 {
-    return text_object(client_name(port));
+    return text_object(client_name(port, port.unsigned_at(field.where)));
 }
 
 using P = PortListEntry;

@@ -40,11 +40,11 @@ PyObject* tunnel_filter_text(const char* name, const NetQTunnelKey& key)
     return text_object(text);
 }
 
-PyObject* filter_text(Bytes filter, const Field&)
+PyObject* filter_text(Bytes filter, const Field& field)
 {
     char text[mac_filter_text_bytes], mac[mac_text_bytes];
     const auto key = key_of<NetQMacKey>(filter);
-    switch (static_cast<NetQFilterType>(head_of(filter).type)) {
+    switch (static_cast<NetQFilterType>(filter.unsigned_at(field.where))) {
     case NetQFilterType::mac:
         std::snprintf(text, sizeof text, "macOnly:%s", MACToStr(key.mac, mac));
         return text_object(text);
@@ -66,11 +66,11 @@ constexpr auto queue_fields = fields<sizeof(Q)>(ROWS({
     {"fid", AT(Q, filter_id)},
 }));
 
-PyObject* queue_list(Bytes filter, const Field&)
+PyObject* queue_list(Bytes filter, const Field& field)
 {
-    const NetQFilter head = head_of(filter);
-    const Bytes queues = filter.from(queues_offset(head));
-    return list_of(head.num_queues, [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))); });
+    const Bytes queues = filter.from(queues_offset(head_of(filter)));
+    return list_of(filter.unsigned_at(field.where),
+                   [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))); });
 }
 
 using F = NetQFilter;

@@ -6,16 +6,10 @@ namespace qdp {
 
 namespace {
 
-// A counter in network byte order, shown signed.
-PyObject* counter(Bytes entry, const Field& field)
-{
-    return made(PyLong_FromLong(static_cast<long>(__builtin_bswap64(entry.load<uint64_t>(field.where.offset)))));
-}
-
 using E = IpfixEntry;
 constexpr auto flow_fields = fields<sizeof(E)>(ROWS({
-    {"pcnt", AT(E, packets), counter},
-    {"bcnt", AT(E, bytes), counter},
+    {"pcnt", AT(E, packets), as_signed_big_endian},
+    {"bcnt", AT(E, bytes), as_signed_big_endian},
     {"tcp_flags", AT(E, tcp_flags)},
 }));
 

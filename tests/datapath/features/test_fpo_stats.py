@@ -198,7 +198,7 @@ class TestGetFPOUplinkStatus:
     CANNOT = "Failed to get FPO uplink status.\n"
 
     def test_the_keys_and_their_places(self, host, qdp):
-        words = [0x80000000 + each for each in (0x11, 0x21, 0x7FFFFFFF, 0x41, 0x51, 0x61, 0x71, 0x81)]
+        words = [0x80000000 + each for each in (0x11, 0x21, 0x7FFFFFFE, 0x41, 0x51, 0x61, 0x71, 0x81)]
         record = status_record(1, words, 0x123456789ABCDEF0)
         assert len(record) == STATUS_BYTES
         host.script("Qdp_Get_FPO_Uplink_Status", outputs=[record])

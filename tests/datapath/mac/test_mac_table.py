@@ -6,6 +6,7 @@ import struct
 import pytest
 
 from adversity import starved
+from heap import COUNTS_BYTES, at_most
 from observe import INVALID_PARAMETER, Call, Capacity, Outcome, refused
 
 PORT_TABLE_BYTES = 327696
@@ -14,6 +15,10 @@ SWITCH_TABLE_BYTES = 1310736
 PORT_REFUSAL = "Failed to retrieve mac table.\n"
 SWITCH_REFUSAL = "Failed to retrieve switch mac table.\n"
 CLEAR_REFUSAL = "Failed to clear mac table.\n"
+
+# 2^31 entries are a list of 16 GiB.
+TOO_MANY, TOO_LITTLE_MEMORY = 1 << 31, 8 << 30
+NO_LIMIT = "the sanitizers' allocator does without a limit of memory"
 
 BAD_SWITCHES = [16, 17, 0xFFFFFFFF, -1]
 
@@ -91,6 +96,13 @@ class TestListPortMACTable:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail("Qdp_Dump_Port_MAC_Table", status)
         assert qdp.call("ListPortMACTable", 3, 7) == Outcome(None, PORT_REFUSAL, calls=[self.call()])
+
+    @pytest.mark.skipif(not COUNTS_BYTES, reason=NO_LIMIT)
+    def test_a_count_beyond_the_memory(self, host, qdp):
+        host.script("Qdp_Dump_Port_MAC_Table", outputs=[table(count=TOO_MANY)])
+        with at_most(TOO_LITTLE_MEMORY):
+            outcome = qdp.call("ListPortMACTable", 3, 7)
+        assert outcome == Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n"), calls=[self.call()])
 
     def test_lack_of_memory(self, host, qdp):
         host.freeze()
@@ -185,6 +197,13 @@ class TestListSwitchMACTable:
     def test_a_refusing_library(self, host, qdp, status):
         host.fail("Qdp_Dump_Switch_MAC_Table", status)
         assert qdp.call("ListSwitchMACTable", 3) == Outcome(None, SWITCH_REFUSAL, calls=[self.call()])
+
+    @pytest.mark.skipif(not COUNTS_BYTES, reason=NO_LIMIT)
+    def test_a_count_beyond_the_memory(self, host, qdp):
+        host.script("Qdp_Dump_Switch_MAC_Table", outputs=[table(count=TOO_MANY)])
+        with at_most(TOO_LITTLE_MEMORY):
+            outcome = qdp.call("ListSwitchMACTable", 3)
+        assert outcome == Outcome(None, left_set=(SystemError, "Failed to allocate buffer.\n"), calls=[self.call()])
 
     def test_lack_of_memory(self, host, qdp):
         host.freeze()

@@ -56,6 +56,12 @@ class TestCreatePortList:
     def test_where_the_map_has_fewer_ports_none_fills_the_list(self, port_list, ports):
         assert port_list(len(ports) + 3, *ports) == [*ports, None, None, None]
 
+    def test_what_follows_the_map_is_not_looked_at(self, exported):
+        function = exported.PyQDP_CreatePortList
+        function.restype = ctypes.py_object
+        followed = (ctypes.c_uint64 * 3)(1 << 3, 1 << 6, (1 << 64) - 1)
+        assert function(ctypes.c_uint32(5), followed) == [3, 70, None, None, None]
+
     def test_the_count_is_the_low_half_of_its_argument(self, port_list):
         assert port_list(0xABCD0001, 3, 70) == [3]
         assert port_list(0x10000, 3, 70) == []

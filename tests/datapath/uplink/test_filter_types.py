@@ -61,6 +61,10 @@ UNREADABLE = [
     (lambda host: script_property(host, setting(4) + b"\0"), ODD_LENGTH, [GET]),
     (lambda host: script_property(host, b""), ODD_LENGTH, [GET]),
     (lambda host: script_property(host, setting(0)), "", [GET]),
+    # A length without a value: zeros.
+    (lambda host: host.script("DVSHCK_HostPropGet", sizes={0: 6}), "", [GET]),
+    (lambda host: host.script("DVSHCK_HostPropGet", sizes={0: 5}), ODD_LENGTH, [GET]),
+    (lambda host: host.script("DVSHCK_HostPropGet", sizes={0: 7}), ODD_LENGTH, [GET]),
     (lambda host: script_library(host, 0), "", [GET, ASK]),
 ]
 

@@ -64,6 +64,11 @@ class TestP4CTContextQuery:
         host.script("Qdp_P4_HWTable_Dump", outputs=[dump(entry)])
         assert qdp.result("P4CTContextQuery", 0) == {**dict.fromkeys(CT_KEYS, 0), key: value}
 
+    def test_every_field_has_its_width(self, host, qdp):
+        host.script("Qdp_P4_HWTable_Dump", outputs=[dump(b"\xff" * 32)])
+        bits = [32, 32, 16, 4, 4, 32, 32, 16, 4, 4, 8, 8]
+        assert qdp.result("P4CTContextQuery", 0) == {key: (1 << width) - 1 for key, width in zip(CT_KEYS, bits)}
+
     @pytest.mark.parametrize("offset, side", [(11, "src"), (22, "dst")])
     def test_the_state_is_the_high_half(self, host, qdp, offset, side):
         host.script("Qdp_P4_HWTable_Dump", outputs=[dump(bytes(offset) + b"\xa7" + bytes(31 - offset))])

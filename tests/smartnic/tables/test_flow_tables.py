@@ -78,6 +78,7 @@ class TestTableFlowKeyGet:
             (7, 255, 56, "ff"),
             (8, 1, 54, "01"),
             (8, 0x100, 54, "01"),
+            (8, 0x10000, 54, "01"),
             (8, -1, 54, "01"),
             (9, -1, 16, "ffffffffffffffff"),
             (10, -1, 24, "ffffffffffffffff"),
