@@ -20,7 +20,18 @@ host.advance(seconds=1000)
 
 import _libqdp  # noqa: E402
 
-print(ctypes.PyDLL(_libqdp.__file__).LibraryInit())
+exported = ctypes.PyDLL(_libqdp.__file__)
+print(exported.LibraryInit())
+NAMES = "dvs-production dvs-storage dvs-smartnic legacy-network DvsPortset-0 DvsPortset-01 nobody".split()
+for function in (exported.DVSAliasToSwitchIdAllTypes, exported.DVSAliasToPortsetName, exported.DVSPortsetNameToAlias):
+    for name in NAMES:
+        text = ctypes.create_string_buffer(128)
+        print(name, function(name.encode(), text), text.value)
+for count in range(3):
+    for _ in range(count):
+        host.script("DVSData_Data", sizes={0: 5})  # a length, and no value
+    text = ctypes.create_string_buffer(128)
+    print(exported.DVSAliasToPortsetName(b"dvs-production", text), text.value)
 switches = _libqdp.ListSwitches()
 print(json.dumps(switches))
 for switch in switches:
@@ -48,7 +59,7 @@ def prepared(name):
     host.reset()
     host.freeze()
     host.advance(seconds=1000)
-    ctypes.PyDLL(_libqdp.__file__).LibraryInit()
+    exported.LibraryInit()
     return is_made_of(RECIPES[name], _libqdp)
 
 

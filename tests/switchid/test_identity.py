@@ -191,6 +191,15 @@ class TestAliasToPortsetName:
             assert resolve(self.function, b"any", 128) == (0, filled(b"an id", 128))
         assert [call.operation for call in calls][-2:] == ["DVSState_HostPropLookup", "DVSState_GlobalPropLookup"]
 
+    def test_data_without_a_value_are_none(self, host, resolve):
+        """Both properties are found, and their data have a length and no value."""
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.script("DVS_SwitchId", text=filled(b"an id", 64))
+        for lookup in ("DVSState_HostPropLookup", "DVSState_GlobalPropLookup"):
+            host.script(lookup, outputs=[(1).to_bytes(8, "little")])
+            host.script("DVSData_Data", sizes={0: 5})
+        assert resolve(self.function, b"any", 128) == (0, filled(b"an id", 128))
+
     def test_an_empty_property_of_the_host_is_a_name_too(self, configured, exported, resolve):
         """The library may have no place for a value without bytes."""
         key = b"com.tarnix.common.host.portset"
