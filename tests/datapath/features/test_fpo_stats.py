@@ -198,12 +198,16 @@ class TestGetFPOUplinkStatus:
     CANNOT = "Failed to get FPO uplink status.\n"
 
     def test_the_keys_and_their_places(self, host, qdp):
-        words = [0x80000000 + each for each in (0x11, 0x21, 0x7FFFFFFE, 0x41, 0x51, 0x61, 0x71, 0x81)]
+        words = [0x80000000 + each for each in (0x11, 0x21, 0x7FFFFFFD, 0x41, 0x51, 0x61, 0x71, 0x81)]
         record = status_record(1, words, 0x123456789ABCDEF0)
         assert len(record) == STATUS_BYTES
         host.script("Qdp_Get_FPO_Uplink_Status", outputs=[record])
         values = ["Model 1 Level 1, ", *words, 0x123456789ABCDEF0]
         assert qdp.call("GetFPOUplinkStatus", 3, 7) == Outcome(dict(zip(STATUS_KEYS, values)), calls=[self.call])
+
+    def test_no_models_beside_other_numbers(self, host, qdp):
+        host.script("Qdp_Get_FPO_Uplink_Status", outputs=[status_record(0, [0xFFFFFFFF] * 8)])
+        assert qdp.result("GetFPOUplinkStatus", 3, 7)["models"] == "None"
 
     @pytest.mark.parametrize(
         "actions, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 1, -1)]

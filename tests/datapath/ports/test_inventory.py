@@ -216,6 +216,7 @@ class TestListPorts:
             (4, 1, 16, "REP.UNKN"),
             (4, 0, 0xFFFF, "REP.UNKN"),
             (5, 1, 3, "UNKNOWN"),
+            (0x80000001, 0, 3, "UNKNOWN"),
             (0xFFFFFFFF, 0, 0, "UNKNOWN"),
         ],
     )

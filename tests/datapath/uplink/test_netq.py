@@ -119,6 +119,7 @@ class TestGetPortNetQInfo:
             (4, MAC, "UnknownFilter"),
             (7, MAC, "UnknownFilter"),
             (0x100, MAC, "UnknownFilter"),
+            (0x8000, MAC, "UnknownFilter"),
             (0xFFFF, MAC, "UnknownFilter"),
         ],
     )
