@@ -24,6 +24,10 @@ def spread(values):
     return (high - low) / 2 / middle
 
 
+def instructions_text(count):
+    return f"{count:,.0f} instructions"
+
+
 def time_text(seconds):
     for unit, size in ("s", 1), ("ms", 1e-3), ("µs", 1e-6):
         if seconds >= size:
@@ -63,6 +67,10 @@ Cython makes the objects of its keys once and keeps them, as the interpreter doe
 module's contract sets each key from its text, which makes, hashes and interns a string every time. That is most of what
 such a call costs. pybind11 makes its keys every time too, but does not intern them: that is cheaper in time, and in
 memory dearer, since every dict then keeps strings of its own."""
+
+HOW_IT_GROWS = """\
+Of each method the time, and below it the instructions, in which the growth is judged: the time is also that of the
+caches, and of the pages that the interpreter asks the kernel for and gives back."""
 
 # The most that the module may take of the instructions of the ways by hand.
 MOST_OF_CHECKED, MOST_OF_FLOOR = 1.03, 1.05
@@ -123,8 +131,8 @@ def targets(found, workloads):
     needs = found["files"]["_libqdp"]["needs_cpp"]
     aim.add("C++ runtime", "not needed", "needed" if needs else "not needed", not needs)
     aim.at_most("bytes kept a port entry", found["kept_bytes"]["_libqdp"], 860, "{:,.0f}".format)
-    for method, points in found["growth"].items():
-        aim.at_most(f"distance from linear growth: {method}", fitted(points)[2], 0.05)
+    for method, points in found["instructions_growth"].items():
+        aim.at_most(f"instructions' distance from linear growth: {method}", fitted(points)[2], 0.01)
     return aim
 
 
@@ -187,7 +195,9 @@ def table(found, workloads, ways):
                   [facts_row(found, way) for way in ["empty", *ways]]),
         "## Growth with the number of entries",
         rows_text(["", "to", "an entry", "at the start", "largest distance from the line"],
-                  [growth_row(method, points) for method, points in found["growth"].items()]),
+                  [growth_row(method, found[what][method], text) for method in found["growth"]
+                   for what, text in (("growth", time_text), ("instructions_growth", instructions_text))]),
+        HOW_IT_GROWS,
     ]
     return "\n\n".join(parts) + "\n", aim.missed
 
@@ -199,10 +209,9 @@ def facts_row(found, way):
             ("yes" if facts["needs_cpp"] else "no") if facts else "", f"{kept:.0f}" if kept else ""]
 
 
-def growth_row(method, points):
+def growth_row(method, points, text):
     slope, start, distance = fitted(points)
-    start_text = time_text(start) if start > 0 else "0"
-    return [method, f"{points[-1][0]:,} entries", time_text(slope), start_text, f"{distance:.1%}"]
+    return [method, f"{points[-1][0]:,} entries", text(slope), text(start) if start > 0 else "0", f"{distance:.1%}"]
 
 
 # --- The chart: for each workload a group of bars, the time as a multiple of the module's, on a logarithmic scale ---

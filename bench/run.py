@@ -9,7 +9,7 @@ import tempfile
 
 import instructions
 import report
-from workloads import WORKLOADS
+from workloads import GROWTH, WORKLOADS
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WAYS = ["_libqdp", "checked", "floor", "with_cython", "with_pybind11", "with_cffi", "with_struct", "with_ctypes"]
@@ -36,7 +36,7 @@ def child(build, *command, **options):
 
 def timed(build, rounds):
     """Times, growth and memory from one process that does nothing else."""
-    wanted = json.dumps({"ways": WAYS, "rounds": rounds})
+    wanted = json.dumps({"ways": WAYS, "rounds": rounds, "growth_rounds": rounds // 4})
     return json.loads(child(build, str(ROOT / "bench" / "timing.py"), input=wanted))
 
 
@@ -73,18 +73,29 @@ def counted(build, rounds):
     return {way: {workload.name: counts[way, workload] for workload in WORKLOADS} for way in WAYS}
 
 
+def counted_growth(build):
+    """Instructions of lists of several lengths, [method] as pairs of length and count: steady, where times are not."""
+    growth = {}
+    for method, lists in GROWTH.items():
+        say(f"counting instructions of longer and longer lists: {method}")
+        some = lists[::2]
+        counts = instructions.measured(build, [("_libqdp", workload) for _, workload in some], 1)
+        growth[method] = [(length, counts["_libqdp", workload]) for length, workload in some]
+    return growth
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=32, help="of times and imports")
+    parser.add_argument("--rounds", type=int, default=128, help="of times; a quarter of imports")
     options = parser.parse_args()
     build = options.build.resolve()
 
-    found = {"instructions": counted(build, 3)}
+    found = {"instructions": counted(build, 3), "instructions_growth": counted_growth(build)}
     say("measuring times, growth and memory")
     found |= timed(build, options.rounds)
     say("measuring imports")
-    found["imports"] = import_times(build, options.rounds)
+    found["imports"] = import_times(build, options.rounds // 4)
     found["files"] = file_facts(build)
 
     results = ROOT / "bench" / "results"

@@ -46,6 +46,12 @@ WORKLOADS = [
     Workload("DumpLBStats, 3 chunks", "DumpLBStats", (0, 0, 48, 0, 8), 5),
 ]
 
+# Lists of more and more entries, by method: pairs of length and workload.
+GROWTH = {
+    "ListPorts": [(i * 2048, list_of_ports(i * 2048)) for i in range(9)],
+    "ListSwitchMACTable": [(i * 8192, list_of_macs(i * 8192)) for i in range(9)],
+}
+
 
 def same_result(way, workload, fixed):
     """Fails unless a way's result is the module's, to the types and the order of keys."""
