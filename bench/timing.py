@@ -2,7 +2,7 @@
 
 The ways take turns in many rounds, so that whatever else the machine does meets all of them, and the processor's time
 is taken, not that of waiting for one. The collector is off: it costs all ways the same. As a program it takes {"ways",
-"rounds"} as JSON on standard input, and prints its figures as JSON.
+"rounds", "growth_rounds"} as JSON on standard input, and prints its figures as JSON.
 """
 
 import gc

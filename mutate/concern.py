@@ -99,16 +99,16 @@ class Concern:
 
 
 def _methods_by_file(sources):
-    """The methods of each source, after the map in module.cpp."""
+    """The methods of each source, after the map in module.cpp, and what it exports beside them."""
     methods, file = {}, None
     for line in sources.text("src/module/module.cpp").splitlines():
         if named := re.match(r"\s+// (\S+\.cpp)$", line):
             file = f"src/{named[1]}"
         elif method := re.match(r'\s+METHOD\("(\w+)"', line):
             methods.setdefault(file, []).append(method[1])
-    for file in sources:
-        for function in re.findall(r"^PyObject\* (PyQDP_\w+)\(", sources.text(file), re.MULTILINE):
-            methods.setdefault(file, []).append(function)  # a test may be made for what is no method, but exported
+    for function in re.findall(r"PyQDP_\w+", sources.text("src/module/exports.map")):  # no methods, but like them
+        file = next(each for each in sources if each.endswith(".cpp") and f"\nPyObject* {function}(" in sources.text(each))
+        methods.setdefault(file, []).append(function)
     return methods
 
 

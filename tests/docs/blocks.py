@@ -65,18 +65,10 @@ def _pattern(line):
 def run_python(block, before, environment, root, interpreter=sys.executable):
     """What a Python block prints, run behind the ones before it, and its status."""
     script = "\n".join([*(each.text for each in before), f"print({MARKER!r}, flush=True)", block.text])
-    done = subprocess.run(
-        [interpreter, "-u", "-c", script],
-        cwd=root,
-        env=environment,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-        timeout=TIMEOUT,
-    )
-    _, found, printed = done.stdout.partition(MARKER + "\n")
-    assert found, f"a block above {block.name!r} does not pass: {done.stdout}"
-    return printed, done.returncode
+    everything, status = _run([interpreter, "-u", "-c", script], environment, root)
+    _, found, printed = everything.partition(MARKER + "\n")
+    assert found, f"a block above {block.name!r} does not pass: {everything}"
+    return printed, status
 
 
 def commands_of(block):
@@ -95,8 +87,13 @@ def commands_of(block):
 
 
 def run_command(command, environment, root):
+    return _run(["/bin/bash", "-e", "-c", command], environment, root)
+
+
+def _run(command, environment, root):
+    """What a command prints, standard error included, and its status."""
     done = subprocess.run(
-        ["/bin/bash", "-e", "-c", command],
+        command,
         cwd=root,
         env=environment,
         stdout=subprocess.PIPE,

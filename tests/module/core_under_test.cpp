@@ -58,6 +58,8 @@ constexpr auto entry_fields = fields<entry_bytes>(ROWS({
     {"big 16", bytes(8, 2), as_big_endian},
     {"big 32", bytes(8, 4), as_big_endian},
     {"big 64", bytes(8, 8), as_big_endian},
+    {"signed big 16", bytes(8, 2), as_signed_big_endian},
+    {"signed big 64", bytes(8, 8), as_signed_big_endian},
     {"layer", bits(16, 0, 3), as_name<layer_names>},
     {"is ipv6", bits(16, 3, 1)},
     {"address", bytes(17, 16), as_address<bits(16, 3, 1)>},

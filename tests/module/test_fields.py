@@ -103,6 +103,8 @@ def test_bits_of_an_empty_entry(core):
             "big 16": 0,
             "big 32": 0,
             "big 64": 0,
+            "signed big 16": 0,
+            "signed big 64": 0,
             "layer": "L2",
             "is ipv6": 0,
             "address": "0.0.0.0",
@@ -124,6 +126,8 @@ def test_bits_of_an_entry_of_ones(core):
             "big 16": 0xFFFF,
             "big 32": 0xFFFFFFFF,
             "big 64": (1 << 64) - 1,
+            "signed big 16": -1,
+            "signed big 64": -1,
             "layer": "Unknown",
             "is ipv6": 1,
             "address": "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff",
@@ -153,6 +157,15 @@ def test_network_byte_order(core):
     assert decoded["big 16"] == 0x0102
     assert decoded["big 32"] == 0x01020304
     assert decoded["big 64"] == 0x0102030405060708
+    assert decoded["signed big 16"] == 0x0102
+    assert decoded["signed big 64"] == 0x0102030405060708
+
+
+def test_the_sign_in_network_byte_order_is_in_the_first_byte(core):
+    negative = core.entry(entry(b8=b"\x80\0\0\0\0\0\0\x01"))
+    assert (negative["signed big 16"], negative["signed big 64"]) == (-0x8000, 1 - (1 << 63))
+    positive = core.entry(entry(b8=b"\x7f\x80\0\0\0\0\0\xff"))
+    assert (positive["signed big 16"], positive["signed big 64"]) == (0x7F80, 0x7F800000000000FF)
 
 
 @pytest.mark.parametrize("code, name", [(0, "L2"), (1, "L3"), (2, "L4"), (3, "Unknown"), (7, "Unknown")])

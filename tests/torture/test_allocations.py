@@ -140,7 +140,6 @@ COUNTS_BLOCKS = sys.getallocatedblocks() > 0
 EXPORTED = ["PyQDP_CreatePortList", "PyQDP_CreateVlanList", "PyQDP_PortNetQInfo"]
 
 
-
 def longest_list(result):
     """The length of the longest list in a result; a tuple of lists counts as these, another tuple as a list."""
     parts = result.values() if isinstance(result, dict) else result if isinstance(result, (list, tuple)) else []
