@@ -224,75 +224,77 @@ void qdp_host_reset(void)
     reset_host();
 }
 
-int qdp_host_script(const char* name, uint64_t result)
+namespace {
+
+// Changes an operation. -1 when none has the name, or when `change` says that there is nothing to change.
+template <class Change>
+int change_operation(const char* name, Change change)
 {
     const std::lock_guard lock{process().mutex};
     Operation* operation = known_operation(name);
-    if (!operation)
-        return -1;
-    operation->script.push_back({result, {}});
-    return 0;
+    return operation && change(*operation) ? 0 : -1;
 }
 
-namespace {
-
-// The answer that was scripted last, or null.
-ScriptedAnswer* last_scripted(const char* name)
+// Changes the answer of an operation that was scripted last.
+template <class Change>
+int change_last_answer(const char* name, Change change)
 {
-    Operation* operation = known_operation(name);
-    return operation && !operation->script.empty() ? &operation->script.back() : nullptr;
+    return change_operation(name, [&](Operation& operation) {
+        if (operation.script.empty())
+            return false;
+        change(operation.script.back());
+        return true;
+    });
+}
+
+void set_output(ScriptedOutput& output, const void* bytes, size_t size)
+{
+    output.bytes = value_of(ByteSpan{static_cast<const std::byte*>(bytes), size});
+    output.is_set = true;
 }
 
 }  // namespace
 
+int qdp_host_script(const char* name, uint64_t result)
+{
+    return change_operation(name, [&](Operation& operation) {
+        operation.script.push_back({result, {}});
+        return true;
+    });
+}
+
 int qdp_host_script_output(const char* name, unsigned output, const void* bytes, size_t size)
 {
-    const std::lock_guard lock{process().mutex};
-    ScriptedAnswer* answer = last_scripted(name);
-    if (!answer)
-        return -1;
-    ScriptedOutput& scripted = answer->outputs[output];
-    scripted.bytes = value_of(ByteSpan{static_cast<const std::byte*>(bytes), size});
-    scripted.is_set = true;
-    return 0;
+    return change_last_answer(name, [&](ScriptedAnswer& answer) { set_output(answer.outputs[output], bytes, size); });
 }
 
 int qdp_host_script_size(const char* name, unsigned output, uint32_t size)
 {
-    const std::lock_guard lock{process().mutex};
-    ScriptedAnswer* answer = last_scripted(name);
-    if (!answer)
-        return -1;
-    answer->outputs[output].size = size;
-    return 0;
+    return change_last_answer(name, [&](ScriptedAnswer& answer) { answer.outputs[output].size = size; });
 }
 
 int qdp_host_script_text(const char* name, const void* bytes, size_t size)
 {
-    if (qdp_host_script_output(name, 0, bytes, size) != 0)
-        return -1;
-    last_scripted(name)->result_is_text = true;
-    return 0;
+    return change_last_answer(name, [&](ScriptedAnswer& answer) {
+        set_output(answer.outputs[0], bytes, size);
+        answer.result_is_text = true;
+    });
 }
 
 int qdp_host_fail(const char* name, uint32_t status, unsigned nth, unsigned times)
 {
-    const std::lock_guard lock{process().mutex};
-    Operation* operation = known_operation(name);
-    if (!operation)
-        return -1;
-    operation->failure = Failure{status, {nth, times}};
-    return 0;
+    return change_operation(name, [&](Operation& operation) {
+        operation.failure = Failure{status, {nth, times}};
+        return true;
+    });
 }
 
 int qdp_host_delay(const char* name, uint64_t nanoseconds, unsigned nth, unsigned times)
 {
-    const std::lock_guard lock{process().mutex};
-    Operation* operation = known_operation(name);
-    if (!operation)
-        return -1;
-    operation->delay = Delay{std::chrono::nanoseconds{nanoseconds}, {nth, times}};
-    return 0;
+    return change_operation(name, [&](Operation& operation) {
+        operation.delay = Delay{std::chrono::nanoseconds{nanoseconds}, {nth, times}};
+        return true;
+    });
 }
 
 void qdp_host_record(int on)
