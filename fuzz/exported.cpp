@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <memory>
 
+#include "core/render.h"
 #include "datapath/flowcache/flowcache.h"
 #include "datapath/ports/ports.h"
 #include "datapath/uplink/uplink.h"
 #include "fuzz/contract.h"
 #include "fuzz/fault.h"
 #include "fuzz/texts.h"
-#include "module/render.h"
 #include "platform/flow_cache.h"
 #include "smartnic/channel/table_read.h"
 #include "switchid/identity.h"

@@ -4,13 +4,13 @@ import re
 
 # The folders of tests that call the module in their own process, where a change is made. Others look at the built file,
 # at types or at scripts.
-FOLDERS = ["datapath", "host", "module", "smartnic", "switchid", "torture"]
+FOLDERS = ["core", "datapath", "host", "smartnic", "switchid", "torture"]
 
 # The fixture of tests that judge times, which trials beside each other spoil.
 OF_TIMES = "release_only"
 
 # The code that all rooms share, whose functions are also told by who calls them; and how many callers are too many.
-SHARED = "src/module/"
+SHARED = "src/core/"
 FEW_METHODS = 12
 
 # What takes so long that it comes last.
@@ -95,18 +95,18 @@ class Concern:
                 own = source.rsplit(".", 1)[0] + ".h"
                 if source.endswith(".cpp") and own in self._sources and own not in found and source != file:
                     found.append(own)
-        return [each for each in found if each != "src/module/module.cpp" and each != file]
+        return [each for each in found if each != "src/module.cpp" and each != file]
 
 
 def _methods_by_file(sources):
     """The methods of each source, after the map in module.cpp, and what it exports beside them."""
     methods, file = {}, None
-    for line in sources.text("src/module/module.cpp").splitlines():
+    for line in sources.text("src/module.cpp").splitlines():
         if named := re.match(r"\s+// (\S+\.cpp)$", line):
             file = f"src/{named[1]}"
         elif method := re.match(r'\s+METHOD\("(\w+)"', line):
             methods.setdefault(file, []).append(method[1])
-    for function in re.findall(r"PyQDP_\w+", sources.text("src/module/exports.map")):  # no methods, but like them
+    for function in re.findall(r"PyQDP_\w+", sources.text("src/core/exports.map")):  # no methods, but like them
         file = next(each for each in sources if each.endswith(".cpp") and f"\nPyObject* {function}(" in sources.text(each))
         methods.setdefault(file, []).append(function)
     return methods

@@ -1,7 +1,7 @@
 """Changes of the field tables: each row's place, its key and its order.
 
 In the built file a table is its rows, then its converters, then its keys; a row finds the latter two by their distance.
-See src/module/fields.h, which this file follows."""
+See src/core/fields.h, which this file follows."""
 
 import struct
 from dataclasses import dataclass, replace

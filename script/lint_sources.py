@@ -7,35 +7,37 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCE = ROOT / "src"
 
-# Rooms that may be included from a room beside its own folder. A room not named here has no other.
+# The rooms that each room may include, beside the file's own folder: platform <- core <- switchid <- datapath, smartnic
+# <- module.cpp, which stands in no room.
 ALLOWED = {
     "platform": [],
-    "module": ["platform"],
-    "switchid": ["platform", "module"],
-    "datapath": ["platform", "module", "switchid"],
-    "smartnic": ["platform", "module", "switchid"],
+    "core": ["platform"],
+    "switchid": ["platform", "core"],
+    "datapath": ["platform", "core", "switchid"],
+    "smartnic": ["platform", "core", "switchid"],
+    "": ["core", "switchid", "datapath", "smartnic"],
 }
 # Folders that their siblings may include: the named, shared pieces.
 SHARED = ["smartnic/channel", "smartnic/counters"]
 # Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
 BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/operations_"]}
-# The map of the house sees every room.
-MAP = "module/module.cpp"
+MAP = "module.cpp"
 
 
 def folder_of(path):
-    """The room of a file, with its subroom where it has one: "module", "datapath/ports"."""
-    parts = path.split("/")[:-1]
-    return "/".join(parts[:2])
+    """The folder of a file: "core", "datapath/ports", or "" for module.cpp."""
+    return "/".join(path.split("/")[:-1])
+
+
+def room_of(folder):
+    return folder.split("/")[0]
 
 
 def may_include(path, included):
-    if path == MAP:
-        return True
     here, there = folder_of(path), folder_of(included)
-    if here == there or there in SHARED and there.split("/")[0] == here.split("/")[0]:
+    if here == there or there in SHARED and room_of(there) == room_of(here):
         return True
-    return there in ALLOWED[here.split("/")[0]]
+    return room_of(there) in ALLOWED[room_of(here)]
 
 
 def inclusions():

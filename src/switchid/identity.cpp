@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "module/fail.h"
+#include "core/fail.h"
 #include "switchid/property.h"
 
 namespace qdp {

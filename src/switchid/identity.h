@@ -1,7 +1,7 @@
 // The three names of a virtual switch: its alias, which people type, its switch id and its portset name.
 #pragma once
 
-#include "module/fail.h"
+#include "core/fail.h"
 #include "platform/switch_state.h"
 
 // Loads the host's switches into the switch state library. The status of the first step that fails, or 0.

@@ -1,7 +1,7 @@
 // A switch's properties, read and written through the switch state library.
 #include "switchid/property.h"
 
-#include "module/fail.h"
+#include "core/fail.h"
 
 namespace qdp {
 

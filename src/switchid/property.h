@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "module/bytes.h"
+#include "core/bytes.h"
 #include "switchid/identity.h"
 
 namespace qdp {

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/python.h"
 #include "datapath/ports/ports.h"
 #include "datapath/uplink/uplink.h"
-#include "module/python.h"
 #include "platform/uplink.h"
 
 extern "C" {

@@ -1,7 +1,7 @@
 // Methods on a switch's features, on flow offload, the timing of flows, RSS engines and L3 SPAN.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 

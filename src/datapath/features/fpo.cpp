@@ -3,9 +3,9 @@
 
 #include <bit>
 
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/features/fpo_defaults.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "switchid/property.h"
 
 namespace qdp {

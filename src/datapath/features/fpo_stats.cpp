@@ -1,7 +1,7 @@
 // Counters of flow offload, by lcore and by uplink, and what an uplink can offload.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/features/features.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,8 +1,8 @@
 // How mirrored (L3 SPAN) traffic towards a destination address is encapsulated.
+#include "core/arguments.h"
+#include "core/fields.h"
+#include "core/render.h"
 #include "datapath/features/features.h"
-#include "module/arguments.h"
-#include "module/fields.h"
-#include "module/render.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // Large receive offload, of a port and of a whole switch.
+#include "core/arguments.h"
+#include "core/fail.h"
 #include "datapath/features/features.h"
-#include "module/arguments.h"
-#include "module/fail.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

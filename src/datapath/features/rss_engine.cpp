@@ -1,9 +1,9 @@
 // The receive-side scaling engines of a port.
 #include <algorithm>
 
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/features/features.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,6 +1,6 @@
 // Settings that a switch keeps in its host properties: NUMA-aware teaming, burst size, overlay L2 flow and metaflow.
+#include "core/fail.h"
 #include "datapath/features/features.h"
-#include "module/fail.h"
 #include "platform/qdp_control.h"
 #include "switchid/property.h"
 

@@ -1,6 +1,6 @@
 // Host-wide timing: when flows expire, and when offloaded flows and connections are looked at.
+#include "core/fields.h"
 #include "datapath/features/features.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

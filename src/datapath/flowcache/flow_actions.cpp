@@ -3,10 +3,10 @@
 
 #include <bit>
 
+#include "core/fail.h"
+#include "core/fields.h"
 #include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
-#include "module/fail.h"
-#include "module/fields.h"
 #include "platform/flow_cache.h"
 
 namespace qdp {

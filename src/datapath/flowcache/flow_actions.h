@@ -1,7 +1,7 @@
 // The text of a flow's actions, written from bounded views of what it is read from.
 #pragma once
 
-#include "module/bytes.h"
+#include "core/bytes.h"
 
 namespace qdp {
 

@@ -1,7 +1,7 @@
 // Flow keys as text.
+#include "core/render.h"
 #include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
-#include "module/render.h"
 #include "platform/flow_cache.h"
 
 namespace qdp {

@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "core/arguments.h"
+#include "core/fields.h"
+#include "core/render.h"
 #include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
-#include "module/arguments.h"
-#include "module/fields.h"
-#include "module/render.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // Methods on the flow caches of the lcores, and the texts of flows for other readers of the datapath's records.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 
@@ -10,6 +10,10 @@ Method PyQDP_Dump_Flow_Table;
 Method PyQDP_Dump_Decap_Flow_Table;
 Method PyQDP_Dump_Decap_Sa_Flow_Table;
 Method PyQDP_Dump_Port_Flow;
+
+// flow_cache_control.cpp
+Method PyQDP_Clear_Switch_Flow_Table;
+Method PyQDP_Enable_Switch_Flow_Cache;
 
 inline constexpr uint32_t flow_key_text_bytes = 256;
 

@@ -1,9 +1,9 @@
 // The debug buffer of a switch's load balancer: its text, and emptying it.
 #include <algorithm>
 
+#include "core/arguments.h"
+#include "core/fail.h"
 #include "datapath/lb/lb.h"
-#include "module/arguments.h"
-#include "module/fail.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

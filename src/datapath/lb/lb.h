@@ -1,7 +1,7 @@
 // Methods on the thread load balancer.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 

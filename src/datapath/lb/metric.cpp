@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/fields.h"
 #include "datapath/lb/lb.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 #include "switchid/property.h"
 

@@ -1,9 +1,9 @@
 // The load balancer's statistics: entries of ports, uplinks and contexts, which the library hands out in chunks.
 #include <iterator>
 
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/lb/lb.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,8 +1,8 @@
 // Synthetic traffic for the load balancer: the caller's tuples, checked against the switch's ports and sent in batches.
+#include "core/arguments.h"
+#include "core/bytes.h"
+#include "core/fail.h"
 #include "datapath/lb/lb.h"
-#include "module/arguments.h"
-#include "module/bytes.h"
-#include "module/fail.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

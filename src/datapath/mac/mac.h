@@ -1,7 +1,7 @@
 // Methods on the datapath's MAC tables.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 #include "platform/mac.h"
 
 namespace qdp {

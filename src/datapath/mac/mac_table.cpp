@@ -1,8 +1,8 @@
 // The MAC tables of ports and switches: listing, clearing, and single entries. None of the methods checks the port; the
 // library does.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/mac/mac.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // The inventory of the datapath: its switches, and the ports of a switch.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/ports/ports.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

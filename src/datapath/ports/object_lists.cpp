@@ -1,6 +1,6 @@
 // Lists that the hosting process has made from its own arrays: ports of a bitmap, VLAN ids.
+#include "core/fields.h"
 #include "datapath/ports/ports.h"
-#include "module/fields.h"
 
 namespace qdp {
 

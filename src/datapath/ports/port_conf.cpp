@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "core/arguments.h"
+#include "core/fields.h"
+#include "core/render.h"
 #include "datapath/ports/ports.h"
-#include "module/arguments.h"
-#include "module/fields.h"
-#include "module/render.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // Commands to a port or a switch of the datapath. Most tell the library one thing and return None.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/ports/ports.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {
@@ -15,18 +15,6 @@ PyObject* command_port(PyObject* args, decltype(Qdp_Reset_Port) command, const c
     if (!PyArg_ParseTuple(args, "III", &switch_number, &port, &value) || !is_port(switch_number, port))
         return print_none(invalid_parameter);
     return commanded(command(switch_number, port, value), refusal);
-}
-
-// Enables (1) or disables (0) something of a switch; the refusal's %s says which of the two it was.
-[[gnu::format(printf, 3, 0)]] PyObject* switch_on_or_off(PyObject* args, decltype(Qdp_Enable_Switch_Flow_Cache) command,
-                                                         const char* refusal)
-{
-    uint32_t switch_number, enable;
-    if (!PyArg_ParseTuple(args, "II", &switch_number, &enable) || !is_switch(switch_number) || enable > 1)
-        return print_none(invalid_parameter);
-    if (command(switch_number, enable) != 0)
-        return print_none_format(refusal, enable ? "enable" : "disable");
-    return none();
 }
 
 constexpr Names<6> tx_type_names{{"None", "Single", "LAG", "SrcMAC", "All", "NoTeaming"}, "Unknown"};
@@ -88,20 +76,6 @@ PyObject* PyQDP_Set_Uplink_MAC_Learn(PyObject*, PyObject* args)
     return commanded(Qdp_Set_Uplink_MAC_Learn(switch_number, enable != 0), "Failed to set uplink mac learn policy.\n");
 }
 
-PyObject* PyQDP_Clear_Switch_Flow_Table(PyObject*, PyObject* args)
-{
-    uint32_t switch_number;
-    if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
-        return print_none(invalid_parameter);
-    return commanded(Qdp_Clear_Switch_Flow_Table(switch_number),
-                     "Failed clear switch flow table\n");  // deliberately without "to" and full stop
-}
-
-PyObject* PyQDP_Enable_Switch_Flow_Cache(PyObject*, PyObject* args)
-{
-    return switch_on_or_off(args, Qdp_Enable_Switch_Flow_Cache, "Failed to %s switch flow cache.\n");
-}
-
 PyObject* PyQDP_Get_Panic_On_Tx_Hang(PyObject*, PyObject* args)
 {
     uint32_t switch_number;
@@ -116,7 +90,7 @@ PyObject* PyQDP_Get_Panic_On_Tx_Hang(PyObject*, PyObject* args)
 
 PyObject* PyQDP_Set_Panic_On_Tx_Hang(PyObject*, PyObject* args)
 {
-    return switch_on_or_off(args, Qdp_Set_Panic_On_Tx_Hang, "Failed to %s panic on Tx hang.\n");
+    return enable_on_switch(args, Qdp_Set_Panic_On_Tx_Hang, "Failed to %s panic on Tx hang.\n");
 }
 
 }  // namespace qdp

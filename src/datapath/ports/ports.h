@@ -1,7 +1,7 @@
 // Methods on the datapath's switches and ports.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 
@@ -18,8 +18,6 @@ Method PyQDP_Unpin_Port;
 Method PyQDP_Reset_Port;
 Method PyQDP_Get_Port_Tx_Uplink;
 Method PyQDP_Set_Uplink_MAC_Learn;
-Method PyQDP_Clear_Switch_Flow_Table;
-Method PyQDP_Enable_Switch_Flow_Cache;
 Method PyQDP_Get_Panic_On_Tx_Hang;
 Method PyQDP_Set_Panic_On_Tx_Hang;
 

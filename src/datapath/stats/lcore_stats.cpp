@@ -1,7 +1,7 @@
 // The counters of the lcores' flow caches.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/stats/stats.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

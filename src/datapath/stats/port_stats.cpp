@@ -1,7 +1,7 @@
 // A port's traffic counters, of the fast path and of the slow path.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/stats/stats.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // Methods on the datapath's counters.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 

@@ -1,7 +1,7 @@
 // An uplink's device counters, those of one of its queues, and the private statistics of its driver.
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "datapath/stats/stats.h"
-#include "module/arguments.h"
-#include "module/fields.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

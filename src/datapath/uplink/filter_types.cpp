@@ -1,6 +1,6 @@
 // The receive filter classes that a switch supports: a setting of its host properties, else what the datapath says.
+#include "core/fail.h"
 #include "datapath/uplink/uplink.h"
-#include "module/fail.h"
 #include "platform/qdp_control.h"
 #include "switchid/property.h"
 

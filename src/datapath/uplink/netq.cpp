@@ -1,10 +1,10 @@
 // A port's NetQ receive filters with the queues that serve them, and their migration.
 #include <cstdio>
 
+#include "core/arguments.h"
+#include "core/fields.h"
+#include "core/render.h"
 #include "datapath/uplink/uplink.h"
-#include "module/arguments.h"
-#include "module/fields.h"
-#include "module/render.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

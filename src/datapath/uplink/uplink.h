@@ -1,7 +1,7 @@
-// Methods on uplinks' queues, filters and rings, and on where the datapath's work runs.
+// Methods on the queues, filters and rings of uplinks.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 
@@ -16,12 +16,6 @@ Method PyQDP_Set_Uplink_Ring_Size;
 // filter_types.cpp
 Method PyQDP_Get_Switch_Filter_Types;
 Method PyQDP_Set_Switch_Filter_Types;
-
-// placement.cpp
-Method PyQDP_List_Device_Affinity;
-Method PyQDP_Set_Device_Affinity;
-Method PyQDP_ListLCoreIDs;
-Method PyQDP_InitMbufFastslabs;
 
 }  // namespace qdp
 

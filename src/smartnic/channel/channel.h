@@ -2,7 +2,7 @@
 // framing is made here. Requests and responses live on the stack.
 #pragma once
 
-#include "module/bytes.h"
+#include "core/bytes.h"
 #include "platform/p4_command.h"
 
 namespace qdp {

@@ -1,7 +1,7 @@
 // The SmartNIC's table memory: raw entries of a hardware table.
 #pragma once
 
-#include "module/fields.h"
+#include "core/fields.h"
 #include "platform/table_memory.h"
 
 namespace qdp {

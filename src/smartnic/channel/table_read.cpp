@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "module/fail.h"
+#include "core/fail.h"
 #include "platform/qdp_control.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Requests for one entry of a hardware table, which the hosting process may make as well.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 // Both read one entry into a buffer whose capacity stands in the length word. The status of the library, 0 for success;
 // for any other they print a message. Whatever the library reports in the length word is left there.

@@ -2,7 +2,7 @@
 // the block, so that the two can be compared key by key. All counters are shown signed.
 #pragma once
 
-#include "module/fields.h"
+#include "core/fields.h"
 #include "platform/p4_counters.h"
 
 namespace qdp {

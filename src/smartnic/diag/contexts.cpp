@@ -1,5 +1,5 @@
 // The TCP state of offloaded connections: a raw entry of the connection-tracking table, and the context manager's view.
-#include "module/fields.h"
+#include "core/fields.h"
 #include "platform/qdp_control.h"
 #include "smartnic/channel/table_memory.h"
 #include "smartnic/diag/diag.h"

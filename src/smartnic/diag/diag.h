@@ -1,7 +1,7 @@
-// Methods that diagnose and tune the SmartNIC's pipeline.
+// Methods that diagnose the SmartNIC's pipeline.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 
@@ -19,10 +19,6 @@ Method PyQDP_FPOHWDestroy;
 Method PyQDP_P4MirrorTableDump;
 Method PyQDP_P4PortMirrorTableDump;
 
-// p4_app.cpp
-Method PyQDP_P4AppSet;
-Method PyQDP_P4AppGet;
-
 // latency.cpp
 Method PyQDP_P4UKLatencySet;
 Method PyQDP_P4UKLatencyDump;
@@ -31,17 +27,5 @@ Method PyQDP_P4UKLatencyDump;
 Method PyQDP_AdvStatsSetEnabled;
 Method PyQDP_AdvStatsGetEnabled;
 Method PyQDP_AdvStatsGetCounters;
-
-// aging.cpp
-Method PyQDP_Get_Aging_Interval;
-Method PyQDP_Set_Aging_Interval;
-
-// rss_override.cpp
-Method PyQDP_P4RssOverrideSet;
-Method PyQDP_P4RssOverrideGet;
-
-// log_level.cpp
-Method PyQDP_P4LogLevelSet;
-Method PyQDP_P4LogLevelGet;
 
 }  // namespace qdp

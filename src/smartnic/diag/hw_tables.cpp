@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "module/fields.h"
+#include "core/fields.h"
 #include "platform/qdp_control.h"
 #include "smartnic/channel/table_memory.h"
 #include "smartnic/diag/diag.h"

@@ -1,9 +1,9 @@
 // Mirror sessions and port mirrors as lines of text.
 #include <cstdio>
 
-#include "module/arguments.h"
-#include "module/fields.h"
-#include "module/render.h"
+#include "core/arguments.h"
+#include "core/fields.h"
+#include "core/render.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
 

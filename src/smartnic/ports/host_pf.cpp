@@ -1,6 +1,6 @@
 // The host's physical functions, as the SmartNIC's pipeline knows them.
-#include "module/arguments.h"
-#include "module/fields.h"
+#include "core/arguments.h"
+#include "core/fields.h"
 #include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/ports.h"

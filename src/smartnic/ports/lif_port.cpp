@@ -1,5 +1,5 @@
 // The SmartNIC's logical interfaces (LIFs), each of which ties a LIF number to ports of the pipeline.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

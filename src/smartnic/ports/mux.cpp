@@ -1,5 +1,5 @@
 // Switches in mux mode: which they are, their internal VLANs, and the shadow ports behind their FC ports.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "platform/qdp_control.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

@@ -1,5 +1,5 @@
 // The SmartNIC's output port table, which has a row for each destination port.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

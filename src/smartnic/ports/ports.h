@@ -1,7 +1,7 @@
 // The methods about the SmartNIC's port model: mux switches, host PFs, LIFs, mux VLAN ports, the output port table.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 

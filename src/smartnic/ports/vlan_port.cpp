@@ -1,5 +1,5 @@
 // The SmartNIC's mux VLAN ports, each of which is reached through an internal VLAN of a mux switch.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

@@ -1,7 +1,7 @@
-// Methods on the SmartNIC's counters and offload settings.
+// Methods on the SmartNIC's counters.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 
@@ -14,19 +14,5 @@ Method PyQDP_CTStatsGet;
 
 // flow_stats.cpp
 Method PyQDP_P4StatsFlowGet;
-
-// fpo_flow_stats_config.cpp
-Method PyQDP_Get_FPO_Flow_Stats_Config;
-Method PyQDP_Set_FPO_Flow_Stats_Config;
-
-// offload.cpp
-Method PyQDP_SetOffloadFlows;
-Method PyQDP_GetOffloadFlows;
-Method PyQDP_SetOffloadICMPEcho;
-Method PyQDP_GetOffloadICMPEcho;
-
-// dscp.cpp
-Method PyQDP_DSCPConfSet;
-Method PyQDP_DSCPConfGet;
 
 }  // namespace qdp

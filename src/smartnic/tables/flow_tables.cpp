@@ -1,5 +1,5 @@
 // Flows: from a flow's key to its index, and from the index to what the pipeline does with it.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "platform/p4_counters.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"

@@ -1,5 +1,5 @@
 // The SmartNIC's ports and VLANs as the pipeline sees them, and the tables of its classic forwarding mode.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "platform/p4_counters.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"

@@ -11,7 +11,7 @@
 //     }
 #pragma once
 
-#include "module/fields.h"
+#include "core/fields.h"
 #include "platform/p4_tables.h"
 #include "smartnic/channel/table_read.h"
 

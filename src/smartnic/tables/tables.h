@@ -1,7 +1,7 @@
 // Methods that read one entry of a hardware table of the SmartNIC.
 #pragma once
 
-#include "module/python.h"
+#include "core/python.h"
 
 namespace qdp {
 

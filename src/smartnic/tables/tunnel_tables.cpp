@@ -1,5 +1,5 @@
 // Tunnels: the hash tables of their ends and of their security associations, and the headers that they add.
-#include "module/arguments.h"
+#include "core/arguments.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"

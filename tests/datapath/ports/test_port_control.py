@@ -8,10 +8,10 @@ import pytest
 from _testcapi import remove_mem_hooks, set_nomemory
 
 from adversity import starved
+from datapath.enabled import BAD_SWITCHES, EnabledOnSwitch
 from observe import Call, Capacity, Observer, Outcome, refused
 
 BAD_PORTS = [(16, 0), (0, 16384), (-1, 0), (0, -1), (16, 16384)]
-BAD_SWITCHES = [16, 17, 0xFFFFFFFF, -1]
 
 # The embedded host's queues of a port.
 TX, RX, BOTH = 1, 2, 3
@@ -327,83 +327,7 @@ class TestSetUplinkMACLearn:
         assert qdp.call("SetUplinkMACLearn", 3, 1).printed == self.REFUSAL
 
 
-class TestClearSwitchFlowTable:
-    REFUSAL = "Failed clear switch flow table\n"
-
-    @pytest.mark.parametrize("switch", [0, 15])
-    def test_names_the_switch(self, host, qdp, switch):
-        host.script("Qdp_Clear_Switch_Flow_Table")
-        assert qdp.call("ClearSwitchFlowTable", switch) == Outcome(
-            None, calls=[Call("Qdp_Clear_Switch_Flow_Table", [switch])]
-        )
-
-    @pytest.mark.parametrize("switch", BAD_SWITCHES)
-    def test_a_switch_number_out_of_range(self, qdp, switch):
-        assert qdp.call("ClearSwitchFlowTable", switch) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (0.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("ClearSwitchFlowTable", *arguments) == refused(left_set=TypeError)
-
-    def test_a_refusing_library(self, host, qdp):
-        host.fail("Qdp_Clear_Switch_Flow_Table")
-        assert qdp.call("ClearSwitchFlowTable", 3) == Outcome(
-            None, self.REFUSAL, calls=[Call("Qdp_Clear_Switch_Flow_Table", [3])]
-        )
-
-    @pytest.mark.parametrize("switch, printed", [(2, ""), (3, REFUSAL)])
-    def test_embedded_host(self, qdp, switch, printed):
-        assert qdp.call("ClearSwitchFlowTable", switch) == Outcome(
-            None, printed, calls=[Call("Qdp_Clear_Switch_Flow_Table", [switch])]
-        )
-
-
-class Toggle:
-    """What the commands have in common that enable or disable something of a switch."""
-
-    method = operation = refusal = ""
-
-    @pytest.mark.parametrize("switch, value", [(0, 0), (0, 1), (15, 0), (15, 1)])
-    def test_passes_its_arguments_on(self, host, qdp, switch, value):
-        host.script(self.operation)
-        assert qdp.call(self.method, switch, value) == Outcome(None, calls=[Call(self.operation, [switch, value])])
-
-    @pytest.mark.parametrize("switch", BAD_SWITCHES)
-    def test_a_switch_number_out_of_range(self, qdp, switch):
-        assert qdp.call(self.method, switch, 0) == refused()
-
-    @pytest.mark.parametrize("value", [2, 3, 0xFFFFFFFF, -1])
-    def test_a_value_out_of_range(self, qdp, value):
-        assert qdp.call(self.method, 0, value) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0,), (0, 0, 0), ("0", 0), (0, None), (0, 1.0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call(self.method, *arguments) == refused(left_set=TypeError)
-
-    @pytest.mark.parametrize("value, word", [(0, "disable"), (1, "enable")])
-    def test_a_refusing_library(self, host, qdp, value, word):
-        host.fail(self.operation)
-        assert qdp.call(self.method, 3, value) == Outcome(
-            None, self.refusal.format(word), calls=[Call(self.operation, [3, value])]
-        )
-
-    @pytest.mark.parametrize("value, word", [(0, "disable"), (1, "enable")])
-    def test_embedded_host(self, qdp, value, word):
-        assert qdp.call(self.method, 1, value).printed == ""
-        assert qdp.call(self.method, 3, value).printed == self.refusal.format(word)
-
-
-class TestEnableSwitchFlowCache(Toggle):
-    method, operation = "EnableSwitchFlowCache", "Qdp_Enable_Switch_Flow_Cache"
-    refusal = "Failed to {} switch flow cache.\n"
-
-    def test_its_refusals_name_what_was_tried(self, host, qdp):
-        host.fail("Qdp_Enable_Switch_Flow_Cache", times=2)
-        assert qdp.call("EnableSwitchFlowCache", 0, 1).printed == "Failed to enable switch flow cache.\n"
-        assert qdp.call("EnableSwitchFlowCache", 0, 0).printed == "Failed to disable switch flow cache.\n"
-
-
-class TestSetPanicOnTxHang(Toggle):
+class TestSetPanicOnTxHang(EnabledOnSwitch):
     method, operation = "SetPanicOnTxHang", "Qdp_Set_Panic_On_Tx_Hang"
     refusal = "Failed to {} panic on Tx hang.\n"  # with "enable" or "disable"
 
