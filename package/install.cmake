@@ -6,6 +6,9 @@ set(QDP_PYTHON_FOLDER lib/python3/dist-packages CACHE STRING "The folder of Pyth
 
 install(TARGETS _libqdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
 install(DIRECTORY typings/_libqdp-stubs DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
+install(TARGETS qdp_call DESTINATION ${QDP_PYTHON_FOLDER}/qdp COMPONENT module)
+install(DIRECTORY qdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module
+    PATTERN __pycache__ EXCLUDE PATTERN *.cpp EXCLUDE)
 
 set(stand_ins qdphost qdp qmtPublic qdpcapture)
 set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN")

@@ -187,9 +187,9 @@ FAULTS = {
     "a page for no section": (STUB_IN_ROOT, "# L3 SPAN\n", "# Spans\n", "the stub has no section 'L3 SPAN'"),
     "a type that is not there": (
         STUB_IN_ROOT,
-        "-> list[_Switch] | None",
-        "-> list[_Swich] | None",
-        "py:class reference target not found: _Swich",
+        "-> list[SwitchInfo] | None",
+        "-> list[SwichInfo] | None",
+        "py:class reference target not found: SwichInfo",
     ),
 }
 

@@ -7,7 +7,7 @@ from typing import TYPE_CHECKING
 import _libqdp
 
 if TYPE_CHECKING:
-    from _libqdp import _FPOSettings, _LBContext, _LBTraffic, _Port
+    from _libqdp import FPOSettings, LBContext, LBTraffic, PortInfo
 
 
 def busiest_port(switch: int) -> tuple[str, int]:
@@ -24,7 +24,7 @@ def busiest_port(switch: int) -> tuple[str, int]:
     return name, most
 
 
-def uplinks(switch: int) -> list[_Port]:
+def uplinks(switch: int) -> list[PortInfo]:
     return [port for port in _libqdp.ListPorts(switch) or [] if port["clientType"] == "UPLINK"]
 
 
@@ -54,7 +54,7 @@ def span_destination(switch: int, address: str) -> str | None:
 
 
 def offload(alias: str, enabled: bool) -> bool:
-    settings: _FPOSettings = {"enabled": enabled}
+    settings: FPOSettings = {"enabled": enabled}
     before = _libqdp.GetFPOEnabled(alias)
     if before is not None and before["models"] == 0:
         settings["models"] = 7
@@ -67,14 +67,14 @@ def balance(alias: str) -> None:
     _libqdp.SetLBParam(alias, "cpuload_high", _libqdp.GetLBParams(alias)["cpuload_target"] + 10)
 
 
-def loaded_contexts(switch: int) -> list[_LBContext]:
+def loaded_contexts(switch: int) -> list[LBContext]:
     ports, _, contexts = _libqdp.DumpLBStats(switch, 0, 16384, 0, 64)
     used = {item["ctx ID"] for port in ports for item in port["vnicRxQ"] + port["vnicTxQ"]}
     return [context for context in contexts if context["ctx ID"] in used]
 
 
 def inject(switch: int, uplink: int, port: int) -> None:
-    traffic: tuple[_LBTraffic, ...] = tuple((uplink, -1, port, queue, 50) for queue in range(4))
+    traffic: tuple[LBTraffic, ...] = tuple((uplink, -1, port, queue, 50) for queue in range(4))
     _libqdp.InjectLBTraffic(switch, traffic)
 
 

@@ -39,7 +39,7 @@ from typing import Literal, TypedDict
 
 # Switches and ports
 
-class _Switch(TypedDict):
+class SwitchInfo(TypedDict):
     """One datapath switch."""
 
     name: str  # the switch's name in the datapath, at most 128 bytes
@@ -51,7 +51,7 @@ class _Switch(TypedDict):
     numLcores: int
     lcores: int  # mask, one bit per lcore; signed, so negative when bit 63 is set
 
-def ListSwitches() -> list[_Switch] | None:
+def ListSwitches() -> list[SwitchInfo] | None:
     """Lists the datapath's switches, with their capacity and lcores (`Qdp_Get_Switch_List`).
 
     Printed, and None:
@@ -60,7 +60,7 @@ def ListSwitches() -> list[_Switch] | None:
         "Failed to allocate buffer."            no memory for the list
     """
 
-_ClientType = Literal[
+ClientType = Literal[
     "VNIC",
     "VNIC.PT",  # the suffix .PT marks a pass-through port
     "UPLINK",
@@ -89,7 +89,7 @@ _ClientType = Literal[
     "UNKNOWN",  # a client type that has no name
 ]
 
-class _Port(TypedDict):
+class PortInfo(TypedDict):
     """One port of a switch."""
 
     portID: int  # port id, 0..16383
@@ -98,11 +98,11 @@ class _Port(TypedDict):
     numRxQ: int  # receive queues, length of rxQLM
     hwAddr: str  # MAC address, "00:11:22:aa:bb:cc"
     numMACs: int
-    clientType: _ClientType
+    clientType: ClientType
     txQLM: list[int]  # a byte per transmit queue, 0..255; its meaning is the datapath's
     rxQLM: list[int]  # a byte per receive queue
 
-def ListPorts(switch: int, /) -> list[_Port] | None:
+def ListPorts(switch: int, /) -> list[PortInfo] | None:
     """Lists all ports of a switch (`Qdp_Get_Port_List`).
 
     switch: switch number, 0..15
@@ -114,7 +114,7 @@ def ListPorts(switch: int, /) -> list[_Port] | None:
         "Failed to allocate port list."         no memory for the list
     """
 
-class _PortCounters(TypedDict):
+class PortCounters(TypedDict):
     """Signed counters of one port: the fast path's, then the slow path's with the prefix sp."""
 
     txPkts: int
@@ -150,7 +150,7 @@ class _PortCounters(TypedDict):
     spRxDrops: int
     spRxErrors: int
 
-def GetPortStats(switch: int, port: int, /) -> _PortCounters | None:
+def GetPortStats(switch: int, port: int, /) -> PortCounters | None:
     """Reads a port's counters (`Qdp_Get_Port_Stats`, then `Qdp_Get_Port_Stats_Slowpath`).
 
     Both halves or nothing: when the slow path's counters cannot be had, the fast path's are not returned either.
@@ -168,7 +168,7 @@ def GetPortStats(switch: int, port: int, /) -> _PortCounters | None:
 
 # MAC tables
 
-class _MACEntry(TypedDict):
+class MACEntry(TypedDict):
     """One learned or static MAC address."""
 
     macAddr: str  # "00:11:22:aa:bb:cc"
@@ -176,20 +176,20 @@ class _MACEntry(TypedDict):
     qdpPortID: int  # the datapath's own id of the port that the address is behind
     macGenDiff: int  # generation difference
 
-class _PortMACTable(TypedDict):
+class PortMACTable(TypedDict):
     """The MAC table of one port."""
 
     MacLimit: int  # most entries that the table takes
     LimitExceeded: int  # non-zero when the limit was exceeded
-    MacTableList: list[_MACEntry]
+    MacTableList: list[MACEntry]
 
-class _SwitchMACTable(TypedDict):
+class SwitchMACTable(TypedDict):
     """The MAC table of a switch. Other than a port's, it does not tell whether the limit was exceeded."""
 
     MacLimit: int
-    MacTableList: list[_MACEntry]
+    MacTableList: list[MACEntry]
 
-def ListPortMACTable(switch: int, port: int, /) -> _PortMACTable | None:
+def ListPortMACTable(switch: int, port: int, /) -> PortMACTable | None:
     """Lists the MAC entries of a port (`Qdp_Dump_Port_MAC_Table`).
 
     switch: switch number, 0..15
@@ -245,7 +245,7 @@ def DelMACEntry(switch: int, port: int, mac: int, vlan: int, /) -> None:
         "Failed to delete MAC entry."           the library refuses
     """
 
-def ListSwitchMACTable(switch: int, /) -> _SwitchMACTable | None:
+def ListSwitchMACTable(switch: int, /) -> SwitchMACTable | None:
     """Lists the MAC entries of a switch (`Qdp_Dump_Switch_MAC_Table`).
 
     switch: switch number, 0..15
@@ -269,7 +269,7 @@ def ClearSwitchMACTable(switch: int, /) -> None:
 
 # Lcore statistics
 
-class _FlowStats(TypedDict):
+class FlowStats(TypedDict):
     """The flow cache of one lcore. Every value is the low 32 bits of its counter: a counter wraps at 2**32."""
 
     lcoreID: int
@@ -300,7 +300,7 @@ class _FlowStats(TypedDict):
     fpoTransientFlows: int
     fpoBackoffTimes: int
 
-def GetFlowStats(selector: int, lcores: tuple[int, ...], value: int, /) -> list[_FlowStats] | None:
+def GetFlowStats(selector: int, lcores: tuple[int, ...], value: int, /) -> list[FlowStats] | None:
     """Reads the flow cache counters of lcores, an item per lcore that the library answers for (`Qdp_Get_Flow_Stats`).
 
     selector: passed as given, before the lcores
@@ -318,7 +318,7 @@ def GetRepPortStats() -> None:
 
 # Flow cache
 
-class _Flow(TypedDict):
+class FlowEntry(TypedDict):
     """One flow of the cache. The counters are unsigned."""
 
     key: str  # layer, MACs, VLAN, tag, addresses, protocol, VNI, ports, in fixed columns
@@ -328,11 +328,11 @@ class _Flow(TypedDict):
     hwHits: int
     hwBytes: int
 
-_FlowPage = TypedDict(
-    "_FlowPage",
+FlowPage = TypedDict(
+    "FlowPage",
     {
         "startIndex": int,  # where the next page starts
-        "list": list[_Flow],
+        "list": list[FlowEntry],
     },
 )
 
@@ -355,7 +355,7 @@ def DumpFlowTable(
     filter_4: int,
     filter_5: int,
     /,
-) -> _FlowPage | None:
+) -> FlowPage | None:
     """Reads one page of an lcore's flow cache (`Qdp_Dump_Flow_Table`).
 
     Paging is the caller's: the next page starts at the "startIndex" of this one.
@@ -405,7 +405,7 @@ def DumpPortFlow() -> None:
 
 # Port configuration and commands
 
-class _PortConf(TypedDict):
+class PortConf(TypedDict):
     """The configuration of one port. Each key from KCP to MirrorFilterOut is a feature bit, 0 or 1."""
 
     portID: int
@@ -442,7 +442,7 @@ class _PortConf(TypedDict):
     MirrorFilterOut: int
     metaFlow: list[str | None]  # "10:1 ", slot 0..63 and its second bit; None where fewer slots are on than counted
 
-def GetPortConf(switch: int, port: int, /) -> _PortConf | None:
+def GetPortConf(switch: int, port: int, /) -> PortConf | None:
     """Reads a port's configuration (`Qdp_Get_Port_Conf`).
 
     switch: switch number, 0..15
@@ -492,13 +492,13 @@ def ResetPort(switch: int, port: int, value: int, /) -> None:
         "Failed to reset port."                 the library refuses
     """
 
-class _TxUplink(TypedDict):
+class TxUplink(TypedDict):
     """The uplinks that a port transmits on."""
 
     txType: Literal["None", "Single", "LAG", "SrcMAC", "All", "NoTeaming", "Unknown"]
     txUplinks: list[int]  # uplink ids
 
-def GetPortTxUplink(switch: int, port: int, /) -> _TxUplink | None:
+def GetPortTxUplink(switch: int, port: int, /) -> TxUplink | None:
     """Reads which uplinks a port transmits on (`Qdp_Get_Port_Tx_Uplink`).
 
     switch: switch number, 0..15
@@ -513,10 +513,10 @@ def GetPortTxUplink(switch: int, port: int, /) -> _TxUplink | None:
 
 # L3 SPAN
 
-class _L3SPANValidity(TypedDict):
+class L3SPANValidity(TypedDict):
     isValid: int  # signed 8-bit flag; 0 when the datapath holds no such record: then the only key
 
-class _L3SPANRecord(_L3SPANValidity, total=False):
+class L3SPANRecord(L3SPANValidity, total=False):
     """The encapsulation of mirrored traffic. All but the geneve keys are there when isValid is not 0."""
 
     srcPort: int
@@ -532,7 +532,7 @@ class _L3SPANRecord(_L3SPANValidity, total=False):
     gre_src: str
     gre_dst: str
 
-def GetL3SPANRecord(switch: int, is_ipv6: int, destination: str, value: int, /) -> _L3SPANRecord | None:
+def GetL3SPANRecord(switch: int, is_ipv6: int, destination: str, value: int, /) -> L3SPANRecord | None:
     """Reads the encapsulation that mirrored traffic gets towards a destination (`Qdp_Get_L3SPAN_Record`).
 
     switch: switch number, 0..15
@@ -552,7 +552,7 @@ def GetL3SPANRecord(switch: int, is_ipv6: int, destination: str, value: int, /) 
 # Uplinks
 
 # The order of the counters in a list.
-_UplinkCounterName = Literal[
+UplinkCounterName = Literal[
     "rxPkts",
     "txPkts",
     "rxBytes",
@@ -580,15 +580,15 @@ _UplinkCounterName = Literal[
 ]
 
 # A name with its signed counter.
-_UplinkCounter = tuple[_UplinkCounterName, int]
+UplinkCounter = tuple[UplinkCounterName, int]
 
-class _UplinkStats(TypedDict):
+class UplinkStats(TypedDict):
     """The device counters of an uplink, and its private statistics."""
 
-    uplinkStats: list[_UplinkCounter] | None  # 24 counters; None when the list could not be made
+    uplinkStats: list[UplinkCounter] | None  # 24 counters; None when the list could not be made
     privStats: str  # text; "" when the uplink has none
 
-def GetUplinkStats(switch: int, port: int, /) -> _UplinkStats | None:
+def GetUplinkStats(switch: int, port: int, /) -> UplinkStats | None:
     """Reads an uplink's counters and private statistics (`Qdp_Get_Uplink_Priv_Stats_Len`, `Qdp_Get_Uplink_Priv_Stats`,
     `Qdp_Get_Uplink_Stats`).
 
@@ -607,7 +607,7 @@ def GetUplinkStats(switch: int, port: int, /) -> _UplinkStats | None:
     Raised: the interpreter's own exception when the dict cannot be built.
     """
 
-def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int, /) -> list[_UplinkCounter] | None:
+def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int, /) -> list[UplinkCounter] | None:
     """Reads the 24 counters of one queue of an uplink (`Qdp_Get_Uplink_Queue_Stats`).
 
     switch: switch number, 0..15
@@ -622,7 +622,7 @@ def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int, /) -
         "Failed to set uplink stats counter."   no memory for the list
     """
 
-class _RSSEngine(TypedDict):
+class RSSEngine(TypedDict):
     """One receive-side scaling engine of a port."""
 
     id: int
@@ -636,7 +636,7 @@ class _RSSEngine(TypedDict):
     indSize: int  # of the indirection table
     secQ: list[int]  # queue ids, numQ of them but at most 64
 
-def ListRSSEngine(switch: int, port: int, /) -> list[_RSSEngine] | None:
+def ListRSSEngine(switch: int, port: int, /) -> list[RSSEngine] | None:
     """Lists the receive-side scaling engines of a port (`Qdp_Get_RSS_Engine_List`).
 
     switch: switch number, 0..15
@@ -706,31 +706,31 @@ def SetPanicOnTxHang(switch: int, enabled: int, /) -> None:
                                                 the library refuses
     """
 
-class _NetQQueue(TypedDict):
+class NetQQueue(TypedDict):
     """A hardware queue that serves a filter."""
 
     qdpPortID: int  # the datapath's own id of the port that owns the queue
     qid: int  # queue id
     fid: int  # signed 64-bit; its meaning is the datapath's
 
-class _NetQFilter(TypedDict):
+class NetQFilter(TypedDict):
     """A receive filter."""
 
     # "macOnly:<MAC>", "vlanMac:<MAC>:vlanID:<id>", "geneve:outer:<MAC>:inner:<MAC>:vni:<VNI>",
     # "vxlan:outer:<MAC>:inner:<MAC>:vni:<VNI>", or "UnknownFilter"
     rxf: str
-    qInfo: list[_NetQQueue]
+    qInfo: list[NetQQueue]
 
-class _NetQInfo(TypedDict):
+class NetQInfo(TypedDict):
     """How a port's receive traffic is steered to queues."""
 
     isUplink: int  # flag
     isFlowFilter: int  # flag
     swID: int
     qdpPortID: int
-    filters: list[_NetQFilter]
+    filters: list[NetQFilter]
 
-def GetPortNetQInfo(switch: int, port: int, /) -> _NetQInfo | None:
+def GetPortNetQInfo(switch: int, port: int, /) -> NetQInfo | None:
     """Lists a port's receive filters with their queues (`Qdp_Get_Port_NetQ_Info`).
 
     switch: switch number, 0..15
@@ -781,12 +781,12 @@ def SetUplinkRingSize(switch: str, port: str, tx_size: int, rx_size: int, /) -> 
         "ValueError: Failed to set port property."     the library refuses
     """
 
-class _FilterTypes(TypedDict):
+class FilterTypes(TypedDict):
     """The receive filter classes that a switch supports."""
 
     VLANMAC: Literal["TRUE", "FALSE"]
 
-def GetSwitchFilterTypes(alias: str, /) -> _FilterTypes | None:
+def GetSwitchFilterTypes(alias: str, /) -> FilterTypes | None:
     """Reads the filter classes that a switch supports: from its property "com.tarnix.wyx.qdp.filterType", or where it
     has none from the datapath (`Qdp_GetSwitchFilterTypes`).
 
@@ -826,13 +826,13 @@ def SetSwitchFilterTypes(alias: str, filter_class: Literal["VLANMAC"], enabled: 
         "Failed to set DVS property com.tarnix.wyx.qdp.filterType"         the library refuses
     """
 
-class _DevAffinity(TypedDict):
+class DevAffinity(TypedDict):
     """The affinity of one physical NIC."""
 
     devname: str
     affinity: int
 
-def ListDevAffinity() -> list[_DevAffinity] | None:
+def ListDevAffinity() -> list[DevAffinity] | None:
     """Lists the affinity of all physical NICs (`Qdp_List_Dev_Affinity`).
 
     Printed, and None:
@@ -912,7 +912,7 @@ def SetLBMetric(alias: str, metric: Literal["none", "cpu", "count"], /) -> bool:
     False, without a text: the balancer refuses to tell the present metric.
     """
 
-_LBParamName = Literal[
+LBParamName = Literal[
     "run_in_msec",
     "cpuload_high",
     "cpuload_low",
@@ -925,7 +925,7 @@ _LBParamName = Literal[
     "cpu_var_sensitivity",
 ]
 
-class _LBParams(TypedDict):
+class LBParams(TypedDict):
     """The balancer's runtime parameters, unsigned 64-bit. Their units are the balancer's."""
 
     run_in_msec: int
@@ -939,7 +939,7 @@ class _LBParams(TypedDict):
     pps_var_sensitivity: int
     cpu_var_sensitivity: int
 
-def SetLBParam(alias: str, name: _LBParamName, value: int, /) -> None:
+def SetLBParam(alias: str, name: LBParamName, value: int, /) -> None:
     """Sets a runtime parameter of a switch's load balancer (`Qdp_SetLBParam`).
 
     alias: the switch's alias
@@ -953,7 +953,7 @@ def SetLBParam(alias: str, name: _LBParamName, value: int, /) -> None:
         OSError "failed to set parameter."      the library refuses
     """
 
-def GetLBParams(alias: str, /) -> _LBParams:
+def GetLBParams(alias: str, /) -> LBParams:
     """Reads the runtime parameters of a switch's load balancer (`Qdp_GetLBParams`).
 
     alias: the switch's alias
@@ -968,9 +968,9 @@ def GetLBParams(alias: str, /) -> _LBParams:
 
 # Source port, source queue, destination port, destination queue, load in percent (0..100). The ports are positions in
 # `ListPorts`. The queue on an uplink's side is -1; on any other port's side it is a queue of that port.
-_LBTraffic = tuple[int, int, int, int, int]
+LBTraffic = tuple[int, int, int, int, int]
 
-def InjectLBTraffic(switch: int, traffic: tuple[_LBTraffic, ...], /) -> None:
+def InjectLBTraffic(switch: int, traffic: tuple[LBTraffic, ...], /) -> None:
     """Feeds a switch's load balancer with made-up traffic (`Qdp_Get_Port_List`, then `Qdp_InjectLBTraffic` for every
     100 entries).
 
@@ -989,8 +989,8 @@ def InjectLBTraffic(switch: int, traffic: tuple[_LBTraffic, ...], /) -> None:
     Raised: the exception of a signal handler (KeyboardInterrupt) between two library calls.
     """
 
-_LBItem = TypedDict(
-    "_LBItem",
+LBItem = TypedDict(
+    "LBItem",
     {
         "count load": int,
         "feat ID": int,
@@ -1000,21 +1000,21 @@ _LBItem = TypedDict(
     },
 )
 
-_LBPort = TypedDict(
-    "_LBPort",
+LBPort = TypedDict(
+    "LBPort",
     {
         "port ID": int,
         "mem affinity mask": int,  # unsigned 64-bit
         "priority": int,
-        "vnicRxQ": tuple[_LBItem, ...],  # receive queues
-        "ofldRSS": tuple[_LBItem, ...],  # offloaded receive-side scaling
-        "vnicTxQ": tuple[_LBItem, ...],  # transmit queues
-        "filt": tuple[_LBItem, ...],  # filters
+        "vnicRxQ": tuple[LBItem, ...],  # receive queues
+        "ofldRSS": tuple[LBItem, ...],  # offloaded receive-side scaling
+        "vnicTxQ": tuple[LBItem, ...],  # transmit queues
+        "filt": tuple[LBItem, ...],  # filters
     },
 )
 
-_LBUplinkItem = TypedDict(
-    "_LBUplinkItem",
+LBUplinkItem = TypedDict(
+    "LBUplinkItem",
     {
         "count load": int,
         "ctx ID": int,  # context that serves the queue
@@ -1023,17 +1023,17 @@ _LBUplinkItem = TypedDict(
     },
 )
 
-_LBUplink = TypedDict(
-    "_LBUplink",
+LBUplink = TypedDict(
+    "LBUplink",
     {
         "port ID": int,
         "mem affinity ID": int,
-        "uplinkRx": tuple[_LBUplinkItem, ...],  # receive queues
+        "uplinkRx": tuple[LBUplinkItem, ...],  # receive queues
     },
 )
 
-_LBContext = TypedDict(
-    "_LBContext",
+LBContext = TypedDict(
+    "LBContext",
     {
         "ctx ID": int,
         "world ID": int,  # a world id of -1 comes out as 18446744073709551615
@@ -1047,7 +1047,7 @@ _LBContext = TypedDict(
 
 def DumpLBStats(
     switch: int, first_port: int, port_count: int, first_context: int, context_count: int, /
-) -> tuple[list[_LBPort], list[_LBUplink], list[_LBContext]]:
+) -> tuple[list[LBPort], list[LBUplink], list[LBContext]]:
     """Reads the latest load statistics of ports, uplinks and contexts (`Qdp_DumpLBStats`, for each 4096 bytes of
     answer). With both counts 0 nothing is called, and the lists are empty.
 
@@ -1247,7 +1247,7 @@ def SetSwitchMetaFlow(alias: str, value: int, /) -> Literal[0, 1]:
 
 # Flow processing offload (FPO)
 
-class _FPOEnabled(TypedDict):
+class FPOEnabled(TypedDict):
     """How a switch offloads flows. All but models are flags, 0 or 1."""
 
     enabled: int
@@ -1256,7 +1256,7 @@ class _FPOEnabled(TypedDict):
     ipDiscoveryICMP6ND: int  # and from ICMPv6 neighbour discovery
     models: int  # mask of those allowed: 1 model 1 level 1, 2 model 1 level 2, 4 model 2A, 16 model 3A, 32 model 3B
 
-class _FPOSettings(TypedDict, total=False):
+class FPOSettings(TypedDict, total=False):
     """What is to change; a key that is missing leaves its setting as it is."""
 
     enabled: bool  # only True itself sets a flag: 1 clears it, like any other value
@@ -1265,7 +1265,7 @@ class _FPOSettings(TypedDict, total=False):
     ipDiscoveryDHCP: bool
     ipDiscoveryICMP6ND: bool
 
-def GetFPOEnabled(alias: str, /) -> _FPOEnabled | None:
+def GetFPOEnabled(alias: str, /) -> FPOEnabled | None:
     """Reads how a switch offloads flows, from its property "com.tarnix.wyx.qdp.fpo".
 
     A switch without the property has the default: enabled, IP discovery by DHCP, and the models that the host's kernel
@@ -1280,7 +1280,7 @@ def GetFPOEnabled(alias: str, /) -> _FPOEnabled | None:
         "Failed to get DVS property com.tarnix.wyx.qdp.fpo"        the library refuses
     """
 
-def EnableFPO(alias: str, settings: _FPOSettings, /) -> bool:
+def EnableFPO(alias: str, settings: FPOSettings, /) -> bool:
     """Changes how a switch offloads flows, in its property "com.tarnix.wyx.qdp.fpo".
 
     The result is True even when the setting could not be stored, of which only the text tells.
@@ -1299,7 +1299,7 @@ def EnableFPO(alias: str, settings: _FPOSettings, /) -> bool:
         "Failed to set DVS property com.tarnix.wyx.qdp.fpo"        the library refuses to write
     """
 
-class _FPOStats(TypedDict):
+class FPOStats(TypedDict):
     """Flow processing offload on one lcore."""
 
     lcoreID: int
@@ -1314,7 +1314,7 @@ class _FPOStats(TypedDict):
     ctPktsContinuedInSW: int
     ctHwContextFailed: int
 
-def GetFPOStats(switch: int, lcores: tuple[int, ...], /) -> list[_FPOStats] | None:
+def GetFPOStats(switch: int, lcores: tuple[int, ...], /) -> list[FPOStats] | None:
     """Reads the offload counters of lcores, an item per lcore that the library answers for (`Qdp_Get_FPO_Stats`).
 
     switch: switch number, passed as given
@@ -1326,7 +1326,7 @@ def GetFPOStats(switch: int, lcores: tuple[int, ...], /) -> list[_FPOStats] | No
         "Failed to retrieve flow stats."        the library refuses
     """
 
-class _FPOUplinkStatus(TypedDict):
+class FPOUplinkStatus(TypedDict):
     """What an uplink's device can offload."""
 
     models: str  # "None", or names each ended by ", ": "Model 1 Level 1, Model 2A, "; at most 63 characters
@@ -1340,7 +1340,7 @@ class _FPOUplinkStatus(TypedDict):
     numFlowsOffloaded: int  # flows that are offloaded now
     actionsSupported: int  # signed 64-bit
 
-def GetFPOUplinkStatus(switch: int, port: int, /) -> _FPOUplinkStatus | None:
+def GetFPOUplinkStatus(switch: int, port: int, /) -> FPOUplinkStatus | None:
     """Reads what an uplink can offload (`Qdp_Get_FPO_Uplink_Status`).
 
     switch: switch number, 0..15
@@ -1352,7 +1352,7 @@ def GetFPOUplinkStatus(switch: int, port: int, /) -> _FPOUplinkStatus | None:
     Raised: the interpreter's own exception when the dict cannot be built.
     """
 
-class _FPOUplinkStats(TypedDict):
+class FPOUplinkStats(TypedDict):
     """Signed counters of the calls into an uplink's offload."""
 
     ringFull: int
@@ -1394,7 +1394,7 @@ class _FPOUplinkStats(TypedDict):
     numFPOUplinkDisableCalls: int
     numFPOCallsInDisabledState: int
 
-def GetFPOUplinkStats(switch: int, port: int, /) -> _FPOUplinkStats | None:
+def GetFPOUplinkStats(switch: int, port: int, /) -> FPOUplinkStats | None:
     """Reads the counters of the calls into an uplink's offload (`Qdp_Get_FPO_Uplink_Stats`).
 
     switch: switch number, 0..15
@@ -1447,7 +1447,7 @@ def InitMbufFastslabs() -> bool:
         "TypeError: Failed to init QDP mbuf fastslabs."  the library refuses; two line breaks
     """
 
-class _FPORevalConfig(TypedDict):
+class FPORevalConfig(TypedDict):
     """Revalidation of offloaded flows, for the whole host. Interval and quota are in the datapath's own units."""
 
     enabled: int
@@ -1455,7 +1455,7 @@ class _FPORevalConfig(TypedDict):
     revalInterval: int
     flowScanQuota: int
 
-def GetFPORevalConfig() -> _FPORevalConfig | None:
+def GetFPORevalConfig() -> FPORevalConfig | None:
     """Reads how offloaded flows are revalidated (`Qdp_Get_FPO_Reval_Config`).
 
     Printed, and None:
@@ -1476,13 +1476,13 @@ def SetFPORevalConfig(enabled: int, inject_packet: int, reval_interval: int, flo
         "Failed to set FPO revalidation config"          the library refuses to write
     """
 
-class _FPODelayCtOlConfig(TypedDict):
+class FPODelayCtOlConfig(TypedDict):
     """How long the offload of tracked connections is delayed, for the whole host."""
 
     numPkts: int  # packets by which it is delayed
     enabled: int
 
-def GetFPODelayCtOlConfig() -> _FPODelayCtOlConfig | None:
+def GetFPODelayCtOlConfig() -> FPODelayCtOlConfig | None:
     """Reads how long the offload of tracked connections is delayed (`Qdp_Get_FPO_DelayCtOl_Config`).
 
     Printed, and None:
@@ -1519,10 +1519,10 @@ def SetRefreshPktInjectionConfig(value: int, /) -> None:
 
 # SmartNIC: the port model
 
-class _MuxMode(TypedDict):
+class MuxMode(TypedDict):
     enabled: int  # 1 in mux mode: ports share PFs and are told apart by internal VLANs
 
-def GetSwitchMuxMode(switch: int, /) -> _MuxMode | None:
+def GetSwitchMuxMode(switch: int, /) -> MuxMode | None:
     """Tells whether a switch runs in mux mode (`Qdp_Get_Mux_Mode`).
 
     switch: switch number, passed as given
@@ -1532,18 +1532,18 @@ def GetSwitchMuxMode(switch: int, /) -> _MuxMode | None:
         "TypeError: Failed to get mux mode."     the library refuses
     """
 
-class _MuxVLAN(TypedDict):
+class MuxVLAN(TypedDict):
     """The internal VLAN of one port."""
 
     portID: int
     fcPortID: int
     vlanID: int
 
-class _MuxVLANPage(TypedDict):
-    portlist: list[_MuxVLAN]
+class MuxVLANPage(TypedDict):
+    portlist: list[MuxVLAN]
     nextFcPort: int  # where the next page starts
 
-def ListSwitchMuxVLAN(switch: int, start_fc_port: int, /) -> _MuxVLANPage | None:
+def ListSwitchMuxVLAN(switch: int, start_fc_port: int, /) -> MuxVLANPage | None:
     """Reads one page of a mux switch's internal VLANs, at most 64 (`Qdp_List_Mux_VLAN_Info`).
 
     switch: switch number, 0..15
@@ -1555,18 +1555,18 @@ def ListSwitchMuxVLAN(switch: int, start_fc_port: int, /) -> _MuxVLANPage | None
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _ShadowPort(TypedDict):
+class ShadowPort(TypedDict):
     """What stands behind one port of a mux switch."""
 
     fcPortID: int
     muxPFPortID: int
     muxVLANID: int
 
-class _ShadowPortPage(TypedDict):
-    portlist: list[_ShadowPort]
+class ShadowPortPage(TypedDict):
+    portlist: list[ShadowPort]
     nextFcPort: int  # where the next page starts
 
-def ListSwitchShadowPorts(switch: int, start_fc_port: int, /) -> _ShadowPortPage | None:
+def ListSwitchShadowPorts(switch: int, start_fc_port: int, /) -> ShadowPortPage | None:
     """Reads one page of a mux switch's shadow ports, at most 85 (`Qdp_List_Shadow_Ports`).
 
     switch: switch number, 0..15
@@ -1639,7 +1639,7 @@ def LifPortUpdate(lif: int, flow_key_type: int, is_mux_pf: int, fwd_mode: int, /
         "Failed to update the lif port"         the SmartNIC refuses
     """
 
-class _LifPort(TypedDict):
+class LifPort(TypedDict):
     lifID: int
     srcPort: int
     repPort: int
@@ -1649,11 +1649,11 @@ class _LifPort(TypedDict):
     fwdMode: int  # two bits, 0..3
     status: int
 
-class _LifPortPage(TypedDict):
-    liflist: list[_LifPort]
+class LifPortPage(TypedDict):
+    liflist: list[LifPort]
     nextIndex: int  # where the next page starts
 
-def LifPortList(start_index: int, /) -> _LifPortPage | None:
+def LifPortList(start_index: int, /) -> LifPortPage | None:
     """Reads one page of the LIF ports, at most 85 (`Qdp_P4_Cmd`, opcode 4).
 
     start_index: 0..1023; 0 for the first page, then the "nextIndex" of the page before
@@ -1701,7 +1701,7 @@ def VlanPortUpdate(mux_vlan: int, flow_key_type: int, /) -> None:
         "Failed to update mux vlan based port"  the SmartNIC refuses
     """
 
-class _VlanPort(TypedDict):
+class VlanPort(TypedDict):
     muxVLAN: int  # internal VLAN
     pfLif0: int
     pfLif1: int
@@ -1710,11 +1710,11 @@ class _VlanPort(TypedDict):
     flowKeyType: int
     status: int
 
-class _VlanPortPage(TypedDict):
-    vlanlist: list[_VlanPort]
+class VlanPortPage(TypedDict):
+    vlanlist: list[VlanPort]
     nextIndex: int  # where the next page starts
 
-def VlanPortList(start_index: int, /) -> _VlanPortPage | None:
+def VlanPortList(start_index: int, /) -> VlanPortPage | None:
     """Reads one page of the mux VLAN ports, at most 63 (`Qdp_P4_Cmd`, opcode 7).
 
     start_index: 0..65534; 0 for the first page, then the "nextIndex" of the page before
@@ -1746,7 +1746,7 @@ def PortDelete(port: int, /) -> None:
         "Failed to delete a port"               the SmartNIC refuses
     """
 
-class _OutputPort(TypedDict):
+class OutputPort(TypedDict):
     dstPort: int
     lifID: int
     defaultVLAN: int  # 12 bits
@@ -1755,11 +1755,11 @@ class _OutputPort(TypedDict):
     status: int
     tag: int
 
-class _OutputPortPage(TypedDict):
-    portlist: list[_OutputPort]
+class OutputPortPage(TypedDict):
+    portlist: list[OutputPort]
     nextIndex: int  # where the next page starts
 
-def PortList(start_index: int, /) -> _OutputPortPage | None:
+def PortList(start_index: int, /) -> OutputPortPage | None:
     """Reads one page of the output ports, at most 63 (`Qdp_P4_Cmd`, opcode 10).
 
     start_index: 0..1023; 0 for the first page, then the "nextIndex" of the page before
@@ -1772,7 +1772,7 @@ def PortList(start_index: int, /) -> _OutputPortPage | None:
 
 # SmartNIC: counters of the pipeline
 
-class _PipelinePortStats(TypedDict):
+class PipelinePortStats(TypedDict):
     """Signed counters of one port of the pipeline."""
 
     rxUcastBytes: int
@@ -1800,7 +1800,7 @@ class _PipelinePortStats(TypedDict):
     txBcastDropBytes: int
     txBcastDropPkts: int
 
-class _LifStats(_PipelinePortStats):
+class LifStats(PipelinePortStats):
     """Signed counters of one LIF: those of a port, and those of its queues and descriptors. Transmission has no
     counterpart of rxQueueEmpty."""
 
@@ -1814,7 +1814,7 @@ class _LifStats(_PipelinePortStats):
     txDescFetchError: int
     txDescDataError: int
 
-class _P4IStats(TypedDict):
+class P4IStats(TypedDict):
     """Signed counters of the whole ingress pipeline."""
 
     rxFromHost: int
@@ -1824,7 +1824,7 @@ class _P4IStats(TypedDict):
     rxSubstrateCsumErr: int
     rxMalformed: int
 
-class _P4EStats(TypedDict):
+class P4EStats(TypedDict):
     """Signed counters of the whole egress pipeline."""
 
     txToHost: int
@@ -1835,7 +1835,7 @@ class _P4EStats(TypedDict):
     wrongReinject: int
     drop: int
 
-class _CTStats(TypedDict):
+class CTStats(TypedDict):
     """Signed counters of connection tracking on one port."""
 
     txPassBytes: int
@@ -1847,14 +1847,14 @@ class _CTStats(TypedDict):
     rxDropBytes: int
     rxDropPkts: int
 
-class _P4FlowStats(TypedDict):
+class P4FlowStats(TypedDict):
     """Counters of one flow."""
 
     pcnt: int  # packets, signed counter
     bcnt: int  # bytes, signed counter
     tcp_flags: int  # 0..255
 
-def LifStatsGet(lif: int, /) -> _LifStats | None:
+def LifStatsGet(lif: int, /) -> LifStats | None:
     """Reads the counters of a LIF (`Qdp_Lif_Stats_Get`). `TableLifStatsGet` reads the same from the hardware table.
 
     lif: LIF, 0..1023
@@ -1865,7 +1865,7 @@ def LifStatsGet(lif: int, /) -> _LifStats | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-def PortStatsGet(port: int, /) -> _PipelinePortStats | None:
+def PortStatsGet(port: int, /) -> PipelinePortStats | None:
     """Reads the counters of a port of the pipeline (`Qdp_Port_Stats_Get`). `TablePortStatsGet` reads the same from the
     hardware table.
 
@@ -1877,7 +1877,7 @@ def PortStatsGet(port: int, /) -> _PipelinePortStats | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-def P4IStatsGet() -> _P4IStats | None:
+def P4IStatsGet() -> P4IStats | None:
     """Reads the counters of the ingress pipeline (`Qdp_P4I_Stats_Get`).
 
     Printed, and None:
@@ -1885,7 +1885,7 @@ def P4IStatsGet() -> _P4IStats | None:
         "Failed to allocate buffer."      no memory for the dict
     """
 
-def P4EStatsGet() -> _P4EStats | None:
+def P4EStatsGet() -> P4EStats | None:
     """Reads the counters of the egress pipeline (`Qdp_P4E_Stats_Get`).
 
     Printed, and None:
@@ -1893,7 +1893,7 @@ def P4EStatsGet() -> _P4EStats | None:
         "Failed to allocate buffer."     no memory for the dict
     """
 
-def CTStatsGet(index: int, /) -> _CTStats | None:
+def CTStatsGet(index: int, /) -> CTStats | None:
     """Reads the connection tracking counters of a port (`Qdp_CT_Stats_Get`).
 
     index: of the port's entry, passed as given
@@ -1904,7 +1904,7 @@ def CTStatsGet(index: int, /) -> _CTStats | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-def P4StatsFlowGet(index: int, /) -> _P4FlowStats | None:
+def P4StatsFlowGet(index: int, /) -> P4FlowStats | None:
     """Reads the counters of one flow, from its entry in hardware table 4 (`Qdp_P4_HWTable_Dump`).
 
     index: of the entry, passed as given
@@ -1916,13 +1916,13 @@ def P4StatsFlowGet(index: int, /) -> _P4FlowStats | None:
         "Failed to allocate buffer."                          no memory for the dict
     """
 
-class _FPOFlowStatsConfig(TypedDict):
+class FPOFlowStatsConfig(TypedDict):
     """How the counters of offloaded flows are brought up to date; interval and quota in the datapath's own units."""
 
     statsInterval: int
     statsScanQuota: int
 
-def GetFPOFlowStatsConfig() -> _FPOFlowStatsConfig | None:
+def GetFPOFlowStatsConfig() -> FPOFlowStatsConfig | None:
     """Reads how the counters of offloaded flows are brought up to date (`Qdp_Get_FPO_Flow_Stats_Config`).
 
     Printed, and None:
@@ -1984,7 +1984,7 @@ def GetOffloadICMPEcho() -> bool | None:
         "OSError: Failed to issue QDP command"  the library refuses
     """
 
-class _DSCPConf(TypedDict):
+class DSCPConf(TypedDict):
     dscp: int  # 0..255
     mask: int  # 0..255
 
@@ -2000,7 +2000,7 @@ def DSCPConfSet(selector: int, dscp: int, mask: int, /) -> None:
         "Failed to set DSCP conf"               the library refuses
     """
 
-def DSCPConfGet() -> _DSCPConf | None:
+def DSCPConfGet() -> DSCPConf | None:
     """Reads the DSCP configuration (`Qdp_DSCP_Conf_Get`).
 
     Printed, and None:
@@ -2010,7 +2010,7 @@ def DSCPConfGet() -> _DSCPConf | None:
 
 # SmartNIC: raw hardware tables
 
-class _HWTable(TypedDict):
+class HWTable(TypedDict):
     """One table in the SmartNIC's memory."""
 
     tableId: int  # number for `P4HWTableDump`
@@ -2018,7 +2018,7 @@ class _HWTable(TypedDict):
     numEntries: int
     entrySize: int  # bytes, rounded down; 0 for a table without entries
 
-def P4HWTableList() -> list[_HWTable] | None:
+def P4HWTableList() -> list[HWTable] | None:
     """Lists the tables in the SmartNIC's memory (`Qdp_P4_HWTable_List`).
 
     Printed, and None:
@@ -2052,7 +2052,7 @@ def P4CacheInvalidate(table: int, first_index: int, count: int, /) -> None:
         "Failed to perform cache invalidation"    the library refuses
     """
 
-class _CTContext(TypedDict):
+class CTContext(TypedDict):
     """The TCP state that the hardware keeps for one connection."""
 
     src_seqlo: int  # TCP sequence numbers, unsigned 32-bit
@@ -2068,7 +2068,7 @@ class _CTContext(TypedDict):
     sw_state: int
     ct_log: int
 
-def P4CTContextQuery(index: int, /) -> _CTContext | None:
+def P4CTContextQuery(index: int, /) -> CTContext | None:
     """Reads the TCP state of a tracked connection, from its entry in hardware table 6 (`Qdp_P4_HWTable_Dump`).
 
     index: of the entry, passed as given
@@ -2102,7 +2102,7 @@ def P4PortMirrorTableDump(value_1: int, value_2: int, /) -> list[str] | None:
         "Failed to allocate buffer."            no memory for the list
     """
 
-class _FPOContext(TypedDict):
+class FPOContext(TypedDict):
     """A connection as the offload's context manager sees it, unsigned 32-bit: its two sides, l... and r..."""
 
     enable: int
@@ -2120,7 +2120,7 @@ class _FPOContext(TypedDict):
     rstate: int
     rwscale: int
 
-def FPOQueryContextMgr(id_1: int, id_2: int, id_3: int, /) -> list[_FPOContext] | None:
+def FPOQueryContextMgr(id_1: int, id_2: int, id_3: int, /) -> list[FPOContext] | None:
     """Reads a context of the offload's context manager (`Qdp_FPOQueryMgr`). The list always has one item.
 
     id_1, id_2, id_3: passed as given
@@ -2144,7 +2144,7 @@ def FPOHWDestroy() -> None:
 # SmartNIC: entries of hardware tables. Each reads one entry (`Qdp_P4_Cmd`, opcode 11). A table's refusal is always
 # told by "Failed to get table data".
 
-def TableLifStatsGet(lif: int, /) -> _LifStats | None:
+def TableLifStatsGet(lif: int, /) -> LifStats | None:
     """Reads the counters of a LIF from the hardware (table 0).
 
     lif: LIF, 0..1023
@@ -2155,7 +2155,7 @@ def TableLifStatsGet(lif: int, /) -> _LifStats | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-def TablePortStatsGet(port: int, /) -> _PipelinePortStats | None:
+def TablePortStatsGet(port: int, /) -> PipelinePortStats | None:
     """Reads the counters of a port of the pipeline from the hardware (table 1).
 
     port: port of the pipeline, 0..1023
@@ -2166,7 +2166,7 @@ def TablePortStatsGet(port: int, /) -> _PipelinePortStats | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-def TableP4IStatsGet() -> _P4IStats | None:
+def TableP4IStatsGet() -> P4IStats | None:
     """Reads the counters of the ingress pipeline from the hardware (table 3).
 
     Printed, and None:
@@ -2174,7 +2174,7 @@ def TableP4IStatsGet() -> _P4IStats | None:
         "Failed to allocate buffer."  no memory for the dict
     """
 
-def TableP4EStatsGet() -> _P4EStats | None:
+def TableP4EStatsGet() -> P4EStats | None:
     """Reads the counters of the egress pipeline from the hardware (table 2).
 
     Printed, and None:
@@ -2182,9 +2182,9 @@ def TableP4EStatsGet() -> _P4EStats | None:
         "Failed to allocate buffer."  no memory for the dict
     """
 
-_FlowKeyType = Literal["L2", "L3", "L4", "Unknown"]
+FlowKeyType = Literal["L2", "L3", "L4", "Unknown"]
 
-class _LifInput(TypedDict):
+class LifInput(TypedDict):
     """What a LIF is, 16-bit numbers and flags of 0 or 1."""
 
     lifId: int
@@ -2196,7 +2196,7 @@ class _LifInput(TypedDict):
     skipUkucRepl: int
     isWyxValid: int
 
-class _InputEntry(_LifInput, total=False):
+class InputEntry(LifInput, total=False):
     """What a packet from a LIF is tagged with. The seven keys here are there only when isWyxValid is 1."""
 
     wyxPortId: int
@@ -2204,10 +2204,10 @@ class _InputEntry(_LifInput, total=False):
     srcTag: int
     pktCapture: int
     useVlanMapping: int
-    flowKeyType: _FlowKeyType
+    flowKeyType: FlowKeyType
     fwdMode: Literal["flow", "classic"]
 
-def TableInputGet(lif: int, /) -> _InputEntry | None:
+def TableInputGet(lif: int, /) -> InputEntry | None:
     """Reads the input table's entry of a LIF (table 8). Where it is not valid, the keys end with isWyxValid.
 
     lif: LIF, 0..1023
@@ -2218,7 +2218,7 @@ def TableInputGet(lif: int, /) -> _InputEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _OutputEntry(TypedDict):
+class OutputEntry(TypedDict):
     """How a packet that leaves by a port is edited, and where it goes."""
 
     portId: int
@@ -2253,7 +2253,7 @@ class _OutputEntry(TypedDict):
         "unknown",
     ]
 
-def TableOutputGet(port: int, /) -> _OutputEntry | None:
+def TableOutputGet(port: int, /) -> OutputEntry | None:
     """Reads the output table's entry of a port (table 11).
 
     port: port of the pipeline, 0..1023
@@ -2264,7 +2264,7 @@ def TableOutputGet(port: int, /) -> _OutputEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _MuxVlanEntry(TypedDict):
+class MuxVlanEntry(TypedDict):
     """What stands behind an internal VLAN."""
 
     vlanId: int
@@ -2275,9 +2275,9 @@ class _MuxVlanEntry(TypedDict):
     repPortId: int
     srcTag: int
     pktCapture: int  # 0 or 1
-    flowKeyType: _FlowKeyType
+    flowKeyType: FlowKeyType
 
-def TableMuxVlanGet(vlan: int, selector: int, /) -> _MuxVlanEntry | None:
+def TableMuxVlanGet(vlan: int, selector: int, /) -> MuxVlanEntry | None:
     """Reads an entry of one of the two mux VLAN tables (tables 9 and 10).
 
     vlan: VLAN id, 1..4094
@@ -2289,11 +2289,11 @@ def TableMuxVlanGet(vlan: int, selector: int, /) -> _MuxVlanEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _VlanMapEntry(TypedDict):
+class VlanMapEntry(TypedDict):
     rmac_vrf: int
     l2Seg: int  # L2 segment
 
-def TableVlanMapGet(vlan: int, value: int, /) -> _VlanMapEntry | None:
+def TableVlanMapGet(vlan: int, value: int, /) -> VlanMapEntry | None:
     """Reads the classic mode's L2 segment of a VLAN (table 12, by key).
 
     vlan: VLAN id, of which the low 16 bits count and must be 0..4094, so that 65541 is VLAN 5
@@ -2305,7 +2305,7 @@ def TableVlanMapGet(vlan: int, value: int, /) -> _VlanMapEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _L2SegEntry(TypedDict):
+class L2SegEntry(TypedDict):
     """Which packets of a segment the host receives, flags of 0 or 1, and their replication."""
 
     host_rcvr_ukuc: int  # unknown unicast
@@ -2313,7 +2313,7 @@ class _L2SegEntry(TypedDict):
     host_rcvr_bcast: int  # broadcast
     replicate_idx: int
 
-def TableL2SegGet(segment: int, /) -> _L2SegEntry | None:
+def TableL2SegGet(segment: int, /) -> L2SegEntry | None:
     """Reads an L2 segment of the classic mode (table 13).
 
     segment: L2 segment, passed as given
@@ -2324,7 +2324,7 @@ def TableL2SegGet(segment: int, /) -> _L2SegEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _RegMACEntry(TypedDict):
+class RegMACEntry(TypedDict):
     """Where a registered MAC address is."""
 
     dstPort: int
@@ -2332,7 +2332,7 @@ class _RegMACEntry(TypedDict):
     multicastEn: int  # 0 or 1
     qid: int  # queue id
 
-def TableRegMACGet(value: int, mac: int, /) -> _RegMACEntry | None:
+def TableRegMACGet(value: int, mac: int, /) -> RegMACEntry | None:
     """Reads a registered MAC address of the classic mode (table 14, by key).
 
     value: low 16 bits, the key's first part
@@ -2344,14 +2344,14 @@ def TableRegMACGet(value: int, mac: int, /) -> _RegMACEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _IPFixEntry(TypedDict):
+class IPFixEntry(TypedDict):
     """Counters of one flow."""
 
     pkts: int  # signed counter
     bytes: int  # signed counter
     tcpFlags: int  # 0..255
 
-def TableIPFixGet(index: int, selector: int, /) -> _IPFixEntry | None:
+def TableIPFixGet(index: int, selector: int, /) -> IPFixEntry | None:
     """Reads the counters of a flow from one of the two flow statistics tables (tables 6 and 7).
 
     index: 0..4194303
@@ -2363,7 +2363,7 @@ def TableIPFixGet(index: int, selector: int, /) -> _IPFixEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _CTStatsEntry(TypedDict):
+class CTStatsEntry(TypedDict):
     """Signed counters of connection tracking on one port, in two sets."""
 
     passBytes0: int
@@ -2375,7 +2375,7 @@ class _CTStatsEntry(TypedDict):
     dropBytes1: int
     dropPkts1: int
 
-def TableCTStatsGet(index: int, selector: int, /) -> _CTStatsEntry | None:
+def TableCTStatsGet(index: int, selector: int, /) -> CTStatsEntry | None:
     """Reads the connection tracking counters of a port from one of the two tables (tables 4 and 5). `CTStatsGet` reads
     the same and names the sets tx and rx.
 
@@ -2388,7 +2388,7 @@ def TableCTStatsGet(index: int, selector: int, /) -> _CTStatsEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _CTStateEntry(TypedDict):
+class CTStateEntry(TypedDict):
     """The TCP state of one connection."""
 
     sloppy: int  # 0 or 1
@@ -2405,7 +2405,7 @@ class _CTStateEntry(TypedDict):
     swState: int
     ctLog: int  # 0 or 1
 
-def TableCTStateGet(index: int, selector: int, /) -> _CTStateEntry | None:
+def TableCTStateGet(index: int, selector: int, /) -> CTStateEntry | None:
     """Reads the TCP state of a connection from one of the two tables (tables 20 and 21).
 
     index: 0..4194303
@@ -2417,7 +2417,7 @@ def TableCTStateGet(index: int, selector: int, /) -> _CTStateEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _MirrorEntry(TypedDict):
+class MirrorEntry(TypedDict):
     """One mirror session."""
 
     dstPort: int
@@ -2436,7 +2436,7 @@ class _MirrorEntry(TypedDict):
     uplinkLport1: int
     geneveOptionDMAC: str  # MAC address
 
-def TableMirrorGet(session: int, selector: int, /) -> _MirrorEntry | None:
+def TableMirrorGet(session: int, selector: int, /) -> MirrorEntry | None:
     """Reads a mirror session (table 15).
 
     session: 0..7
@@ -2448,7 +2448,7 @@ def TableMirrorGet(session: int, selector: int, /) -> _MirrorEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _MirrorL3Entry(TypedDict):
+class MirrorL3Entry(TypedDict):
     """The encapsulation of mirrored traffic."""
 
     l3Idx: int
@@ -2471,7 +2471,7 @@ class _MirrorL3Entry(TypedDict):
     ipsa: str  # outer IP addresses
     ipda: str
 
-def TableMirrorL3Get(first: int, second: int, /) -> _MirrorL3Entry | None:
+def TableMirrorL3Get(first: int, second: int, /) -> MirrorL3Entry | None:
     """Reads an encapsulation of mirrored traffic (table 16, index first + 8 * second).
 
     first: 0..5
@@ -2483,7 +2483,7 @@ def TableMirrorL3Get(first: int, second: int, /) -> _MirrorL3Entry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _TunnelTerminateEntry(TypedDict):
+class TunnelTerminateEntry(TypedDict):
     vtepIdx: int  # tunnel endpoint, 0..255
     valid: int  # 0..255
 
@@ -2497,7 +2497,7 @@ def TableTunnelTerminateGet(
     address_low: int,
     address_high: int,
     /,
-) -> _TunnelTerminateEntry | None:
+) -> TunnelTerminateEntry | None:
     """Looks up where a tunnel ends (table 17, by key).
 
     mac: MAC address as a number, below 2**48
@@ -2514,11 +2514,11 @@ def TableTunnelTerminateGet(
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _TunnelSAEntry(TypedDict):
+class TunnelSAEntry(TypedDict):
     outerFlowId: int
     valid: int  # 0..255
 
-def TableTunnelSAGet(value: int, is_ipv4: int, address_low: int, address_high: int, /) -> _TunnelSAEntry | None:
+def TableTunnelSAGet(value: int, is_ipv4: int, address_low: int, address_high: int, /) -> TunnelSAEntry | None:
     """Looks up the outer flow of a tunnel (table 18, by key).
 
     value: 0..255
@@ -2532,7 +2532,7 @@ def TableTunnelSAGet(value: int, is_ipv4: int, address_low: int, address_high: i
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _FlowKeyEntry(TypedDict):
+class FlowKeyEntry(TypedDict):
     flowIndex: int  # index for `TableFlowInfoGet` and its like, unsigned 32-bit
 
 def TableFlowKeyGet(
@@ -2551,7 +2551,7 @@ def TableFlowKeyGet(
     port_1: int,
     port_2: int,
     /,
-) -> _FlowKeyEntry | None:
+) -> FlowKeyEntry | None:
     """Looks up the index of a flow by its key (table 24, by key).
 
     value: 0..4094
@@ -2571,7 +2571,7 @@ def TableFlowKeyGet(
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _FlowInfoEntry(TypedDict):
+class FlowInfoEntry(TypedDict):
     """What the pipeline does with a flow. Names that end in Vld, Dir, and those without a comment up to isSrcUplink are
     flags of 0 or 1."""
 
@@ -2609,7 +2609,7 @@ class _FlowInfoEntry(TypedDict):
     ipfixIngressIdx: int  # index for `TableIPFixGet`
     ipfixEgressIdx: int
 
-def TableFlowInfoGet(index: int, /) -> _FlowInfoEntry | None:
+def TableFlowInfoGet(index: int, /) -> FlowInfoEntry | None:
     """Reads what the pipeline does with a flow (table 26).
 
     index: of the flow, 0..4194303
@@ -2620,7 +2620,7 @@ def TableFlowInfoGet(index: int, /) -> _FlowInfoEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _FlowRewriteEntry(TypedDict):
+class FlowRewriteEntry(TypedDict):
     """How a flow's headers are edited. The first eight are flags of 0 or 1."""
 
     vlanPop: int
@@ -2643,7 +2643,7 @@ class _FlowRewriteEntry(TypedDict):
     smac: str  # MAC addresses
     dmac: str
 
-def TableFlowRewriteGet(index: int, /) -> _FlowRewriteEntry | None:
+def TableFlowRewriteGet(index: int, /) -> FlowRewriteEntry | None:
     """Reads how a flow's headers are edited (table 25).
 
     index: 0..4194303
@@ -2654,7 +2654,7 @@ def TableFlowRewriteGet(index: int, /) -> _FlowRewriteEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _TunnelRewriteEntry(TypedDict):
+class TunnelRewriteEntry(TypedDict):
     """One encapsulation header. The first five are flags of 0 or 1."""
 
     isIpv6: int  # family of ipsa and ipda
@@ -2672,7 +2672,7 @@ class _TunnelRewriteEntry(TypedDict):
     ipsa: str  # outer IP addresses
     ipda: str
 
-def TableTunnelRewriteGet(index: int, /) -> _TunnelRewriteEntry | None:
+def TableTunnelRewriteGet(index: int, /) -> TunnelRewriteEntry | None:
     """Reads an encapsulation header (table 19).
 
     index: 0..8191
@@ -2683,7 +2683,7 @@ def TableTunnelRewriteGet(index: int, /) -> _TunnelRewriteEntry | None:
         "Failed to allocate buffer."            no memory for the dict
     """
 
-class _DSCPConfEntry(TypedDict):
+class DSCPConfEntry(TypedDict):
     """What DSCP traced flows have, 0..255 each."""
 
     ipv4DscpMask: int
@@ -2691,7 +2691,7 @@ class _DSCPConfEntry(TypedDict):
     ipv6DscpMask: int
     ipv6DscpValue: int
 
-def TableDSCPConfGet() -> _DSCPConfEntry | None:
+def TableDSCPConfGet() -> DSCPConfEntry | None:
     """Reads the DSCP configuration from the hardware (table 22).
 
     Printed, and None:
@@ -2699,7 +2699,7 @@ def TableDSCPConfGet() -> _DSCPConfEntry | None:
         "Failed to allocate buffer."  no memory for the dict
     """
 
-class _UplinkMapEntry(TypedDict):
+class UplinkMapEntry(TypedDict):
     """The logical port of each of the four uplinks, and its tag."""
 
     lport0: int
@@ -2711,7 +2711,7 @@ class _UplinkMapEntry(TypedDict):
     lport3: int
     lport3_tag: int
 
-def TableUplinkMapGet() -> _UplinkMapEntry | None:
+def TableUplinkMapGet() -> UplinkMapEntry | None:
     """Reads which logical port each uplink index stands for (table 23).
 
     Printed, and None:
@@ -2748,8 +2748,8 @@ def P4UKLatencySet(enabled: int, /) -> Literal[True] | None:
     """
 
 # A key like "300us" counts the samples of at most 300 microseconds that no key before has counted.
-_LatencyHistogram = TypedDict(
-    "_LatencyHistogram",
+LatencyHistogram = TypedDict(
+    "LatencyHistogram",
     {
         "minLatency": int,  # unsigned 32-bit, as the next; the unit is the SmartNIC's
         "maxLatency": int,
@@ -2779,7 +2779,7 @@ _LatencyHistogram = TypedDict(
     },
 )
 
-def P4UKLatencyDump(selector: int, /) -> _LatencyHistogram | None:
+def P4UKLatencyDump(selector: int, /) -> LatencyHistogram | None:
     """Reads the latency histogram of table programming (`Qdp_P4UKLatencyDump`).
 
     selector: passed as given
@@ -2791,7 +2791,7 @@ def P4UKLatencyDump(selector: int, /) -> _LatencyHistogram | None:
     Raised: SystemError "Failed to allocate buffer.\\n", "Failed to set dict item.\\n" when the dict cannot be filled.
     """
 
-class _FlowOpsStats(TypedDict):
+class FlowOpsStats(TypedDict):
     """Signed counters of the SmartNIC's flow table library."""
 
     insert: int
@@ -2814,7 +2814,7 @@ class _FlowOpsStats(TypedDict):
     insertLevel: list[int]  # eight, a counter per level
     removeLevel: list[int]  # eight
 
-def FlowOpsStatsGet() -> _FlowOpsStats | None:
+def FlowOpsStatsGet() -> FlowOpsStats | None:
     """Reads the counters of the SmartNIC's flow table library (`Qdp_P4_Cmd`, opcode 11, table 27).
 
     The entry has two counters by the name "insert" and two by the name "remove". The result has the later of each, its
@@ -2847,7 +2847,7 @@ def AdvStatsGetEnabled(switch: int, /) -> bool | None:
         "ValueError: Failed to get advanced stats status."     the library refuses
     """
 
-class _AdvStats(TypedDict):
+class AdvStats(TypedDict):
     """Signed counters: why packets took the slow path, why no action was made or a packet dropped, and what the parser
     dropped. "spReaonVlanTF" and "spReasonInnerL2Incompt" are spelled like that."""
 
@@ -2889,7 +2889,7 @@ class _AdvStats(TypedDict):
     parserDropL2Invalid: int
     parserDropL3L4Invalid: int
 
-def AdvStatsGetCounters(switch: int, selector: int, text: str, /) -> _AdvStats | None:
+def AdvStatsGetCounters(switch: int, selector: int, text: str, /) -> AdvStats | None:
     """Reads the advanced statistics of a switch (`Qdp_AdvStatsGetCounters`).
 
     switch: switch number, 0..15
@@ -2938,13 +2938,13 @@ def P4RssOverrideSet(switch: int, port: int, is_override: int, queue: int, /) ->
         "Failed to set RSS override"            the SmartNIC refuses
     """
 
-class _RssOverride(TypedDict):
+class RssOverride(TypedDict):
     swID: int
     fcPortID: int
     rssOverrideQid: int  # queue, 0..255
     rssOverride: int  # signed 8-bit flag; 0 is off
 
-def P4RssOverrideGet(switch: int, port: int, /) -> _RssOverride | None:
+def P4RssOverrideGet(switch: int, port: int, /) -> RssOverride | None:
     """Reads whether a vNIC's packets all go to one queue (`Qdp_P4_Cmd`, opcode 13).
 
     switch: switch number, 0..15
@@ -2966,10 +2966,10 @@ def P4LogLevelSet(level: int, /) -> Literal[True] | None:
         "Failed to set borea log level."        the SmartNIC refuses
     """
 
-class _LogLevel(TypedDict):
+class LogLevel(TypedDict):
     level: int  # 0..255
 
-def P4LogLevelGet() -> _LogLevel | None:
+def P4LogLevelGet() -> LogLevel | None:
     """Reads the log level of the SmartNIC's P4 application (`Qdp_P4_Cmd`, opcode 15).
 
     Printed, and None:

@@ -1,0 +1,280 @@
+// The capture of the text that a method prints: libc's stderr points at a memory stream for the length of one call,
+// under one hold of the interpreter lock.
+#include <Python.h>
+
+#include <cstdio>
+#include <memory>
+#include <type_traits>
+
+namespace {
+
+struct DropReference {
+    void operator()(PyObject* object) const { Py_DECREF(object); }
+};
+
+// A reference of our own, taken over from the call that created the object.
+using PyRef = std::unique_ptr<PyObject, DropReference>;
+
+PyRef borrowed(PyObject* object)
+{
+    Py_XINCREF(object);
+    return PyRef{object};
+}
+
+// --- The stream, one for the process; all of it is used under the interpreter lock ---
+
+// The stream is never closed: a thread of the platform may have read `stderr` while it pointed here, and write later.
+FILE* stream;
+char* bytes;  // what is in the stream, after a flush
+size_t size;
+
+FILE* real_stderr;
+// Calls in progress. A method that runs a signal handler, or a collection of garbage, may meet calls inside itself.
+unsigned depth;
+
+// musl declares stderr constant: there the text stays where it goes.
+template <class Stream>
+constexpr bool can_point = std::is_assignable_v<Stream&, FILE*>;
+
+template <class Stream>
+void point(Stream& standard_error, FILE* where)
+{
+    if constexpr (can_point<Stream>)
+        standard_error = where;
+}
+
+void write_through(FILE* where, const char* text, size_t length)
+{
+    std::fwrite(text, 1, length, where);
+    std::fflush(where);
+}
+
+// Takes what was written since `start` out of the stream.
+template <class Taker>
+auto take(off_t start, Taker taker)
+{
+    flockfile(stream);
+    std::fflush(stream);
+    const auto first = static_cast<size_t>(start);
+    auto taken = taker(bytes + first, size > first ? size - first : 0);
+    fseeko(stream, start, SEEK_SET);
+    funlockfile(stream);
+    return taken;
+}
+
+// Begins a capture: where its text will start.
+off_t begin()
+{
+    if (depth++ == 0) {
+        real_stderr = stderr;
+        if (ftello(stream) != 0)  // from a thread of the platform, after the last call
+            take(0, [](const char* text, size_t length) { return write_through(real_stderr, text, length), 0; });
+        point(stderr, stream);
+    }
+    return ftello(stream);
+}
+
+// Ends a capture: whether there is text of it.
+bool end(off_t start)
+{
+    if (--depth == 0 && stderr == stream)
+        point(stderr, real_stderr);
+    return ftello(stream) != start;
+}
+
+// The text of a capture that has ended, or null after a failure. To be taken before anything else runs.
+PyRef text_since(off_t start)
+{
+    // A call that another thread began inside this one may still be on: where it took back what was there, all is ours.
+    if (ftello(stream) < start)
+        start = 0;
+    return PyRef{take(start, [](const char* text, size_t length) {
+        return PyBytes_FromStringAndSize(text, static_cast<Py_ssize_t>(length));
+    })};
+}
+
+// --- Calls ---
+
+struct State {
+    PyObject* rows;       // dict: method's name, and the method: (function, failing result, what makes records, name)
+    PyObject* other_row;  // makes the row of what is none of these
+    PyObject* settle;     // ends a call that printed, raised, or returned the failing result
+};
+
+enum Place { function_of, failure_of, adopter_of, name_of, places };
+
+State* state_of(PyObject* module)
+{
+    return static_cast<State*>(PyModule_GetState(module));
+}
+
+PyRef row_of(const State* state, PyObject* method)
+{
+    PyObject* row = PyDict_GetItemWithError(state->rows, method);
+    if (row || PyErr_Occurred())
+        return borrowed(row);
+    return PyRef{PyObject_CallFunctionObjArgs(state->other_row, method, nullptr)};
+}
+
+// The exception that is set, no longer set; or None.
+PyRef fetched_exception()
+{
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    if (!type)
+        return borrowed(Py_None);
+    PyErr_NormalizeException(&type, &value, &traceback);
+    if (traceback)
+        PyException_SetTraceback(value, traceback);
+    Py_XDECREF(type);
+    Py_XDECREF(traceback);
+    return PyRef{value};
+}
+
+// The end of a call that printed, raised, or returned the failing result.
+PyRef settled(const State* state, PyObject* row, PyObject* arguments, PyRef result, PyRef text)
+{
+    if (result && !text)
+        return nullptr;
+    const PyRef exception = result ? borrowed(Py_None) : fetched_exception();
+    if (!text)  // an exception for want of memory
+        text.reset(PyBytes_FromStringAndSize("", 0));
+    if (!text)
+        return nullptr;
+    return PyRef{PyObject_CallFunctionObjArgs(state->settle, PyTuple_GetItem(row, name_of), arguments,
+        result ? result.get() : Py_None, exception.get(), text.get(), nullptr)};
+}
+
+PyRef result_of(const State* state, PyObject* row, PyObject* arguments)
+{
+    const off_t start = begin();
+    PyRef result{PyObject_Call(PyTuple_GetItem(row, function_of), arguments, nullptr)};
+    const bool has_text = end(start);
+    if (!has_text && result && result.get() != PyTuple_GetItem(row, failure_of))
+        return result;
+    return settled(state, row, arguments, std::move(result), text_since(start));
+}
+
+PyObject* call_method(PyObject* module, PyObject* method_and_arguments, bool as_records)
+{
+    const State* state = state_of(module);
+    const Py_ssize_t count = PyTuple_Size(method_and_arguments);
+    if (count == 0 || !state->settle) {
+        PyErr_SetString(PyExc_TypeError, "call() takes a method and its arguments");
+        return nullptr;
+    }
+    const PyRef row = row_of(state, PyTuple_GetItem(method_and_arguments, 0));
+    if (!row)
+        return nullptr;
+    const PyRef arguments{PyTuple_GetSlice(method_and_arguments, 1, count)};
+    if (!arguments)
+        return nullptr;
+    PyRef result = result_of(state, row.get(), arguments.get());
+    PyObject* adopter = PyTuple_GetItem(row.get(), adopter_of);
+    if (result && as_records && adopter != Py_None)
+        return PyObject_CallFunctionObjArgs(adopter, result.get(), nullptr);
+    return result.release();
+}
+
+// --- The module ---
+
+PyObject* call(PyObject* module, PyObject* args)
+{
+    return call_method(module, args, true);
+}
+
+PyObject* call_raw(PyObject* module, PyObject* args)
+{
+    return call_method(module, args, false);
+}
+
+PyObject* pass_on(PyObject*, PyObject* args)
+{
+    const char* text;
+    Py_ssize_t length;
+    if (!PyArg_ParseTuple(args, "y#", &text, &length))
+        return nullptr;
+    write_through(depth > 0 ? real_stderr : stderr, text, static_cast<size_t>(length));
+    return borrowed(Py_None).release();
+}
+
+PyObject* install(PyObject* module, PyObject* args)
+{
+    PyObject *rows, *other_row, *settle;
+    if (!PyArg_ParseTuple(args, "O!OO", &PyDict_Type, &rows, &other_row, &settle))
+        return nullptr;
+    State* state = state_of(module);
+    const PyRef replaced[] = {PyRef{state->rows}, PyRef{state->other_row}, PyRef{state->settle}};
+    state->rows = borrowed(rows).release();
+    state->other_row = borrowed(other_row).release();
+    state->settle = borrowed(settle).release();
+    return borrowed(Py_None).release();
+}
+
+int set_up(PyObject*)
+{
+    if (!can_point<decltype(stderr)>) {
+        PyErr_SetString(PyExc_ImportError, "this libc declares stderr constant");
+        return -1;
+    }
+    if (!stream)
+        stream = open_memstream(&bytes, &size);
+    if (!stream) {
+        PyErr_NoMemory();
+        return -1;
+    }
+    return 0;
+}
+
+int visit_all(PyObject* module, visitproc visit, void* arg)
+{
+    const State* state = state_of(module);
+    Py_VISIT(state->rows);
+    Py_VISIT(state->other_row);
+    Py_VISIT(state->settle);
+    return 0;
+}
+
+int drop_all(PyObject* module)
+{
+    State* state = state_of(module);
+    const PyRef dropped[] = {PyRef{state->rows}, PyRef{state->other_row}, PyRef{state->settle}};
+    *state = {};
+    return 0;
+}
+
+PyMethodDef methods[] = {
+    {"call", call, METH_VARARGS,
+        "call(method, *arguments)\n--\n\n"
+        "Calls a method of _libqdp, by its name or itself: its result as records, or an exception of QdpError."},
+    {"call_raw", call_raw, METH_VARARGS,
+        "call_raw(method, *arguments)\n--\n\nAs call, with the module's own objects for a result."},
+    {"pass_on", pass_on, METH_VARARGS, "pass_on(text)\n--\n\nWrites bytes to the real standard error."},
+    {"install", install, METH_VARARGS,
+        "install(rows, other_row, settle)\n--\n\nSays what is known of the methods, and what ends a call that failed."},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyModuleDef_Slot slots[] = {
+    {Py_mod_exec, reinterpret_cast<void*>(set_up)},
+    {0, nullptr},
+};
+
+PyModuleDef definition = {
+    PyModuleDef_HEAD_INIT,
+    "qdp._call",
+    "Calls of _libqdp's methods, with the text that they print.",
+    sizeof(State),
+    methods,
+    slots,
+    visit_all,
+    drop_all,
+    nullptr,
+};
+
+}  // namespace
+
+PyMODINIT_FUNC PyInit__call()
+{
+    return PyModuleDef_Init(&definition);
+}

@@ -1,0 +1,81 @@
+"""The capture of a method's text in pure Python, on file descriptor 2, where the C helper is absent or does not work."""
+
+import os
+import sys
+import tempfile
+import threading
+
+STANDARD_ERROR = 2
+
+_state = {}  # rows, other_row, settle
+_lock = threading.RLock()
+
+
+def install(rows, other_row, settle):
+    _state.update(rows=rows, other_row=other_row, settle=settle)
+
+
+def call(method, *arguments):
+    """Calls a method of _libqdp, by its name or itself: its result as records, or an exception of QdpError."""
+    return _called(method, arguments, True)
+
+
+def call_raw(method, *arguments):
+    """As call, with the module's own objects for a result."""
+    return _called(method, arguments, False)
+
+
+def pass_on(text):
+    """Writes bytes to the real standard error."""
+    try:
+        while text:
+            text = text[os.write(STANDARD_ERROR, text) :]
+    except OSError:
+        pass
+
+
+def _called(method, arguments, as_records):
+    row = _state["rows"].get(method) or _state["other_row"](method)
+    function, failure, adopt, name = row
+    result, exception = None, None
+    with _lock, _Redirected() as redirected:
+        try:
+            result = function(*arguments)
+        except BaseException as raised:  # what is raised is settled below, the interrupt of a user, too
+            exception = raised.with_traceback(raised.__traceback__.tb_next)
+    if exception is not None or redirected.text or result is failure:
+        result = _state["settle"](name, arguments, result, exception, redirected.text)
+    return adopt(result) if as_records and adopt else result
+
+
+class _Redirected:
+    """Standard error in a file, as long as a call lasts. Other threads' texts get there, too."""
+
+    def __enter__(self):
+        _flush()
+        self._file = tempfile.TemporaryFile()
+        try:
+            self._real = os.dup(STANDARD_ERROR)
+        except OSError:
+            self._real = None  # closed
+        os.dup2(self._file.fileno(), STANDARD_ERROR)
+        return self
+
+    def __exit__(self, *exception):
+        _flush()
+        if self._real is None:
+            os.close(STANDARD_ERROR)
+        else:
+            os.dup2(self._real, STANDARD_ERROR)
+            os.close(self._real)
+        self._file.seek(0)
+        self.text = self._file.read()
+        self._file.close()
+
+
+def _flush():
+    if sys.stderr is not None:
+        try:
+            sys.stderr.flush()
+        except (OSError, ValueError):
+            pass  # closed, or full

@@ -1,0 +1,151 @@
+"""One call of one method: its result, or an exception with the platform's text."""
+
+import _libqdp
+
+from . import errors
+from .record import adopter
+from .records import NONE_IS_NO_FAILURE, RESULTS
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Callable, NoReturn, Optional, Tuple, Union
+
+    Method = Union[str, Callable[..., Any]]
+    Row = Tuple[Callable[..., Any], Any, Optional[Callable[[Any], Any]], str]
+
+# Results that say that the call failed, where that is not None.
+FAILURES = {
+    "SetLBMetric": False,
+    "SetSwitchMinFlowLayer": False,
+    "EnableFPO": False,
+    "InitMbufFastslabs": False,
+    "SetSwitchMetaFlow": 0,
+}
+# In the place of such a result for methods that have none. A method never returns it.
+NO_FAILURE = ...
+
+# Methods that print a text when they fail, and return a result all the same.
+FAILING_WITH_RESULT = frozenset(["EnableFPO", "GetUplinkStats", "SetSwitchFilterTypes"])
+
+# A method that prints always and calls nothing of the platform: a capture proves itself with it.
+PROVING_METHOD = "DumpPortFlow"
+PROVING_TEXT = b"Dump Port Flow Not supported below 2.10.0.0\n"
+
+
+def _row(name: str, function: "Callable[..., Any]") -> "Row":
+    """What a call needs of its method: the function, the result that means a failure, what makes records, the name."""
+    failure = NO_FAILURE if name in NONE_IS_NO_FAILURE else FAILURES.get(name)
+    shape = RESULTS[name]
+    return function, failure, adopter(shape) if shape else None, name
+
+
+def _rows():
+    # type: () -> dict
+    """The rows of all methods, by name and by function."""
+    rows = {}
+    for name in RESULTS:
+        function = getattr(_libqdp, name)
+        rows[name] = rows[function] = _row(name, function)
+    return rows
+
+
+def _other_row(method: "Method") -> "Row":
+    """The row of what is called in a method's place."""
+    if not callable(method):
+        raise AttributeError("module '_libqdp' has no method {!r}; help(_libqdp) lists them".format(method))
+    return method, NO_FAILURE, None, getattr(method, "__name__", repr(method))
+
+
+def _settle(method, arguments, result, exception, text):
+    # type: (str, Tuple[Any, ...], Any, Optional[BaseException], bytes) -> Any
+    """The end of a call that printed, raised, or returned what means a failure: its result, or the exception for it."""
+    known, unknown, row = errors.split(text.decode("utf-8", "backslashreplace"))
+    if unknown:
+        _pass_on(method, unknown)
+    if exception is not None:
+        _raise(method, arguments, exception, known, row)
+    failure = _rows_by_name[method][1] if method in _rows_by_name else NO_FAILURE
+    if result is failure or known and (result is None or method in FAILING_WITH_RESULT or method not in RESULTS):
+        raise errors.failure(known, method, arguments, row)
+    if known:
+        _pass_on(method, known)
+    return result
+
+
+def _raise(method, arguments, exception, known, row):
+    # type: (str, Tuple[Any, ...], BaseException, str, Optional[errors.Row]) -> NoReturn
+    """Raises what stands for an exception: of the module, of the interpreter, or of a signal handler."""
+    cause = exception
+    if isinstance(exception, SystemError) and exception.__cause__ is not None:
+        cause = exception.__cause__  # left set beside a result
+    if not isinstance(cause, Exception):
+        if known:
+            _pass_on(method, known)
+        raise cause
+    if not known:
+        known, row = _text_of(cause)
+    if row is None:
+        raise exception
+    raise errors.failure(known, method, arguments, row) from (None if cause is exception and row else cause)
+
+
+def _text_of(cause):
+    # type: (Exception) -> Tuple[str, Optional[errors.Row]]
+    """The text of an exception and its row; no row for an exception that neither module nor interpreter raised."""
+    text = str(cause)
+    if isinstance(cause, SystemError):
+        return text, errors.split("SystemError: " + text)[2] or errors.split(text)[2]
+    row = errors.split(text)[2]
+    if row is None and cause.__traceback__ is None:
+        row = errors.row_of_exception(cause)
+    return text, row
+
+
+def _pass_on(method: str, text: str) -> None:
+    """Hands a text on that says nothing of the call: to standard error, where it was meant to go, and to the log."""
+    import logging
+
+    _capture.pass_on(text.encode())
+    logger = logging.getLogger("qdp")
+    if not logger.handlers:
+        logger.addHandler(logging.NullHandler())  # the text is on standard error already
+    logger.warning("%s: %s", method, text.rstrip("\n"))
+
+
+def _proven(helper):
+    # type: (Any) -> bool
+    """Whether a capture gets the text of a method."""
+    helper.install(_rows_by_name, _other_row, lambda method, arguments, result, exception, text: text)
+    return bool(helper.call_raw(PROVING_METHOD) == PROVING_TEXT)
+
+
+def _chosen():
+    # type: () -> Any
+    """The capture that works here: the C helper, or the one in Python."""
+    try:
+        from . import _call
+
+        if _proven(_call):
+            return _call
+    except (ImportError, MemoryError):
+        pass
+    from . import _capture
+
+    return _capture
+
+
+_rows_by_name = _rows()
+_capture = _chosen()
+_capture.install(_rows_by_name, _other_row, _settle)
+
+if TYPE_CHECKING:
+
+    def call(method: "Method", *arguments: "Any") -> "Any":
+        """Calls a method of the module, by its name or itself: its result as records, or an exception of QdpError."""
+
+    def call_raw(method: "Method", *arguments: "Any") -> "Any":
+        """As `call`, with the module's own objects for a result."""
+
+else:
+    call = _capture.call
+    call_raw = _capture.call_raw
