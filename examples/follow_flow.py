@@ -3,7 +3,7 @@ they travel in, the counters and the connection that they belong to, and where t
 
     follow_flow.py               the first flow that the pipeline knows
     follow_flow.py 101           the flow that top_flows.py shows with "hwFlowIdx: 101"
-    follow_flow.py --key source=02:1b:21:02:00:1c destination=02:50:56:0a:00:c0 port=42 protocol=6 \\
+    follow_flow.py --key source=02:10:00:02:00:1c destination=02:40:00:0a:00:c0 port=42 protocol=6 \\
         source_ip=10.2.3.199 destination_ip=10.2.17.137 source_port=35456 destination_port=443
 """
 

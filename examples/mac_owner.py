@@ -1,7 +1,7 @@
 """Prints which port owns a MAC address: as its own address, or because traffic from it was seen there.
 
-    mac_owner.py 0a:2e:8a:00:03:01
-    mac_owner.py 02-1B-21-00-00-03 0a2e.8a00.0301 --json
+    mac_owner.py 02:20:00:00:03:01
+    mac_owner.py 02-10-00-00-00-03 0220.0000.0301 --json
 
 An address that an uplink owns is outside of this host.
 """

@@ -11,9 +11,9 @@ namespace fuzz {
 namespace {
 
 constexpr const char* known_texts[] = {
-    "",       vswitch_class, portset_property, alias_property,    "dvs-production",    "vmnic0",
+    "",       vswitch_class, portset_property, alias_property,    "dvs-production",    "nic0",
     "none",   "cpu",         "count",          "cpuload_low",     "VLANMAC",           "enabled",
-    "models", "10.20.0.5",   "fe80::1:2",      "255.255.255.256", "02:1b:21:00:00:02", "%s%n",
+    "models", "10.20.0.5",   "fe80::1:2",      "255.255.255.256", "02:10:00:00:00:02", "%s%n",
 };
 
 }  // namespace

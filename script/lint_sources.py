@@ -1,7 +1,9 @@
-"""Checks what the compiler does not: who includes whom, that the module's map is true, and what each file opens with."""
+"""Checks what the compiler does not: who includes whom, that the module's map is true, what each file opens with, and
+that devices, addresses and switches have invented names."""
 
 import pathlib
 import re
+import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -80,11 +82,58 @@ def openings():
                 yield f"{file.relative_to(ROOT)}: opens without a sentence that says what it holds"
 
 
+# Names of a real platform's form, and what to write instead.
+REAL_NAMES = [
+    (re.compile(r"vm(?:nic|k(?=[0-9{%]))", re.IGNORECASE), "name a device nic0, nic1, ..."),
+    (re.compile(r"\bDvs(?:Portset|Uplinks?)-"), "name a portset portset-0, portset-1, ..."),
+    (re.compile(r"\b[0-9a-f]{2}(?: [0-9a-f]{2}){7}-[0-9a-f]{2}(?: [0-9a-f]{2}){7}\b", re.IGNORECASE), "name a switch in words"),
+    (re.compile(r"\b[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12}\b", re.IGNORECASE), "name a switch in words"),
+]
+MAC = re.compile(r"(?<![0-9a-z])([0-9a-f]{2})([:-])(?:[0-9a-f]{2}\2){4}[0-9a-f]{2}(?![0-9a-f])", re.IGNORECASE)
+DOCUMENTATION_MACS = "00:00:5e:00:53:"
+# Prefixes that belong to makers, also with the bit of local addresses set: as a text, a number, or bytes in C++ or Python.
+BETWEEN = r"(?:[:.-]?|,\s*0x|\\x)"
+MAKERS = re.compile(rf"(?<![0-9a-f])0[02a]{BETWEEN}(?:1b{BETWEEN}21|2e{BETWEEN}8a|50{BETWEEN}56)", re.IGNORECASE)
+
+
+def is_invented(mac):
+    """Whether an address can belong to no maker: a group's, a local one, one for documentation, or none at all."""
+    first = int(mac[:2], 16)
+    plain = mac.lower().replace("-", ":")
+    return first & 3 != 0 or plain.startswith(DOCUMENTATION_MACS) or plain == "00:00:00:00:00:00"
+
+
+def real_names(text):
+    """The line and the fault of each name in a text that may be one of a real host's."""
+    found = [(match, advice) for pattern, advice in REAL_NAMES for match in pattern.finditer(text)]
+    found += [(match, "write a MAC address from 02:...") for match in MAKERS.finditer(text)]
+    found += [
+        (match, f"write a MAC address from 02:... or {DOCUMENTATION_MACS}..")
+        for match in MAC.finditer(text)
+        if not is_invented(match[0])
+    ]
+    for match, advice in sorted(found, key=lambda each: each[0].start()):
+        yield text.count("\n", 0, match.start()) + 1, f"{match[0]!r} may be the name of something real; {advice}"
+
+
+def files_of_the_repository():
+    command = ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"]
+    listed = subprocess.run(command, cwd=ROOT, stdout=subprocess.PIPE, check=True).stdout.decode().split("\0")
+    return [ROOT / name for name in listed if name and (ROOT / name).is_file()]
+
+
+def names():
+    for file in files_of_the_repository():
+        for line, fault in real_names(file.read_text(encoding="latin-1")):
+            yield f"{file.relative_to(ROOT)}:{line}: {fault}"
+
+
 def main():
-    faults = [*inclusions(), *map_of_methods(), *openings()]
+    faults = [*inclusions(), *map_of_methods(), *openings(), *names()]
     for fault in faults:
         print(fault, file=sys.stderr)
     sys.exit(1 if faults else 0)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -22,7 +22,7 @@ def number(mac):
 
 
 def static_mac(module):
-    entry = (*VNIC, 0x00505601CAFE, 7)
+    entry = (*VNIC, 0xFECA01004002, 7)
     module.AddMACEntry(*entry)
     return entry
 
@@ -111,7 +111,7 @@ RECIPES = {
     "GetPortStats": VNIC,
     "ListPortMACTable": VNIC,
     "ClearPortMACTable": VNIC,
-    "AddMACEntry": (*VNIC, 0x00505601CAFE, 7),
+    "AddMACEntry": (*VNIC, 0xFECA01004002, 7),
     "DelMACEntry": static_mac,
     "ListSwitchMACTable": (0,),
     "ClearSwitchMACTable": (0,),
@@ -137,12 +137,12 @@ RECIPES = {
     "SetPanicOnTxHang": (0, 1),
     "GetPortNetQInfo": UPLINK,
     "MigrateNetQFilter": (*VNIC, 1),
-    "GetUplinkRingSize": after("SetUplinkRingSize", ALIAS, "vmnic0", 1024, 512, returned=(ALIAS, "vmnic0")),
-    "SetUplinkRingSize": (ALIAS, "vmnic0", 1024, 512),
+    "GetUplinkRingSize": after("SetUplinkRingSize", ALIAS, "nic0", 1024, 512, returned=(ALIAS, "nic0")),
+    "SetUplinkRingSize": (ALIAS, "nic0", 1024, 512),
     "GetSwitchFilterTypes": (ALIAS,),
     "SetSwitchFilterTypes": (ALIAS, "VLANMAC", 1),
     "ListDevAffinity": (),
-    "SetDevAffinity": ("vmnic0", 1),
+    "SetDevAffinity": ("nic0", 1),
     "DumpLBDebugBuf": (0, 0),
     "FlushLBDebugBuf": (0,),
     "GetLBMetric": (ALIAS,),

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr char switch_id[switch_id_bytes] = "50 2c 7a 11 93 4e 08 d6-61 f0 2b 5c 88 17 a3 4d";
+constexpr char switch_id[switch_id_bytes] = "switch-whose-id-is-as-long-as-ids-of-hosts-are-";
 WordSetting burst_size{setting_version, 64};
 
 }  // namespace

@@ -213,7 +213,7 @@ uint64_t Mac48::read_number(const Place& place)
     }
     mac += added;
     if (!is_mac || mac >> 48)
-        place.fail("a MAC address such as \"02:1b:21:00:00:01\"");
+        place.fail("a MAC address such as \"02:10:00:00:00:01\"");
     return mac;
 }
 

@@ -82,8 +82,8 @@ void describe_inventory(V& v, PortListEntry& entry, const Switch& owner)
     describe_queues(v, "rxQueues", "rxLcores", entry.num_rx_queues, entry.rx_queue_lcores, owner, entry.port, 2);
     v.derive([&] {
         const uint8_t mac[] = {0x02,
-                               0x1b,
-                               0x21,
+                               0x10,
+                               0x00,
                                static_cast<uint8_t>(switch_number),
                                static_cast<uint8_t>(entry.port >> 8),
                                static_cast<uint8_t>(entry.port)};
@@ -91,7 +91,7 @@ void describe_inventory(V& v, PortListEntry& entry, const Switch& owner)
         entry.num_macs = entry.client_type == static_cast<uint32_t>(ClientType::uplink) ? 0 : 1;
         entry.qdp_port = 0x04000000 + switch_number * 0x10000 + entry.port;
     });
-    v.optional("mac", entry.mac, Mac48{}, "Its MAC address. Absent: 02:1b:21, the switch's number and the port's.");
+    v.optional("mac", entry.mac, Mac48{}, "Its MAC address. Absent: 02:10:00, the switch's number and the port's.");
     v.optional("macs", entry.num_macs, number(), "How many addresses it has. Absent: one, an uplink none.");
     v.optional("representorType", entry.representor_type, number(), "Of a representor.");
     uint32_t pass_through = entry.flags & port_flag_pass_through;

@@ -223,8 +223,7 @@ void describe_switch(V& v, Switch& owner, const Host& host, Order& order)
     v.required("alias", config.alias, text(127), "");
     v.derive([&] {
         char id[switch_id_bytes];
-        std::snprintf(id, sizeof id, "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 %02x",
-                      static_cast<unsigned>(host.switches.size() + 1));
+        std::snprintf(id, sizeof id, "switch-%u", static_cast<unsigned>(host.switches.size() + 1));
         config.id = id;
         config.class_name = vswitch_class;
         config.global_properties[alias_property] = value_of(std::string_view{config.alias});

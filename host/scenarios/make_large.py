@@ -32,13 +32,13 @@ def switch(rng, number):
         "alias": f"dvs-{number:02}",
         "mtu": rng.choice([1500, 9000]),
         "ports": [
-            {"repeat": UPLINKS, "name": f"vmnic{{{number * UPLINKS}}}", "client": "UPLINK", "txQueues": 8, "rxQueues": 8},
+            {"repeat": UPLINKS, "name": f"nic{{{number * UPLINKS}}}", "client": "UPLINK", "txQueues": 8, "rxQueues": 8},
             {"repeat": vnics, "name": "vnic{0}", "txQueues": 2, "rxQueues": 2, "tx": traffic(rng), "rx": traffic(rng)},
         ],
         "features": {"nic": {"models": ["Model 1 Level 1", "Model 2A"]}} if rng.random() < 0.5 else {},
     }
     if number == 0:
-        mac = {"repeat": MACS, "port": stepped(0, 1, PORTS), "mac": stepped("0a:2e:8a:00:00:00"), "vlan": stepped(1, 1, 4000)}
+        mac = {"repeat": MACS, "port": stepped(0, 1, PORTS), "mac": stepped("02:20:00:00:00:00"), "vlan": stepped(1, 1, 4000)}
         made["macTable"] = {"limit": MACS, "portLimit": PORTS, "macs": [mac]}
     return made, vnics + UPLINKS
 

@@ -35,7 +35,7 @@ void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uin
         add(entry.mac, vlan);
     const uint32_t others = is_a(port, ClientType::uplink) ? neighbours_of_an_uplink : entry.port % (most_nested + 1);
     for (uint32_t i = 0; i < others; ++i)
-        add({0x0a, 0x2e, 0x8a, static_cast<uint8_t>(switch_number), static_cast<uint8_t>(entry.port),
+        add({0x02, 0x20, 0x00, static_cast<uint8_t>(switch_number), static_cast<uint8_t>(entry.port),
              static_cast<uint8_t>(i)},
             is_a(port, ClientType::uplink) ? 100 + i % 8 : vlan);
 }

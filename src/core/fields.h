@@ -32,7 +32,7 @@ Converter field_mac_object;
 inline constexpr Kind as_big_endian{big_endian_object, true, false, 0};  // whole bytes in network byte order
 inline constexpr Kind as_signed_big_endian{big_endian_object, true, true, 0};
 inline constexpr Kind as_text{field_text_object};  // the NUL-terminated text of a character array
-inline constexpr Kind as_mac{field_mac_object, false, false, mac_bytes};  // "00:1b:21:0a:0b:0c"
+inline constexpr Kind as_mac{field_mac_object, false, false, mac_bytes};  // "02:30:00:0a:0b:0c"
 
 // The name of a code; codes beyond the names have the name `otherwise`.
 template <size_t count>

@@ -29,5 +29,5 @@ constexpr int bit_count(uint64_t bits)
 
 }  // namespace qdp
 
-// Writes six bytes as "00:1b:21:0a:0b:0c" and a NUL into the output, at least 18 bytes, and returns it.
+// Writes six bytes as "02:30:00:0a:0b:0c" and a NUL into the output, at least 18 bytes, and returns it.
 QDP_EXPORT char* MACToStr(const uint8_t* mac, char* out);

@@ -22,7 +22,7 @@ import _libqdp  # noqa: E402
 
 exported = ctypes.PyDLL(_libqdp.__file__)
 print(exported.LibraryInit())
-NAMES = "dvs-production dvs-storage dvs-smartnic legacy-network DvsPortset-0 DvsPortset-01 nobody".split()
+NAMES = "dvs-production dvs-storage dvs-smartnic legacy-network portset-0 portset-01 nobody".split()
 for function in (exported.DVSAliasToSwitchIdAllTypes, exported.DVSAliasToPortsetName, exported.DVSPortsetNameToAlias):
     for name in NAMES:
         text = ctypes.create_string_buffer(128)

@@ -16,8 +16,8 @@ MEMBERS = struct.pack(
     -2,
     -3,
     -4,
-    b"vmnic0\0x",
-    bytes([0x00, 0x1B, 0x0A, 0xFF, 0x10, 0x01]),
+    b"nic0\0xyz",
+    bytes([0x02, 0x1B, 0x0A, 0xFF, 0x10, 0x01]),
     3,
     0xFFFF,
     2,
@@ -39,8 +39,8 @@ def test_members_take_their_place_from_the_record(core):
             "i8": -2,
             "i32": -3,
             "u8 twice": 0x1FC,
-            "name": "vmnic0",
-            "mac": "00:1b:0a:ff:10:01",
+            "name": "nic0",
+            "mac": "02:1b:0a:ff:10:01",
             "numbers": [0xFFFF, 2, 3],
             "second number": 2,
         }
@@ -48,13 +48,13 @@ def test_members_take_their_place_from_the_record(core):
 
 
 def test_a_text_without_a_nul_ends_with_its_field(core):
-    full = MEMBERS.replace(b"vmnic0\0x", b"12345678")
+    full = MEMBERS.replace(b"nic0\0xyz", b"12345678")
     assert core.members(full)["name"] == "12345678"
 
 
 def test_a_text_that_is_not_utf_8_is_a_value_that_cannot_be_made(core):
     with pytest.raises(SystemError, match="^Failed to allocate buffer.\n$"):
-        core.members(MEMBERS.replace(b"vmnic0\0x", b"vm\xff\xfe\0\0\0\0"))
+        core.members(MEMBERS.replace(b"nic0\0xyz", b"ni\xff\xfe\0\0\0\0"))
 
 
 @pytest.mark.parametrize("result", ["members_or_none", "members_or_null"])
@@ -70,7 +70,7 @@ def test_a_dict_as_the_result_of_a_method(core, result):
     ],
 )
 def test_a_dict_that_cannot_be_filled(core, host, result, failure):
-    broken = MEMBERS.replace(b"vmnic0\0x", b"vm\xff\xfe\0\0\0\0")
+    broken = MEMBERS.replace(b"nic0\0xyz", b"ni\xff\xfe\0\0\0\0")
     assert Observer(core, host).call(result, broken) == failure
 
 

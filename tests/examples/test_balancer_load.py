@@ -79,7 +79,7 @@ def test_the_width_is_the_terminals(command):
 def test_other_measures(frozen, printed, measure, key):
     _, _, contexts = _libqdp.DumpLBStats(0, 0, 16384, 0, 64)
     title, *lines, _ = printed("balancer_load.py", "--switch", "0", "--by", measure).splitlines()
-    assert title == f"Load of switch 0, DvsPortset-0, by {key}"
+    assert title == f"Load of switch 0, portset-0, by {key}"
     assert [load for _, _, load, _ in bars(lines)] == [context[key] for context in contexts]
 
 

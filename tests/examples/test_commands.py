@@ -18,7 +18,7 @@ EXAMPLES = {
     "port_rates.py": ([], "Qdp_Get_Switch_List", "Failed to retrieve list of switches.\n", "ListSwitches()"),
     "top_flows.py": ([], "Qdp_Get_Switch_List", "Failed to retrieve list of switches.\n", "ListSwitches()"),
     "mac_owner.py": (
-        ["02:1b:21:02:00:10"],
+        ["02:10:00:02:00:10"],
         "Qdp_Dump_Switch_MAC_Table",
         "Failed to retrieve switch mac table.\n",
         "ListSwitchMACTable(0)",

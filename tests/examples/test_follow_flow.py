@@ -6,11 +6,11 @@ import _libqdp
 import pytest
 
 KEY = (
-    "source=02:1b:21:02:00:1c destination=02:50:56:0a:00:c0 port=42 protocol=6 "
+    "source=02:10:00:02:00:1c destination=02:40:00:0a:00:c0 port=42 protocol=6 "
     "source_ip=10.2.3.199 destination_ip=10.2.17.137 source_port=35456 destination_port=443"
 ).split()
 IPV6_KEY = (
-    "vlan=0 source=02:1b:21:02:00:1e destination=02:50:56:0a:00:c2 port=44 vni=0 protocol=6 "
+    "vlan=0 source=02:10:00:02:00:1e destination=02:40:00:0a:00:c2 port=44 vni=0 protocol=6 "
     "source_ip=2001:db8:2::10c9 destination_ip=2001:db8:2:10::1097 source_port=35718 destination_port=5432"
 ).split()
 
@@ -21,7 +21,7 @@ Flow 100: 27,144,000 packets, forwarded
       tag 2086
       counters 0: 27,144,000 packets, 29,641,248,000 bytes
   is rewritten
-      02:1b:21:02:00:18 -> 02:1b:21:02:00:10, VLAN 204, VNI 0, edits vlanPush vlanSet
+      02:10:00:02:00:18 -> 02:10:00:02:00:10, VLAN 204, VNI 0, edits vlanPush vlanSet
   leaves
       port 30, LIF 30, application classic nic
       counters 0: 27,144,000 packets, 29,641,248,000 bytes
@@ -33,9 +33,9 @@ Flow 101: 30,888,000 packets, forwarded
       connection 1: source in state 4 from sequence #, destination in state 4 from sequence #
       counters 1: 30,888,000 packets, 38,301,120,000 bytes, TCP flags SYN ACK
   is rewritten
-      02:1b:21:02:00:1c -> 02:50:56:0a:00:c0, VLAN 0, VNI 69632
+      02:10:00:02:00:1c -> 02:40:00:0a:00:c0, VLAN 0, VNI 69632
   enters tunnel 17
-      172.16.0.1 -> 172.16.0.2, TTL 64, 02:1b:21:02:00:00 -> 00:1b:21:aa:00:01, VLAN 300
+      172.16.0.1 -> 172.16.0.2, TTL 64, 02:10:00:02:00:00 -> 02:30:00:aa:00:01, VLAN 300
   leaves
       port 8, LIF 8, application default
       uplink 0, logical port 8

@@ -9,14 +9,14 @@ Switches
 
 Ports of switch 1, dvs-storage
   port  client   MAC address        MACs  TX queues on lcores  RX queues on lcores
-     0  UPLINK   02:1b:21:01:00:00     0  0 1 2 3 0 1 2 3      0 2 0 2 0 2 0 2
-     1  UPLINK   02:1b:21:01:00:01     0  1 2 3 0 1 2 3 0      1 3 1 3 1 3 1 3
-     2  VNIC     02:1b:21:01:00:02     1  2                    2
-     3  VNIC     02:1b:21:01:00:03     1  3 0                  3 1
-     4  VNIC     02:1b:21:01:00:04     1  0 1 2                0 2 0
-     5  VNIC     02:1b:21:01:00:05     1  1 2 3 0              1 3 1 3
-     6  VNIC.PT  02:1b:21:01:00:06     1  2                    2 0 2 0 2
-     7  VNIC     02:1b:21:01:00:07     1  3 0                  3 1 3 1 3 1
+     0  UPLINK   02:10:00:01:00:00     0  0 1 2 3 0 1 2 3      0 2 0 2 0 2 0 2
+     1  UPLINK   02:10:00:01:00:01     0  1 2 3 0 1 2 3 0      1 3 1 3 1 3 1 3
+     2  VNIC     02:10:00:01:00:02     1  2                    2
+     3  VNIC     02:10:00:01:00:03     1  3 0                  3 1
+     4  VNIC     02:10:00:01:00:04     1  0 1 2                0 2 0
+     5  VNIC     02:10:00:01:00:05     1  1 2 3 0              1 3 1 3
+     6  VNIC.PT  02:10:00:01:00:06     1  2                    2 0 2 0 2
+     7  VNIC     02:10:00:01:00:07     1  3 0                  3 1 3 1 3 1
 """
 
 
@@ -28,10 +28,10 @@ def test_all_switches(printed):
     first, *blocks = [block.splitlines() for block in printed("inventory.py").split("\n\n")]
     assert first == [
         "Switches",
-        "  switch  name                                              MTU  ports  active  lcores",
-        "       0  DvsPortset-0                                     9000     36      36       8",
-        "       1  dvs-storage                                      1500      8       8       4",
-        "       2  50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03  1500     35      35       4",
+        "  switch  name              MTU  ports  active  lcores",
+        "       0  portset-0        9000     36      36       8",
+        "       1  dvs-storage      1500      8       8       4",
+        "       2  switch-smartnic  1500     35      35       4",
     ]
     assert [(block[0].split(",")[0], len(block) - 2) for block in blocks] == [
         ("Ports of switch 0", 36),

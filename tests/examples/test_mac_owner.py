@@ -2,7 +2,7 @@
 
 import pytest
 
-NAME = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03"
+NAME = "switch-smartnic"
 
 
 def owner(mac, source, vlan, switch, name, port, client):
@@ -13,13 +13,13 @@ def owner(mac, source, vlan, switch, name, port, client):
 
 # Port 3 of a switch has VLAN 103 and three addresses nested in it; an uplink's neighbours are in VLANs from 100 on.
 OWNERS = {
-    "02:1b:21:00:00:03": [
-        owner("02:1b:21:00:00:03", "own address", None, 0, "DvsPortset-0", 3, "VNIC"),
-        owner("02:1b:21:00:00:03", "MAC table", 103, 0, "DvsPortset-0", 3, "VNIC"),
+    "02:10:00:00:00:03": [
+        owner("02:10:00:00:00:03", "own address", None, 0, "portset-0", 3, "VNIC"),
+        owner("02:10:00:00:00:03", "MAC table", 103, 0, "portset-0", 3, "VNIC"),
     ],
-    "0a:2e:8a:01:03:02": [owner("0a:2e:8a:01:03:02", "MAC table", 103, 1, "dvs-storage", 3, "VNIC")],
-    "0a:2e:8a:02:01:0b": [owner("0a:2e:8a:02:01:0b", "MAC table", 103, 2, NAME, 1, "UPLINK")],
-    "02:1b:21:01:00:00": [owner("02:1b:21:01:00:00", "own address", None, 1, "dvs-storage", 0, "UPLINK")],
+    "02:20:00:01:03:02": [owner("02:20:00:01:03:02", "MAC table", 103, 1, "dvs-storage", 3, "VNIC")],
+    "02:20:00:02:01:0b": [owner("02:20:00:02:01:0b", "MAC table", 103, 2, NAME, 1, "UPLINK")],
+    "02:10:00:01:00:00": [owner("02:10:00:01:00:00", "own address", None, 1, "dvs-storage", 0, "UPLINK")],
 }
 
 
@@ -32,23 +32,23 @@ def test_addresses_in_the_order_that_they_are_given_in(rows):
     assert rows("mac_owner.py", *reversed(OWNERS)) == sum(reversed(OWNERS.values()), [])
 
 
-@pytest.mark.parametrize("text", ["0A:2E:8A:01:03:02", "0a-2e-8a-01-03-02", "0a2e.8a01.0302", "0a2e8a010302"])
+@pytest.mark.parametrize("text", ["02:20:00:02:01:0B", "02-20-00-02-01-0b", "0220.0002.010b", "02200002010b"])
 def test_forms_of_an_address(rows, text):
-    assert rows("mac_owner.py", text) == OWNERS["0a:2e:8a:01:03:02"]
+    assert rows("mac_owner.py", text) == OWNERS["02:20:00:02:01:0b"]
 
 
 def test_text(printed):
-    assert printed("mac_owner.py", "0a:2e:8a:02:01:0b", "02:1b:21:00:00:03") == f"""\
-MAC address        known from   VLAN  switch  name{' ' * 43}  port  client
-0a:2e:8a:02:01:0b  MAC table    103        2  {NAME}     1  UPLINK
-02:1b:21:00:00:03  own address  -          0  DvsPortset-0{' ' * 35}     3  VNIC
-02:1b:21:00:00:03  MAC table    103        0  DvsPortset-0{' ' * 35}     3  VNIC
+    assert printed("mac_owner.py", "02:20:00:02:01:0b", "02:10:00:00:00:03") == f"""\
+MAC address        known from   VLAN  switch  name{' ' * 11}  port  client
+02:20:00:02:01:0b  MAC table    103        2  {NAME}     1  UPLINK
+02:10:00:00:00:03  own address  -          0  portset-0{' ' * 6}     3  VNIC
+02:10:00:00:00:03  MAC table    103        0  portset-0{' ' * 6}     3  VNIC
 """
 
 
 def test_an_address_that_nobody_owns(run):
-    done = run("mac_owner.py", "00:00:00:00:00:01", "0a:2e:8a:01:03:02")
-    assert (done.returncode, done.stderr) == (2, "mac_owner.py: no port owns 00:00:00:00:00:01\n")
+    done = run("mac_owner.py", "02:00:00:00:00:01", "02:20:00:01:03:02")
+    assert (done.returncode, done.stderr) == (2, "mac_owner.py: no port owns 02:00:00:00:00:01\n")
     assert len(done.stdout.splitlines()) == 2
 
 
@@ -59,11 +59,11 @@ import _libqdp
 ports = _libqdp.ListPorts
 _libqdp.ListPorts = lambda switch: [port for port in ports(switch) if port["portID"] != 3]
 """
-    gone = dict(OWNERS["0a:2e:8a:01:03:02"][0], portID=None, clientType=None)
-    assert rows("mac_owner.py", "0a:2e:8a:01:03:02", prepare=prepare) == [gone]
+    gone = dict(OWNERS["02:20:00:01:03:02"][0], portID=None, clientType=None)
+    assert rows("mac_owner.py", "02:20:00:01:03:02", prepare=prepare) == [gone]
 
 
-@pytest.mark.parametrize("text", ["0a:2e", "0a:2e:8a:01:03:02:04", "0g:2e:8a:01:03:02", ""])
+@pytest.mark.parametrize("text", ["02:20", "02:20:00:01:03:02:04", "0g:20:00:01:03:02", ""])
 def test_what_is_no_address(run, text):
     done = run("mac_owner.py", text)
     assert (done.returncode, done.stdout) == (1, "")

@@ -68,7 +68,7 @@ def test_a_flow(printed):
     (line,) = [line for line in printed("top_flows.py", *ALL, "--lcore", "0").splitlines() if "10.0.1.2 " in line]
     shown = cells(line)
     assert shown[0] == "0" and int(shown[1].replace(",", "")) > 1000
-    assert shown[3:14] == "L4 02:1b:21:00:00:01 02:1b:21:00:00:06 0 0 10.0.1.2 10.0.17.8 6 69633 32899 8443".split()
+    assert shown[3:14] == "L4 02:10:00:00:00:01 02:10:00:00:00:06 0 0 10.0.1.2 10.0.17.8 6 69633 32899 8443".split()
     assert shown[14].endswith("; VNI: 69633; GENEVE DECAP; IPFIX Egress")
 
 

@@ -25,7 +25,7 @@ def main():
         ("DVSAliasToSwitchId", b"dvs-production", 64),
         ("DVSAliasToSwitchIdAllTypes", b"dvs-production", 64),
         ("DVSAliasToSwitchId", b"no such alias", 64),
-        ("DVSPortsetNameToAlias", b"DvsPortset-0", 128),
+        ("DVSPortsetNameToAlias", b"portset-0", 128),
         ("DVSPortsetNameToAlias", b"no such portset", 128),
         ("DVSAliasToPortsetName", b"dvs-production", 128),
     ]:

@@ -147,7 +147,7 @@ class TestRecorder:
 platform.Qdp_SetLBParam(b"a portset", 5, ctypes.c_uint64(1 << 63))
 platform.Qdp_SetLBParam(None, 5, ctypes.c_uint64(0))
 platform.Qdp_SetLBParam(b"\\xff", 5, ctypes.c_uint64(0))
-platform.Qdp_MAC_Entry_Ops(0, 3, b"\\0\\x50\\x56\\1\\2\\3\\4", 7, 1)
+platform.Qdp_MAC_Entry_Ops(0, 3, b"\\2\\x40\\0\\1\\2\\3\\4", 7, 1)
 platform.Qdp_Get_Flow_Stats(0, (ctypes.c_uint32 * 2)(1, 2), 2, 9, buffer, word(8))
 platform.Qdp_DumpLBDebugBuf(0, -1, buffer, word(8))
 """)
@@ -155,7 +155,7 @@ platform.Qdp_DumpLBDebugBuf(0, -1, buffer, word(8))
             ["a portset", 5, 1 << 63],
             [None, 5, 0],
             [{"bytes": "ff"}, 5, 0],
-            [0, 3, {"bytes": "005056010203"}, 7, 1],
+            [0, 3, {"bytes": "024000010203"}, 7, 1],
             [0, {"bytes": "0100000002000000"}, 9],
             [0, (1 << 64) - 1],
         ]

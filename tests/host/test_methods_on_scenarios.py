@@ -10,7 +10,7 @@ SAYING = "DumpDecapFlowTable DumpDecapSaFlowTable DumpPortFlow FPOHWDestroy".spl
 
 # What depends on the default scenario: other arguments on the SmartNIC host in mux mode.
 ON_MUX = {
-    "AddMACEntry": (0, 4, 0x00505601CAFE, 7),
+    "AddMACEntry": (0, 4, 0xFECA01004002, 7),
     "MigratePort": None,  # the balancer is automatic
     "UnpinPort": None,
     "MigrateNetQFilter": None,
@@ -30,7 +30,7 @@ ON_MUX = {
         recipes.number(module.ListPorts(0)[2]["hwAddr"]),
     ),
     "TableFlowKeyGet": lambda module: (
-        *(0, recipes.number("02:1b:21:00:00:40"), recipes.number("02:50:56:0a:00:01"), 256, 0, 0, 6, 1),
+        *(0, recipes.number("02:10:00:00:00:40"), recipes.number("02:40:00:0a:00:01"), 256, 0, 0, 6, 1),
         *(0x0A090001, 0, 0x0A090801, 0, 32768, 443),
     ),
     "GetSwitchMuxMode": (0,),

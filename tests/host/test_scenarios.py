@@ -47,7 +47,7 @@ def flow(**members):
 
 
 FLOW_ADDRESS = 'an IP address such as "10.0.0.1" or "2001:db8::1"'
-MAC = 'a MAC address such as "02:1b:21:00:00:01"'
+MAC = 'a MAC address such as "02:10:00:00:00:01"'
 
 FAULTS = {
     "not an object": ([], "expected an object, found a list of 0"),
@@ -92,7 +92,7 @@ FAULTS = {
         f'/switches/0/id: expected a text of 1 to 63 bytes, found "{"x" * 59}...',
     ),
     "no MAC address": (port(mac=12), f"/switches/0/ports/1/mac: expected {MAC}, found 12"),
-    "half a MAC address": (port(mac="02:1b:21"), f'/switches/0/ports/1/mac: expected {MAC}, found "02:1b:21"'),
+    "half a MAC address": (port(mac="02:10:00"), f'/switches/0/ports/1/mac: expected {MAC}, found "02:10:00"'),
     "no IP address": (flow(source="10.0.0"), f'/flows/0/source: expected {FLOW_ADDRESS}, found "10.0.0"'),
     "no name": (
         port(client="VM"),
@@ -397,7 +397,7 @@ class TestTinyScenario:
         assert [(each["name"], each["swID"]) for each in qdp.result("ListSwitches")] == [("a", 0)]
         ports = qdp.result("ListPorts", 0)
         assert [each["clientType"] for each in ports] == ["UPLINK", "VNIC", "VNIC", "VNIC"]
-        assert [each["hwAddr"] for each in ports] == [f"02:1b:21:00:00:0{i}" for i in range(4)]
+        assert [each["hwAddr"] for each in ports] == [f"02:10:00:00:00:0{i}" for i in range(4)]
 
     def test_what_it_has_can_be_asked_for(self, tiny, qdp):
         for name, arguments in {

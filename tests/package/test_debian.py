@@ -97,7 +97,7 @@ def test_the_command_runs_an_example(root, fresh_root, in_fresh_root, tmp_path):
     said = output(
         fresh_root / "usr/bin/qdp-host", "run", root / "examples" / "inventory.py", env=in_fresh_root, cwd=tmp_path
     )
-    assert said.startswith("Switches\n") and "\nPorts of switch 0, DvsPortset-0\n" in said
+    assert said.startswith("Switches\n") and "\nPorts of switch 0, portset-0\n" in said
 
 
 def test_the_command_records_a_scenario_and_replays_it(root, fresh_root, in_fresh_root, tmp_path):

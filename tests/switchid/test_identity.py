@@ -11,8 +11,8 @@ NOT_FOUND = 0xBAD0003
 BAD_PARAMETER = 0xBAD0007
 HANDLE = 0x1000  # of a switch that only scripted answers know
 
-PRODUCTION = b"50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
-SMARTNIC = b"50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03"
+PRODUCTION = b"switch-production"
+SMARTNIC = b"switch-smartnic"
 
 
 def filled(text, size):
@@ -128,7 +128,7 @@ class TestAliasToPortsetName:
     @pytest.mark.parametrize(
         "alias, name",
         [
-            (b"dvs-production", b"DvsPortset-0"),
+            (b"dvs-production", b"portset-0"),
             (b"dvs-storage", b"dvs-storage"),
             (b"dvs-smartnic", SMARTNIC),
             (b"legacy-network", b"legacy-network"),
@@ -231,14 +231,14 @@ class TestPortsetNameToAlias:
         assert resolve(self.function, name, 128) == (BAD_PARAMETER, b"\0" + b"#" * 127)
 
     def test_of_a_portset(self, configured, resolve):
-        assert resolve(self.function, b"DvsPortset-0", 130) == (0, filled(b"dvs-production", 128) + b"##")
+        assert resolve(self.function, b"portset-0", 130) == (0, filled(b"dvs-production", 128) + b"##")
 
-    @pytest.mark.parametrize("name", [b"DvsPortset-", b"nobody", b"vsPortset-0", b"DvsPortset-1"])
+    @pytest.mark.parametrize("name", [b"portset-", b"nobody", b"ortset-0", b"portset-1"])
     def test_of_an_unknown_name(self, configured, resolve, name):
         assert resolve(self.function, name, 128) == (0, bytes(128))
 
     def test_a_longer_name_matches_its_beginning(self, configured, resolve):
-        assert resolve(self.function, b"DvsPortset-01", 128) == (0, filled(b"dvs-production", 128))
+        assert resolve(self.function, b"portset-01", 128) == (0, filled(b"dvs-production", 128))
 
     def portset(self, host, value, index=0):
         host.script("DVSState_HostPropLookup", outputs=[(1).to_bytes(8, "little")])
@@ -249,9 +249,9 @@ class TestPortsetNameToAlias:
         assert resolve(self.function, b"whatever", 128) == (0, filled(b"dvs-production", 128))
 
     def test_without_an_alias_property_the_name_itself(self, configured, resolve):
-        self.portset(configured, b"DvsPortset-0\0")
+        self.portset(configured, b"portset-0\0")
         configured.fail("DVSState_GlobalPropLookup", NOT_FOUND)
-        assert resolve(self.function, b"DvsPortset-0-and-more", 128) == (0, filled(b"DvsPortset-0-and-more", 128))
+        assert resolve(self.function, b"portset-0-and-more", 128) == (0, filled(b"portset-0-and-more", 128))
 
     def test_without_an_alias_property_a_long_name_keeps_room_for_its_nul(self, configured, resolve):
         self.portset(configured, b"n\0")
@@ -259,10 +259,10 @@ class TestPortsetNameToAlias:
         assert resolve(self.function, b"n" * 200, 130) == (0, b"n" * 127 + b"\0##")
 
     def test_a_long_alias_is_cut_to_128_bytes(self, configured, resolve):
-        self.portset(configured, b"DvsPortset-0\0")
+        self.portset(configured, b"portset-0\0")
         configured.script("DVSState_GlobalPropLookup", outputs=[(1).to_bytes(8, "little")])
         configured.script("DVSData_Data", outputs=[b"a" * 200 + b"\0"])
-        assert resolve(self.function, b"DvsPortset-0", 130) == (0, b"a" * 128 + b"##")
+        assert resolve(self.function, b"portset-0", 130) == (0, b"a" * 128 + b"##")
 
     def test_every_switch_is_asked_until_one_matches(self, configured, resolve):
         with configured.recording() as calls:
@@ -270,7 +270,7 @@ class TestPortsetNameToAlias:
         asked = [call.arguments[0] for call in calls if call.operation == "DVSState_HostPropLookup"]
         assert len(asked) == 4
         with configured.recording() as calls:
-            resolve(self.function, b"DvsPortset-0", 128)
+            resolve(self.function, b"portset-0", 128)
         asked = [call.arguments[0] for call in calls if call.operation == "DVSState_HostPropLookup"]
         assert asked == [PRODUCTION.decode()]
 

@@ -5,7 +5,7 @@ import pytest
 from observe import Call, standard_error
 
 KEY = "com.tarnix.wyx.qdp.burstsize"
-PRODUCTION = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+PRODUCTION = "switch-production"
 
 
 def read(core, *arguments):

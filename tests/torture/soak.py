@@ -44,7 +44,7 @@ RAISED = (ValueError, OSError, SystemError, TypeError)
 COMPLAINTS = ("returned a result with an exception set", "returned NULL without setting an exception")
 
 NUMBERS = [15, 16, 63, 64, 1023, 1024, 4094, 4095, 16383, 16384, 0xFFFF, 1 << 22, 0xFFFFFFFF, 1 << 32, -1, 1 << 63, 1 << 80]
-TEXTS = [ALIAS, "dvs-storage", "vmnic0", "vmnic1", "VLANMAC", "cpu", "count", "none", "cpuload_low", "10.20.0.5", "fe80::1", "", "unknown"]
+TEXTS = [ALIAS, "dvs-storage", "nic0", "nic1", "VLANMAC", "cpu", "count", "none", "cpuload_low", "10.20.0.5", "fe80::1", "", "unknown"]
 OTHERS = [None, 1.5, b"cpu", [1], object(), "nul\0", "\udc80"]
 
 

@@ -96,7 +96,7 @@ class PortInfo(TypedDict):
     qdpPortID: int  # the datapath's own id of the port
     numTxQ: int  # transmit queues, length of txQLM
     numRxQ: int  # receive queues, length of rxQLM
-    hwAddr: str  # MAC address, "00:11:22:aa:bb:cc"
+    hwAddr: str  # MAC address, "02:11:22:aa:bb:cc"
     numMACs: int
     clientType: ClientType
     txQLM: list[int]  # a byte per transmit queue, 0..255; its meaning is the datapath's
@@ -171,7 +171,7 @@ def GetPortStats(switch: int, port: int, /) -> PortCounters | None:
 class MACEntry(TypedDict):
     """One learned or static MAC address."""
 
-    macAddr: str  # "00:11:22:aa:bb:cc"
+    macAddr: str  # "02:11:22:aa:bb:cc"
     vlanID: int
     qdpPortID: int  # the datapath's own id of the port that the address is behind
     macGenDiff: int  # generation difference
@@ -221,7 +221,7 @@ def AddMACEntry(switch: int, port: int, mac: int, vlan: int, /) -> None:
 
     switch: only its upper 16 bits count; the switch number that results must be 0..15
     port: port id, passed as given
-    mac: the address as a number (signed 64-bit), least significant byte first: 0x554433221100 is 00:11:22:33:44:55;
+    mac: the address as a number (signed 64-bit), least significant byte first: 0x554433221102 is 02:11:22:33:44:55;
         its top 16 bits are ignored
     vlan: VLAN id in the low 16 bits, switch number in the upper 16 bits
 
@@ -365,7 +365,7 @@ def DumpFlowTable(
     start_index: 0 for the first page; anything but 4294967295
     option: low 8 bits, passed as given
     source_mac_filter, destination_mac_filter: low 8 bits; non-zero to filter by the MAC that follows
-    source_mac, destination_mac: "00:11:22:aa:bb:cc", read only when its filter is on; a text that is no MAC is not
+    source_mac, destination_mac: "02:11:22:aa:bb:cc", read only when its filter is on; a text that is no MAC is not
         reported
     source_ip_version, destination_ip_version: 0 no filter, 4 IPv4, any other IPv6
     source_ip, destination_ip: address text of that version, read only when the version is not 0

@@ -9,7 +9,7 @@ import _libqdp
 from observe import INVALID_PARAMETER, Call, Capacity, Outcome, exact, refused
 
 ALIAS = "dvs-production"
-ID = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+ID = "switch-production"
 KEY = "com.tarnix.wyx.qdp.fpo"
 
 FIND = Call("DVSState_SwitchFindByAlias", [ALIAS])

@@ -39,8 +39,8 @@ def encapsulation(dmac, smac, area):
 def record(geneve_area, gre_area, valid=1, geneve=1, geneve_ipv6=0, gre_ipv6=0, port=0xFFFFFFFF, mtu=9000, to=6081):
     return (
         struct.pack("<IHHbbBB", port, mtu, to, valid, geneve, geneve_ipv6, gre_ipv6)
-        + encapsulation("0a0b0c0d0e0f", "101112131415", geneve_area)
-        + encapsulation("fffefdfcfbfa", "000102030405", gre_area)
+        + encapsulation("0a0b0c0d0e0f", "121314151617", geneve_area)
+        + encapsulation("fffefdfcfbfa", "020304050607", gre_area)
     )
 
 
@@ -50,8 +50,8 @@ V6 = addresses(ipv6("fe80::1"), ipv6("2001:db8::ff"))
 OTHER_V6 = addresses(ipv6("::"), ipv6("1:2:3:4:5:6:7:8"))
 
 HEAD = {"isValid": 1, "srcPort": 0xFFFFFFFF, "dstPort": 6081, "mtu": 9000, "isGeneve": 1}
-GENEVE_MACS = {"geneve_smac": "10:11:12:13:14:15", "geneve_dmac": "0a:0b:0c:0d:0e:0f"}
-GRE_MACS = {"gre_smac": "00:01:02:03:04:05", "gre_dmac": "ff:fe:fd:fc:fb:fa"}
+GENEVE_MACS = {"geneve_smac": "12:13:14:15:16:17", "geneve_dmac": "0a:0b:0c:0d:0e:0f"}
+GRE_MACS = {"gre_smac": "02:03:04:05:06:07", "gre_dmac": "ff:fe:fd:fc:fb:fa"}
 
 
 class TestGetL3SPANRecord:

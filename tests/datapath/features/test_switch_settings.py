@@ -10,8 +10,8 @@ import _libqdp
 from observe import Call, Capacity, Outcome, exact, refused
 
 ALIAS = "dvs-production"
-ID = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
-PORTSET = "DvsPortset-0"
+ID = "switch-production"
+PORTSET = "portset-0"
 
 FIND = Call("DVSState_SwitchFindByAlias", [ALIAS])
 FREE = Call("DVSHCK_DataFree", [])
@@ -239,7 +239,7 @@ class TestEmbeddedDatapath:
 
     @every_setting_of_the_datapath
     def test_an_unknown_portset_is_refused(self, configured, setting):
-        for name in (b"", b"DvsPortset-", b"DvsPortset-00", b"dvs-production"):
+        for name in (b"", b"portset-", b"portset-00", b"dvs-production"):
             status, value = self.ask(configured, setting, *self.arguments(setting, name))
             assert (status != 0, value) == (True, 0)
 

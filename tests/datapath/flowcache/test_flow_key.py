@@ -7,7 +7,7 @@ import pytest
 
 from datapath.flowcache.records import IPV6, L3, L4, golden, ipv4, ipv6, key
 
-FIRST, SECOND = bytes.fromhex("021b21000001"), bytes.fromhex("0aff00c00d0e")
+FIRST, SECOND = bytes.fromhex("021000000001"), bytes.fromhex("0aff00c00d0e")
 KEY_TEXTS = golden("keys.txt")
 
 # The addresses of an IPv4 key stand one behind the other; what follows them is not looked at.

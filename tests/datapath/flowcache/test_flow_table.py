@@ -126,7 +126,7 @@ class TestDumpFlowTable:
             start_index=0xFFFFFFFE,
             option=5,
             source_mac_filter=1,
-            source_mac="02:1b:21:00:0a:ff",
+            source_mac="02:1b:3c:00:0a:ff",
             destination_mac_filter=2,
             destination_mac="AA:BB:CC:DD:EE:0F",
             source_ip_version=4,
@@ -144,7 +144,7 @@ class TestDumpFlowTable:
             63,
             0xFFFFFFFE,
             5,
-            (1, bytes.fromhex("021b21000aff")),
+            (1, bytes.fromhex("021b3c000aff")),
             (2, bytes.fromhex("aabbccddee0f")),
             (4, ipv4("10.1.2.3")),
             (6, ipv6("2001:db8::1")),
@@ -172,13 +172,13 @@ class TestDumpFlowTable:
     @pytest.mark.parametrize(
         "text, mac",
         [
-            ("02:1b:21:00:0a:ff", "021b21000aff"),
+            ("02:1b:3c:00:0a:ff", "021b3c000aff"),
             ("2:B:1:0:a:F", "020b01000a0f"),
             (" 2: b:1:0:a:f rest", "020b01000a0f"),
-            ("02:1b:21:00:0a:ff:77", "021b21000aff"),
-            ("02:1b:21", "021b21000000"),
-            ("02-1b-21-00-0a-ff", "020000000000"),
-            ("021b21000aff", "020000000000"),
+            ("02:1b:3c:00:0a:ff:77", "021b3c000aff"),
+            ("02:1b:3c", "021b3c000000"),
+            ("02-1b-3c-00-0a-ff", "020000000000"),
+            ("021b3c000aff", "020000000000"),
             ("", "000000000000"),
             ("zz", "000000000000"),
         ],
@@ -189,7 +189,7 @@ class TestDumpFlowTable:
 
     @pytest.mark.parametrize("side", ["source", "destination"])
     def test_texts_of_filters_that_are_off_are_not_read(self, host, qdp, side):
-        texts = {side + "_mac": "02:1b:21:00:0a:ff", side + "_ip": "any text"}
+        texts = {side + "_mac": "02:1b:3c:00:0a:ff", side + "_ip": "any text"}
         assert self.asked(host, qdp, **texts) == bytes(96)
 
     @pytest.mark.parametrize("side, place", [("source", 28), ("destination", 48)])
@@ -261,7 +261,7 @@ class TestDumpFlowTable:
         web = entry(
             key(
                 L4,
-                bytes.fromhex("021b21000001"),
+                bytes.fromhex("021000000001"),
                 bytes.fromhex("0aff00c00d0e"),
                 100,
                 5,
@@ -573,7 +573,7 @@ class TestEmbeddedHost:
     @pytest.mark.parametrize(
         "column, wanted",
         [
-            (1, {"source_mac_filter": 1, "source_mac": "02:1b:21:00:00:03"}),
+            (1, {"source_mac_filter": 1, "source_mac": "02:10:00:00:00:03"}),
             (2, {"destination_mac_filter": 1, "destination_mac": "01:00:5e:00:00:fb"}),
             (5, {"source_ip_version": 4, "source_ip": "10.0.4.5"}),
             (6, {"destination_ip_version": 4, "destination_ip": "224.0.0.251"}),
@@ -592,7 +592,7 @@ class TestEmbeddedHost:
         assert self.table(qdp, 0, source_ip_version=4, source_ip="0.0.0.0") == []
 
     def test_filters_narrow_each_other(self, qdp):
-        wanted = {"source_mac_filter": 1, "source_mac": "02:1b:21:00:00:04", "source_ip_version": 4}
+        wanted = {"source_mac_filter": 1, "source_mac": "02:10:00:00:00:04", "source_ip_version": 4}
         assert len(self.table(qdp, 0, **wanted, source_ip="10.0.4.5")) == 1
         assert self.table(qdp, 0, **wanted, source_ip="10.0.4.15") == []
 

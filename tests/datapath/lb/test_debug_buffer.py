@@ -90,7 +90,7 @@ class TestDumpLBDebugBuf:
 
     def test_embedded_host(self, qdp):
         lines = qdp.result("DumpLBDebugBuf", 1, 0).splitlines()
-        assert lines[:2] == ["[    0.000] dvs-storage: 4 lcores, 8 ports", "[    0.000] vmnic4 rx 0 -> context 0"]
+        assert lines[:2] == ["[    0.000] dvs-storage: 4 lcores, 8 ports", "[    0.000] nic4 rx 0 -> context 0"]
 
     def test_embedded_host_adds_what_happens(self, configured, qdp):
         configured.freeze()

@@ -9,11 +9,11 @@ from adversity import starved
 from observe import Call, Capacity, Outcome, refused, standard_error
 
 KEY = "com.tarnix.wyx.qdp.loadbal"
-PRODUCTION = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+PRODUCTION = "switch-production"
 
 GET = Call("DVSHCK_HostPropGet", [PRODUCTION, KEY, Capacity(0)])
 FREE = Call("DVSHCK_DataFree", [])
-PARAMETERS = Call("Qdp_GetLBParams", ["DvsPortset-0", Capacity(96)])
+PARAMETERS = Call("Qdp_GetLBParams", ["portset-0", Capacity(96)])
 
 NAMES = ["none", "cpu", "count"]
 
@@ -178,5 +178,5 @@ class TestSetLBMetric:
     def test_embedded_hosts_balancer_follows_the_property(self, configured, qdp, code, name):
         qdp.result("SetLBMetric", "dvs-production", name)
         record = (ctypes.c_uint32 * 24)()
-        assert configured.libqdp.Qdp_GetLBParams(b"DvsPortset-0", record) == 0
+        assert configured.libqdp.Qdp_GetLBParams(b"portset-0", record) == 0
         assert record[0] == code

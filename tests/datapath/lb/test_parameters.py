@@ -20,7 +20,7 @@ NAMES = [
     "pps_var_sensitivity",
     "cpu_var_sensitivity",
 ]
-SMARTNIC = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03"
+SMARTNIC = "switch-smartnic"
 
 NOT_PARSED = (ValueError, "invalid parameter passed.")
 UNKNOWN_NAME = (ValueError, "Unknown parameter name.")
@@ -56,7 +56,7 @@ class TestGetLBParams:
         values = [(1 << 64) - 1, 1 << 63, (1 << 63) - 1, 1 << 32, 0xFFFFFFFF, 5, 6, 7, 8, 0]
         configured.script("Qdp_GetLBParams", outputs=[record(values)])
         assert call("GetLBParams", "dvs-production") == Outcome(
-            dict(zip(NAMES, values)), calls=[get("DvsPortset-0")]
+            dict(zip(NAMES, values)), calls=[get("portset-0")]
         )
 
     def test_what_the_library_leaves_out_is_zero(self, configured, qdp):
@@ -79,7 +79,7 @@ class TestGetLBParams:
     def test_a_refusing_library(self, configured, call, status):
         configured.fail("Qdp_GetLBParams", status)
         assert call("GetLBParams", "dvs-production") == Outcome(
-            raised=(OSError, "failed to get parameters."), calls=[get("DvsPortset-0")]
+            raised=(OSError, "failed to get parameters."), calls=[get("portset-0")]
         )
 
     @pytest.mark.parametrize("arguments", [(), ("a", "b"), (1,), (None,), ("a\0b",)])
@@ -105,7 +105,7 @@ class TestSetLBParam:
     @pytest.mark.parametrize("parameter, name", enumerate(NAMES))
     def test_the_parameter_is_named_by_its_id(self, configured, call, parameter, name):
         assert call("SetLBParam", "dvs-production", name, 77) == Outcome(
-            None, calls=[set_("DvsPortset-0", parameter, 77)]
+            None, calls=[set_("portset-0", parameter, 77)]
         )
 
     @pytest.mark.parametrize(
@@ -114,7 +114,7 @@ class TestSetLBParam:
     )
     def test_any_value_of_64_bits(self, configured, call, value, passed):
         assert call("SetLBParam", "dvs-production", "cpuload_high", value) == Outcome(
-            None, calls=[set_("DvsPortset-0", 1, passed)]
+            None, calls=[set_("portset-0", 1, passed)]
         )
 
     @pytest.mark.parametrize("name", ["RUN_IN_MSEC", "run_in_mse", "run_in_msecs", "", "metric", "0"])
@@ -132,7 +132,7 @@ class TestSetLBParam:
     def test_a_refusing_library(self, configured, call, status):
         configured.fail("Qdp_SetLBParam", status)
         assert call("SetLBParam", "dvs-production", "cpuload_low", 1) == Outcome(
-            raised=(OSError, "failed to set parameter."), calls=[set_("DvsPortset-0", 2, 1)]
+            raised=(OSError, "failed to set parameter."), calls=[set_("portset-0", 2, 1)]
         )
 
     @pytest.mark.parametrize(
@@ -152,6 +152,6 @@ class TestSetLBParam:
         assert qdp.result("GetLBParams", "dvs-storage") == other
 
     def test_embedded_host_has_no_other_parameters(self, host):
-        assert host.libqdp.Qdp_SetLBParam(b"DvsPortset-0", 9, 1) == 0
-        assert host.libqdp.Qdp_SetLBParam(b"DvsPortset-0", 10, 1) != 0
-        assert host.libqdp.Qdp_SetLBParam(b"DvsPortset-1", 9, 1) != 0
+        assert host.libqdp.Qdp_SetLBParam(b"portset-0", 9, 1) == 0
+        assert host.libqdp.Qdp_SetLBParam(b"portset-0", 10, 1) != 0
+        assert host.libqdp.Qdp_SetLBParam(b"portset-1", 9, 1) != 0

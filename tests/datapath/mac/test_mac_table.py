@@ -117,7 +117,7 @@ class TestListPortMACTable:
         # Port 3 of switch 0: its own address and three behind it, in VLAN 103.
         listed = qdp.result("ListPortMACTable", 0, 3)
         assert (listed["MacLimit"], listed["LimitExceeded"]) == (1024, 0)
-        assert addresses(qdp, 0, 3) == ["02:1b:21:00:00:03"] + ["0a:2e:8a:00:03:0%d" % i for i in range(3)]
+        assert addresses(qdp, 0, 3) == ["02:10:00:00:00:03"] + ["02:20:00:00:03:0%d" % i for i in range(3)]
         assert {(each["vlanID"], each["qdpPortID"]) for each in listed["MacTableList"]} == {(103, 0x04000003)}
 
     def test_embedded_host_entries_age(self, host, qdp):
@@ -299,8 +299,8 @@ class EntryOperation:
     operation = None
     refusal = ""
 
-    MAC = 0x0000554433221100
-    MAC_BYTES = bytes([0x00, 0x11, 0x22, 0x33, 0x44, 0x55])
+    MAC = 0x0000554433221102
+    MAC_BYTES = bytes([0x02, 0x11, 0x22, 0x33, 0x44, 0x55])
 
     def call(self, switch, port, mac, vlan):
         return Call("Qdp_MAC_Entry_Ops", [switch, port, mac, vlan, self.operation])
@@ -344,7 +344,7 @@ class EntryOperation:
             (0, bytes(6)),
             (1, b"\x01\0\0\0\0\0"),
             (0x0000C00000000000, b"\0\0\0\0\0\xc0"),
-            (0x7FFF554433221100, MAC_BYTES),
+            (0x7FFF554433221102, MAC_BYTES),
             (-1, b"\xff" * 6),
             (-(1 << 63), bytes(6)),
             ((1 << 63) - 1, b"\xff" * 6),
@@ -369,7 +369,7 @@ class EntryOperation:
             (0, 0, 0, 0, 0),
             ("0", 0, 0, 0),
             (0, None, 0, 0),
-            (0, 0, "00:11:22:33:44:55", 0),
+            (0, 0, "02:11:22:33:44:55", 0),
             (0, 0, 0, 1.0),
         ],
     )
@@ -414,7 +414,7 @@ class TestAddMACEntry(EntryOperation):
         host.freeze()
         before = qdp.result("ListPortMACTable", 1, 4)["MacTableList"]
         qdp.result("AddMACEntry", 0, 4, self.MAC, 0x00010064)
-        added = {"macAddr": "00:11:22:33:44:55", "vlanID": 100, "qdpPortID": 0x04010004, "macGenDiff": 0}
+        added = {"macAddr": "02:11:22:33:44:55", "vlanID": 100, "qdpPortID": 0x04010004, "macGenDiff": 0}
         assert qdp.result("ListPortMACTable", 1, 4)["MacTableList"] == [*before, added]
         assert qdp.result("ListSwitchMACTable", 1)["MacTableList"][-1] == added
         host.advance(300)
@@ -435,7 +435,7 @@ class TestAddMACEntry(EntryOperation):
         qdp.result("AddMACEntry", 0, 3, own, 103)
         qdp.result("AddMACEntry", 0, 3, self.MAC, 103)
         qdp.result("ResetPort", 0, 3, 0)
-        assert addresses(qdp, 0, 3) == [before[0], "00:11:22:33:44:55", *before[1:]]
+        assert addresses(qdp, 0, 3) == [before[0], "02:11:22:33:44:55", *before[1:]]
 
     def test_embedded_host_limits_a_port(self, host, qdp):
         qdp.result("ClearPortMACTable", 0, 3)

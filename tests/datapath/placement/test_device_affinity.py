@@ -25,9 +25,9 @@ class TestListDevAffinity:
         return qdp.result("ListDevAffinity")
 
     def test_one_dict_a_device_in_record_order(self, host, qdp):
-        host.script("Qdp_List_Dev_Affinity", outputs=[devices(device(b"vmnic0", 1), device(b"vmnic9", 0xFFFFFFFF))])
+        host.script("Qdp_List_Dev_Affinity", outputs=[devices(device(b"nic0", 1), device(b"nic9", 0xFFFFFFFF))])
         assert qdp.call("ListDevAffinity") == Outcome(
-            [{"devname": "vmnic0", "affinity": 1}, {"devname": "vmnic9", "affinity": 0xFFFFFFFF}], calls=[self.call]
+            [{"devname": "nic0", "affinity": 1}, {"devname": "nic9", "affinity": 0xFFFFFFFF}], calls=[self.call]
         )
 
     @pytest.mark.parametrize("record", [devices(), b""])
@@ -49,9 +49,9 @@ class TestListDevAffinity:
         )
 
     def test_devices_beyond_the_record_read_as_zero(self, host, qdp):
-        entries = [device(b"vmnic%d" % i, i) for i in range(32)]
+        entries = [device(b"nic%d" % i, i) for i in range(32)]
         listed = self.listed(host, qdp, devices(*entries, count=34))
-        assert listed[:32] == [{"devname": "vmnic%d" % i, "affinity": i} for i in range(32)]
+        assert listed[:32] == [{"devname": "nic%d" % i, "affinity": i} for i in range(32)]
         assert listed[32:] == [{"devname": "", "affinity": 0}] * 2
 
     @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
@@ -63,7 +63,7 @@ class TestListDevAffinity:
 
     def test_embedded_host(self, qdp):
         assert qdp.result("ListDevAffinity") == [
-            {"devname": f"vmnic{number}", "affinity": node}
+            {"devname": f"nic{number}", "affinity": node}
             for number, node in [(0, 0), (1, 1), (4, 0), (5, 1), (8, 0), (9, 1)]
         ]
 
@@ -91,9 +91,9 @@ class TestSetDevAffinity:
 
     def test_embedded_host_lists_what_was_set(self, qdp):
         before = qdp.result("ListDevAffinity")
-        qdp.result("SetDevAffinity", "vmnic4", 0xFFFFFFFF)
+        qdp.result("SetDevAffinity", "nic4", 0xFFFFFFFF)
         before[2]["affinity"] = 0xFFFFFFFF
         assert qdp.result("ListDevAffinity") == before
 
     def test_embedded_host_has_no_such_device(self, qdp):
-        assert qdp.call("SetDevAffinity", "vmnic2", 1).printed == "ValueError: Failed to set device affinity.\n"
+        assert qdp.call("SetDevAffinity", "nic2", 1).printed == "ValueError: Failed to set device affinity.\n"

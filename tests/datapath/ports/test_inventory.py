@@ -35,7 +35,7 @@ class TestListSwitches:
             "Qdp_Get_Switch_List",
             outputs=[
                 switch_list(
-                    switch_entry(b"DvsPortset-0", 3, 16384, 7, 9, 9000, 2, 0b11),
+                    switch_entry(b"portset-0", 3, 16384, 7, 9, 9000, 2, 0b11),
                     switch_entry(b"second", 0xFFFFFFFF, *[0x80000000 + i for i in (1, 3, 5, 7, 9)], 1 << 63 | 1),
                 )
             ],
@@ -43,7 +43,7 @@ class TestListSwitches:
         assert qdp.call("ListSwitches") == Outcome(
             [
                 {
-                    "name": "DvsPortset-0",
+                    "name": "portset-0",
                     "swID": 3,
                     "maxPorts": 16384,
                     "numActivePorts": 7,
@@ -104,9 +104,9 @@ class TestListSwitches:
 
     def test_embedded_host(self, qdp):
         assert [(each["name"], each["swID"], each["numPorts"]) for each in qdp.result("ListSwitches")] == [
-            ("DvsPortset-0", 0, 36),
+            ("portset-0", 0, 36),
             ("dvs-storage", 1, 8),
-            ("50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 03", 2, 35),
+            ("switch-smartnic", 2, 35),
         ]
 
 

@@ -182,11 +182,11 @@ class TestGetPortConf:
 
     def test_lists_beyond_the_record_read_as_zero(self, host, qdp):
         """The counts are trusted: the lists go on into what follows them in the record, and then into zeros."""
-        listed = self.conf(host, qdp, (16, "I", 300), (48, "I", 258), (1338, "3H", 0x0101, 0x0202, 0x0303))
+        listed = self.conf(host, qdp, (16, "I", 300), (48, "I", 258), (1336, "4H", 2, 0x0101, 0x0202, 0x0303))
         # Address i lies at 52 + 6 * i: 214 ends at 1342, and two bytes are left of 215.
         assert len(listed["mcastAddrList"]) == 300
-        assert listed["mcastAddrList"][214:] == ["00:00:01:01:02:02", "03:03:00:00:00:00"] + ["00:00:00:00:00:00"] * 84
-        assert listed["vlanRanges"][254:] == ["0-257", "514-771", "0-0", "0-0"]
+        assert listed["mcastAddrList"][214:] == ["02:00:01:01:02:02", "03:03:00:00:00:00"] + ["00:00:00:00:00:00"] * 84
+        assert listed["vlanRanges"][254:] == ["2-257", "514-771", "0-0", "0-0"]
 
     @pytest.mark.parametrize("switch, port", [(0, 0), (15, 16383)])
     def test_bounds_that_are_accepted(self, host, qdp, switch, port):

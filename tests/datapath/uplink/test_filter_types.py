@@ -8,7 +8,7 @@ import pytest
 from observe import Call, Capacity, Outcome, refused, standard_error
 
 KEY = "com.tarnix.wyx.qdp.filterType"
-PRODUCTION = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+PRODUCTION = "switch-production"
 EMBEDDED_NULL = (ValueError, "embedded null character")
 
 UNKNOWN_ALIAS = "Failed to find dvs ID for dvs alias nobody.\n"
@@ -19,7 +19,7 @@ NO_CLASSES = "Failed to get current support FilterClasses on switch\n"
 CANNOT_WRITE = "Failed to set DVS property com.tarnix.wyx.qdp.filterType\n"
 
 GET = Call("DVSHCK_HostPropGet", [PRODUCTION, KEY, Capacity(0)])
-ASK = Call("Qdp_GetSwitchFilterTypes", ["DvsPortset-0", Capacity(2)])
+ASK = Call("Qdp_GetSwitchFilterTypes", ["portset-0", Capacity(2)])
 
 
 def setting(mask, version=0):

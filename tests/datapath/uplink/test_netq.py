@@ -9,7 +9,7 @@ from heap import COUNTS_BYTES, bytes_in_use
 from observe import Call, Capacity, Outcome, refused
 
 INFO_BYTES = 524288
-MAC = bytes([0x00, 0x11, 0x22, 0x33, 0x44, 0x55])
+MAC = bytes([0x02, 0x11, 0x22, 0x33, 0x44, 0x55])
 INNER = bytes([0xFF, 0x0A, 0x00, 0x80, 0xC0, 0x01])
 
 
@@ -70,12 +70,12 @@ class TestGetPortNetQInfo:
                 "swID": 3,
                 "qdpPortID": 0x04000007,
                 "filters": [
-                    {"rxf": "macOnly:00:11:22:33:44:55", "qInfo": [{"qdpPortID": 1, "qid": 2, "fid": 3}]},
+                    {"rxf": "macOnly:02:11:22:33:44:55", "qInfo": [{"qdpPortID": 1, "qid": 2, "fid": 3}]},
                     {
-                        "rxf": "vxlan:outer:00:11:22:33:44:55:inner:ff:0a:00:80:c0:01:vni:5000",
+                        "rxf": "vxlan:outer:02:11:22:33:44:55:inner:ff:0a:00:80:c0:01:vni:5000",
                         "qInfo": [{"qdpPortID": 4, "qid": 5, "fid": 6}, {"qdpPortID": 7, "qid": 8, "fid": 1 << 40}],
                     },
-                    {"rxf": "vlanMac:00:11:22:33:44:55:vlanID:100", "qInfo": []},
+                    {"rxf": "vlanMac:02:11:22:33:44:55:vlanID:100", "qInfo": []},
                 ],
             },
             calls=[self.call],
@@ -97,19 +97,19 @@ class TestGetPortNetQInfo:
     @pytest.mark.parametrize(
         "kind, key, text",
         [
-            (0, MAC, "macOnly:00:11:22:33:44:55"),
+            (0, MAC, "macOnly:02:11:22:33:44:55"),
             (0, INNER, "macOnly:ff:0a:00:80:c0:01"),
-            (1, MAC + struct.pack("<H", 100), "vlanMac:00:11:22:33:44:55:vlanID:100"),
+            (1, MAC + struct.pack("<H", 100), "vlanMac:02:11:22:33:44:55:vlanID:100"),
             (1, INNER + b"\xff\xff", "vlanMac:ff:0a:00:80:c0:01:vlanID:65535"),
             (
                 2,
                 MAC + INNER + struct.pack("<I", 0),
-                "geneve:outer:00:11:22:33:44:55:inner:ff:0a:00:80:c0:01:vni:0",
+                "geneve:outer:02:11:22:33:44:55:inner:ff:0a:00:80:c0:01:vni:0",
             ),
             (
                 2,
                 INNER + MAC + b"\xff" * 4,
-                "geneve:outer:ff:0a:00:80:c0:01:inner:00:11:22:33:44:55:vni:4294967295",
+                "geneve:outer:ff:0a:00:80:c0:01:inner:02:11:22:33:44:55:vni:4294967295",
             ),
             (
                 3,
@@ -131,7 +131,7 @@ class TestGetPortNetQInfo:
             host, qdp, netq_filter(7, b"12345", queue_item(1, 2, 3)), netq_filter(0, MAC, queue_item(4, 5, 6))
         ) == [
             {"rxf": "UnknownFilter", "qInfo": [{"qdpPortID": 1, "qid": 2, "fid": 3}]},
-            {"rxf": "macOnly:00:11:22:33:44:55", "qInfo": [{"qdpPortID": 4, "qid": 5, "fid": 6}]},
+            {"rxf": "macOnly:02:11:22:33:44:55", "qInfo": [{"qdpPortID": 4, "qid": 5, "fid": 6}]},
         ]
 
     def test_queues_at_the_extremes(self, host, qdp):
@@ -145,17 +145,17 @@ class TestGetPortNetQInfo:
 
     @pytest.mark.parametrize("kind", range(4))
     def test_a_key_without_bytes_is_read_from_the_queues(self, host, qdp, kind):
-        item = queue_item(0x33221100, 0x00645544, 9)
+        item = queue_item(0x33221102, 0x00665544, 9)
         first, second = self.filters(host, qdp, netq_filter(kind, b"", item), netq_filter(0, INNER))
-        mac = "00:11:22:33:44:55"
+        mac = "02:11:22:33:44:55"
         assert first == {
             "rxf": [
                 f"macOnly:{mac}",
-                f"vlanMac:{mac}:vlanID:100",
-                f"geneve:outer:{mac}:inner:64:00:09:00:00:00:vni:0",
-                f"vxlan:outer:{mac}:inner:64:00:09:00:00:00:vni:0",
+                f"vlanMac:{mac}:vlanID:102",
+                f"geneve:outer:{mac}:inner:66:00:09:00:00:00:vni:0",
+                f"vxlan:outer:{mac}:inner:66:00:09:00:00:00:vni:0",
             ][kind],
-            "qInfo": [{"qdpPortID": 0x33221100, "qid": 0x00645544, "fid": 9}],
+            "qInfo": [{"qdpPortID": 0x33221102, "qid": 0x00665544, "fid": 9}],
         }
         assert second["rxf"] == "macOnly:ff:0a:00:80:c0:01"
 
@@ -236,17 +236,17 @@ class TestGetPortNetQInfo:
     def test_embedded_host_has_filters_of_every_type(self, qdp):
         ports = [qdp.result("GetPortNetQInfo", 0, port) for port in range(2, 6)]
         assert [port["filters"][0]["rxf"] for port in ports] == [
-            "geneve:outer:02:1b:21:00:00:00:inner:02:1b:21:00:00:02:vni:5002",
-            "vxlan:outer:02:1b:21:00:00:00:inner:02:1b:21:00:00:03:vni:5003",
-            "macOnly:02:1b:21:00:00:04",
-            "vlanMac:02:1b:21:00:00:05:vlanID:105",
+            "geneve:outer:02:10:00:00:00:00:inner:02:10:00:00:00:02:vni:5002",
+            "vxlan:outer:02:10:00:00:00:00:inner:02:10:00:00:00:03:vni:5003",
+            "macOnly:02:10:00:00:00:04",
+            "vlanMac:02:10:00:00:00:05:vlanID:105",
         ]
         assert [port["isFlowFilter"] for port in ports] == [1, 1, 0, 0]
         assert {port["isUplink"] for port in ports} == {0}
 
     def test_embedded_host_uplinks_list_what_steers_to_them(self, qdp):
         vnics = [qdp.result("GetPortNetQInfo", 0, port) for port in range(2, 32)]
-        assert qdp.result("GetPortNetQInfo", 0, 33)["filters"] == []  # of a vmk
+        assert qdp.result("GetPortNetQInfo", 0, 33)["filters"] == []  # of a port of the kernel
         for port in range(2):
             uplink = qdp.result("GetPortNetQInfo", 0, port)
             assert (uplink["isUplink"], uplink["swID"], uplink["qdpPortID"]) == (1, 0, 0x04000000 + port)

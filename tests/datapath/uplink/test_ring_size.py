@@ -57,9 +57,9 @@ class TestGetUplinkRingSize:
         assert qdp.call("GetUplinkRingSize", "a", "b\0c") == refused(left_set=EMBEDDED_NULL)
 
     def test_embedded_host(self, qdp):
-        assert qdp.result("GetUplinkRingSize", "dvs-production", "vmnic0") == (2048, 1024)
+        assert qdp.result("GetUplinkRingSize", "dvs-production", "nic0") == (2048, 1024)
 
-    @pytest.mark.parametrize("switch, port", [("dvs-production", "vmnic99"), ("nobody", "vmnic0")])
+    @pytest.mark.parametrize("switch, port", [("dvs-production", "nic99"), ("nobody", "nic0")])
     def test_embedded_host_has_no_such_port(self, qdp, switch, port):
         assert qdp.call("GetUplinkRingSize", switch, port).printed == (
             "ValueError: Failed to read property data length.\n"
@@ -109,17 +109,17 @@ class TestSetUplinkRingSize:
     def test_a_text_with_a_nul(self, qdp):
         assert qdp.call("SetUplinkRingSize", "a\0", "b", 32, 32) == refused(left_set=EMBEDDED_NULL)
 
-    @pytest.mark.parametrize("switch", ["dvs-production", "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"])
+    @pytest.mark.parametrize("switch", ["dvs-production", "switch-production"])
     def test_embedded_host_keeps_them_per_port(self, qdp, switch):
-        qdp.result("SetUplinkRingSize", switch, "vmnic1", 4096, 512)
-        assert qdp.result("GetUplinkRingSize", "dvs-production", "vmnic1") == (4096, 512)
-        assert qdp.result("GetUplinkRingSize", "dvs-production", "vmnic0") == (2048, 1024)
+        qdp.result("SetUplinkRingSize", switch, "nic1", 4096, 512)
+        assert qdp.result("GetUplinkRingSize", "dvs-production", "nic1") == (4096, 512)
+        assert qdp.result("GetUplinkRingSize", "dvs-production", "nic0") == (2048, 1024)
 
     def test_embedded_host_keeps_nothing_that_is_refused(self, qdp):
-        qdp.call("SetUplinkRingSize", "dvs-production", "vmnic1", 4096, 1000)
-        assert qdp.result("GetUplinkRingSize", "dvs-production", "vmnic1") == (2048, 1024)
+        qdp.call("SetUplinkRingSize", "dvs-production", "nic1", 4096, 1000)
+        assert qdp.result("GetUplinkRingSize", "dvs-production", "nic1") == (2048, 1024)
 
     def test_embedded_host_has_no_such_port(self, qdp):
-        assert qdp.call("SetUplinkRingSize", "dvs-storage", "vmnic0", 32, 32).printed == (
+        assert qdp.call("SetUplinkRingSize", "dvs-storage", "nic0", 32, 32).printed == (
             "ValueError: Failed to set port property.\n"
         )

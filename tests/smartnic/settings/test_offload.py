@@ -8,7 +8,7 @@ import pytest
 from observe import Call, Capacity, Outcome, refused
 
 KEY = "com.tarnix.wyx.qdp.fpo.offload"
-PRODUCTION = "50 2e 8a 10 6b 61 3f 4c-a1 9d 22 7e 05 b8 c4 01"
+PRODUCTION = "switch-production"
 NO_COMMAND = "OSError: Failed to issue QDP command\n"
 
 
@@ -35,7 +35,7 @@ class TestSetOffloadFlows:
         outcome = qdp.call("SetOffloadFlows", "dvs-production", enable)
         assert outcome == Outcome(None, calls=outcome.calls)
         assert set_calls(outcome) == [
-            Call("Qdp_Set_Offload_Flows", ["DvsPortset-0", enable]),
+            Call("Qdp_Set_Offload_Flows", ["portset-0", enable]),
             Call("DVSHCK_HostPropSet", [PRODUCTION, KEY, struct.pack("<I", kept), 16]),
         ]
 
@@ -57,7 +57,7 @@ class TestSetOffloadFlows:
         configured.fail("Qdp_Set_Offload_Flows", 9)
         outcome = qdp.call("SetOffloadFlows", "dvs-production", 1)
         assert outcome == Outcome(None, calls=outcome.calls)
-        assert set_calls(outcome) == [Call("Qdp_Set_Offload_Flows", ["DvsPortset-0", 1])]
+        assert set_calls(outcome) == [Call("Qdp_Set_Offload_Flows", ["portset-0", 1])]
 
     def test_a_property_that_cannot_be_set_is_not_reported(self, configured, qdp):
         configured.fail("DVSHCK_HostPropSet", 9)
@@ -100,7 +100,7 @@ def refused_after(calls):
 
 
 class TestGetOffloadFlows:
-    GET = Call("Qdp_Get_Offload_Flows", ["DvsPortset-0", Capacity(4)])
+    GET = Call("Qdp_Get_Offload_Flows", ["portset-0", Capacity(4)])
 
     @pytest.mark.parametrize("word, shown", [(0, False), (1, True), (2, True), (0x80000000, True), (0xFFFFFFFF, True)])
     def test_any_word_but_0_is_true(self, configured, qdp, word, shown):

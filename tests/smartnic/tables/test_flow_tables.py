@@ -176,7 +176,7 @@ class TestTableFlowRewriteGet:
 
     def test_entry(self, host, qdp):
         words = struct.pack("<III", 0x21 | 5 << 9 | 33 << 12 | 34 << 18 | 6 << 24, 0xFF123ABC, 0xEE456789)
-        entry = words + struct.pack("<H12sHI", 7, bytes(range(20, 32)), 0xFFFF, 8)
+        entry = words + struct.pack("<H12sHI", 7, bytes(range(0x16, 0x1C)) + bytes(range(0x22, 0x28)), 0xFFFF, 8)
         host.script("Qdp_P4_Cmd", outputs=[entry])
         expected = {
             "vlanPop": 1,
@@ -196,7 +196,7 @@ class TestTableFlowRewriteGet:
             "vni": 0x456789,
             "encapSport": 7,
             "flowCookie": 8,
-            "smac": "14:15:16:17:18:19",
-            "dmac": "1a:1b:1c:1d:1e:1f",
+            "smac": "16:17:18:19:1a:1b",
+            "dmac": "22:23:24:25:26:27",
         }
         assert qdp.call("TableFlowRewriteGet", 1) == Outcome(expected, calls=[read_at(25, 1, 32)])

@@ -1,0 +1,76 @@
+"""The lint's rule that devices, addresses and switches have invented names."""
+
+import importlib.util
+
+import pytest
+
+
+@pytest.fixture(scope="module")
+def lint(root):
+    spec = importlib.util.spec_from_file_location("lint_sources", root / "script" / "lint_sources.py")
+    module = importlib.util.module_from_spec(spec)
+    spec.loader.exec_module(module)
+    return module
+
+
+# In two pieces each, so that this file holds none.
+REAL = {
+    "a device": "vm" "nic0",
+    "a counted device": "vm" "nic{4}",
+    "a port of the kernel": "vm" "k0",
+    "a portset": "Dvs" "Portset-0",
+    "an uplink": "Dvs" "Uplink-1",
+    "an id of octets": "0a 1b 2c 3d 4e 5f 60 71-" "82 93 a4 b5 c6 d7 e8 f9",
+    "a UUID": "0a1b2c3d-4e5f-6071-" "8293-a4b5c6d7e8f9",
+    "an address of a maker": "00:1b" ":21:00:00:01",
+    "the same with dashes": "00-1B" "-21-00-00-01",
+    "the same made local": "02:1b" ":21:00:00:01",
+    "another one made local": "0a:2e" ":8a:00:00:01",
+    "groups of four digits": "0250" ".5600.0001",
+    "digits alone": "0250" "56000001",
+    "a number": "0x0050" "5601CAFE",
+    "bytes in an array": "{0x02, 0x50" ", 0x56, number}",
+    "bytes in a text": r"\x02\x1b" r"\x21",
+    "bytes on lines of their own": "{0x02,0x1b" ",\n    0x21}",
+    "half an address": "02:1b" ":21",
+    "a universal address": "64:00:09" ":00:00:01",
+    "a universal address in a sentence": "outer:10:11:12" ":13:14:15:inner",
+}
+INVENTED = [
+    "nic0",
+    "vnic0",
+    "portset-0",
+    "switch-production",
+    "DVSPortsetNameToAlias",
+    "00:00:00:00:00:00",
+    "ff:ff:ff:ff:ff:ff",
+    "01:00:5e:00:00:fb",
+    "00:00:5e:00:53:07",
+    "00-00-5E-00-53-07",
+    "02:10:00:00:00:01",
+    "0a:0b:0c:0d:0e:0f",
+    "0xFECA01004002",
+    "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f",
+    "fe80::1:2",
+]
+
+
+@pytest.mark.parametrize("name", REAL.values(), ids=REAL)
+def test_a_real_name_is_found_where_it_stands(lint, name):
+    found = list(lint.real_names(f"first\nsecond {name} third\n"))
+    assert {line for line, _ in found} == {2}
+    assert all(" may be the name of something real; " in fault for _, fault in found)
+
+
+@pytest.mark.parametrize("name", INVENTED)
+def test_an_invented_name_passes(lint, name):
+    assert list(lint.real_names(f"first {name}\n")) == []
+
+
+def test_all_files_are_read(lint, root):
+    read = {file.relative_to(root).as_posix().rpartition("/")[0] for file in lint.files_of_the_repository()}
+    assert {"", "host/scenarios", "docs", "src/platform", "tests", "fuzz/corpus", "typings/_libqdp-stubs"} <= read
+
+
+def test_the_repository_has_none(lint):
+    assert list(lint.names()) == []
