@@ -1,0 +1,7 @@
+"""The command `qdp`, as `python3 -m qdp`."""
+
+import sys
+
+from .cli.main import main
+
+sys.exit(main())

@@ -1,0 +1,148 @@
+"""Parsers: one verb's, built for each run, and that of the whole command, for man page and completions."""
+
+import argparse
+
+from ._declare import Read, Write, natural, seconds
+from ._output import UsageError
+
+EXIT_CODES = (
+    "exit codes: 0; 1 for a wrong command line; 2 where the datapath refuses or lacks something, and what could be read "
+    "is printed; 3 where a comparison or check found something; 130 for Ctrl-C"
+)
+
+
+class Parser(argparse.ArgumentParser):
+    """A parser that raises its errors."""
+
+    def error(self, message):
+        raise UsageError("{}; see `{} --help`".format(message, self.prog))
+
+
+def parser_of(thing, verb, make=Parser, words=None):
+    """The parser of one verb."""
+    prog = "qdp {} {}".format(thing.name, verb.name)
+    settings = {"prog": prog, "description": verb.help[:1].upper() + verb.help[1:] + ".", "epilog": epilog_of(verb)}
+    parser = make(allow_abbrev=False, formatter_class=argparse.RawDescriptionHelpFormatter, **settings)
+    add_arguments(parser, verb)
+    return parser
+
+
+def add_arguments(parser, verb):
+    for option in verb.selectors + verb.options:
+        action = parser.add_argument(*option.flags, **option.settings)
+        action.completes = option.completes
+    output = parser.add_argument_group("output")
+    output.add_argument("-j", "--json", action="store_true", help="one JSON array on standard output, with the module's keys")
+    output.add_argument("-p", "--pretty", action="store_true", help="JSON on several lines; implies -j")
+    if isinstance(verb, Read):
+        add_reading(parser, output, verb)
+    elif isinstance(verb, Write):
+        writing = parser.add_argument_group("writing")
+        writing.add_argument("-n", "--dry-run", action="store_true", help="show what would be done, and do nothing")
+        writing.add_argument("-y", "--yes", action="store_true", help="do not ask")
+
+
+def add_reading(parser, output, verb):
+    if verb.columns:
+        names = ",".join(column.name for column in verb.columns)
+    else:
+        names = "the keys of the rows"
+    output.add_argument("--columns", metavar="A,B", help="these columns: " + names)
+    output.add_argument("--sort", metavar="[-]COLUMN", help="sort by this column, with - the highest first")
+    output.add_argument(
+        "--where", metavar="COLUMN=VALUE", action="append", default=[],
+        help="only such rows; != > < >= <= and ~ (a pattern) stand for = too; may be given again",
+    )  # fmt: skip
+    output.add_argument(
+        "--no-header", dest="header", action="store_false", help="no headings, and numbers without separators"
+    )
+    help = "more columns" if verb.has_details else argparse.SUPPRESS
+    output.add_argument("-d", "--details", action="store_true", help=help)
+    help = "statistics, too" if verb.has_statistics else argparse.SUPPRESS
+    output.add_argument("-s", "--statistics", action="store_true", help=help)
+    watching = parser.add_argument_group("watching")
+    watching.add_argument(
+        "-w", "--watch", metavar="SECONDS", nargs="?", type=seconds, const=2.0,
+        help="again and again (every 2 s), with the growth of counters a second in place of totals",
+    )  # fmt: skip
+    watching.add_argument("--count", metavar="N", type=natural, help="watch so many times")
+    watching.add_argument("--delta", action="store_true", help="watch the growth between two frames instead")
+
+
+def epilog_of(verb):
+    import textwrap
+
+    parts = []
+    if isinstance(verb, Read) and verb.columns:
+        parts.append("columns:")
+        widest = max(len(column.name) for column in verb.columns)
+        for column in verb.columns:
+            group = {"d": ", with -d", "s": ", with -s"}.get(column.group, "")
+            unit = " in " + column.unit if column.unit else ""
+            about = column.help or " + ".join(column.keys)
+            parts.append("  {}  {}{}{}".format(column.name.ljust(widest), about, unit, group))
+        parts.append("")
+    if verb.methods:
+        parts.append(textwrap.fill("calls: " + ", ".join(verb.methods), 100, subsequent_indent="  "))
+        parts.append("")
+    parts.append(textwrap.fill(EXIT_CODES, 100))
+    return "\n".join(parts).replace("%", "%%")
+
+
+def prepared(arguments):
+    """The arguments with `--sort -COLUMN` as one word, and `-w` without a number told from what follows."""
+    result, rest = [], list(arguments)
+    while rest:
+        word = rest.pop(0)
+        if word == "--":
+            return result + [word] + rest
+        if word in ("--sort", "--where") and rest and rest[0].startswith("-") and len(rest[0]) > 1:
+            word = "{}={}".format(word, rest.pop(0))
+        elif word in ("-w", "--watch") and rest and not is_duration(rest[0]):
+            word = "--watch=2"
+        result.append(word)
+    return result
+
+
+def is_duration(text):
+    try:
+        return seconds(text) > 0
+    except ValueError:
+        return False
+
+
+def whole():
+    """The parser of the whole command; for man page and completions, not for a run."""
+    from . import load, object_names
+
+    parser = argparse.ArgumentParser(prog="qdp", description=DESCRIPTION, epilog=EXIT_CODES)
+    objects = parser.add_subparsers(metavar="OBJECT", dest="object")
+    for name in object_names():
+        thing = load(name)
+        own = objects.add_parser(name, help=thing.help, description=thing.help[:1].upper() + thing.help[1:] + ".")
+        add_verbs(own, thing)
+    return parser
+
+
+DESCRIPTION = "Shows and steers the host's accelerated packet datapath."
+
+
+def add_verbs(parser, thing):
+    verbs = parser.add_subparsers(metavar="VERB", dest="verb")
+    parts = {}
+    for name, verb in thing.verbs.items():
+        words, place = name.split(), verbs
+        if len(words) > 1:
+            if words[0] not in parts:
+                about = "the {} part: {}".format(
+                    words[0], ", ".join(each.split()[1] for each in thing.verbs if each.startswith(words[0] + " "))
+                )
+                part = verbs.add_parser(words[0], help=about, description=about)
+                parts[words[0]] = part.add_subparsers(metavar="VERB", dest="verb")
+            place = parts[words[0]]
+        add_arguments(
+            place.add_parser(
+                words[-1], help=verb.help.replace("%", "%%"), description=verb.help[:1].upper() + verb.help[1:] + "."
+            ),
+            verb,
+        )

@@ -1,0 +1,81 @@
+"""`qdp call`: any method of the module by its name, for experts and for what has no verb of its own."""
+
+from ._declare import Object, Option, Read
+from ._output import CommandError, UsageError
+from ._rows import plain
+
+# Where a method's name begins or ends like this, calling it changes nothing.
+READING = ("Get", "List", "Dump", "Table"), ("Get", "List", "Dump", "Query", "QueryContextMgr")
+
+
+def changes(method):
+    return not (method.startswith(READING[0]) or method.endswith(READING[1]))
+
+
+def literal(text):
+    """An argument: a literal of Python, or else the text as it is."""
+    import ast
+
+    try:
+        return ast.literal_eval(text)
+    except (ValueError, SyntaxError, TypeError, MemoryError, RecursionError):
+        return text
+
+
+def method_names():
+    from ..records import RESULTS
+
+    return list(RESULTS)
+
+
+def call(context):
+    from ._write import agreed
+
+    options = context.options
+    names = method_names()
+    if options.method not in names:
+        import difflib
+
+        near = difflib.get_close_matches(options.method, names, 3) or ["help(_libqdp) lists them"]
+        raise UsageError("there is no method {!r}; did you mean {}?".format(options.method, ", ".join(near)))
+    arguments = [literal(text) for text in options.argument]
+    if changes(options.method):
+        shown = "{}({})".format(options.method, ", ".join(map(repr, arguments)))
+        if options.dry_run:
+            yield {"dryRun": shown}
+            return
+        if not agreed(options, "{} may change the datapath".format(options.method), [shown]):
+            context.code = CommandError.code
+            return
+    result = context.call(options.method, *arguments)
+    for each in result if isinstance(result, list) else [] if result is None else [result]:
+        yield each if isinstance(each, dict) else {"result": plain(each)}
+
+
+OBJECT = Object(
+    "call",
+    "any method of the module",
+    Read(
+        "call",
+        "call a method of the module by its name, with arguments as literals of Python",
+        call,
+        methods=[
+            "DumpDecapFlowTable",
+            "DumpDecapSaFlowTable",
+            "DumpPortFlow",
+            "FPOHWDestroy",
+            "GetRepPortStats",
+            "InitMbufFastslabs",
+            "InjectLBTraffic",
+        ],
+        selectors=[
+            Option("method", metavar="METHOD", completes="method", help="its name, as in help(_libqdp)"),
+            Option("argument", metavar="ARGUMENT", nargs="*", help="0, 0x1f, (0, 1), dvs-production; behind -- also -1"),
+        ],
+        options=[
+            Option("-n", "--dry-run", action="store_true", help="show a call that may change something, and do not call"),
+            Option("-y", "--yes", action="store_true", help="do not ask"),
+        ],
+        counts=False,
+    ),
+)

@@ -1,0 +1,138 @@
+"""The command's entry: finds the verb, parses its command line, runs it, and turns what happens into an exit code."""
+
+import os
+import sys
+
+from . import load, object_names
+from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write, write_lines
+
+HEAD = "usage: qdp OBJECT [VERB] [SELECTORS] [OPTIONS]"
+
+
+def main(arguments=None):
+    """Runs a command line, and gives the exit code."""
+    arguments = sys.argv[1:] if arguments is None else list(arguments)
+    try:
+        code = guarded(arguments)
+        if sys.stdout is not None:
+            sys.stdout.flush()
+        return code
+    except KeyboardInterrupt:
+        silence(sys.stdout)
+        return INTERRUPTED
+    except BrokenPipeError:
+        silence(sys.stdout)  # the reader has seen enough
+        return OK
+    except OSError as error:
+        silence(sys.stdout)
+        report(CommandError("cannot write: {}".format(error)), is_json(arguments))
+        return REFUSED
+
+
+def silence(stream):
+    """Nothing is written to a stream any more, not even at the interpreter's end."""
+    try:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), stream.fileno())
+    except (OSError, ValueError, AttributeError):
+        pass  # it is closed already
+
+
+def guarded(arguments):
+    """Runs a command line; whatever is wrong becomes a line on standard error."""
+    from ..errors import QdpError
+
+    try:
+        return run(arguments)
+    except CommandError as error:
+        report(error, is_json(arguments))
+        return error.code
+    except QdpError as error:
+        report(error, is_json(arguments))
+        return REFUSED
+    except SystemExit as end:  # of --help
+        return end.code or OK
+    except (BrokenPipeError, KeyboardInterrupt):
+        raise
+    except Exception as error:  # pylint: disable=broad-except
+        if isinstance(error, OSError):
+            raise
+        text = "internal error: {}: {}; please report this with the command line".format(type(error).__name__, error)
+        report(CommandError(text), is_json(arguments))
+        return REFUSED
+
+
+def is_json(arguments):
+    """Whether errors are wanted as JSON; known before a command line is understood."""
+    return any(
+        word in ("--json", "--pretty") or word[:1] == "-" and word[1:2] in ("j", "p") for word in arguments
+    )
+
+
+def run(arguments):
+    if not arguments or arguments[0] in ("-h", "--help", "help"):
+        write_lines(overview())
+        return OK
+    name, rest = arguments[0], arguments[1:]
+    if name not in object_names():
+        raise UsageError("there is no object {!r}; there are {}".format(name, ", ".join(object_names())))
+    thing = load(name)
+    verb, words = thing.find(rest)
+    if rest and rest[0] in ("-h", "--help") or verb is None:
+        if verb is None and not (rest and rest[0] in ("-h", "--help")):
+            raise UsageError("qdp {} needs a verb: {}".format(name, ", ".join(thing.verbs)))
+        write_lines(overview_of(thing))
+        return OK
+
+    from ._parser import parser_of, prepared
+
+    options = parser_of(thing, verb).parse_args(prepared(rest[words:]))
+    options.json = options.json or options.pretty
+    return run_verb(verb, options)
+
+
+def run_verb(verb, options):
+    from ._declare import Read, Write
+    from ._rows import UnknownColumn
+
+    try:
+        if isinstance(verb, Read):
+            from ._read import run_read
+
+            return run_read(verb, options)
+        if isinstance(verb, Write):
+            from ._write import run_write
+
+            return run_write(verb, options)
+        from ._context import Context
+
+        return verb.run(Context(verb, options))
+    except UnknownColumn as error:
+        raise UsageError(str(error))
+
+
+def overview():
+    """The lines of `qdp --help`."""
+    things = [load(name) for name in object_names()]
+    widest = max(len(thing.name) for thing in things)
+    lines = [HEAD, "", "Shows and steers the host's accelerated packet datapath. The verb is `show` unless one is given.", ""]
+    for thing in things:
+        verbs = ", ".join(thing.verbs)
+        lines.append("  {}  {} ({})".format(thing.name.ljust(widest), thing.help, verbs))
+    return lines + ["", "`qdp OBJECT --help` lists the verbs of an object, `qdp OBJECT VERB --help` the options of a verb."]
+
+
+def overview_of(thing):
+    """The lines of `qdp OBJECT --help`."""
+    widest = max(map(len, thing.verbs))
+    lines = ["usage: qdp {} [VERB] [SELECTORS] [OPTIONS]".format(thing.name), "", thing.help[:1].upper() + thing.help[1:] + ".", ""]
+    for name, verb in thing.verbs.items():
+        selectors = " ".join(
+            ("[{}]" if option.settings.get("nargs") in ("?", "*") else "{}").format(option.settings.get("metavar", option.flags[0]))
+            for option in verb.selectors
+        )
+        lines.append("  {}  {}{}".format(name.ljust(widest), verb.help, " (" + selectors + ")" if selectors else ""))
+    return lines + ["", "`qdp {} VERB --help` lists the options of a verb.".format(thing.name)]
+
+
+if __name__ == "__main__":
+    sys.exit(main())

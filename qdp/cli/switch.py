@@ -1,0 +1,49 @@
+"""`qdp switch`: the datapath's switches."""
+
+from ._declare import ANY_SWITCH, Column, Object, Read
+
+
+def show(context):
+    for switch in context.switches(context.options.switch):
+        if context.options.statistics:
+            switch = dict(switch, **totals(context, switch))
+        yield switch
+
+
+def totals(context, switch):
+    """The counters of a switch's ports, added up; what a port refuses is not counted."""
+    sums = {}
+    for port in context.ports(switch):
+        counters = context.ask("GetPortStats", switch["swID"], port["portID"]) or {}
+        for key, count in counters.items():
+            sums[key] = (sums.get(key, 0) + count) % (1 << 64)
+    return sums
+
+
+OBJECT = Object(
+    "switch",
+    "the switches of the host",
+    Read(
+        "show",
+        "the switches, with their capacity and lcores",
+        show,
+        methods=["ListSwitches"],
+        selectors=[ANY_SWITCH],
+        identity=["swID"],
+        columns=[
+            Column("switch", "swID", "number", 9),
+            Column("name", "name", "text", 9),
+            Column("mtu", "mtu", "number", 4, unit="bytes"),
+            Column("ports", "numPorts", "number", 7),
+            Column("active", "numActivePorts", "number", 6, help="ports that are active"),
+            Column("max-ports", "maxPorts", "number", 2, "d"),
+            Column("lcores", "lcores", "lcores", 5, help="the lcores that forward for the switch"),
+            Column("num-lcores", "numLcores", "number", 2, "d"),
+            Column("tx-pkts", ["txPkts", "spTxPkts"], "count", 6, "s", help="packets that the ports sent"),
+            Column("tx-bytes", ["txBytes", "spTxBytes"], "count", 3, "s"),
+            Column("rx-pkts", ["rxPkts", "spRxPkts"], "count", 6, "s", help="packets that the ports received"),
+            Column("rx-bytes", ["rxBytes", "spRxBytes"], "count", 3, "s"),
+            Column("drops", ["txDrops", "spTxDrops", "rxDrops", "spRxDrops"], "count", 7, "s"),
+        ],
+    ),
+)
