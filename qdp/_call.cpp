@@ -142,7 +142,7 @@ PyRef settled(const State* state, PyObject* row, PyObject* arguments, PyRef resu
     if (!text)
         return nullptr;
     return PyRef{PyObject_CallFunctionObjArgs(state->settle, PyTuple_GetItem(row, name_of), arguments,
-        result ? result.get() : Py_None, exception.get(), text.get(), nullptr)};
+                                              result ? result.get() : Py_None, exception.get(), text.get(), nullptr)};
 }
 
 PyRef result_of(const State* state, PyObject* row, PyObject* arguments)
@@ -190,9 +190,10 @@ PyObject* call_raw(PyObject* module, PyObject* args)
 
 PyObject* pass_on(PyObject*, PyObject* args)
 {
-    const char* text;
+    PyObject* given;
+    char* text;
     Py_ssize_t length;
-    if (!PyArg_ParseTuple(args, "y#", &text, &length))
+    if (!PyArg_ParseTuple(args, "O", &given) || PyBytes_AsStringAndSize(given, &text, &length) != 0)
         return nullptr;
     write_through(depth > 0 ? real_stderr : stderr, text, static_cast<size_t>(length));
     return borrowed(Py_None).release();
@@ -245,13 +246,13 @@ int drop_all(PyObject* module)
 
 PyMethodDef methods[] = {
     {"call", call, METH_VARARGS,
-        "call(method, *arguments)\n--\n\n"
-        "Calls a method of _libqdp, by its name or itself: its result as records, or an exception of QdpError."},
+     "call(method, *arguments)\n--\n\n"
+     "Calls a method of _libqdp, by its name or itself: its result as records, or an exception of QdpError."},
     {"call_raw", call_raw, METH_VARARGS,
-        "call_raw(method, *arguments)\n--\n\nAs call, with the module's own objects for a result."},
+     "call_raw(method, *arguments)\n--\n\nAs call, with the module's own objects for a result."},
     {"pass_on", pass_on, METH_VARARGS, "pass_on(text)\n--\n\nWrites bytes to the real standard error."},
     {"install", install, METH_VARARGS,
-        "install(rows, other_row, settle)\n--\n\nSays what is known of the methods, and what ends a call that failed."},
+     "install(rows, other_row, settle)\n--\n\nSays what is known of the methods, and what ends a call that failed."},
     {nullptr, nullptr, 0, nullptr},
 };
 

@@ -78,27 +78,17 @@ def _raise(method, arguments, exception, known, row):
     cause = exception
     if isinstance(exception, SystemError) and exception.__cause__ is not None:
         cause = exception.__cause__  # left set beside a result
-    if not isinstance(cause, Exception):
-        if known:
-            _pass_on(method, known)
-        raise cause
-    if not known:
-        known, row = _text_of(cause)
-    if row is None:
-        raise exception
-    raise errors.failure(known, method, arguments, row) from (None if cause is exception and row else cause)
-
-
-def _text_of(cause):
-    # type: (Exception) -> Tuple[str, Optional[errors.Row]]
-    """The text of an exception and its row; no row for an exception that neither module nor interpreter raised."""
-    text = str(cause)
-    if isinstance(cause, SystemError):
-        return text, errors.split("SystemError: " + text)[2] or errors.split(text)[2]
-    row = errors.split(text)[2]
-    if row is None and cause.__traceback__ is None:
-        row = errors.row_of_exception(cause)
-    return text, row
+    if known and isinstance(cause, Exception):
+        said_by_interpreter = isinstance(cause, SystemError) and cause is exception  # NULL, and no exception
+        raise errors.failure(known, method, arguments, row) from (None if said_by_interpreter else cause)
+    if known:
+        _pass_on(method, known)
+    if cause.__traceback__ is None and isinstance(cause, Exception):
+        text = str(cause)
+        row = errors.row_of_exception(cause, text)
+        if row is not None:
+            raise errors.failure(text, method, arguments, row) from cause
+    raise cause  # of Python code, as a signal handler: not the method's
 
 
 def _pass_on(method: str, text: str) -> None:

@@ -310,12 +310,14 @@ def failure(text: str, method: str, arguments: "Tuple[Any, ...]", row: "Optional
     return row[0](text, method, arguments, row[1])
 
 
-def row_of_exception(exception: BaseException) -> "Optional[Row]":
-    """The row of an exception that the interpreter raised for an argument or a result."""
+def row_of_exception(exception: Exception, text: str) -> "Optional[Row]":
+    """The row of an exception that a method raised, or the interpreter for it; None for one that is none of these."""
+    prefix = "SystemError: " if isinstance(exception, SystemError) else ""
+    row = split(prefix + text)[2] or split(text)[2]
+    if row is not None:
+        return row
     if isinstance(exception, UnicodeDecodeError):
         return BadAnswer, NOT_UTF8
     if isinstance(exception, (TypeError, ValueError, OverflowError)):
         return InvalidArgument, ""
-    if isinstance(exception, MemoryError):
-        return OutOfMemory, ""
-    return None
+    return (OutOfMemory, "") if isinstance(exception, MemoryError) else None

@@ -64,8 +64,9 @@ def _restored(record_class, values):
 
 
 def adopter(shape: "Any") -> "Callable[[Any], Any]":
-    """The function that makes records of a result, in place. A shape is a record class, a list of one shape, or a tuple
-    of shapes; None stands for what holds no record. A value that is not of its shape stays as it is."""
+    """The function that makes records of a result, in place. A shape is a record class; a list of one shape, for a list
+    or a tuple of any length; or a tuple of shapes. None stands for what holds no record. A value that is not of its
+    shape stays as it is."""
     if shape is None:
         return _as_it_is
     if isinstance(shape, list):
@@ -110,7 +111,7 @@ def _adopter_of_list(shape):
     def adopt_each(values):
         if type(values) is list:
             values[:] = map(adopt, values)
-        return values
+        return tuple(map(adopt, values)) if type(values) is tuple else values
 
     def adopt_plain(values):
         if type(values) is list:
@@ -119,6 +120,7 @@ def _adopter_of_list(shape):
                 values[i] = record = new(shape)
                 record.__dict__ = value
                 i += 1
-        return values
+            return values
+        return adopt_each(values)
 
     return adopt_plain if is_plain else adopt_each

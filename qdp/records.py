@@ -345,7 +345,7 @@ class LBItem(Record):
 
 class LBPort(Record):
     __slots__ = ()
-    _inside = {"vnicRxQ": (LBItem, None), "ofldRSS": (LBItem, None), "vnicTxQ": (LBItem, None), "filt": (LBItem, None)}
+    _inside = {"vnicRxQ": [LBItem], "ofldRSS": [LBItem], "vnicTxQ": [LBItem], "filt": [LBItem]}
 
     priority: int
     vnicRxQ: "Tuple[LBItem, ...]"
@@ -363,7 +363,7 @@ class LBUplinkItem(Record):
 
 class LBUplink(Record):
     __slots__ = ()
-    _inside = {"uplinkRx": (LBUplinkItem, None)}
+    _inside = {"uplinkRx": [LBUplinkItem]}
 
     uplinkRx: "Tuple[LBUplinkItem, ...]"
 
@@ -1176,7 +1176,8 @@ class LogLevel(Record):
 
     level: int
 
-# What each method returns: None for what holds no record; otherwise a record class, a list of one, or a tuple of these.
+# What each method returns: None for what holds no record; otherwise a record class, [a shape] for a list or a
+# tuple of any length, or a tuple of shapes.
 RESULTS = {
     "ListSwitches": [SwitchInfo],
     "ListPorts": [PortInfo],

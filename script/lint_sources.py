@@ -76,7 +76,7 @@ def map_of_methods():
 
 
 def openings():
-    for folder in ("src", "host", "bench"):
+    for folder in ("src", "host", "bench", "qdp"):
         for file in sorted((ROOT / folder).rglob("*")):
             if file.suffix in (".cpp", ".h", ".def") and not file.read_text().startswith("// "):
                 yield f"{file.relative_to(ROOT)}: opens without a sentence that says what it holds"

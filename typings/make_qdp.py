@@ -23,7 +23,8 @@ if TYPE_CHECKING:
     from _libqdp import {aliases}
 {classes}
 
-# What each method returns: None for what holds no record; otherwise a record class, a list of one, or a tuple of these.
+# What each method returns: None for what holds no record; otherwise a record class, [a shape] for a list or a
+# tuple of any length, or a tuple of shapes.
 RESULTS = {{
 {results}
 }}
@@ -100,13 +101,18 @@ class Stub:
             return self.shape(annotation.left)
         if isinstance(annotation, ast.Name):
             return annotation.id if annotation.id in self.results else None
-        if isinstance(annotation, ast.Subscript) and annotation.value.id == "list":
-            inside = self.shape(annotation.slice)
-            return f"[{inside}]" if inside else None
+        if isinstance(annotation, ast.Subscript) and is_of_any_length(annotation):
+            item = annotation.slice if annotation.value.id == "list" else annotation.slice.elts[0]
+            return f"[{self.shape(item)}]" if self.shape(item) else None
         if isinstance(annotation, ast.Subscript) and isinstance(annotation.slice, ast.Tuple):
             inside = [self.shape(one) for one in annotation.slice.elts]
             return f"({', '.join(map(str, inside))})" if any(inside) else None
         return None
+
+
+def is_of_any_length(annotation):
+    """Whether an annotation is of a list, or of a tuple with any number of items of one type."""
+    return annotation.value.id == "list" or ast.unparse(annotation).endswith(", ...]")
 
 
 def without_none(annotation):

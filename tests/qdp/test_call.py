@@ -1,18 +1,203 @@
-"""Calls through the operator layer: results as records, failures as exceptions."""
+"""Calls through the operator layer: results as records, each known failure as an exception, other texts passed on."""
+
+import ctypes
+import logging
+import pathlib
 
 import pytest
 
+import _libqdp
 import qdp
+from documented import RETURNED
+from failure_paths import failure_paths
+from observe import Observer, standard_error
+from qdp.records import Record
+from recipes import RECIPES, is_made_of
+from typings.stub import Stub
+
+UNSUPPORTED = ["DumpDecapFlowTable", "DumpDecapSaFlowTable", "DumpPortFlow", "FPOHWDestroy"]
 
 
-def test_result_is_made_of_records(host):
-    ports = qdp.call("ListPorts", 0)
-    assert type(ports) is list and {type(port) for port in ports} == {qdp.records.PortInfo}
-    assert [vars(port) for port in ports] == qdp.call_raw("ListPorts", 0)
+def plain(value):
+    """A result without its records."""
+    if isinstance(value, Record):
+        return {key: plain(item) for key, item in vars(value).items()}
+    return type(value)(map(plain, value)) if isinstance(value, (list, tuple)) else value
 
 
-def test_printed_text_is_raised(host, capfd):
-    with pytest.raises(qdp.Refused) as failure:
-        qdp.methods.ListPorts(9)
-    assert str(failure.value) == "ListPorts(9): Failed to retrieve list of ports."
-    assert capfd.readouterr() == ("", "")
+class Layer:
+    """Stands in the module's place for an Observer: its methods are called through the layer."""
+
+    def __getattr__(self, name):
+        return lambda *arguments: qdp.call(name, *arguments)
+
+
+@pytest.fixture
+def prepared(host, exported):
+    """Puts the host in order for a method, so that a call with the path's arguments takes it; gives the recipe's."""
+
+    def prepare(name, path=None):
+        host.reset()
+        host.freeze()
+        assert exported.LibraryInit() == 0
+        arguments = is_made_of(RECIPES[name], _libqdp)
+        if path and path.refused:
+            operation, nth, status = path.refused
+            host.fail(operation, status, nth=nth)
+        return arguments
+
+    return prepare
+
+
+def called_both_ways(host, prepared, name, arguments, path=None):
+    """The outcome of the bare call, and what the layer makes of the same: an outcome, or an exception of its own."""
+    prepared(name, path)
+    bare = Observer(_libqdp, host).call(name, *arguments)
+    prepared(name, path)
+    with standard_error() as error, host.recording() as calls:
+        try:
+            result, failure = qdp.call(name, *arguments), None
+        except qdp.QdpError as raised:
+            result, failure = None, raised
+    assert error.text == ""
+    assert [call.operation for call in calls] == [call.operation for call in bare.calls]
+    return bare, result, failure
+
+
+class TestSuccess:
+    @pytest.mark.parametrize("name", [name for name in RECIPES if name not in UNSUPPORTED])
+    def test_result_is_the_modules_own(self, host, prepared, name):
+        bare, result, failure = called_both_ways(host, prepared, name, prepared(name))
+        assert failure is None and bare.printed == ""
+        assert plain(result) == bare.result and type(plain(result)) is type(bare.result)
+
+    @pytest.mark.parametrize("name", UNSUPPORTED)
+    def test_unsupported(self, host, prepared, name):
+        bare, result, failure = called_both_ways(host, prepared, name, prepared(name))
+        assert type(failure) is qdp.Unsupported and failure.text == bare.printed != ""
+
+    def test_raw_result(self, host):
+        (switch,) = qdp.call_raw("ListSwitches")[:1]
+        assert type(switch) is dict and qdp.call("ListSwitches")[0] == switch
+
+    def test_method_itself_in_place_of_its_name(self, host):
+        assert qdp.call(_libqdp.ListPorts, 0) == qdp.call("ListPorts", 0)
+        with pytest.raises(qdp.Refused, match="^ListPorts"):
+            qdp.call(_libqdp.ListPorts, 9)
+
+    def test_typed_function(self, host):
+        assert qdp.methods.ListPorts(0) == qdp.call("ListPorts", 0)
+
+    def test_switch_without_filter_classes_is_no_failure(self, configured):
+        configured.fail("DVSHCK_HostPropGet", 0xBAD0003)
+        configured.script("Qdp_GetSwitchFilterTypes", outputs=[b"\0\0"])
+        assert qdp.call("GetSwitchFilterTypes", "dvs-production") is None
+
+
+THE_STUB = Stub(pathlib.Path(__file__).parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi")
+
+# Paths that go another way than their kind.
+IN_OFFLOADED_FLOWS = ["SetOffloadFlows", "GetOffloadFlows"]  # they say nothing else of an unknown switch
+STORING = ["DVSHCK_HostPropSet", "DVSHCK_PortDataSet"]
+MIGRATING = ["Qdp_Migrate_Port", "Qdp_Migrate_NetQ_Filter"]
+
+
+def means_failure(name, result):
+    """Whether a result says by itself that the call failed."""
+    if name in RETURNED:
+        return result is RETURNED[name]
+    return result is None and THE_STUB.annotations(name)[1] is not type(None)
+
+
+def expected_failure(name, path, said):
+    """The class of a failure, by the way in which the call fails."""
+    if path.what != "refused":
+        is_lookup = path.what == "unknown switch" and name not in IN_OFFLOADED_FLOWS
+        return qdp.NotFound if is_lookup else qdp.InvalidArgument
+    operation, _, status = path.refused
+    if operation in STORING:
+        return qdp.NotStored
+    if operation in MIGRATING and status == 1:
+        return qdp.BalancerRunning
+    if name in IN_OFFLOADED_FLOWS:
+        return qdp.Refused if "QDP command" in said else qdp.InvalidArgument
+    if operation in ("DVSState_SwitchFindByAlias", "DVS_ClassName"):
+        return qdp.NotFound
+    # A switch whose id or portset cannot be read: by its alias it is not found, or the datapath does not know it.
+    return qdp.NotFound if "dvs alias" in said else qdp.Refused
+
+
+@pytest.mark.parametrize("name", RECIPES)
+def test_failure_paths(host, prepared, name):
+    """Every known failure raises the exception of its kind, with the text; what is no failure gives its result."""
+    arguments = prepared(name)
+    calls = Observer(_libqdp, host).call(name, *arguments).calls
+    for path in failure_paths(name, arguments, calls):
+        bare, result, failure = called_both_ways(host, prepared, name, path.arguments, path)
+        said = bare.printed or (bare.raised[1] if isinstance(bare.raised, tuple) else "")
+        if not said and not bare.raised and not means_failure(name, bare.result):
+            assert failure is None and plain(result) == bare.result, path
+            continue
+        assert type(failure) is expected_failure(name, path, said), (path, failure)
+        assert (failure.method, failure.arguments) == (name, path.arguments)
+        assert failure.text == said or bare.raised is TypeError
+        raised = bare.left_set or bare.raised
+        assert type(failure.__cause__) is (raised[0] if isinstance(raised, tuple) else raised or type(None))
+
+
+libc = ctypes.PyDLL(None)
+
+
+def written(text):
+    """Writes to libc's standard error, as a library of the platform does."""
+    libc.fputs(text, ctypes.c_void_p.in_dll(libc, "stderr"))
+
+
+class TestOtherTexts:
+    NOISE = b"rx ring 3: 12 descriptors\n"
+    TEXT = b"Failed to reset port.\n"
+
+    def test_unknown_text_goes_on(self, capfd, caplog):
+        def noisy():
+            written(self.NOISE)
+            return 5
+
+        with caplog.at_level(logging.DEBUG):
+            assert qdp.call(noisy) == 5
+        assert capfd.readouterr().err == self.NOISE.decode()
+        assert caplog.record_tuples == [("qdp", logging.WARNING, "noisy: rx ring 3: 12 descriptors")]
+
+    def test_known_text_beside_an_unknown_one(self, capfd):
+        def failing(port):
+            written(self.NOISE + self.TEXT + self.NOISE)
+
+        with pytest.raises(qdp.Refused) as failure:
+            qdp.call(failing, 3)
+        assert (failure.value.text, failure.value.method) == ("Failed to reset port.\n", "failing")
+        assert capfd.readouterr().err == 2 * self.NOISE.decode()
+
+    def test_what_is_no_method(self):
+        with pytest.raises(AttributeError, match="has no method 'ListPort'"):
+            qdp.call("ListPort", 0)
+        with pytest.raises(TypeError, match="takes a method"):
+            qdp.call()
+
+    def test_exception_of_a_function_goes_through(self):
+        def failing():
+            raise OSError("Failed to reset port.")
+
+        with pytest.raises(OSError, match="^Failed to reset port.$"):
+            qdp.call(failing)
+
+    def test_nested_calls_have_their_own_texts(self, host, capfd):
+        def outer():
+            written(self.TEXT)
+            with pytest.raises(qdp.Refused, match=r"^ListPorts\(9\): Failed to retrieve list of ports.$"):
+                qdp.call("ListPorts", 9)
+            assert qdp.call("ListPorts", 0)
+            written(b"Failed to unpin port.\n")
+
+        with pytest.raises(qdp.Refused) as failure:
+            qdp.call(outer)
+        assert failure.value.text == "Failed to reset port.\nFailed to unpin port.\n"
+        assert capfd.readouterr().err == ""
