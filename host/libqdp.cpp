@@ -1,6 +1,7 @@
 // The stand-in for the datapath control library: every operation hands its call to the embedded host.
 #include "host/call.h"
 #include "platform/qdp_control.h"
+#include "platform/qdp_records.h"
 
 using namespace host;
 

@@ -3,6 +3,7 @@
 
 #include "bench/fixed/marks.h"
 #include "platform/qdp_control.h"
+#include "platform/qdp_records.h"
 
 static PyObject* none()
 {

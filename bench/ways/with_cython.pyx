@@ -17,6 +17,9 @@ cdef extern from "bench/native/flow_text.h":
 cdef extern from "platform/p4_tables.h":
     pass
 
+cdef extern from "platform/qdp_records.h":
+    pass
+
 cdef extern from "platform/qdp_control.h":
     cdef struct PortDirectionCounters:
         int64_t bytes, packets, multicast_bytes, multicast_packets, broadcast_bytes, broadcast_packets, drops, errors

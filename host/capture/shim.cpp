@@ -1,6 +1,7 @@
 // The library that is loaded in front of the platform's: every operation of theirs, passed through the recorder.
 #include "host/capture/recorder.h"
 #include "platform/qdp_control.h"
+#include "platform/qdp_records.h"
 #include "platform/switch_state.h"
 
 using namespace host;

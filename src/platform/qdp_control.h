@@ -1,27 +1,61 @@
 // The operations of the datapath control library, libqdp.so. Each returns 0 for success. A size pointer behind a record
-// points to the record's capacity in bytes before the call.
+// points to the record's capacity in bytes before the call. Whoever calls an operation includes the header of its record.
 #pragma once
 
-#include "platform/flow_cache.h"
-#include "platform/fpo.h"
-#include "platform/l3span.h"
-#include "platform/load_balancer.h"
-#include "platform/mac.h"
-#include "platform/mirrors.h"
-#include "platform/mux.h"
-#include "platform/p4_command.h"
-#include "platform/p4_counters.h"
-#include "platform/p4_ports.h"
-#include "platform/p4_settings.h"
-#include "platform/pipeline.h"
-#include "platform/port_conf.h"
-#include "platform/ports.h"
-#include "platform/rss_engines.h"
-#include "platform/settings.h"
-#include "platform/stats.h"
-#include "platform/table_memory.h"
-#include "platform/timing.h"
-#include "platform/uplink.h"
+#include <cstdint>
+
+struct AdvancedCounters;
+struct DeviceAffinityList;
+struct DscpConfig;
+struct FlowStats;
+struct FlowTableRequest;
+struct FlowTableResponse;
+struct FpoConntrackDelay;
+struct FpoContext;
+struct FpoContextRequest;
+struct FpoFlowStatsConfig;
+struct FpoLcoreStatsList;
+struct FpoRevalConfig;
+struct FpoUplinkStats;
+struct FpoUplinkStatus;
+struct L3SPANRecord;
+struct L3SPANRequest;
+struct LBParameters;
+struct LBStatsChunk;
+struct LBTrafficRequest;
+struct LatencyHistogram;
+struct MuxListRequest;
+struct NetQInfo;
+struct P4ConntrackCounters;
+struct P4EgressCounters;
+struct P4IngressCounters;
+struct P4LifCounters;
+struct P4PortCounters;
+struct PortConf;
+struct PortCounters;
+struct PortList;
+struct PortMacTable;
+struct PortMirrorRequest;
+struct RSSEngineList;
+struct SwitchList;
+struct SwitchMacTable;
+struct TableDump;
+struct TableList;
+struct TableRange;
+struct TxUplinks;
+struct UplinkCounters;
+
+template <class Entry>
+struct MirrorDump;
+using MirrorSessionDump = MirrorDump<struct MirrorSession>;
+using PortMirrorDump = MirrorDump<struct PortMirror>;
+
+template <class Entry>
+struct MuxListResponse;
+using MuxVlanList = MuxListResponse<struct MuxVlanEntry>;
+using ShadowPortList = MuxListResponse<struct ShadowPortEntry>;
+
+enum class LroScope : uint32_t;
 
 // What the migration of a port or a filter answers while the thread load balancer moves them by itself.
 inline constexpr uint32_t status_balancer_is_automatic = 1;

@@ -2,6 +2,7 @@
 #include "core/arguments.h"
 #include "core/fields.h"
 #include "datapath/features/features.h"
+#include "platform/fpo.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -1,4 +1,5 @@
 // How mirrored (L3 SPAN) traffic towards a destination address is encapsulated.
+#include "platform/l3span.h"
 #include "core/arguments.h"
 #include "core/fields.h"
 #include "core/render.h"

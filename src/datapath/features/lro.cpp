@@ -3,6 +3,7 @@
 #include "core/fail.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
+#include "platform/settings.h"
 
 namespace qdp {
 

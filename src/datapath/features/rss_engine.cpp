@@ -5,6 +5,7 @@
 #include "core/fields.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
+#include "platform/rss_engines.h"
 
 namespace qdp {
 

@@ -2,6 +2,8 @@
 #include "core/fail.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
+#include "platform/settings.h"
+#include "platform/switch_state.h"
 #include "switchid/property.h"
 
 namespace qdp {

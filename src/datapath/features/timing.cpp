@@ -1,4 +1,5 @@
 // Host-wide timing: when flows expire, and when offloaded flows and connections are looked at.
+#include "platform/timing.h"
 #include "core/fields.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"

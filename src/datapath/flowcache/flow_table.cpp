@@ -7,6 +7,7 @@
 #include "core/render.h"
 #include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
+#include "platform/flow_cache.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -4,7 +4,9 @@
 
 #include "core/fields.h"
 #include "datapath/lb/lb.h"
+#include "platform/load_balancer.h"
 #include "platform/qdp_control.h"
+#include "platform/switch_state.h"
 #include "switchid/property.h"
 
 namespace qdp {

@@ -4,6 +4,7 @@
 
 #include "core/fields.h"
 #include "datapath/lb/lb.h"
+#include "platform/load_balancer.h"
 #include "platform/qdp_control.h"
 #include "switchid/identity.h"
 

@@ -3,6 +3,8 @@
 #include "core/bytes.h"
 #include "core/fail.h"
 #include "datapath/lb/lb.h"
+#include "platform/load_balancer.h"
+#include "platform/ports.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

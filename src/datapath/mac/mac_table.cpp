@@ -3,6 +3,7 @@
 #include "core/arguments.h"
 #include "core/fields.h"
 #include "datapath/mac/mac.h"
+#include "platform/mac.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

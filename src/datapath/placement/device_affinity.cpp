@@ -2,6 +2,7 @@
 #include "core/fields.h"
 #include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
+#include "platform/uplink.h"
 
 namespace qdp {
 

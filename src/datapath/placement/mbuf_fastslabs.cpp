@@ -4,6 +4,8 @@
 #include "core/fail.h"
 #include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
+#include "platform/switch_state.h"
+#include "platform/uplink.h"
 #include "switchid/property.h"
 
 namespace qdp {

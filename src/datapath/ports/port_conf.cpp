@@ -6,6 +6,7 @@
 #include "core/fields.h"
 #include "core/render.h"
 #include "datapath/ports/ports.h"
+#include "platform/port_conf.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

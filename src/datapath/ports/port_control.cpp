@@ -2,6 +2,7 @@
 #include "core/arguments.h"
 #include "core/fields.h"
 #include "datapath/ports/ports.h"
+#include "platform/port_conf.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -3,6 +3,7 @@
 #include "core/fields.h"
 #include "datapath/stats/stats.h"
 #include "platform/qdp_control.h"
+#include "platform/stats.h"
 
 namespace qdp {
 

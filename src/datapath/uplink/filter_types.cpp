@@ -1,7 +1,10 @@
 // The receive filter classes that a switch supports: a setting of its host properties, else what the datapath says.
 #include "core/fail.h"
 #include "datapath/uplink/uplink.h"
+#include "platform/load_balancer.h"
 #include "platform/qdp_control.h"
+#include "platform/switch_state.h"
+#include "platform/uplink.h"
 #include "switchid/property.h"
 
 namespace qdp {

@@ -6,6 +6,7 @@
 #include "core/render.h"
 #include "datapath/uplink/uplink.h"
 #include "platform/qdp_control.h"
+#include "platform/uplink.h"
 
 namespace qdp {
 

@@ -1,6 +1,7 @@
 // The framing of the SmartNIC's commands.
 #include "smartnic/channel/channel.h"
 
+#include "platform/p4_command.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -2,6 +2,7 @@
 #include "smartnic/channel/table_memory.h"
 
 #include "platform/qdp_control.h"
+#include "platform/table_memory.h"
 
 namespace qdp {
 

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "core/fail.h"
+#include "platform/p4_command.h"
 #include "platform/qdp_control.h"
 
 namespace {

@@ -1,6 +1,7 @@
 // A switch's advanced statistics: why packets took the slow path, and why no action was generated for them.
 #include "core/arguments.h"
 #include "core/fields.h"
+#include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
 

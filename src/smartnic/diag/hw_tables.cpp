@@ -4,6 +4,7 @@
 
 #include "core/fields.h"
 #include "platform/qdp_control.h"
+#include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
 #include "smartnic/diag/diag.h"
 

@@ -1,5 +1,6 @@
 // The histogram of how long the programming of P4 tables took. A refusing library leaves None, and no message.
 #include "core/fields.h"
+#include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
 

@@ -4,6 +4,7 @@
 #include "core/arguments.h"
 #include "core/fields.h"
 #include "core/render.h"
+#include "platform/mirrors.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
 

@@ -1,4 +1,5 @@
 // Switches in mux mode: which they are, their internal VLANs, and the shadow ports behind their FC ports.
+#include "platform/mux.h"
 #include "core/arguments.h"
 #include "platform/qdp_control.h"
 #include "smartnic/ports/page.h"

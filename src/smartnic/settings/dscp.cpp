@@ -1,6 +1,7 @@
 // The pipeline's DSCP configuration.
 #include "core/arguments.h"
 #include "core/fields.h"
+#include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/settings/settings.h"
 

@@ -1,6 +1,8 @@
 // How the statistics of offloaded flows are refreshed.
 #include "core/fail.h"
+#include "platform/pipeline.h"
 #include "platform/qdp_control.h"
+#include "platform/timing.h"
 #include "smartnic/settings/settings.h"
 
 namespace qdp {

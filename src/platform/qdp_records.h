@@ -1,0 +1,22 @@
+// The records of all operations of qdp_control.h, for those who implement, record or measure every operation.
+#pragma once
+
+#include "platform/flow_cache.h"
+#include "platform/fpo.h"
+#include "platform/l3span.h"
+#include "platform/load_balancer.h"
+#include "platform/mac.h"
+#include "platform/mirrors.h"
+#include "platform/mux.h"
+#include "platform/p4_command.h"
+#include "platform/p4_counters.h"
+#include "platform/p4_ports.h"
+#include "platform/pipeline.h"
+#include "platform/port_conf.h"
+#include "platform/ports.h"
+#include "platform/rss_engines.h"
+#include "platform/settings.h"
+#include "platform/stats.h"
+#include "platform/table_memory.h"
+#include "platform/timing.h"
+#include "platform/uplink.h"
