@@ -1,0 +1,1 @@
+"""The exporter: a host's health as Prometheus metrics."""

@@ -1,0 +1,49 @@
+"""An exporter whose reading process has an embedded host that fails and hangs as a file says, read before each sweep.
+
+The file, named by MISBEHAVIOUR, holds JSON: {"fail": [operations], "delay": {operation: seconds}, "exit": true}.
+"""
+
+import json
+import os
+import sys
+
+FILE = os.environ["MISBEHAVIOUR"]
+
+
+def reader(arguments):
+    """The reading process, on the host of this process."""
+    import qdp_host
+
+    host = qdp_host.EmbeddedHost()
+    from qdp.exporter import collect
+    from qdp.exporter import reader as real
+
+    def misbehave(sweep, read=collect.Sweep.read):
+        with open(FILE) as file:
+            wanted = json.load(file)
+        if wanted.get("exit"):
+            os._exit(3)
+        for operation in host.operations():
+            host.fail(operation, times=0) if operation in wanted.get("fail", []) else host.fail(operation, nth=1 << 30)
+            seconds = wanted.get("delay", {}).get(operation)
+            host.delay(operation, seconds or 0, nth=1 if seconds else 1 << 30)
+        return read(sweep)
+
+    collect.Sweep.read = misbehave
+    real.main(*arguments)
+
+
+def exporter(arguments):
+    from qdp.exporter import source
+
+    usual = source.command_of
+    source.command_of = lambda options: [sys.executable, __file__, "reader"] + usual(options)[3:]
+    sys.argv[1:] = arguments
+    import qdp.exporter.__main__  # noqa: F401: runs it
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "reader":
+        reader(sys.argv[2:])
+    else:
+        exporter(sys.argv[1:])
