@@ -80,7 +80,7 @@ def main(arguments):
                 file.parent.mkdir(parents=True, exist_ok=True)
                 file.write_text(text)
     for path in stale:
-        print(path + (": script/exporter_files.py makes it anew" if "--check" in arguments else ""))
+        print(path + (": script/exporter-files makes it anew" if "--check" in arguments else ""))
     return 1 if stale and "--check" in arguments else 0
 
 

@@ -5,15 +5,17 @@ import subprocess
 import sys
 
 import pytest
+from exporting import environment_of
 
 from qdp.exporter import conditions, dashboard, metrics, rules
 
 FILES = "qdp/exporter/files"
 
 
-def test_files_are_those_of_the_tables(root):
+def test_files_are_those_of_the_tables(build, root):
     done = subprocess.run(
         [sys.executable, str(root / "script" / "exporter_files.py"), "--check"],
+        env=environment_of(build, root),
         stdout=subprocess.PIPE,
         stderr=subprocess.STDOUT,
         universal_newlines=True,
