@@ -7,6 +7,7 @@ set(QDP_PYTHON_FOLDER lib/python3/dist-packages CACHE STRING "The folder of Pyth
 install(TARGETS _libqdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
 install(DIRECTORY typings/_libqdp-stubs DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module)
 install(TARGETS qdp_call DESTINATION ${QDP_PYTHON_FOLDER}/qdp COMPONENT module)
+install(FILES ${PROJECT_BINARY_DIR}/qdp/_version.py DESTINATION ${QDP_PYTHON_FOLDER}/qdp COMPONENT module)
 install(DIRECTORY qdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module
     PATTERN __pycache__ EXCLUDE PATTERN *.cpp EXCLUDE)
 

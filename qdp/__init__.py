@@ -26,6 +26,8 @@ TYPE_CHECKING = False
 if TYPE_CHECKING:
     from . import methods, records
 
+    __version__: str
+
 __all__ = [
     "BadAnswer",
     "BalancerRunning",
@@ -37,6 +39,7 @@ __all__ = [
     "QdpError",
     "Refused",
     "Unsupported",
+    "__version__",
     "call",
     "call_raw",
     "methods",
@@ -45,6 +48,7 @@ __all__ = [
 
 # What is loaded when it is first used: a module of the package, or None for one that has the name itself.
 _LATER = {
+    "__version__": "_version",
     "methods": None,
 }
 

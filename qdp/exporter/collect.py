@@ -56,7 +56,7 @@ class Platform:
         """The module's own answer; None where the call failed."""
         assert method in METHODS, method
         try:
-            answer = qdp.call.raw(method, *arguments)
+            answer = qdp.call_raw(method, *arguments)
         except qdp.QdpError:
             answer = None
         if answer is None:

@@ -1,6 +1,7 @@
 """The exporter's web server: the metrics, a health page, an index page."""
 
 import socket
+import sys
 import threading
 import time
 from http.server import BaseHTTPRequestHandler
@@ -45,7 +46,12 @@ class Handler(BaseHTTPRequestHandler):
 
     def _metrics(self):
         is_openmetrics = "application/openmetrics-text" in self.headers.get("Accept", "")
-        text = self.server.scrape(self._seconds(), is_openmetrics)
+        try:
+            text = self.server.scrape(self._seconds(), is_openmetrics)
+        except Exception as error:  # the next scrape may succeed
+            print("qdp exporter: a scrape failed: {!r}".format(error), file=sys.stderr, flush=True)
+            self._send(500, "text/plain; charset=utf-8", b"The scrape failed; the exporter's log says why.\n")
+            return
         self._send(200, OPENMETRICS if is_openmetrics else TEXT, text)
 
     def _seconds(self):

@@ -120,13 +120,11 @@ class Source:
             process.wait()
 
 
+# Starts the reader with the path of this process, whatever lies in the folder where that is.
+_PROGRAM = "import sys; del sys.path[0]; from qdp.exporter.reader import main; main(*sys.argv[1:])"
+
+
 def command_of(options):
+    """What starts the reading process."""
     exclude = options.exclude.pattern if options.exclude else ""
-    return [
-        sys.executable,
-        "-m",
-        "qdp.exporter.reader",
-        options.include.pattern,
-        exclude,
-        str(options.max_series),
-    ]
+    return [sys.executable, "-c", _PROGRAM, options.include.pattern, exclude, str(options.max_series)]

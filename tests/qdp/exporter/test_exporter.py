@@ -87,6 +87,7 @@ def test_address_in_use(exporter, environment):
     done = subprocess.run(
         [sys.executable, "-m", "qdp.exporter", "--listen", address],
         env=environment,
+        cwd="/",
         stderr=subprocess.PIPE,
         universal_newlines=True,
         timeout=20,
@@ -222,7 +223,11 @@ def memory_of(pid):
 def test_textfile_is_whole_and_replaced(environment, tmp_path):
     for _ in range(2):
         subprocess.run(
-            [sys.executable, "-m", "qdp.exporter", "--textfile", str(tmp_path)], env=environment, check=True, timeout=30
+            [sys.executable, "-m", "qdp.exporter", "--textfile", str(tmp_path)],
+            env=environment,
+            cwd="/",
+            check=True,
+            timeout=30,
         )
         assert [file.name for file in tmp_path.iterdir()] == ["qdp.prom"]
         file = tmp_path / "qdp.prom"
@@ -240,6 +245,7 @@ def test_textfile_that_cannot_be_written(environment, arguments, message):
     done = subprocess.run(
         [sys.executable, "-m", "qdp.exporter", *arguments],
         env=environment,
+        cwd="/",
         stderr=subprocess.PIPE,
         universal_newlines=True,
         timeout=30,

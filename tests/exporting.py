@@ -9,7 +9,7 @@ import sys
 import time
 import urllib.request
 
-HERE = os.path.dirname(os.path.abspath(__file__))
+HERE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "qdp", "exporter")
 
 
 def environment_of(build, root, **changes):
@@ -17,7 +17,7 @@ def environment_of(build, root, **changes):
     return dict(
         os.environ,
         LD_LIBRARY_PATH=str(build / "host"),
-        PYTHONPATH=os.pathsep.join([str(build), str(root / "host" / "python"), HERE]),
+        PYTHONPATH=os.pathsep.join([str(build), str(root / "host" / "python")]),
         **changes
     )
 
@@ -54,6 +54,7 @@ def exporting(environment, *options, command=("-m", "qdp.exporter"), listen="127
     process = subprocess.Popen(
         [sys.executable, *command, "--listen", listen, *options],
         env=environment,
+        cwd="/",  # where no folder is named like the package
         stderr=subprocess.PIPE,
         universal_newlines=True,
     )
