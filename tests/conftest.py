@@ -64,3 +64,18 @@ def qdp(host):
 def core():
     """The core's own functions, of which each takes bytes made by a test."""
     return importlib.import_module("core_under_test")
+
+
+def pytest_addoption(parser):
+    parser.addoption("--long", action="store_true", help="run the tests marked as long, too")
+
+
+def pytest_configure(config):
+    config.addinivalue_line("markers", "long: takes longer than a usual run of the tests may; runs with --long")
+
+
+def pytest_collection_modifyitems(config, items):
+    if not config.getoption("--long"):
+        long = [item for item in items if item.get_closest_marker("long")]
+        config.hook.pytest_deselected(items=long)
+        items[:] = [item for item in items if item not in long]
