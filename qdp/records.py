@@ -1,5 +1,6 @@
 """The dictionaries of the module's results as records. typings/make_qdp.py makes this file from the stub."""
 
+from .flow_text import FlowTexts
 from .record import Record
 
 TYPE_CHECKING = False
@@ -149,7 +150,7 @@ class FlowStats(Record):
     fpoBackoffTimes: int
 
 
-class FlowEntry(Record):
+class FlowEntry(FlowTexts):
     """One flow of the cache. The counters are unsigned."""
 
     __slots__ = ()

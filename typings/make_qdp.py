@@ -9,11 +9,15 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 STUB = ROOT / "typings" / "_libqdp-stubs" / "__init__.pyi"
 WIDTH = 120
 
+# Records that have more than their keys, by classes of the layer.
+EXTENDED = {"FlowEntry": "FlowTexts"}
+
 # Methods for which None means something: the switch has no filter class.
 MEANT_NONE = ["GetSwitchFilterTypes"]
 
 RECORDS = '''"""The dictionaries of the module's results as records. typings/make_qdp.py makes this file from the stub."""
 
+from .flow_text import FlowTexts
 from .record import Record
 
 TYPE_CHECKING = False
@@ -144,7 +148,7 @@ def row(key, annotation):
 
 def record_class(stub, name):
     base, documentation, rows = stub.dictionaries[name]
-    lines = ["", "", f"class {name}({base if base in stub.results else 'Record'}):"]
+    lines = ["", "", f"class {name}({base if base in stub.results else EXTENDED.get(name, 'Record')}):"]
     lines += [f'    """{documentation}"""', ""] if documentation else []
     lines += ["    __slots__ = ()"]
     inside = [(key, stub.shape(annotation)) for key, annotation in rows]
