@@ -9,13 +9,12 @@ The balancer calls an lcore of a switch a context, and numbers them from 0 for e
 
 import argparse
 import itertools
-import shutil
 from collections import Counter
 from typing import Iterable, Iterator
 
 import _libqdp
 from command import Datapath, Parser, Row, run
-from display import bars
+from display import bars, say
 
 ALL_PORTS, ALL_CONTEXTS = (0, 16384), (0, 64)  # first one and count
 MEASURES = {"count": "count load", "cpu": "raw CPU", "packets": "pkts", "bytes": "bytes"}
@@ -55,14 +54,13 @@ def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
     key = MEASURES[options.by]
     for i, (switch, group) in enumerate(itertools.groupby(rows, lambda row: row["swID"])):
         contexts = list(group)
-        print(("\n" if i else "") + f"Load of switch {switch}, {contexts[0]['name']}, by {key}")
-        bars(
-            [(f"lcore {row['ctx ID']:>2}, {row['queues']:>3} queues", row[key]) for row in contexts],
-            shutil.get_terminal_size().columns,
-        )
+        if i:
+            say()
+        say(f"Load of switch {switch}, {contexts[0]['name']}, by {key}")
+        bars([(f"lcore {row['ctx ID']:>2}, {row['queues']:>3} queues", row[key]) for row in contexts])
         loads = [row[key] for row in contexts]
         if sum(loads):
-            print(f"  The busiest carries {max(loads) * len(loads) / sum(loads):.2f} times the mean.")
+            say(f"  The busiest carries {max(loads) * len(loads) / sum(loads):.2f} times the mean.")
 
 
 if __name__ == "__main__":

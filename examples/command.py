@@ -5,23 +5,26 @@ shows what was read. In JSON the rows are what was read, by the keys of the modu
 """
 
 import argparse
+import ipaddress
 import json
 import os
+import re
 import signal
 import sys
-from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, Iterator, List, Optional, TypeVar
+from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, Iterator, List, Optional, TypeVar, Union
 
 import _libqdp
 
 if TYPE_CHECKING:
     from typing import NoReturn  # not in the first releases of 3.6
 
-    from _libqdp import _Switch
+    from _libqdp import SwitchInfo
 
-USAGE, REFUSED = 1, 2  # exit codes
+USAGE, REFUSED, UNWRITTEN = 1, 2, 3  # exit codes
 DAY = 24 * 60 * 60
 
 Row = Dict[str, Any]
+IPAddress = Union[ipaddress.IPv4Address, ipaddress.IPv6Address]
 Answer = TypeVar("Answer")
 
 
@@ -63,7 +66,7 @@ class Datapath:
             yield from page[entries]
             next_start = page[following]
 
-    def switches(self, numbers: "Optional[List[int]]") -> "List[_Switch]":
+    def switches(self, numbers: "Optional[List[int]]") -> "List[SwitchInfo]":
         """The switches of these numbers, or all."""
         listed = self.ask(_libqdp.ListSwitches)
         if listed is None:
@@ -81,7 +84,9 @@ class Parser(argparse.ArgumentParser):
             prog=os.path.basename(sys.argv[0]),
             description=documentation,
             formatter_class=argparse.RawDescriptionHelpFormatter,
-            epilog="exit codes: 0, 1 for a wrong command line, 2 where the datapath refuses or lacks something",
+            epilog="exit codes: 0, 1 for a wrong command line, 2 where the datapath refuses or lacks something,\n"
+            "3 for an output that cannot be written\n"
+            "A line that ends in > is longer than the terminal is wide; a pipe or a file gets all of it.",
         )
         self.add_argument("--json", action="store_true", help="one JSON array on standard output")
 
@@ -92,11 +97,11 @@ class Parser(argparse.ArgumentParser):
 
     def add_switches(self) -> None:
         self.add_argument(
-            "--switch", type=int, action="append", metavar="NUMBER", help="this switch only; may be given again"
+            "--switch", type=integer(0), action="append", metavar="NUMBER", help="this switch only; may be given again"
         )
 
 
-def lcores(switch: "_Switch") -> List[int]:
+def lcores(switch: "SwitchInfo") -> List[int]:
     """The lcores that forward for a switch."""
     # The mask reads negative when lcore 63 is in it, which changes none of these bits.
     return [lcore for lcore in range(64) if switch["lcores"] >> lcore & 1]
@@ -105,25 +110,51 @@ def lcores(switch: "_Switch") -> List[int]:
 def mac_address(text: str) -> str:
     """The type of an option that takes a MAC address, in any of its usual forms; as the module writes it."""
     digits = text.lower().translate(str.maketrans("", "", ":-."))
-    if len(bytes.fromhex(digits)) != 6:
-        raise ValueError("a MAC address has six bytes")
+    if not re.fullmatch("[0-9a-f]{12}", digits):
+        raise argparse.ArgumentTypeError(f"{text!r} is not a MAC address such as 02:20:00:00:03:01")
     return ":".join(digits[i : i + 2] for i in range(0, 12, 2))
+
+
+def ip_address(text: str) -> IPAddress:
+    """The type of an option that takes an IP address."""
+    try:
+        return ipaddress.ip_address(text)
+    except ValueError:
+        raise argparse.ArgumentTypeError(f"{text!r} is not an IP address such as 10.0.0.1 or 2001:db8::1") from None
 
 
 def seconds(text: str) -> float:
     """The type of an option that takes a duration."""
-    value = float(text)
+    try:
+        value = float(text)
+    except ValueError:
+        value = 0.0
     if not 0 < value <= DAY:
-        raise ValueError("out of range")
+        raise argparse.ArgumentTypeError(f"{text!r} is not a number of seconds above 0 and up to {DAY}")
     return value
 
 
-def positive(text: str) -> int:
-    """The type of an option that takes a count."""
-    value = int(text)
-    if value < 1:
-        raise ValueError("out of range")
-    return value
+def integer(lowest: int, highest: Optional[int] = None) -> Callable[[str], int]:
+    """The type of an option that takes an integer from the lowest to the highest that makes sense."""
+    allowed = f"of at least {lowest}" if highest is None else f"from {lowest} to {highest}"
+
+    def parse(text: str) -> int:
+        value = int(text) if re.fullmatch("-?[0-9]+", text) else lowest - 1
+        if value < lowest or highest is not None and value > highest:
+            raise argparse.ArgumentTypeError(f"{text!r} is not an integer {allowed}")
+        return value
+
+    return parse
+
+
+def print_json(rows: Iterable[Row]) -> None:
+    """Prints one array, each row as soon as it is read."""
+    before = "["
+    for row in rows:
+        text = json.dumps(row, indent=2).replace("\n", "\n  ")  # the only line ends: those in texts are escaped
+        print(f"{before}\n  {text}", end="", flush=True)
+        before = ","
+    print("[]" if before == "[" else "\n]")
 
 
 def run(
@@ -139,10 +170,17 @@ def run(
     parser = Parser(documentation or "")
     add_options(parser)
     options = parser.parse_args()
+    if sys.stdout is None:
+        parser.exit(UNWRITTEN, f"{parser.prog}: standard output is closed; open it, or write to /dev/null\n")
     datapath = Datapath(parser.prog)
     rows = read(datapath, options)
-    if options.json:
-        print(json.dumps(list(rows), indent=2))
-    else:
-        show(rows, options)
+    try:
+        if options.json:
+            print_json(rows)
+        else:
+            show(rows, options)
+        sys.stdout.flush()
+    except OSError as error:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # the interpreter writes what is left at its end
+        parser.exit(UNWRITTEN, f"{parser.prog}: cannot write to standard output: {error.strerror}\n")
     sys.exit(REFUSED if datapath.refusals else 0)

@@ -1,6 +1,17 @@
-"""How the examples show what they read: aligned tables, and bars."""
+"""How the examples show what they read: lines that fit the terminal, aligned tables, and bars."""
 
+import shutil
+import sys
 from typing import Container, List, Optional, Sequence, Tuple
+
+
+CUT = ">"  # ends a line that goes on beyond the terminal's edge
+
+
+def say(line: str = "") -> None:
+    """Prints a line. A terminal shows as much as fits into one line of it; a file or a pipe gets all."""
+    width = shutil.get_terminal_size().columns if sys.stdout.isatty() else len(line)
+    print(line if len(line) <= width else line[: width - 1] + CUT)
 
 
 def is_number(text: str) -> bool:
@@ -24,15 +35,16 @@ def table(
             cell.rjust(width) if heading in to_the_right else cell.ljust(width)
             for heading, cell, width in zip(headings, row, widths)
         ]
-        print((indent + "  ".join(placed)).rstrip())
+        say((indent + "  ".join(placed)).rstrip())
 
 
-def bars(counts: List[Tuple[str, int]], width: int, indent: str = "  ") -> None:
-    """Prints a bar for each (label, count), of which the longest ends at the width. Only a count of 0 has no bar."""
+def bars(counts: List[Tuple[str, int]], indent: str = "  ") -> None:
+    """Prints a bar for each (label, count). The longest ends at the terminal's edge; only a count of 0 has no bar."""
+    width = shutil.get_terminal_size().columns
     most = max((count for _, count in counts), default=0)
     labels = max((len(label) for label, _ in counts), default=0)
     digits = len(f"{most:,}")
     room = max(width - len(indent) - labels - digits - 4, 10)
     for label, count in counts:
         length = -(-count * room // most) if count > 0 else 0  # rounded up
-        print(f"{indent}{label:<{labels}}  {count:>{digits},}  {'#' * length}".rstrip())
+        say(f"{indent}{label:<{labels}}  {count:>{digits},}  {'#' * length}".rstrip())

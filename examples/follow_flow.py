@@ -12,7 +12,8 @@ import ipaddress
 from typing import Any, Callable, Dict, Iterable, Iterator, List, Optional, Tuple
 
 import _libqdp
-from command import Datapath, Parser, Row, mac_address, run
+from command import Datapath, Parser, Row, integer, ip_address, mac_address, run
+from display import say
 
 # The pipeline gives its entries away one by one; where no flow is named, so many are looked at.
 SEARCHED = 4096
@@ -23,37 +24,30 @@ WAY_IN, WAY_OUT = 0, 1
 
 # The parts of a flow's key with what reads each; what is left out is zero.
 KEY_PARTS: Dict[str, Callable[[str], Any]] = {
-    "vlan": int,
+    "vlan": integer(0, 4095),
     "source": lambda text: int(mac_address(text).replace(":", ""), 16),
     "destination": lambda text: int(mac_address(text).replace(":", ""), 16),
-    "port": int,
-    "index": int,
-    "vni": int,
-    "protocol": int,
-    "source_ip": ipaddress.ip_address,
-    "destination_ip": ipaddress.ip_address,
-    "source_port": int,
-    "destination_port": int,
+    "port": integer(0, (1 << 32) - 1),
+    "index": integer(0, (1 << 32) - 1),
+    "vni": integer(0, (1 << 24) - 1),
+    "protocol": integer(0, 255),
+    "source_ip": ip_address,
+    "destination_ip": ip_address,
+    "source_port": integer(0, 65535),
+    "destination_port": integer(0, 65535),
 }
 
 
-def flow_index(text: str) -> int:
-    index = int(text)
-    if not 0 <= index < END:
-        raise ValueError("out of range")
-    return index
-
-
 def key_part(text: str) -> Tuple[str, Any]:
-    name, _, value = text.partition("=")
-    if name not in KEY_PARTS:
-        raise argparse.ArgumentTypeError(f"a flow's key has no part {name!r}; it has {', '.join(KEY_PARTS)}")
+    name, equals, value = text.partition("=")
+    if not equals or name not in KEY_PARTS:
+        raise argparse.ArgumentTypeError(f"{text!r} is not PART=VALUE with a PART of {', '.join(KEY_PARTS)}")
     return name, KEY_PARTS[name](value)
 
 
 def add_options(parser: Parser) -> None:
     named = parser.add_mutually_exclusive_group()
-    named.add_argument("index", type=flow_index, nargs="?", help="of the flow")
+    named.add_argument("index", type=integer(0, END - 1), nargs="?", help="of the flow")
     parts = "of the flow: " + ", ".join(KEY_PARTS)
     named.add_argument("--key", type=key_part, nargs="+", metavar="PART=VALUE", help=parts)
 
@@ -158,12 +152,12 @@ def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
         entry, arguments = row["entry"], row["arguments"]
         if row["method"] == "TableFlowInfoGet":
             fate = "dropped" if entry["drop"] else "forwarded"
-            print(f"Flow {arguments[0]}: {entry['count']:,} packets, {fate}")
+            say(f"Flow {arguments[0]}: {entry['count']:,} packets, {fate}")
         if row["step"] != step:
             step = row["step"]
-            print(f"  {step}")
+            say(f"  {step}")
         number = row["uplink"] if "uplink" in row else arguments[0]
-        print(f"      {IN_WORDS[row['method']](entry, number)}")
+        say(f"      {IN_WORDS[row['method']](entry, number)}")
 
 
 if __name__ == "__main__":

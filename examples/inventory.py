@@ -9,7 +9,7 @@ from typing import Iterable, Iterator, List
 
 import _libqdp
 from command import Datapath, Parser, Row, run
-from display import table
+from display import say, table
 
 
 def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
@@ -24,13 +24,14 @@ def lcores(queues: List[int]) -> str:
 
 def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
     switches = list(rows)
-    print("Switches")
+    say("Switches")
     headings = ["switch", "name", "MTU", "ports", "active", "lcores"]
     keys = ["swID", "name", "mtu", "numPorts", "numActivePorts", "numLcores"]
     table(headings, [[switch[key] for key in keys] for switch in switches])
 
     for switch in switches:
-        print(f"\nPorts of switch {switch['swID']}, {switch['name']}")
+        say()
+        say(f"Ports of switch {switch['swID']}, {switch['name']}")
         table(
             ["port", "client", "MAC address", "MACs", "TX queues on lcores", "RX queues on lcores"],
             [

@@ -15,10 +15,10 @@ from typing import TYPE_CHECKING, Dict, Iterable, Iterator, List
 import _libqdp
 from command import Datapath, Parser, Row, lcores, run, seconds
 from counters import Reading
-from display import table
+from display import say, table
 
 if TYPE_CHECKING:
-    from _libqdp import _Switch
+    from _libqdp import SwitchInfo
 
 IS_TROUBLE = re.compile("Full$|Failed|Exceeded|[mM]ismatched|DisabledState")
 LCORES_AT_ONCE = 32  # as many as an answer of GetFPOStats holds
@@ -53,7 +53,7 @@ def uplink_readings(datapath: Datapath, switch: int) -> Dict[int, Reading]:
     return {port: Reading(counters) for port, counters in stats if counters}
 
 
-def lcore_readings(datapath: Datapath, switch: "_Switch") -> Dict[int, Reading]:
+def lcore_readings(datapath: Datapath, switch: "SwitchInfo") -> Dict[int, Reading]:
     wanted, found = lcores(switch), {}
     for i in range(0, len(wanted), LCORES_AT_ONCE):
         for stats in datapath.ask(_libqdp.GetFPOStats, switch["swID"], tuple(wanted[i : i + LCORES_AT_ONCE])) or []:
@@ -94,12 +94,13 @@ def in_words(grown: Dict[str, int]) -> str:
 
 def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
     for i, row in enumerate(rows):
-        print("\n" if i else "", end="")
+        if i:
+            say()
         if "alias" in row:
-            fpo = ", ".join(f"{key} {value}" for key, value in (row["fpo"] or {}).items())
-            print(f"Settings of {row['alias']}: offloadFlows {row['offloadFlows']}, {fpo}")
+            fpo = "".join(f", {key} {value}" for key, value in (row["fpo"] or {}).items())
+            say(f"Settings of {row['alias']}: offloadFlows {row['offloadFlows']}{fpo}")
             continue
-        print(f"Offload of switch {row['swID']}, {row['name']}, over {options.interval:g} s")
+        say(f"Offload of switch {row['swID']}, {row['name']}, over {options.interval:g} s")
         table(
             ["uplink", "flows", "capacity", "models", "trouble"],
             [

@@ -16,9 +16,9 @@ import time
 from typing import Dict, Iterable, Iterator, Optional, Tuple
 
 import _libqdp
-from command import Datapath, Parser, Row, positive, run, seconds
+from command import Datapath, Parser, Row, integer, run, seconds
 from counters import Reading
-from display import table
+from display import say, table
 
 # A rate: its key in JSON, the counters that it is the growth of, and its factor.
 RATES = [
@@ -28,7 +28,7 @@ RATES = [
     ("rxBitsPerSecond", ("rxBytes", "spRxBytes"), 8),
     ("dropsPerSecond", ("txDrops", "rxDrops", "spTxDrops", "spRxDrops"), 1),
 ]
-HEADINGS = "switch, port, client, TX packets/s, TX Mbit/s, RX packets/s, RX Mbit/s, drops/s".split(", ")
+HEADINGS = "switch, port, client, TX pkts/s, TX Mbit/s, RX pkts/s, RX Mbit/s, drops/s".split(", ")
 LINES_AROUND = 4  # the title and the headings above a table, how many more ports there are, and the cursor
 
 
@@ -36,7 +36,7 @@ def add_options(parser: Parser) -> None:
     parser.add_switches()
     parser.add_argument("--interval", type=seconds, default=1.0, metavar="SECONDS", help="between samples (default: 1)")
     parser.add_argument(
-        "--count", type=positive, metavar="N", help="so many samples (default: 1; until Ctrl-C, on a terminal)"
+        "--count", type=integer(1), metavar="N", help="so many samples (default: 1; until Ctrl-C, on a terminal)"
     )
 
 
@@ -111,11 +111,11 @@ def show(samples: Iterable[Row], options: argparse.Namespace) -> None:
             print("\033[H\033[J", end="")  # from the top of the terminal again
             shown = rows[: max(shutil.get_terminal_size().lines - LINES_AROUND, 1)]
         elif sample["sample"] > 1:
-            print()
-        print(f"Rates over {options.interval:g} s, sample {sample['sample']}")
+            say()
+        say(f"Rates over {options.interval:g} s, sample {sample['sample']}")
         table(HEADINGS, shown)
         if len(rows) > len(shown):
-            print(f"  ... and {len(rows) - len(shown)} more")
+            say(f"  ... and {len(rows) - len(shown)} more")
         sys.stdout.flush()
 
 

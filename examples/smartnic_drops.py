@@ -12,9 +12,9 @@ import time
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional
 
 import _libqdp
-from command import Datapath, Parser, Row, positive, run, seconds
+from command import Datapath, Parser, Row, integer, run, seconds
 from counters import Reading
-from display import table
+from display import say, table
 
 IS_LOSS = re.compile("DropPkts|Queue|Desc|CsumErr|Malformed|wrongReinject|^drop$")
 SHOWN = 20  # counters in a table, where nothing else is asked for
@@ -23,7 +23,7 @@ END = 1024  # of the indexes at which a page of LIFs or ports may start
 
 def add_options(parser: Parser) -> None:
     parser.add_argument("--interval", type=seconds, metavar="SECONDS", help="what has been counted within so long")
-    parser.add_argument("--top", type=positive, metavar="N", help=f"so many counters (default: {SHOWN}, in JSON all)")
+    parser.add_argument("--top", type=integer(1), metavar="N", help=f"so many counters (default: {SHOWN}, in JSON all)")
 
 
 def readings(datapath: Datapath) -> Dict[str, Reading]:
@@ -78,7 +78,7 @@ def show(rows: Iterable[Row], options: argparse.Namespace) -> None:
         cells = [cell + [f"{row['perSecond']:,.1f}"] for cell, row in zip(cells, losses)]
     table(headings, cells, indent="")
     if len(found) > len(losses):
-        print(f"and {len(found) - len(losses):,} more, which --top shows")
+        say(f"and {len(found) - len(losses):,} more, which --top shows")
 
 
 if __name__ == "__main__":

@@ -8,12 +8,11 @@ A flow that the hardware carries too has "hwFlowIdx" among its actions, the numb
 
 import argparse
 import heapq
-import ipaddress
 import sys
-from typing import Iterable, Iterator, Optional, Tuple, Union
+from typing import Iterable, Iterator, Optional, Tuple
 
 import _libqdp
-from command import Datapath, Parser, Row, lcores, positive, run
+from command import Datapath, IPAddress, Parser, Row, integer, ip_address, lcores, run
 from display import table
 
 NO_MORE = 0xFFFFFFFF  # the start index behind the last page
@@ -23,17 +22,17 @@ HEADINGS = """
 """.split()
 TO_THE_RIGHT = HEADINGS[:3]
 
-Address = Union[ipaddress.IPv4Address, ipaddress.IPv6Address]
-
 
 def add_options(parser: Parser) -> None:
-    parser.add_argument("--top", type=positive, default=10, metavar="N", help="so many flows (default: 10)")
-    parser.add_argument("--lcore", type=int, action="append", metavar="N", help="this lcore only; may be given again")
-    parser.add_argument("--source", type=ipaddress.ip_address, metavar="ADDRESS", help="flows from this address only")
-    parser.add_argument("--destination", type=ipaddress.ip_address, metavar="ADDRESS", help="flows to this one only")
+    parser.add_argument("--top", type=integer(1), default=10, metavar="N", help="so many flows (default: 10)")
+    parser.add_argument(
+        "--lcore", type=integer(0), action="append", metavar="N", help="this lcore only; may be given again"
+    )
+    parser.add_argument("--source", type=ip_address, metavar="ADDRESS", help="flows from this address only")
+    parser.add_argument("--destination", type=ip_address, metavar="ADDRESS", help="flows to this one only")
 
 
-def address_filter(address: Optional[Address]) -> Tuple[int, str]:
+def address_filter(address: Optional[IPAddress]) -> Tuple[int, str]:
     """The two arguments of a filter: the version, 0 for no filter, and the address."""
     return (address.version, str(address)) if address else (0, "")
 

@@ -1,7 +1,9 @@
 """What the examples' tests stand on: an example in a process of its own, on the embedded host."""
 
+import errno
 import json
 import os
+import pty
 import subprocess
 import sys
 
@@ -10,16 +12,17 @@ import pytest
 
 @pytest.fixture(scope="session")
 def command(root, build):
-    """The command line of an example, and its environment. A preparation prepares its host, see prepared.py."""
-    environment = {
-        **os.environ,
-        "LD_LIBRARY_PATH": str(build / "host"),
-        "PYTHONPATH": f"{build}{os.pathsep}{root / 'host' / 'python'}",
-        "COLUMNS": "100",
-        "LINES": "24",
-    }
+    """The command line of an example, and its environment with the size of its terminal. A preparation prepares its host,
+    see prepared.py."""
 
-    def command(name, *options, prepare=None):
+    def command(name, *options, prepare=None, columns=100, lines=24):
+        environment = {
+            **os.environ,
+            "LD_LIBRARY_PATH": str(build / "host"),
+            "PYTHONPATH": f"{build}{os.pathsep}{root / 'host' / 'python'}",
+            "COLUMNS": str(columns),
+            "LINES": str(lines),
+        }
         start = [str(root / "examples" / name), *options]
         if prepare is not None:
             start[:0] = [str(root / "tests" / "examples" / "prepared.py"), str(build / "host"), prepare]
@@ -50,6 +53,29 @@ def printed(run):
         return done.stdout
 
     return printed
+
+
+@pytest.fixture(scope="session")
+def on_a_terminal(command):
+    """The lines that an example prints on a terminal of so many columns when all goes well."""
+
+    def on_a_terminal(name, *options, columns, lines=24, prepare=""):
+        line, environment = command(name, *options, prepare=prepare, columns=columns, lines=lines)
+        terminal, end = pty.openpty()
+        process = subprocess.Popen(line, env=environment, stdout=end, stderr=subprocess.PIPE, text=True)
+        os.close(end)
+        shown = b""
+        try:
+            while part := os.read(terminal, 4096):
+                shown += part
+        except OSError as error:  # the process has ended
+            assert error.errno == errno.EIO
+        os.close(terminal)
+        with process.stderr:
+            assert (process.stderr.read(), process.wait(timeout=120)) == ("", 0)
+        return shown.decode().splitlines()
+
+    return on_a_terminal
 
 
 @pytest.fixture(scope="session")

@@ -38,6 +38,8 @@ EXAMPLES = {
     "smartnic_drops.py": ([], "Qdp_P4I_Stats_Get", "Failed to get p4 ingress stats\n", "P4IStatsGet()"),
     "follow_flow.py": ([], "Qdp_P4_Cmd", "Failed to get table data\n", "TableFlowInfoGet(0)"),
 }
+ONCE = {"port_rates.py": ["--count", "1"]}  # where a terminal is drawn again and again
+CLEAR = "\x1b[H\x1b[J"
 FROM_ALL = pytest.mark.parametrize("name", EXAMPLES)
 
 
@@ -95,6 +97,32 @@ class TestEach:
             said = process.stderr.read()
         assert (process.wait(timeout=120), said) == (-signal.SIGPIPE, b"")
 
+    @pytest.mark.parametrize("columns", [80, 60])
+    def test_a_line_that_is_too_long_for_the_terminal_is_cut_with_a_mark(self, on_a_terminal, command, name, columns):
+        options = [*EXAMPLES[name][0], *ONCE.get(name, [])]
+        line, environment = command(name, *options, prepare="", columns=columns)
+        piped = subprocess.run(line, env=environment, capture_output=True, text=True, timeout=120, check=True).stdout
+        shown = on_a_terminal(name, *options, columns=columns, lines=1000)
+        assert "".join(shown).startswith(CLEAR) == (name == "port_rates.py")
+        shown[0] = shown[0].replace(CLEAR, "")
+        assert [(each, len(each)) for each in shown if len(each) > columns] == []
+        assert shown == [
+            each if len(each) <= columns else each[: columns - 1] + ">" for each in piped.splitlines()
+        ]
+
+    def test_a_full_disk(self, run, name):
+        with open("/dev/full", "w") as full:
+            done = run(name, *EXAMPLES[name][0], stdout=full)
+        said = f"{name}: cannot write to standard output: No space left on device\n"
+        assert (done.returncode, done.stderr) == (3, said)
+
+    def test_a_closed_output(self, command, name):
+        line, environment = command(name, *EXAMPLES[name][0])
+        closing = ["/bin/sh", "-c", 'exec "$@" >&-', "sh", *line]
+        done = subprocess.run(closing, env=environment, stderr=subprocess.PIPE, text=True, timeout=120)
+        said = f"{name}: standard output is closed; open it, or write to /dev/null\n"
+        assert (done.returncode, done.stderr) == (3, said)
+
     def test_is_short(self, root, name):
         assert len((root / "examples" / name).read_text().splitlines()) <= 170
 
@@ -112,7 +140,8 @@ def test_a_switch_that_there_is_not(run, name):
 def test_an_interval_that_is_none(run, name, value):
     done = run(name, f"--interval={value}")
     assert (done.returncode, done.stdout) == (1, "")
-    assert done.stderr.endswith(f"{name}: error: argument --interval: invalid seconds value: '{value}'\n")
+    wanted = "is not a number of seconds above 0 and up to 86400"
+    assert done.stderr.endswith(f"{name}: error: argument --interval: '{value}' {wanted}\n")
 
 
 @pytest.mark.parametrize(
@@ -122,7 +151,27 @@ def test_an_interval_that_is_none(run, name, value):
 def test_a_count_that_is_none(run, name, option, value):
     done = run(name, f"{option}={value}")
     assert (done.returncode, done.stdout) == (1, "")
-    assert done.stderr.endswith(f"{name}: error: argument {option}: invalid positive value: '{value}'\n")
+    assert done.stderr.endswith(f"{name}: error: argument {option}: '{value}' is not an integer of at least 1\n")
+
+
+@pytest.mark.parametrize(
+    "name, option", [("inventory.py", "--switch"), ("balancer_load.py", "--switch"), ("top_flows.py", "--lcore")]
+)
+@pytest.mark.parametrize("value", ["-1", "0x1", "one", ""])
+def test_a_number_that_is_none(run, name, option, value):
+    done = run(name, f"{option}={value}")
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr.endswith(f"{name}: error: argument {option}: '{value}' is not an integer of at least 0\n")
+
+
+def test_json_without_rows_is_an_empty_array(run):
+    done = run("inventory.py", "--json", prepare="host.fail('Qdp_Get_Switch_List')")
+    assert (done.returncode, done.stdout) == (2, "[]\n")
+
+
+@pytest.mark.parametrize("name", ["inventory.py", "mac_owner.py"])
+def test_json_is_indented_by_two(rows, printed, name):
+    assert printed(name, "--json", *EXAMPLES[name][0]) == json.dumps(rows(name, *EXAMPLES[name][0]), indent=2) + "\n"
 
 
 def test_examples_pass_the_strict_type_checker(root, tmp_path):

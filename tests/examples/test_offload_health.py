@@ -112,6 +112,7 @@ def test_an_alias_that_there_is_not(run):
         "TypeError: Invalid parameter passed.",
         "offload_health.py: the datapath refuses GetOffloadFlows('dvs-other')",
     ]
+    assert "Settings of dvs-other: offloadFlows None\n" in done.stdout
     assert STORAGE in done.stdout
 
 

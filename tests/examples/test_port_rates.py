@@ -66,7 +66,7 @@ def test_text(printed):
     first, second = printed("port_rates.py", "--switch", "1", "--count", "2").split("\n\n")
     for sample, lines in enumerate([first.splitlines(), second.splitlines()]):
         assert lines[0] == f"Rates over 1 s, sample {sample + 1}"
-        assert lines[1] == "  switch  port  client   TX packets/s  TX Mbit/s  RX packets/s  RX Mbit/s  drops/s"
+        assert lines[1] == "  switch  port  client   TX pkts/s  TX Mbit/s  RX pkts/s  RX Mbit/s  drops/s"
         expected = sorted(
             expected_ports(HOUR + sample, HOUR + sample + 1),
             key=lambda port: port["txBitsPerSecond"] + port["rxBitsPerSecond"],
@@ -80,6 +80,7 @@ def test_text(printed):
             for port in expected
         ]
         assert {len(line) for line in lines[1:]} == {len(lines[1])}
+        assert len(lines[1]) <= 80  # of a terminal that nobody made wider
     # Counted by hand: 1,259 + (3,601 * 1,259 // 100 - 3,600 * 1,259 // 100) = 1,259 + 12, of 183 bytes.
     assert first.splitlines()[2].split()[:5] == ["1", "7", "VNIC", "1,271.0", "1.9"]
 
@@ -131,6 +132,28 @@ def test_ctrl_c_ends_the_samples(run):
     done = run("port_rates.py", "--switch", "1", "--json", "--count", "100", prepare=CTRL_C)
     assert (done.returncode, done.stderr) == (0, "")
     assert [sample["sample"] for sample in json.loads(done.stdout)] == [1, 2]
+
+
+def test_json_is_printed_as_it_goes(run, tmp_path):
+    """Each wait finds the samples before it in the output."""
+    output = tmp_path / "samples.json"
+    prepare = f"""
+pass_time = time.sleep
+def sleep(seconds):
+    print(open({str(output)!r}).read().count('"sample"'), file=sys.stderr)
+    pass_time(seconds)
+time.sleep = sleep
+"""
+    with output.open("w") as stdout:
+        done = run("port_rates.py", "--switch", "1", "--json", "--count", "4", prepare=prepare, stdout=stdout)
+    assert (done.returncode, done.stderr) == (0, "0\n1\n2\n3\n")
+    assert [sample["sample"] for sample in json.loads(output.read_text())] == [1, 2, 3, 4]
+
+
+def test_a_terminal_that_is_narrow_shows_no_more_lines_than_it_has(on_a_terminal):
+    shown = on_a_terminal("port_rates.py", "--count", "1", columns=40, lines=12)
+    assert len(shown) == 11 and max(map(len, shown)) - len("\x1b[H\x1b[J") <= 40
+    assert shown[-1] == f"  ... and {36 + 8 + 35 - 8} more"
 
 
 def test_intervals_do_not_drift(run):
