@@ -4,6 +4,9 @@
 
     for port in qdp.call("ListPorts", 0):
         print(port.portID, port.hwAddr)
+
+    for switch in qdp.Host().switches():
+        print(switch.path, switch.settings["lro"].value, [port.number for port in switch.uplinks()])
 """
 
 import sys
@@ -24,32 +27,63 @@ from .errors import (
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from . import methods, records
+    from . import methods, rates, records, settings
+    from .flows import Flow
+    from .host import Device, Host
+    from .nic import Nic
+    from .settings import Change, Plan, Setting
+    from .switch import Lcore, Port, Switch, Uplink
 
     __version__: str
 
 __all__ = [
     "BadAnswer",
     "BalancerRunning",
+    "Change",
+    "Device",
+    "Flow",
+    "Host",
     "InvalidArgument",
+    "Lcore",
+    "Nic",
     "NotApplied",
     "NotFound",
     "NotStored",
     "OutOfMemory",
+    "Plan",
+    "Port",
     "QdpError",
     "Refused",
+    "Setting",
+    "Switch",
     "Unsupported",
+    "Uplink",
     "__version__",
     "call",
     "call_raw",
     "methods",
+    "rates",
     "records",
+    "settings",
 ]
 
 # What is loaded when it is first used: a module of the package, or None for one that has the name itself.
 _LATER = {
+    "Change": "settings",
+    "Device": "host",
+    "Flow": "flows",
+    "Host": "host",
+    "Lcore": "switch",
+    "Nic": "nic",
+    "Plan": "settings",
+    "Port": "switch",
+    "Setting": "settings",
+    "Switch": "switch",
+    "Uplink": "switch",
     "__version__": "_version",
     "methods": None,
+    "rates": None,
+    "settings": None,
 }
 
 
