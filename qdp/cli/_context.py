@@ -58,9 +58,12 @@ class Context:
         listed = self.call("ListSwitches")
         if wanted is None:
             return listed
-        for switch in listed:
-            if wanted in (str(switch["swID"]), switch["name"]):
-                return [switch]
+        found = [switch for switch in listed if wanted in (str(switch["swID"]), switch["name"])]
+        if not found:
+            portset = self.source.aliases.portset_of(wanted)
+            found = [switch for switch in listed if switch["name"] == portset]
+        if found:
+            return found[:1]
         raise CommandError("there is no switch {!r}; `qdp switch show` lists the switches".format(wanted))
 
     def switch(self, wanted):

@@ -175,5 +175,11 @@ def port(nargs=None):
     return Option("port", metavar="PORT", nargs=nargs, type=number, completes="port", help="number of a port")
 
 
+# The options of what changes something.
+WRITING = (
+    Option("-n", "--dry-run", action="store_true", help="show what would be done, and do nothing"),
+    Option("-y", "--yes", action="store_true", help="do not ask"),
+)
+
 ANY_SWITCH, ANY_PORT = switch("?"), port("?")
 SWITCH, PORT = switch(), port()

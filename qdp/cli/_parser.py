@@ -2,7 +2,7 @@
 
 import argparse
 
-from ._declare import Read, Write, natural, seconds
+from ._declare import WRITING, Read, Write, natural, seconds
 from ._output import UsageError
 
 EXIT_CODES = (
@@ -38,8 +38,8 @@ def add_arguments(parser, verb):
         add_reading(parser, output, verb)
     elif isinstance(verb, Write):
         writing = parser.add_argument_group("writing")
-        writing.add_argument("-n", "--dry-run", action="store_true", help="show what would be done, and do nothing")
-        writing.add_argument("-y", "--yes", action="store_true", help="do not ask")
+        for option in WRITING:
+            writing.add_argument(*option.flags, **option.settings)
 
 
 def add_reading(parser, output, verb):

@@ -36,11 +36,11 @@ def read_rows(context):
 def counters_of(verb, row):
     """The keys of a row that count."""
     if verb.columns:
-        return [key for column in verb.columns if column.kind == "count" for key in column.keys if key in row]
+        return {key for column in verb.columns if column.kind == "count" for key in column.keys if key in row}
     if not verb.counts(row):
-        return []
+        return set()
     others = set(verb.identity) | verb.gauges | SIGNED | set(HEX)
-    return [key for key, value in row.items() if type(value) in (int, float) and key not in others]
+    return {key for key, value in row.items() if type(value) in (int, float) and key not in others}
 
 
 class View:

@@ -11,15 +11,11 @@ from ._rows import for_json
 AROUND = 3  # the title, a blank line and the cursor
 
 
-def growth(old, new, bits=64):
-    """How much a counter has grown, which may have wrapped; None where it was set back."""
-    grown = (new - old) % (1 << bits)
-    return grown if grown < 1 << (bits - 1) else None
-
-
 def grown_rows(verb, old, new, seconds, is_delta):
     """The rows with growth a second in place of counters, or with the growth itself; None after a reset, and for a row
     that was not there before."""
+    from ..rates import growth
+
     before = {name_of(verb, row): row for row in old}
     for row in new:
         earlier = before.get(name_of(verb, row), {})

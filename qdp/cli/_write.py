@@ -69,8 +69,12 @@ def show_changes(rows, options):
         elif row["changed"] is None:
             before, after = ABSENT, "done"
         shown.append({"what": row["what"], "before": before, "after": after})
+    show_table(COLUMNS, shown)
+
+
+def show_table(columns, rows):
     width = terminal_size().columns if is_terminal(sys.stdout) else None
-    write_lines(_table.table(COLUMNS, shown, width, True, "", is_bold()) if shown else ["nothing to do"])
+    write_lines(_table.table(columns, rows, width, True, "", is_bold()))
 
 
 def differing(before, after):

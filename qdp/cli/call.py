@@ -1,6 +1,6 @@
 """`qdp call`: any method of the module by its name, for experts and for what has no verb of its own."""
 
-from ._declare import Object, Option, Read
+from ._declare import WRITING, Object, Option, Read
 from ._output import CommandError, UsageError
 from ._rows import plain
 
@@ -72,10 +72,7 @@ OBJECT = Object(
             Option("method", metavar="METHOD", completes="method", help="its name, as in help(_libqdp)"),
             Option("argument", metavar="ARGUMENT", nargs="*", help="0, 0x1f, (0, 1), dvs-production; behind -- also -1"),
         ],
-        options=[
-            Option("-n", "--dry-run", action="store_true", help="show a call that may change something, and do not call"),
-            Option("-y", "--yes", action="store_true", help="do not ask"),
-        ],
+        options=WRITING,
         counts=False,
     ),
 )

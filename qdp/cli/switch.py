@@ -5,6 +5,7 @@ from ._declare import ANY_SWITCH, Column, Object, Read
 
 def show(context):
     for switch in context.switches(context.options.switch):
+        switch = dict(switch, alias=context.source.aliases.alias_of(switch["name"]))
         if context.options.statistics:
             switch = dict(switch, **totals(context, switch))
         yield switch
@@ -32,7 +33,8 @@ OBJECT = Object(
         identity=["swID"],
         columns=[
             Column("switch", "swID", "number", 9),
-            Column("name", "name", "text", 9),
+            Column("name", "name", "text", 7, help="the name in the datapath"),
+            Column("alias", "alias", "text", 8, help="the name that users give the switch"),
             Column("mtu", "mtu", "number", 4, unit="bytes"),
             Column("ports", "numPorts", "number", 7),
             Column("active", "numActivePorts", "number", 6, help="ports that are active"),

@@ -57,7 +57,7 @@ def process(build, root):
     def process(*arguments, **variables):
         inherited = {name: value for name, value in os.environ.items() if name not in ("COLUMNS", "LINES", "NO_COLOR")}
         environment = {**inherited, "LD_LIBRARY_PATH": str(build / "host"), "PYTHONPATH": str(build), **variables}
-        return [sys.executable, "-m", "qdp", *map(str, arguments)], environment
+        return [sys.executable, str(root / "script" / "qdp_command.py"), *map(str, arguments)], environment
 
     return process
 

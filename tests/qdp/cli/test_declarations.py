@@ -1,5 +1,6 @@
 """The declarations of the command: together they cover the module, and what they name is there."""
 
+import collections
 import inspect
 
 import pytest
@@ -12,6 +13,18 @@ from qdp.cli.table import TABLES, arguments_of, keys_of
 
 OBJECTS = {name: load(name) for name in object_names()}
 VERBS = [(name, verb) for name, thing in OBJECTS.items() for verb in thing.verbs.values()]
+METHODS = [name for name in dir(_libqdp) if callable(getattr(_libqdp, name)) and not name.startswith("_")]
+
+
+def test_module_has_the_methods_that_are_counted():
+    assert len(METHODS) == 147
+
+
+def test_each_method_belongs_to_one_verb():
+    claims = collections.Counter(method for _, verb in VERBS for method in verb.methods)
+    assert {method: claims[method] for method in METHODS if claims[method] != 1} == {}
+    assert set(claims) == set(METHODS)
+
 
 def test_each_object_file_declares_the_object_of_its_name():
     assert {name: thing.name for name, thing in OBJECTS.items()} == {name: name for name in OBJECTS}
@@ -54,7 +67,6 @@ SHOWN = {
     "uplink queue": ["0", "0", "--queue", "1"],
     "port queues": ["0"],
     "port conf": ["0"],
-    "setting show": ["flow*"],
 }
 READS = [("{} {}".format(name, verb.name), verb) for name, verb in VERBS if isinstance(verb, Read)]
 
