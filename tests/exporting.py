@@ -22,6 +22,9 @@ def environment_of(build, root, **changes):
     )
 
 
+COMMAND = ("-c", "import sys; from qdp.cli.main import main; sys.exit(main())", "exporter")
+
+
 class Exporter:
     """A running exporter."""
 
@@ -49,7 +52,7 @@ class Exporter:
 
 
 @contextlib.contextmanager
-def exporting(environment, *options, command=("-m", "qdp.exporter"), listen="127.0.0.1:0"):
+def exporting(environment, *options, command=COMMAND, listen="127.0.0.1:0"):
     """An exporter, which is stopped at the end of the block."""
     process = subprocess.Popen(
         [sys.executable, *command, "--listen", listen, *options],

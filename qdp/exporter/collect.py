@@ -27,14 +27,13 @@ UPLINK = "UPLINK"
 # What every host has. The other collectors report success only once they have had an answer.
 NEEDED = ("switches", "lcores", "port_list", "ports")
 DEFAULT_PORTS = r"/(VNIC(\.PT)?|UPLINK)$"
-MAX_SERIES = 20000
 SERIES_OF_A_PORT = 1 + sum(len(metric.keys) for metric in metrics.of_method("GetPortStats"))  # and its description
 
 
 class Options:
     """What is read: regular expressions over "switch name/port number/client type", and how many series at most."""
 
-    def __init__(self, include=DEFAULT_PORTS, exclude=None, max_series=MAX_SERIES):
+    def __init__(self, include=DEFAULT_PORTS, exclude=None, max_series=20000):
         self.include = re.compile(include)
         self.exclude = re.compile(exclude) if exclude else None
         self.max_series = max_series

@@ -1,9 +1,7 @@
 """The exporter as a program: serves the metrics, or writes them into a folder for the node exporter."""
 
-import argparse
 import errno
 import os
-import re
 import signal
 import sys
 import tempfile
@@ -19,8 +17,6 @@ from . import collect, render
 from .source import Source
 
 FILE = "qdp.prom"
-DEFAULT_LISTEN = "127.0.0.1:9818"
-MOST_PORT = 65535
 TIMEOUT = 8.0  # seconds for a sweep: less than a scraper's usual 10
 
 
@@ -115,58 +111,3 @@ def write(folder, options):
         raise ExporterError("cannot write {}: {}".format(os.path.join(folder, FILE), error.strerror))
     finally:
         source.close()
-
-
-def address_of(text):
-    """("127.0.0.1", 9818) of "127.0.0.1:9818", ("::1", 9818) of "[::1]:9818"."""
-    host, colon, port = text.rpartition(":")
-    if not colon or not port.isdigit() or int(port) > MOST_PORT:
-        raise argparse.ArgumentTypeError("{!r} is no HOST:PORT with a port from 0 to {}".format(text, MOST_PORT))
-    return host.strip("[]"), int(port)
-
-
-def _pattern(text):
-    try:
-        re.compile(text)
-    except re.error as error:
-        raise argparse.ArgumentTypeError("{!r} is no regular expression: {}".format(text, error))
-    return text
-
-
-def _count(text):
-    if not text.isdigit():
-        raise argparse.ArgumentTypeError("{!r} is no number of series; give 0 or more".format(text))
-    return int(text)
-
-
-def add_options(parser):
-    """The options of the command."""
-    where = parser.add_mutually_exclusive_group()
-    where.add_argument(
-        "--listen", type=address_of, metavar="HOST:PORT", help="serve there (default: {})".format(DEFAULT_LISTEN)
-    )
-    where.add_argument("--textfile", metavar="DIR", help="write {} into this folder once, and end".format(FILE))
-    parser.add_argument(
-        "--include",
-        type=_pattern,
-        metavar="REGEX",
-        default=collect.DEFAULT_PORTS,
-        help='the ports to report, by "SWITCH NAME/PORT/CLIENT TYPE" (default: VNIC and uplink ports)',
-    )
-    parser.add_argument("--exclude", type=_pattern, metavar="REGEX", help="the ports to leave out, in the same words")
-    parser.add_argument(
-        "--max-series",
-        type=_count,
-        metavar="N",
-        default=collect.MAX_SERIES,
-        help="leave out ports beyond so many series, uplinks last (default: %(default)s)",
-    )
-
-
-def run(options):
-    """Does what the options say; raises ExporterError where that is not possible."""
-    wanted = collect.Options(options.include, options.exclude, options.max_series)
-    if options.textfile is not None:
-        write(options.textfile, wanted)
-    else:
-        serve(options.listen or address_of(DEFAULT_LISTEN), wanted)

@@ -34,12 +34,12 @@ def reader(arguments):
 
 
 def exporter(arguments):
+    from qdp.cli.main import main
     from qdp.exporter import source
 
     usual = source.command_of
     source.command_of = lambda options: [sys.executable, __file__, "reader"] + usual(options)[3:]
-    sys.argv[1:] = arguments
-    import qdp.exporter.__main__  # noqa: F401: runs it
+    sys.exit(main(["exporter"] + arguments))
 
 
 if __name__ == "__main__":

@@ -13,7 +13,7 @@ import time
 from urllib.parse import urlsplit
 
 import pytest
-from exporting import HERE, environment_of, exporting
+from exporting import COMMAND, HERE, environment_of, exporting
 from prometheus_client.openmetrics.parser import text_string_to_metric_families as openmetrics_families
 from prometheus_client.parser import text_string_to_metric_families as text_families
 
@@ -85,7 +85,7 @@ def test_answers_are_used_again_for_a_second(exporter):
 def test_address_in_use(exporter, environment):
     address = urlsplit(exporter.url).netloc
     done = subprocess.run(
-        [sys.executable, "-m", "qdp.exporter", "--listen", address],
+        [sys.executable, *COMMAND, "--listen", address],
         env=environment,
         cwd="/",
         stderr=subprocess.PIPE,
@@ -93,7 +93,7 @@ def test_address_in_use(exporter, environment):
         timeout=20,
     )
     assert done.returncode == 2
-    assert done.stderr == "qdp exporter: cannot listen on {}: Address already in use\n".format(address)
+    assert done.stderr == "qdp: cannot listen on {}: Address already in use\n".format(address)
 
 
 @pytest.mark.parametrize("ending", [signal.SIGTERM, signal.SIGINT])
@@ -223,7 +223,7 @@ def memory_of(pid):
 def test_textfile_is_whole_and_replaced(environment, tmp_path):
     for _ in range(2):
         subprocess.run(
-            [sys.executable, "-m", "qdp.exporter", "--textfile", str(tmp_path)],
+            [sys.executable, *COMMAND, "--textfile", str(tmp_path)],
             env=environment,
             cwd="/",
             check=True,
@@ -243,14 +243,35 @@ def test_textfile_is_whole_and_replaced(environment, tmp_path):
 )
 def test_textfile_that_cannot_be_written(environment, arguments, message):
     done = subprocess.run(
-        [sys.executable, "-m", "qdp.exporter", *arguments],
+        [sys.executable, *COMMAND, *arguments],
         env=environment,
         cwd="/",
         stderr=subprocess.PIPE,
         universal_newlines=True,
         timeout=30,
     )
-    assert (done.returncode, done.stderr) == (2, "qdp exporter: {}\n".format(message))
+    assert (done.returncode, done.stderr) == (2, "qdp: {}\n".format(message))
+
+
+@pytest.mark.parametrize(
+    "arguments, message",
+    [
+        (["--listen", "here"], "argument --listen: invalid address value: 'here'"),
+        (["--include", "("], "argument --include: invalid pattern value: '('"),
+        (["--listen", "127.0.0.1:0", "--textfile", "."], "--listen and --textfile exclude each other"),
+    ],
+)
+def test_wrong_command_line(environment, arguments, message):
+    done = subprocess.run(
+        [sys.executable, *COMMAND, *arguments],
+        env=environment,
+        cwd="/",
+        stderr=subprocess.PIPE,
+        universal_newlines=True,
+        timeout=30,
+    )
+    assert done.returncode == 1
+    assert done.stderr.startswith("qdp: " + message)
 
 
 def test_promtool_is_there():
