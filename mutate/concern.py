@@ -4,7 +4,7 @@ import re
 
 # The folders of tests that call the module in their own process, where a change is made. Others look at the built file,
 # at types or at scripts.
-FOLDERS = ["core", "datapath", "host", "smartnic", "switchid", "torture"]
+FOLDERS = ["core", "datapath", "host", "methods", "smartnic", "switchid", "torture"]
 
 # The fixture of tests that judge times, which trials beside each other spoil.
 OF_TIMES = "release_only"

@@ -68,6 +68,7 @@ def core():
 
 def pytest_addoption(parser):
     parser.addoption("--long", action="store_true", help="run the tests marked as long, too")
+    parser.addoption("--one-of-each-shape", action="store_true", help="torture one method of each shape, not all methods")
 
 
 def pytest_configure(config):

@@ -1,4 +1,4 @@
-"""What is documented of failures: the texts that the module prints, and what methods return and raise."""
+"""The texts that the module prints, as its reference documents them."""
 
 import re
 
@@ -155,70 +155,3 @@ def pattern(text):
 
 
 PRINTED = re.compile("(" + "|".join(pattern(re.escape(text)) for text in TEXTS) + ")+")
-
-# What a method returns when the platform refuses, where that is not None.
-RETURNED = {
-    "SetLBMetric": False,
-    "SetSwitchMinFlowLayer": False,
-    "EnableFPO": False,
-    "InitMbufFastslabs": False,
-    "SetSwitchMetaFlow": 0,
-}
-
-# Methods that print and return NULL without an exception.
-RETURNING_NULL = ["GetUplinkStats"]
-
-# Methods that raise.
-UNKNOWN_ALIAS = (ValueError, "cannot find dvs alias.")
-RAISED = {
-    "SetLBParam": [UNKNOWN_ALIAS, (OSError, "failed to set parameter.")],
-    "GetLBParams": [UNKNOWN_ALIAS, (OSError, "failed to get parameters.")],
-    "DumpLBStats": [(OSError, "Failed to dump LB stats. Please see hostcore.log")],
-}
-
-# A switch whose portset property cannot be read goes by another name, which the datapath does not know.
-PORTSET = ["DVSState_HostPropLookup", "DVSData_Data", "DVS_SwitchId"]
-
-# Methods that fail without a word, and the operations whose refusal they say nothing about.
-SILENT = {
-    "GetL3SPANRecord": ["Qdp_Get_L3SPAN_Record"],
-    "GetLBMetric": ["Qdp_GetLBParams", *PORTSET],
-    "SetLBMetric": ["Qdp_GetLBParams", *PORTSET],
-    "GetSwitchNUMATeam": ["Qdp_GetSwitchNUMATeam", *PORTSET],
-    "InitMbufFastslabs": [
-        "DVSState_SwitchForEach",
-        "DVSState_GlobalPropForEach",
-        "DVSData_Name",
-        "DVSData_Data",
-    ],
-    "SetOffloadFlows": ["Qdp_Set_Offload_Flows", *PORTSET],
-    "P4AppSet": ["Qdp_P4AppSet"],
-    "P4AppGet": ["Qdp_P4AppGet"],
-    "P4UKLatencySet": ["Qdp_P4UKLatencySet"],
-    "P4UKLatencyDump": ["Qdp_P4UKLatencyDump"],
-}
-
-# Methods that succeed without an operation: another one answers, there is a default, the result does not tell, or
-# another switch or property is the one looked for. Some print a text all the same.
-GOES_ON = {
-    "GetUplinkStats": ["Qdp_Get_Uplink_Priv_Stats_Len"],
-    "GetUplinkRingSize": ["DVSHCK_PortDataGet"],
-    "GetSwitchFilterTypes": ["DVSHCK_HostPropGet"],
-    "SetSwitchFilterTypes": [
-        "DVSHCK_HostPropGet",
-        "DVSHCK_HostPropSet",
-        "DVSState_SwitchFindByAlias",
-        "DVS_ClassName",
-        "DVS_SwitchId",
-    ],
-    "GetLBMetric": ["DVSHCK_HostPropGet"],
-    "SetLBMetric": ["DVSHCK_HostPropGet"],
-    "GetSwitchNUMATeam": ["DVSHCK_HostPropGet"],
-    "GetSwitchBurstSize": ["DVSHCK_HostPropGet"],
-    "GetSwitchOverlayL2Flow": ["DVSHCK_HostPropGet"],
-    "GetSwitchMetaFlow": ["DVSHCK_HostPropGet"],
-    "GetFPOEnabled": ["DVSHCK_HostPropGet"],
-    "EnableFPO": ["DVSHCK_HostPropGet", "DVSHCK_HostPropSet"],
-    "InitMbufFastslabs": ["DVSState_GlobalPropForEach", "DVSData_Name"],
-    "SetOffloadFlows": ["DVSHCK_HostPropSet"],
-}

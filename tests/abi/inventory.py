@@ -12,7 +12,8 @@ sys.path[:0] = [*sys.argv[1:3], os.path.join(os.path.dirname(os.path.abspath(__f
 
 from qdp_host import EmbeddedHost  # noqa: E402
 from failure_paths import failure_paths  # noqa: E402
-from recipes import RECIPES, is_made_of  # noqa: E402
+from contract import RECIPES  # noqa: E402
+from recipes import is_made_of  # noqa: E402
 
 host = EmbeddedHost(sys.argv[1] + "/host")
 host.freeze()

@@ -5,7 +5,7 @@ import subprocess
 import pytest
 
 from interpreters import interpreters
-from recipes import RECIPES
+from contract import RECIPES
 
 
 def listed(root, build, interpreter):

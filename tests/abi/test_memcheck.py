@@ -3,7 +3,7 @@
 import os
 import subprocess
 
-from recipes import RECIPES
+from contract import RECIPES
 
 
 def test_valgrind_has_nothing_to_say(root, build):

@@ -7,7 +7,8 @@ import sys
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent))
 
 import _libqdp  # noqa: E402
-from recipes import RECIPES, is_made_of  # noqa: E402
+from contract import RECIPES  # noqa: E402
+from recipes import is_made_of  # noqa: E402
 
 OTHER_ALIAS = "dvs-storage"  # of a switch without settings of its own, for which the datapath answers
 

@@ -6,7 +6,8 @@ import pytest
 
 import _libqdp
 from observe import Outcome
-from recipes import ALIAS, RECIPES, SMARTNIC_PORT, after, is_made_of
+from contract import RECIPES
+from recipes import ALIAS, SMARTNIC_PORT, after, is_made_of
 
 # Methods whose success is a fixed text.
 TEXTS = {

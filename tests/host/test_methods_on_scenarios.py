@@ -3,7 +3,8 @@
 import pytest
 
 import recipes
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 
 # Methods whose success is a text on standard error.
 SAYING = "DumpDecapFlowTable DumpDecapSaFlowTable DumpPortFlow FPOHWDestroy".split()

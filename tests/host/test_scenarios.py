@@ -10,7 +10,8 @@ import sys
 import jsonschema
 import pytest
 
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 
 NO_MORE = 0xFFFFFFFF
 SHIPPED = ["default.json", "mux.json", "large.json"]

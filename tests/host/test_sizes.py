@@ -8,7 +8,8 @@ import pytest
 
 import _libqdp
 from qdp_host import Capacity, NullBuffer
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 
 OPERATION = re.compile(r"^OPERATION\((Qdp_\w+),\s*\((.*?)\)(?:,\s*(.*?))?\)$", re.MULTILINE | re.DOTALL)
 ARGUMENT = re.compile(r"(sized_out|out|in|text|record|items|bytes|bytes<\w+>)\(((?:[^()]|\([^()]*\))*)\)")

@@ -3,10 +3,28 @@
 import gc
 import importlib.machinery
 import importlib.util
+import pathlib
 
 import pytest
 
+from contract import BY_NAME, one_of_each_shape
+
+FOLDER = pathlib.Path(__file__).parent
 TALLIES = pytest.StashKey()
+
+
+def pytest_collection_modifyitems(config, items):
+    """With --one-of-each-shape, what is run for each method is run for those alone."""
+    if not config.getoption("one_of_each_shape"):
+        return
+    left_out = BY_NAME.keys() - one_of_each_shape()
+    deselected = [
+        item
+        for item in items
+        if FOLDER in item.path.parents and getattr(item, "callspec", None) and item.callspec.params.get("name") in left_out
+    ]
+    config.hook.pytest_deselected(items=deselected)
+    items[:] = [item for item in items if item not in set(deselected)]
 
 
 def pytest_terminal_summary(terminalreporter, config):

@@ -18,7 +18,8 @@ sys.path[:0] = [str(ROOT / "host" / "python"), str(ROOT / "tests")]
 
 from documented import PRINTED  # noqa: E402
 from qdp_host import EmbeddedHost  # noqa: E402
-from recipes import ALIAS, RECIPES, is_made_of  # noqa: E402
+from contract import RECIPES  # noqa: E402
+from recipes import ALIAS, is_made_of  # noqa: E402
 
 # The host is put back so often, since calls take it apart; memory is measured right behind it.
 CALLS_A_ROUND = 5_000

@@ -6,121 +6,26 @@ import sys
 
 import pytest
 
-from answers import LISTS
+from contract import BY_NAME, LISTS, NO_BUFFER, NO_DICT_ITEM, NO_LIST_ITEM, NO_MEMORY, NO_TUPLE_ITEM, RECIPES
 from observe import exact, standard_error
-from recipes import RECIPES, is_made_of
-
-INVALID = "TypeError: Invalid parameter passed.\n"
-NO_MEMORY = "Failed to allocate memory.\n"
-NO_BUFFER = "Failed to allocate buffer.\n"
-NO_DICT_ITEM = "Failed to set dict item.\n"
-NO_LIST_ITEM = "Failed to set list item.\n"
-NO_TUPLE_ITEM = "Failed to set tuple item.\n"
+from recipes import is_made_of
 
 # SystemErrors of a result that cannot be built.
 BUILDING = [NO_BUFFER, NO_DICT_ITEM, NO_LIST_ITEM, NO_TUPLE_ITEM]
 
-TABLE_READERS = [name for name in RECIPES if name.startswith("Table")]
-
-UPLINK_COUNTERS = [
-    "Failed to allocate uplink stats.\n",
-    "Failed to allocate uplink stats counter.\n",
-    "Failed to set uplink stats counter.\n",
-]
-
-# What a method prints when memory fails, each text once, in the order of the allocations. It returns None then, unless
-# it is named below. A tuple of more than eight arguments needs memory to be parsed.
+# What is printed when memory fails, each text once, in the order of the allocations, and what is raised then. A tuple of
+# more than eight arguments needs memory to be parsed.
 PRINTED = {
-    "ListSwitches": [NO_MEMORY, NO_BUFFER],
-    "ListPorts": [NO_MEMORY, "Failed to allocate port list.\n"],
-    "GetPortStats": [NO_MEMORY, "Failed to allocate stats tuple.\n"],
-    "ListPortMACTable": [NO_MEMORY, "Failed to allocate mac table.\n"],
-    "ListSwitchMACTable": [NO_MEMORY, "Failed to allocate switch mac table.\n"],
-    "GetFlowStats": [NO_MEMORY],
-    "DumpFlowTable": [INVALID, NO_MEMORY],
-    "GetPortConf": [NO_MEMORY],
-    "GetL3SPANRecord": [NO_MEMORY, "Failed to allocate mac table.\n"],
-    "GetUplinkStats": [NO_MEMORY, *UPLINK_COUNTERS],
-    "GetUplinkQueueStats": UPLINK_COUNTERS,
-    "ListRSSEngine": ["Failed to allocate RSS engine list.\n", "Failed to list RSS engines.\n"],
-    "GetPortNetQInfo": [NO_MEMORY, "Failed to allocate NetQ Info resp.\n"],
-    "ListDevAffinity": [NO_MEMORY, "Failed to allocate port list.\n"],
-    "InjectLBTraffic": ["Memory allocation failed.\n\n"],
-    "GetFPOStats": [NO_MEMORY],
-    "ListSwitchMuxVLAN": [NO_BUFFER],
-    "ListSwitchShadowPorts": [NO_BUFFER],
-    "HostPFGet": [NO_BUFFER],
-    "LifPortList": [NO_BUFFER],
-    "VlanPortList": [NO_BUFFER],
-    "PortList": [NO_BUFFER],
-    "LifStatsGet": [NO_BUFFER],
-    "PortStatsGet": [NO_BUFFER],
-    "P4IStatsGet": [NO_BUFFER],
-    "P4EStatsGet": [NO_BUFFER],
-    "CTStatsGet": [NO_BUFFER],
-    "P4StatsFlowGet": [NO_BUFFER],
-    "DSCPConfGet": [NO_BUFFER],
-    "P4HWTableList": [NO_BUFFER],
-    "P4HWTableDump": [NO_BUFFER],
-    "P4CTContextQuery": [NO_BUFFER],
-    "P4MirrorTableDump": [NO_BUFFER],
-    "P4PortMirrorTableDump": [NO_BUFFER],
-    "FPOQueryContextMgr": [
-        "Failed to allocate memory for contextReq\n",
-        "Failed to allocate memory for contextResp\n",
-        "Failed to allocate buffer for plist\n",
-        "Failed to allocate buffer for dict\n",
-    ],
-    **{name: [NO_BUFFER] for name in TABLE_READERS},
-    "TableFlowKeyGet": [INVALID, NO_BUFFER],
-    "P4UKLatencyDump": [NO_BUFFER],
-    "FlowOpsStatsGet": [NO_BUFFER],
-    "AdvStatsGetCounters": [NO_BUFFER],
-    "P4RssOverrideGet": [NO_BUFFER],
-    "P4LogLevelGet": [NO_BUFFER],
+    **{name: method.memory for name, method in BY_NAME.items() if method.memory},
     "PyQDP_CreatePortList": ["Failed to allocate memory\n"],
     "PyQDP_CreateVlanList": [NO_MEMORY],
     "PyQDP_PortNetQInfo": ["Failed to allocate NetQ Info resp.\n"],
 }
-
-# Methods that return NULL when memory fails, and what they raise then, in the order of the allocations. The
-# interpreter's own MemoryError has no text.
-INTERPRETERS_OWN = [(MemoryError, None)]
-RAISING = {
-    "GetPortTxUplink": INTERPRETERS_OWN,
-    "GetUplinkStats": INTERPRETERS_OWN,
-    "GetUplinkRingSize": INTERPRETERS_OWN,
-    "GetSwitchFilterTypes": INTERPRETERS_OWN,
-    "DumpLBDebugBuf": INTERPRETERS_OWN,
-    "GetLBMetric": INTERPRETERS_OWN,
-    "GetLBParams": [(SystemError, NO_BUFFER), (SystemError, NO_DICT_ITEM)],
-    "DumpLBStats": [
-        (MemoryError, "Failed to create dump buffer."),
-        (MemoryError, "Failed to create tuple."),
-        (SystemError, NO_BUFFER),
-        (SystemError, NO_TUPLE_ITEM),
-        (SystemError, NO_LIST_ITEM),
-        (SystemError, NO_DICT_ITEM),
-    ],
-    "GetSwitchBurstSize": INTERPRETERS_OWN,
-    "GetSwitchOverlayL2Flow": INTERPRETERS_OWN,
-    "GetFPOEnabled": INTERPRETERS_OWN,
-    "GetFPOUplinkStatus": INTERPRETERS_OWN,
-    "GetFPOUplinkStats": INTERPRETERS_OWN,
-    "GetFlowTimeout": INTERPRETERS_OWN,
-    "GetFPORevalConfig": INTERPRETERS_OWN,
-    "GetFPODelayCtOlConfig": INTERPRETERS_OWN,
-    "GetRefreshPktInjectionConfig": INTERPRETERS_OWN,
-    "GetSwitchMuxMode": INTERPRETERS_OWN,
-    "GetFPOFlowStatsConfig": INTERPRETERS_OWN,
-    "P4UKLatencyDump": [(SystemError, NO_DICT_ITEM), (SystemError, NO_BUFFER)],
-    "AdvStatsGetCounters": [(SystemError, NO_BUFFER), (SystemError, NO_DICT_ITEM)],
-    "AgingIntervalGet": INTERPRETERS_OWN,
-}
+RAISING = {name: method.memory_raises for name, method in BY_NAME.items() if method.memory_raises}
 
 # Results that are there although an allocation failed: with None for the counters, and MemoryError left set; with the
 # settings unchanged, because looking up a dict's key keeps its failures to itself.
-DOES_WITHOUT = {"GetUplinkStats": MemoryError, "EnableFPO": None}
+DOES_WITHOUT = {name: method.does_without[0] for name, method in BY_NAME.items() if method.does_without}
 
 # None, and MemoryError left set without a text.
 SILENT = ["GetPortTxUplink"]

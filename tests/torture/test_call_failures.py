@@ -3,27 +3,28 @@ leaks, and the method fails in its documented form."""
 
 import pytest
 
-from documented import GOES_ON, PRINTED, RAISED, RETURNED, RETURNING_NULL, SILENT
+from contract import BY_NAME, RECIPES
+from documented import PRINTED
 from observe import Observer
-from recipes import RECIPES, is_made_of
+from recipes import is_made_of
 from refusals import calls_that_may_be_refused
 
 
-def is_documented(name, operation, outcome, success):
+def is_documented(method, operation, outcome, success):
     """Whether an outcome is one of those that the method's callers know."""
+    goes_on = operation in method.goes_on
     if outcome.printed and not PRINTED.fullmatch(outcome.printed) or outcome.left_set:
         return False
-    if operation in GOES_ON.get(name, []) and type(outcome.result) is type(success) and outcome.result is not None:
+    if goes_on and type(outcome.result) is type(success) and outcome.result is not None:
         return not outcome.raised
-    if name in RAISED:
-        return outcome.raised in RAISED[name] and not outcome.printed
-    returned = RETURNED.get(name)
-    if outcome.raised or type(outcome.result) is not type(returned) or outcome.result != returned:
+    if method.raises:
+        return outcome.raised in method.raises.values() and not outcome.printed
+    if outcome.raised or type(outcome.result) is not type(method.returns) or outcome.result != method.returns:
         return False
-    if outcome.returned_null != (name in RETURNING_NULL):
+    if outcome.returned_null != method.refusal_is_null:
         return False
     if outcome.printed == "":
-        return operation in SILENT.get(name, []) or success is None and operation in GOES_ON.get(name, [])
+        return operation in method.silent or success is None and goes_on
     return True
 
 
@@ -46,6 +47,6 @@ def test_refused_operations(host, exported, tortured, tally, name):
     out_before = host.values_out(), torture.blocks_out()
     for refused in calls_that_may_be_refused(success.calls):
         outcome = call(refused)
-        assert is_documented(name, refused[0], outcome, success.result), (refused, outcome)
+        assert is_documented(BY_NAME[name], refused[0], outcome, success.result), (refused, outcome)
         assert (host.values_out(), torture.blocks_out()) == out_before, refused
         tally("platform calls were made to fail", 1)

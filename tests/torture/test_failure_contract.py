@@ -10,7 +10,8 @@ import pytest
 
 from failure_paths import NULL, Pair, failure_paths
 from observe import standard_error
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 
 IS_DEBUG_BUILD = hasattr(sys, "gettotalrefcount")
 

@@ -8,7 +8,8 @@ import sys
 import pytest
 
 from observe import standard_error
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 from refusals import statuses_of
 
 WARM_UPS = 5

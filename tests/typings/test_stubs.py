@@ -16,7 +16,8 @@ import pytest
 import _libqdp
 from adversity import starved
 from observe import Outcome
-from recipes import RECIPES, is_made_of
+from contract import RECIPES
+from recipes import is_made_of
 from typings.arguments import MORE_ARGUMENTS, PRINTED
 from typings.stub import UNIONS, Stub
 

@@ -1,0 +1,27 @@
+"""Calls of a method with scripted answers, as its row of contract.py has them."""
+
+import pytest
+
+# What is looked at of a call's platform operations: a switch's name is found by others before.
+SENT = ("Qdp_", "DVSHCK_HostPropSet", "DVSHCK_PortDataSet")
+
+
+@pytest.fixture
+def call(configured, qdp):
+    """call(method, arguments): its outcome on a platform that accepts what the method sends; answers hold no bytes but those
+    of the method's row. Of the platform calls only those that the row names are there."""
+
+    asked = {}  # the operations of a method's first call, which are those of all
+
+    def outcome_of(method, arguments):
+        if method.name not in asked:
+            asked[method.name] = [each.operation for each in method.sends(*arguments)] if method.sends else []
+        answer = method.answers[1] if method.answers else method.answer
+        for operation in asked[method.name]:
+            configured.script(operation, outputs=[answer] if answer else [])
+            answer = b""
+        outcome = qdp.call(method.name, *arguments)
+        outcome.calls = [each for each in outcome.calls if each.operation.startswith(SENT)]
+        return outcome
+
+    return outcome_of
