@@ -1,8 +1,15 @@
-"""A short soak; script/soak makes longer ones."""
+"""A short soak, the same each time; script/soak makes longer ones."""
 
+import itertools
 import re
 import subprocess
 import sys
+
+import pytest
+
+from torture.soak import ALLOWED, LEAST_ROUNDS, Measurements, too_much
+
+SEED = 20
 
 
 def soak(root, build, *options):
@@ -15,6 +22,34 @@ def soak(root, build, *options):
 
 
 def test_soak(root, build):
-    done = soak(root, build, "--seconds", "2", *["--texts-only"] * ("sanitize" in build.name))
+    texts_only = ["--texts-only"] if "sanitize" in build.name else []
+    done = soak(root, build, "--calls", "1", "--seed", str(SEED), *texts_only)
     assert (done.returncode, done.stderr) == (0, ""), done.stdout + done.stderr
-    assert re.fullmatch(r"[0-9,]+ calls of 147 methods, [0-9,]+ a second", done.stdout.splitlines()[-1])
+    first, *_, last = done.stdout.splitlines()
+    assert first == f"seed {SEED}"
+    assert re.fullmatch(r"[0-9,]+ calls of 147 methods, [0-9,]+ a second", last)
+
+
+def measured(what, values):
+    """Measurements of which one thing took these values, and all others stayed as they were."""
+    measurements = Measurements()
+    for each, series in measurements.series.items():
+        series.extend(values if each == what else [1000] * len(values))
+    return measurements
+
+
+@pytest.mark.parametrize("what", ALLOWED)
+class TestGrowth:
+    def test_loss_in_every_round_is_growth(self, what):
+        losses = [ALLOWED[what] + 1 if i % 4 else 0 for i in range(LEAST_ROUNDS)]
+        values = [1000 + int(each) for each in itertools.accumulate(losses)]
+        assert too_much(measured(what, values).growth()) == [what]
+
+    def test_single_steps_and_noise_are_no_growth(self, what):
+        steps = [0, 0, 1 << 20, 0, 0, -3, 0, 0, 1 << 16, 0, 0, 1, 0, 0]
+        assert len(steps) == LEAST_ROUNDS
+        assert too_much(measured(what, [1000 + each for each in itertools.accumulate(steps)]).growth()) == []
+
+    def test_growth_of_the_warm_up_is_none(self, what):
+        values = [1000 * i for i in range(LEAST_ROUNDS // 3)]
+        assert too_much(measured(what, values + [5000] * (LEAST_ROUNDS - len(values))).growth()) == []
