@@ -8,11 +8,11 @@ import pytest
 
 import _libqdp
 import qdp
-from documented import RETURNED
+from contract import BY_NAME, RECIPES
 from failure_paths import failure_paths
 from observe import Observer, standard_error
 from qdp.records import Record
-from recipes import RECIPES, is_made_of
+from recipes import is_made_of
 from typings.stub import Stub
 
 UNSUPPORTED = ["DumpDecapFlowTable", "DumpDecapSaFlowTable", "DumpPortFlow", "FPOHWDestroy"]
@@ -104,8 +104,8 @@ MIGRATING = ["Qdp_Migrate_Port", "Qdp_Migrate_NetQ_Filter"]
 
 def means_failure(name, result):
     """Whether a result says by itself that the call failed."""
-    if name in RETURNED:
-        return result is RETURNED[name]
+    if BY_NAME[name].returns is not None:
+        return result is BY_NAME[name].returns
     return result is None and THE_STUB.annotations(name)[1] is not type(None)
 
 

@@ -7,14 +7,15 @@ import re
 import pytest
 
 import qdp
-from documented import RAISED, TEXTS
+from contract import METHODS
+from documented import TEXTS
 from qdp import errors
 
 ROWS = [(row if isinstance(row, tuple) else (row, ""), failure) for failure, rows in errors.TEXTS.items() for row in rows]
 TABLE = [text for (text, _), _ in ROWS]
 
 # Texts of the module's own exceptions, see the stub's "Raised" and "Left set".
-RAISED_TEXTS = {text for raised in RAISED.values() for _, text in raised} | {
+RAISED_TEXTS = {raised[1] for method in METHODS for raised in method.raises.values() if isinstance(raised, tuple)} | {
     "invalid parameter passed.",
     "Invalid parameter passed.",
     "Unknown parameter name.",
