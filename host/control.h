@@ -29,6 +29,18 @@ const char* qdp_host_scenario(void);
 const char* qdp_host_summary(void);
 const char* qdp_host_schema(void);
 
+// The version of the build, "1.0.0".
+const char* qdp_host_version(void);
+
+// What is wrong with a scenario, a file or a name; null when it is valid. The host of the process stays as it is. Valid
+// until the next call of this function.
+const char* qdp_host_check(const char* scenario);
+
+// A scenario, by its file or its name, with all that follows from it written out, but for lists whose entries repeat very
+// often: the text of a scenario. When the scenario is not valid, what is wrong with it, and *is_valid is 0. The host of the
+// process stays as it is. Valid until the next call of this function.
+const char* qdp_host_completed(const char* scenario, int* is_valid);
+
 // Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
 // as often as wanted, which returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays
 // are not part of it.

@@ -10,6 +10,7 @@
 #include "host/capture/replay.h"
 #include "host/control.h"
 #include "host/host.h"
+#include "host/scenario/built_in.h"
 #include "host/scenario/scenario.h"
 
 namespace host {
@@ -82,8 +83,9 @@ bool load(const char* path)
     ask_environment_for_replay();
     state.host.reset();
     state.scenario.reset();
-    return attempt(
-        [&] { state.scenario = std::make_shared<const Host>(path ? scenario::load(path) : scenario::load_default()); });
+    return attempt([&] {
+        state.scenario = std::make_shared<const Host>(scenario::load(path ? path : scenario::default_scenario));
+    });
 }
 
 // A text for a caller who knows no exceptions; null when it could not be made.
@@ -174,6 +176,36 @@ const char* qdp_host_scenario(void)
     static std::string text;
     const Host* present = loaded_host();
     return present ? kept_text(text, [&] { return scenario::written(*present); }) : nullptr;
+}
+
+const char* qdp_host_version(void)
+{
+    return scenario::version;
+}
+
+const char* qdp_host_check(const char* scenario)
+{
+    static std::string text;
+    try {
+        scenario::check(scenario);
+        return nullptr;
+    } catch (const std::exception& error) {
+        text = error.what();
+    }
+    return text.c_str();
+}
+
+const char* qdp_host_completed(const char* scenario, int* is_valid)
+{
+    static std::string text;
+    *is_valid = 1;
+    try {
+        text = scenario::completed(scenario);
+    } catch (const std::exception& error) {
+        text = error.what();
+        *is_valid = 0;
+    }
+    return text.c_str();
 }
 
 const char* qdp_host_summary(void)

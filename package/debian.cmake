@@ -36,7 +36,8 @@ it, on any machine.")
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/package/debian/postinst ${PROJECT_SOURCE_DIR}/package/debian/prerm)
 
-# What only Debian's packages have: the command, the metadata that names the pytest plugin, the documents.
+# What only Debian's packages have: the metadata (version with the module, pytest plugin with the host), the command, the
+# documents.
 set(documents ${PROJECT_BINARY_DIR}/package)
 string(TIMESTAMP QDP_CHANGELOG_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(package/debian/changelog.in ${documents}/changelog @ONLY)
@@ -51,8 +52,8 @@ endforeach()
 install(FILES package/debian/lintian-overrides RENAME qdp-host
     DESTINATION share/lintian/overrides COMPONENT host_debian EXCLUDE_FROM_ALL)
 install(PROGRAMS package/debian/qdp-host DESTINATION bin COMPONENT host_debian EXCLUDE_FROM_ALL)
-install(FILES ${documents}/METADATA package/debian/entry_points.txt
-    DESTINATION lib/python3/dist-packages/${PROJECT_NAME}-${PROJECT_VERSION}.dist-info
-    COMPONENT host_debian EXCLUDE_FROM_ALL)
+set(metadata_folder lib/python3/dist-packages/${PROJECT_NAME}-${PROJECT_VERSION}.dist-info)
+install(FILES ${documents}/METADATA DESTINATION ${metadata_folder} COMPONENT module_debian EXCLUDE_FROM_ALL)
+install(FILES package/debian/entry_points.txt DESTINATION ${metadata_folder} COMPONENT host_debian EXCLUDE_FROM_ALL)
 
 include(CPack)

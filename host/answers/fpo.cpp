@@ -17,9 +17,10 @@ uint32_t models_in_use(const Switch& owner)
     return settings->flags & fpo_enabled ? owner.features.nic.models & settings->models : 0;
 }
 
-FpoLcoreStats lcore_stats(const Host& host, uint32_t lcore)
+// A switch without ports has no flows.
+FpoLcoreStats lcore_stats(const Host& host, const Switch& owner, uint32_t lcore)
 {
-    const uint64_t hits = host.clock.grown(host.placement.offload_rate(lcore));
+    const uint64_t hits = owner.ports.empty() ? 0 : host.clock.grown(host.placement.offload_rate(lcore));
     FpoLcoreStats stats{};
     stats.lcore = lcore;
     stats.hits = hits;
@@ -54,7 +55,7 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
     output.write(0, bytes_of(counts));
     size_t end = head;
     for (const uint32_t lcore : lcores) {
-        output.write(end, bytes_of(lcore_stats(host, lcore)));
+        output.write(end, bytes_of(lcore_stats(host, *owner, lcore)));
         end += sizeof(FpoLcoreStats);
     }
     output.reported(end);

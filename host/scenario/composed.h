@@ -1,9 +1,10 @@
-// The kinds of values in a scenario that are made of others: objects, lists and their entries, what may be absent.
+// The formats of values in a scenario that are made of others: objects, lists and their entries, optional values.
 #pragma once
 
+#include <algorithm>
 #include <set>
 
-#include "host/scenario/kinds.h"
+#include "host/scenario/formats.h"
 
 namespace host::scenario {
 
@@ -12,28 +13,29 @@ struct Object {
     Description description;
 
     template <class Member>
-    void read(const Place& place, Member& member) const
+    void read(const Node& node, Member& member) const
     {
-        if (!place.json || !place.json->is_object())
-            place.fail("an object");
-        Reader reader{place};
+        if (!node.object())
+            node.fail("an object");
+        Reader reader{node};
         description(reader, member);
         reader.finish();
     }
 
     template <class Member>
-    OrderedJson write(const Member& member) const
+    void write(const Target& target, Member& member) const
     {
-        Writer writer;
-        description(writer, const_cast<Member&>(member));  // which only looks at it
-        return writer.object;
+        target.text.begin_object();
+        Writer writer{target};
+        description(writer, member);
+        target.text.end_object();
     }
 
     template <class Member>
-    OrderedJson schema(bool is_repeatable, bool is_entry = false) const
+    Json schema(bool is_repeatable, bool is_entry = false) const
     {
         SchemaMaker maker{is_repeatable};
-        Member member{};
+        std::remove_const_t<Member> member{};
         description(maker, member);
         return maker.schema(is_entry);
     }
@@ -41,41 +43,51 @@ struct Object {
 
 // Of a function of a visitor and a struct.
 template <class Description>
-Object<Description> object(Description description)
+constexpr Object<Description> object_format(Description description)
 {
     return {description};
 }
 
-template <class Kind>
+template <class Format>
 struct Maybe {
-    Kind kind;
+    Format format;
 
     template <class Member>
-    void read(const Place& place, std::optional<Member>& member) const
+    void read(const Node& node, std::optional<Member>& member) const
     {
-        kind.read(place, member.emplace());
+        format.read(node, member.emplace());
     }
 
     template <class Member>
-    OrderedJson write(const std::optional<Member>& member) const
+    void write(const Target& target, std::optional<Member>& member) const
     {
-        return member ? kind.write(*member) : OrderedJson{};
+        if (member)
+            format.write(target, *member);
     }
 
     template <class Member>
-    OrderedJson schema(bool is_repeatable) const
+    Json schema(bool is_repeatable) const
     {
-        return kind.template schema<typename Member::value_type>(is_repeatable);
+        return format.template schema<typename Member::value_type>(is_repeatable);
     }
 };
 
-template <class Kind>
-Maybe<Kind> maybe(Kind kind)
+template <class Format>
+Maybe<Format> maybe(Format format)
 {
-    return {kind};
+    return {format};
 }
 
-// What no two entries of a list share.
+// --- Lists ---
+
+// Whether a list of a scenario is written as it was read because its repeated entries stand for very many.
+bool stays_repeated(const Json::Array& list);
+
+// How a message names what two entries have in common.
+std::string shown(const std::string& text);
+std::string shown(uint64_t number);
+
+// What all entries of a list differ in.
 struct NothingUnique {
     static constexpr const char* name = nullptr;
 };
@@ -86,42 +98,52 @@ struct Unique {
     KeyOf key_of;
 };
 
-template <class Kind, class Distinct>
+template <class Format, class Distinct>
 struct List {
-    Kind kind;
+    Format format;
     size_t most;
     Distinct distinct;
 
     template <class Members>
-    void read(const Place& place, Members& members) const
+    void read(const Node& node, Members& members) const
     {
-        if (!place.json || !place.json->is_array())
-            place.fail("a list");
+        if (!node.array())
+            node.fail("a list");
         members.clear();
+        if constexpr (requires { members.will_read(*node.array()); })
+            members.will_read(*node.array());
         auto known = known_keys<typename Members::value_type>();
-        for (size_t i = 0; i < place.json->size(); ++i)
-            read_entry(place, i, members, known);
+        for (size_t i = 0; i < node.array()->size(); ++i)
+            read_entry(node, i, members, known);
     }
 
     template <class Members>
-    OrderedJson write(const Members& members) const
+    void write(const Target& target, Members& members) const
     {
-        OrderedJson made = OrderedJson::array();
-        for (const auto& member : members)
-            made.push_back(kind.write(member));
-        return made;
+        const Json::Array* source = target.source ? target.source->array() : nullptr;
+        if (source && stays_repeated(*source))
+            return target.text.value(*target.source);
+        if (source && source->size() != members.size())
+            source = nullptr;
+        target.text.begin_array();
+        size_t index = 0;
+        for (auto&& member : members) {
+            format.write({target.text, source ? &(*source)[index] : nullptr}, member);
+            ++index;
+        }
+        target.text.end_array();
     }
 
     template <class Members>
-    OrderedJson schema(bool is_repeatable) const
+    Json schema(bool is_repeatable) const
     {
         using Member = typename Members::value_type;
-        OrderedJson items;
-        if constexpr (requires { kind.template schema<Member>(true, true); })
-            items = kind.template schema<Member>(true, true);
+        Json items;
+        if constexpr (requires { format.template schema<Member>(true, true); })
+            items = format.template schema<Member>(true, true);
         else
-            items = kind.template schema<Member>(is_repeatable);
-        return repeatable({{"type", "array"}, {"items", items}}, is_repeatable);
+            items = format.template schema<Member>(is_repeatable);
+        return repeatable(Json::object({{"type", "array"}, {"items", items}}), is_repeatable);
     }
 
 private:
@@ -136,88 +158,105 @@ private:
 
     // An entry, or all turns of one that is repeated.
     template <class Members, class Known>
-    void read_entry(const Place& list, size_t index, Members& members, Known& known) const
+    void read_entry(const Node& list, size_t index, Members& members, Known& known) const
     {
-        const Json& json = (*list.json)[index];
-        Place place = list.child(index, &json);
-        if (place.json != &json || !json.is_object() || !json.contains("repeat"))
-            return add(list, place, members, known);
+        const Json& json = (*list.array())[index];
+        Node node = list.child(index, &json);
+        const Json* repeat = json.find("repeat");
+        if (node.json != &json || !repeat)
+            return add(list, node, members, known);
 
         uint64_t times;
-        number(1, most - members.size()).read(place.child("repeat", &json["repeat"]), times);
-        const auto turns = json.find("turns");
-        if (turns != json.end())
-            check_turns(place.child("turns", &*turns));
+        number(1, most - members.size()).read(node.child("repeat", repeat), times);
+        const Json* turns = json.find("turns");
+        if (turns)
+            check_turns(node.child("turns", turns));
         for (uint64_t turn = 0; turn < times; ++turn) {
-            place.turn = turn;
-            place.is_entry = true;
-            if (turns != json.end())
-                place.own = &(*turns)[turn % turns->size()];
-            add(list, place, members, known);
+            node.turn = turn;
+            node.is_entry = true;
+            if (turns)
+                node.own = &(*turns->array())[turn % turns->array()->size()];
+            add(list, node, members, known);
         }
     }
 
-    static void check_turns(const Place& turns)
+    static void check_turns(const Node& turns)
     {
-        if (!turns.json->is_array() || turns.json->empty())
+        if (!turns.array() || turns.array()->empty())
             turns.fail("a list of the members that turns have of their own");
-        for (size_t i = 0; i < turns.json->size(); ++i)
-            if (!(*turns.json)[i].is_object())
-                turns.child(i, &(*turns.json)[i]).fail("an object");
+        for (size_t i = 0; i < turns.array()->size(); ++i)
+            if (const Json& own = (*turns.array())[i]; !own.object())
+                turns.child(i, &own).fail("an object");
     }
 
     template <class Members, class Known>
-    void add(const Place& list, const Place& place, Members& members, Known& known) const
+    void add(const Node& list, const Node& node, Members& members, Known& known) const
     {
         if (members.size() >= most)
             list.fail("at most " + std::to_string(most) + " entries");
         typename Members::value_type member{};
-        kind.read(place, member);
+        format.read(node, member);
         if constexpr (!std::is_same_v<Distinct, NothingUnique>)
-            if (!known.insert(distinct.key_of(member)).second)
-                place.fail(std::string{"an entry whose "} + distinct.name + " no other entry has");
+            if (const auto [key, is_new] = known.insert(distinct.key_of(member)); !is_new)
+                node.fail(std::string{"an entry whose "} + distinct.name + " no other entry has",
+                          std::string{"the "} + distinct.name + " " + shown(*key) + " again");
         members.push_back(std::move(member));
     }
 };
 
-template <class Kind>
-List<Kind, NothingUnique> list(Kind kind, size_t most)
+template <class Format>
+List<Format, NothingUnique> list(Format format, size_t most)
 {
-    return {kind, most, {}};
+    return {format, most, {}};
 }
 
 // Of entries of which no two have the same key: `name` says what it is.
-template <class Kind, class KeyOf>
-List<Kind, Unique<KeyOf>> list(Kind kind, size_t most, const char* name, KeyOf key_of)
+template <class Format, class KeyOf>
+List<Format, Unique<KeyOf>> list(Format format, size_t most, const char* name, KeyOf key_of)
 {
-    return {kind, most, {name, key_of}};
+    return {format, most, {name, key_of}};
 }
+
+// A list that a record keeps as an array and the number of its elements that count.
+template <class V, class Element, size_t size, class Count>
+void describe_counted(V& v, const char* key, Element (&array)[size], Count& count, const char* help)
+{
+    std::vector<Element> elements(array, array + std::min<size_t>(count, size));
+    v.optional(key, elements, list(number(), size), help);
+    v.derive([&] {
+        count = static_cast<Count>(elements.size());
+        std::fill(std::begin(array), std::end(array), Element{});
+        std::copy(elements.begin(), elements.end(), array);
+    });
+}
+
+// --- Series ---
 
 // Whatever stands there.
 struct AnyValue {
-    void read(const Place& place, const Json*& member) const
+    void read(const Node& node, const Json*& member) const
     {
-        if (!place.json)
-            place.fail("a value");
-        member = place.json;
+        if (!node.json)
+            node.fail("a value");
+        member = node.json;
     }
-    OrderedJson write(const Json* member) const { return *member; }
+    void write(const Target& target, const Json* member) const { target.text.value(*member); }
 
     template <class Member>
-    OrderedJson schema(bool) const
+    Json schema(bool) const
     {
-        return OrderedJson::object();
+        return Json::object({});
     }
 };
 
 template <class V>
-void describe_steps(V& v, Steps& steps)
+void describe_series(V& v, Series& series)
 {
-    v.required("from", steps.from, AnyValue{}, "The value of the first turn.");
-    v.optional("step", steps.step, number(0), "What is added from one turn to the next.");
-    v.optional("every", steps.every, number(1), "How many turns in a row have the same value.");
-    v.optional("offset", steps.offset, number(0), "What is added to the first step.");
-    v.optional("modulo", steps.modulo, number(1), "Where the steps begin again.");
+    v.required("from", series.from, AnyValue{}, "The value of the first turn.");
+    v.optional("step", series.step, number(0), "What is added from one turn to the next.");
+    v.optional("every", series.every, number(1), "How many turns in a row have the same value.");
+    v.optional("offset", series.offset, number(0), "What is added to the first step.");
+    v.derived("modulo", series.modulo, number(1), "Where the steps begin again. Absent: nowhere.");
 }
 
 }  // namespace host::scenario

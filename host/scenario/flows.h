@@ -45,31 +45,37 @@ inline constexpr Name flow_actions[] = {
 inline constexpr Name protocols[] = {
     {"icmp", protocol_icmp}, {"tcp", protocol_tcp}, {"udp", protocol_udp}, {"icmpv6", protocol_icmpv6}};
 
-// The flows of all lcores while they are read, or written.
+// The flows of all lcores: those of a host, and in their place those that are read. Of repeated ones that are not kept
+// only the number is.
 class FlowList {
 public:
     using value_type = Flow;
 
-    explicit FlowList(const FlowTables& tables)
-    {
-        for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-            tables_[lcore] = tables.of(lcore);
-    }
     FlowList() = default;
+    FlowList(std::shared_ptr<const FlowTables> present, bool keeps_repeated)
+        : present_{std::move(present)}, keeps_repeated_{keeps_repeated}
+    {
+    }
 
-    void clear() { *this = {}; }
+    void will_read(const Json::Array& list) { is_kept_ = keeps_repeated_ || !stays_repeated(list); }
+    void clear()
+    {
+        present_ = std::make_shared<FlowTables>();
+        size_ = 0;
+    }
     size_t size() const { return size_; }
     void push_back(Flow&& flow)
     {
-        tables_[flow.lcore].push_back(std::move(flow));
+        if (is_kept_)
+            read_[flow.lcore].push_back(std::move(flow));
         ++size_;
     }
-    std::array<std::vector<Flow>, max_lcores> take() { return std::move(tables_); }
+    std::array<std::vector<Flow>, max_lcores> take() { return std::move(read_); }
 
     class Iterator {
     public:
-        Iterator(const FlowList& list, uint32_t lcore) : list_{list}, lcore_{lcore} { skip(); }
-        const Flow& operator*() const { return list_.tables_[lcore_][index_]; }
+        Iterator(const FlowTables& tables, uint32_t lcore) : tables_{tables}, lcore_{lcore} { skip(); }
+        Flow operator*() const { return tables_.of(lcore_)[index_]; }
         Iterator& operator++()
         {
             ++index_;
@@ -81,19 +87,22 @@ public:
     private:
         void skip()
         {
-            for (; lcore_ < max_lcores && index_ == list_.tables_[lcore_].size(); index_ = 0)
+            for (; lcore_ < max_lcores && index_ == tables_.of(lcore_).size(); index_ = 0)
                 ++lcore_;
         }
 
-        const FlowList& list_;
+        const FlowTables& tables_;
         uint32_t lcore_;
         size_t index_ = 0;
     };
-    Iterator begin() const { return {*this, 0}; }
-    Iterator end() const { return {*this, max_lcores}; }
+    Iterator begin() const { return {*present_, 0}; }
+    Iterator end() const { return {*present_, max_lcores}; }
 
 private:
-    std::array<std::vector<Flow>, max_lcores> tables_;
+    std::shared_ptr<const FlowTables> present_ = std::make_shared<FlowTables>();
+    bool keeps_repeated_ = true;
+    bool is_kept_ = true;
+    std::array<std::vector<Flow>, max_lcores> read_;
     size_t size_ = 0;
 };
 
@@ -115,20 +124,26 @@ inline MacAddress mac_of(const Port* port)
     return port ? std::to_array(port->entry.mac) : MacAddress{};
 }
 
-// An IP address, which a flow below layer 3 lacks.
+// IP addresses, which a flow below layer 3 lacks.
 template <class V>
-void describe_address(V& v, const char* key, FlowPackets& packets, IpAddress& address, const char* help)
+void describe_addresses(V& v, FlowPackets& packets)
 {
-    std::optional<Ip> ip;
-    if (packets.layer > 2)
-        ip = Ip{packets.is_ipv6, address};
-    v.derive([&] { ip.reset(); });
-    v.optional(key, ip, maybe(IpKind{}), help);
+    std::optional<Ip> source, destination;
+    if (packets.layer > 2) {
+        source = Ip{packets.is_ipv6, packets.source_ip};
+        destination = Ip{packets.is_ipv6, packets.destination_ip};
+    }
     v.derive([&] {
-        if (ip) {
-            packets.is_ipv6 = ip->is_ipv6;
-            address = ip->bytes;
-        }
+        source.reset();
+        destination.reset();
+    });
+    v.derived("source", source, maybe(IpFormat{}), "Its IP address, from layer 3 on. Absent: zeros.");
+    v.derived("destination", destination, maybe(IpFormat{}), "Of the same family. Absent: zeros.");
+    v.check(!source || !destination || source->is_ipv6 == destination->is_ipv6, "destination", same_family);
+    v.derive([&] {
+        packets.is_ipv6 = (source && source->is_ipv6) || (destination && destination->is_ipv6);
+        packets.source_ip = source ? source->bytes : IpAddress{};
+        packets.destination_ip = destination ? destination->bytes : IpAddress{};
     });
 }
 
@@ -143,15 +158,14 @@ void describe_packets(V& v, Flow& flow, const Host& host, const Switch* owner)
         if (owner->entry->switch_number == host.smartnic.uplink_switch)
             packets.tag = tag_of(host.smartnic.port_of(flow.input_port));
     });
-    v.optional("sourceMac", packets.source_mac, Mac48{}, "Absent: that of the input port.");
-    v.optional("destinationMac", packets.destination_mac, Mac48{}, "Absent: that of the output port.");
+    v.derived("sourceMac", packets.source_mac, MacFormat{}, "Absent: that of the input port.");
+    v.derived("destinationMac", packets.destination_mac, MacFormat{}, "Absent: that of the output port.");
     v.optional("vlan", packets.vlan, number(0, last_vlan), "");
-    v.optional("tag", packets.tag, number(0, 0x7fff), "Absent: 0; from a port of the SmartNIC that port's tag.");
+    v.derived("tag", packets.tag, number(0, 0x7fff), "Absent: 0; from a port of the SmartNIC that port's tag.");
     v.optional("packetVni", packets.vni, number(0, last_vni), "Of the tunnel that its packets come in by.");
-    v.derive([&] { packets.layer = 4; });
-    v.optional("layer", packets.layer, number(2, 4), "What it is told apart by. Absent: 4.");
-    describe_address(v, "source", packets, packets.source_ip, "Its IP address, from layer 3 on.");
-    describe_address(v, "destination", packets, packets.destination_ip, "");
+    v.defaults([&] { packets.layer = 4; });
+    v.optional("layer", packets.layer, number(2, 4), "What it is told apart by.");
+    describe_addresses(v, packets);
     v.optional("protocol", packets.protocol, OneOf{protocols}, "On layer 4.");
     v.optional("sourcePort", packets.source_port, number(), "On layer 4; of ICMP its type.");
     v.optional("destinationPort", packets.destination_port, number(), "On layer 4; of ICMP its code.");
@@ -172,8 +186,9 @@ void describe_actions(V& v, FlowActions& actions)
     v.optional("vxlanVni", actions.vxlan_vni, number(0, last_vni), "Of vxlanEncap.");
     describe_counted(v, "routingInstances", actions.routing_instances, actions.num_routing_instances, "Of routing.");
     v.optional("multicastPorts", actions.multicast_ports, number(), "To how many ports it goes, if it is multicast.");
-    v.optional("sourceContext", actions.source_context, maybe(number()), "Of firewallSource.");
-    v.optional("destinationContext", actions.destination_context, maybe(number()), "Of firewallDestination.");
+    v.derived("sourceContext", actions.source_context, maybe(number()), "Of firewallSource. Absent: none.");
+    v.derived("destinationContext", actions.destination_context, maybe(number()),
+              "Of firewallDestination. Absent: none.");
 }
 
 // The SmartNIC knows an offloaded flow by an index; another NIC by a pointer.
@@ -181,21 +196,21 @@ template <class V>
 void describe_offload(V& v, Flow& flow, const Host& host, const Switch* owner, Order& order)
 {
     bool is_offloaded = flow.offload.has_value();
-    v.optional("offloaded", is_offloaded, Flag{}, "Whether a NIC has taken it over. Absent: false.");
+    v.optional("offloaded", is_offloaded, Flag{}, "Whether a NIC has taken it over.");
     FlowOffload offload = flow.offload.value_or(FlowOffload{});
     v.derive([&] {
         offload.is_pointer = owner->entry->switch_number != host.smartnic.uplink_switch;
         offload.hardware_index = offload.is_pointer ? 0 : order.next_hardware_flow;
     });
-    if (is_offloaded || std::is_same_v<V, SchemaMaker>) {
-        v.optional("hardwareIndex", offload.hardware_index, number(),
-                   "Of an offloaded flow. Absent: counted up from 100 in the SmartNIC, else 0.");
+    v.when(is_offloaded, [&] {
+        v.derived("hardwareIndex", offload.hardware_index, number(),
+                  "Of an offloaded flow. Absent: counted up from 100 in the SmartNIC, else 0.");
         v.optional("softwareIndex", offload.software_index, number(), "Of an offloaded flow.");
         v.derive([&] {
             order.next_hardware_flow += !offload.is_pointer;
             flow.offload = offload;
         });
-    }
+    });
 }
 
 template <class V>
@@ -213,8 +228,8 @@ void describe_flow(V& v, Flow& flow, const Host& host, const LcoreOwners& owners
     v.optional("invalidations", flow.num_invalidations, number(), "");
     v.optional("packets", flow.software_rate, number(), "That the datapath sees of it, a second.");
     v.optional("hardwarePackets", flow.hardware_rate, number(), "That a NIC sees of it, a second.");
-    v.derive([&] { flow.packet_bytes = 512; });
-    v.optional("packetBytes", flow.packet_bytes, number(), "Bytes of each packet. Absent: 512.");
+    v.defaults([&] { flow.packet_bytes = 512; });
+    v.optional("packetBytes", flow.packet_bytes, number(), "Bytes of each packet.");
     describe_offload(v, flow, host, owner, order);
 }
 
@@ -222,13 +237,11 @@ template <class V>
 void describe_flows(V& v, Host& host, Order& order)
 {
     const LcoreOwners owners = lcore_owners(host);
-    FlowList flows;
-    if constexpr (std::is_same_v<V, Writer>)
-        flows = FlowList{*host.flow_caches.tables};
-    v.optional(
-        "flows", flows,
-        list(object([&](auto& w, Flow& flow) { describe_flow(w, flow, host, owners, order); }), max_described_flows),
-        "The traffic of all switches, by the lcores that forward it. Absent: none.");
+    FlowList flows{host.flow_caches.tables, order.keeps_repeated_flows};
+    v.optional("flows", flows,
+               list(object_format([&](auto& w, Flow& flow) { describe_flow(w, flow, host, owners, order); }),
+                    max_described_flows),
+               "The traffic of all switches, by the lcores that forward it.");
     std::vector<uint32_t> cleared;
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
         if (!host.flow_caches.lcores[lcore].since)

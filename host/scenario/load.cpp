@@ -1,87 +1,105 @@
-// Reads scenarios.
+// Reads scenarios: files, and those that are built in.
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
 
+#include "host/scenario/built_in.h"
 #include "host/scenario/scenario.h"
 #include "host/scenario/whole_host.h"
 
 namespace host::scenario {
 
-// The text of default.json, which the build puts in here.
-extern const char default_text[];
-
 namespace {
+
+std::string built_in_names()
+{
+    std::string made;
+    for (const BuiltIn& each : built_in)
+        made += std::string{made.empty() ? "" : ", "} + each.name;
+    return made;
+}
+
+[[noreturn]] void fail_to_read(const std::string& path, const std::string& found)
+{
+    const bool may_be_name = path.find('/') == std::string::npos && !path.ends_with(".json");
+    throw Error(": expected a scenario file" + (may_be_name ? " or one of the names " + built_in_names() : "") +
+                ", found " + found);
+}
+
+// Anything but a file might never end.
+void refuse_other_than_files(const std::string& path)
+{
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        fail_to_read(path, std::strerror(errno));
+    if (S_ISDIR(status.st_mode))
+        fail_to_read(path, "a directory");
+    if (S_ISFIFO(status.st_mode))
+        fail_to_read(path, "a FIFO");
+    if (!S_ISREG(status.st_mode))
+        fail_to_read(path, "a device or a socket");
+}
 
 std::string contents_of(const std::string& path)
 {
+    refuse_other_than_files(path);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{std::fopen(path.c_str(), "rb"), std::fclose};
     std::string text;
     char part[1 << 16];
     while (file && !std::ferror(file.get()) && !std::feof(file.get()))
         text.append(part, std::fread(part, 1, sizeof part, file.get()));
     if (!file || std::ferror(file.get()))
-        throw Error(": expected a scenario file, found " + std::string{std::strerror(errno)});
+        fail_to_read(path, std::strerror(errno));
     return text;
 }
 
-// "line 3, column 5", counted from 1, of the byte before which parsing stopped.
-std::string position(const std::string& text, size_t end)
+std::string text_of_scenario(const std::string& scenario)
 {
-    const std::string_view before = std::string_view{text}.substr(0, end > 0 ? end - 1 : 0);
-    const auto line = std::ranges::count(before, '\n') + 1;
-    const size_t column = before.size() - (before.rfind('\n') + 1) + 1;
-    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+    const auto found =
+        std::ranges::find(built_in, scenario, [](const BuiltIn& each) { return std::string_view{each.name}; });
+    return found == std::end(built_in) ? contents_of(scenario) : found->text;
 }
 
-// What the parser read last may be anything.
-std::string printable(const std::string& text)
-{
-    constexpr size_t longest = 200;
-    std::string made = text.size() > longest ? text.substr(0, longest) + "..." : text;
-    std::ranges::replace_if(
-        made, [](char character) { return character < ' ' || character > '~'; }, '?');
-    return made;
-}
-
-Json parsed(const std::string& text)
+// What `use` makes of a scenario; what is wrong with it is named with its file.
+template <class Use>
+auto with_json_of(const std::string& scenario, Use use)
 {
     try {
-        return Json::parse(text);
-    } catch (const Json::parse_error& error) {
-        // Behind the library's own words about where.
+        const Json json = Json::parsed(text_of_scenario(scenario));
+        return use(json);
+    } catch (const Error& error) {
         const std::string message = error.what();
-        const size_t reason = message.find(": ");
-        throw Error(position(text, error.byte) + ": expected JSON, found a " +
-                    printable(reason == std::string::npos ? message : message.substr(reason + 2)));
+        throw Error(scenario + (message.starts_with(": ") ? "" : ": ") + message);
     }
 }
 
-Host read(const std::string& text)
+Host read(const Json& json, bool keeps_repeated_flows)
 {
-    const Json json = parsed(text);
-    KnownSteps steps;
+    KnownSeries series;
     Host made;
-    whole_host.read(Place{&json, &steps}, made);
+    host_format(keeps_repeated_flows).read(Node{&json, &series}, made);
     made.clock = Clock{};  // the time that it took to build is none of the host's
     return made;
 }
 
 }  // namespace
 
-Host load(const std::string& path)
+Host load(const std::string& scenario)
 {
-    try {
-        return read(contents_of(path));
-    } catch (const Error& error) {
-        const std::string message = error.what();
-        throw Error(path + (message.starts_with(": ") ? "" : ": ") + message);
-    }
+    return with_json_of(scenario, [](const Json& json) { return read(json, true); });
 }
 
-Host load_default()
+void check(const std::string& scenario)
 {
-    return read(default_text);
+    with_json_of(scenario, [](const Json& json) { read(json, false); });
+}
+
+std::string completed(const std::string& scenario)
+{
+    return with_json_of(scenario, [](const Json& json) { return written(read(json, false), &json); });
 }
 
 }  // namespace host::scenario

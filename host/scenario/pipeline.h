@@ -37,7 +37,7 @@ template <class V>
 void describe_address(V& v, const char* key, hardware::Address& address, const char* help)
 {
     Ip ip = ip_of(address);
-    v.required(key, ip, IpKind{}, help);
+    v.required(key, ip, IpFormat{}, help);
     v.derive([&] { address = address_of(ip); });
 }
 
@@ -50,10 +50,11 @@ void describe_tunnel(V& v, hardware::Tunnel& tunnel)
     v.optional("uplink", tunnel.uplink, number(0, max_p4_ports - 1), "The SmartNIC's port.");
     v.optional("vlan", tunnel.vlan, number(0, last_vlan), "");
     v.optional("outerFlow", tunnel.outer_flow, number(), "");
-    v.required("localMac", tunnel.local_mac, Mac48{}, "");
-    v.required("remoteMac", tunnel.remote_mac, Mac48{}, "");
+    v.required("localMac", tunnel.local_mac, MacFormat{}, "");
+    v.required("remoteMac", tunnel.remote_mac, MacFormat{}, "");
     describe_address(v, "local", tunnel.local, "");
-    describe_address(v, "remote", tunnel.remote, "");
+    describe_address(v, "remote", tunnel.remote, "Of the same family.");
+    v.check(tunnel.local.is_ipv4 == tunnel.remote.is_ipv4, "remote", same_family);
 }
 
 template <class V>
@@ -63,10 +64,11 @@ void describe_mirror_headers(V& v, hardware::MirrorHeaders& headers)
                "Those for what goes out begin at 8.");
     v.optional("vlan", headers.vlan, number(0, last_vlan), "");
     v.optional("cookie", headers.cookie, number(), "");
-    v.required("sourceMac", headers.source_mac, Mac48{}, "");
-    v.required("destinationMac", headers.destination_mac, Mac48{}, "");
+    v.required("sourceMac", headers.source_mac, MacFormat{}, "");
+    v.required("destinationMac", headers.destination_mac, MacFormat{}, "");
     describe_address(v, "source", headers.source, "");
-    describe_address(v, "destination", headers.destination, "");
+    describe_address(v, "destination", headers.destination, "Of the same family.");
+    v.check(headers.source.is_ipv4 == headers.destination.is_ipv4, "destination", same_family);
 }
 
 template <class V>
@@ -77,13 +79,13 @@ void describe_mirror_session(V& v, MirrorSession& session)
     std::vector<uint16_t> uplinks(std::begin(session.uplink_logical_ports), std::end(session.uplink_logical_ports));
     v.required("index", index, number(0, max_mirror_sessions - 1), "");
     v.optional("egress", is_egress, Flag{}, "Whether it is of what goes out.");
-    v.derive([&] { is_offloaded = 1; });
-    v.optional("offloaded", is_offloaded, Flag{}, "Absent: true.");
+    v.defaults([&] { is_offloaded = 1; });
+    v.optional("offloaded", is_offloaded, Flag{}, "");
     v.optional("port", session.destination_port, number(0, max_p4_ports - 1), "Where its packets go.");
     v.optional("uplinks", uplinks, list(number(), std::size(session.uplink_logical_ports)), "");
     v.optional("tunnel", is_tunnel, Flag{}, "");
-    v.derive([&] { session.tunnel_index = -1; });
-    v.optional("tunnelRecord", session.tunnel_index, number(-1), "Absent: -1.");
+    v.defaults([&] { session.tunnel_index = -1; });
+    v.optional("tunnelRecord", session.tunnel_index, number(-1), "-1: none.");
     v.optional("vni", session.vni, number(0, last_vni), "");
     v.derive([&] {
         session.is_offloaded = is_offloaded & 1;
@@ -107,17 +109,17 @@ void describe_port_mirror(V& v, PortMirror& mirror)
     Ip source = ip_of(mirror.source, mirror.is_ipv6), destination = ip_of(mirror.destination, mirror.is_ipv6);
     v.required("fcPort", fc_port, number(0, 0xfff), "The switch's port.");
     v.required("index", index, number(0, 7), "");
-    v.derive([&] { is_offloaded = 1; });
-    v.optional("offloaded", is_offloaded, Flag{}, "Absent: true.");
+    v.defaults([&] { is_offloaded = 1; });
+    v.optional("offloaded", is_offloaded, Flag{}, "");
     v.optional("type", type, OneOf{mirror_types}, "");
     v.optional("greKey", mirror.gre_key, number(), "");
     v.optional("ns", ns, Flag{}, "");
     v.optional("hardwareId", mirror.hardware_id, number(), "");
     v.optional("classOfService", class_of_service, number(0, 7), "");
     v.optional("snapLength", mirror.snap_length, number(), "");
-    v.required("source", source, IpKind{}, "");
-    v.required("destination", destination, IpKind{}, "Of the same family.");
-    v.check(source.is_ipv6 == destination.is_ipv6, "destination", "an address of the same family as the source");
+    v.required("source", source, IpFormat{}, "");
+    v.required("destination", destination, IpFormat{}, "Of the same family.");
+    v.check(source.is_ipv6 == destination.is_ipv6, "destination", same_family);
     v.optional("erspanId", mirror.erspan_id, number(), "");
     v.derive([&] {
         mirror.is_offloaded = is_offloaded & 1;
@@ -146,19 +148,19 @@ void describe_memory_table(V& v, MemoryTable& table, uint64_t free_address)
     v.required("entryBytes", table.entry_bytes, number(1, table_dump_bytes - TableDump::header_bytes), "");
     v.required("entries", table.num_entries, number(1, max_table_entries), "How many it has.");
     v.derive([&] { table.address = free_address; });
-    v.optional("address", table.address, number(), "Absent: behind the table before it.");
+    v.derived("address", table.address, number(), "Absent: behind the table before it.");
     std::vector<DescribedEntry> contents;
     for (const auto& [index, bytes] : table.contents)
         contents.push_back({index, bytes});
-    v.optional("contents", contents,
-               list(object([&](auto& w, DescribedEntry& entry) {
-                        w.required("index", entry.index, number(0, max_table_entries - 1), "");
-                        w.check(entry.index < table.num_entries, "index", "an entry that the table has");
-                        w.required("bytes", entry.bytes, Hex{}, "");
-                        w.check(entry.bytes.size() == table.entry_bytes, "bytes", "as many bytes as an entry has");
-                    }),
-                    1 << 16, "index", [](const DescribedEntry& entry) { return entry.index; }),
-               "Entries that hold what is said here. Absent: they are made up.");
+    v.derived("contents", contents,
+              list(object_format([&](auto& w, DescribedEntry& entry) {
+                       w.required("index", entry.index, number(0, max_table_entries - 1), "");
+                       w.check(entry.index < table.num_entries, "index", "an entry that the table has");
+                       w.required("bytes", entry.bytes, Hex{}, "");
+                       w.check(entry.bytes.size() == table.entry_bytes, "bytes", "as many bytes as an entry has");
+                   }),
+                   1 << 16, "index", [](const DescribedEntry& entry) { return entry.index; }),
+              "Entries that hold what is said here. Absent: they are made up.");
     v.derive([&] {
         for (DescribedEntry& entry : contents)
             table.contents[entry.index] = std::move(entry.bytes);
@@ -168,14 +170,14 @@ void describe_memory_table(V& v, MemoryTable& table, uint64_t free_address)
 template <class V>
 void describe_settings(V& v, Pipeline& pipeline)
 {
-    v.optional("flowStats", pipeline.flow_stats, object([](auto& w, FpoFlowStatsConfig& config) {
+    v.optional("flowStats", pipeline.flow_stats, object_format([](auto& w, FpoFlowStatsConfig& config) {
                    w.optional("scanQuota", config.scan_quota, number(), "Flows an update.");
                    w.optional("interval", config.interval, number(), "Between updates.");
                }),
                "How the statistics of offloaded flows are refreshed.");
     v.optional("offloadsIcmpEcho", pipeline.offloads_icmp_echo, Flag{}, "");
     uint32_t selector = pipeline.dscp.selector;  // the record is packed
-    v.optional("dscp", pipeline.dscp, object([&](auto& w, DscpConfig& dscp) {
+    v.optional("dscp", pipeline.dscp, object_format([&](auto& w, DscpConfig& dscp) {
                    w.optional("selector", selector, number(), "");
                    w.optional("dscp", dscp.dscp, number(), "");
                    w.optional("mask", dscp.mask, number(), "");
@@ -198,7 +200,7 @@ void describe_switched_on(V& v, Pipeline& pipeline, const Clock& clock)
     for (const auto& [portset, is_enabled] : pipeline.offloaded)
         offloaded.push_back({portset, is_enabled});
     v.optional("offloadFlows", offloaded,
-               list(object([](auto& w, OffloadedPortset& each) {
+               list(object_format([](auto& w, OffloadedPortset& each) {
                         w.required("portset", each.portset, text(127), "");
                         w.required("enabled", each.is_enabled, Flag{}, "");
                     }),
@@ -225,41 +227,45 @@ void describe_switched_on(V& v, Pipeline& pipeline, const Clock& clock)
 template <class V>
 void describe_pipeline(V& v, Pipeline& pipeline, const Clock& clock)
 {
-    v.optional("packets", pipeline.packet_rate, number(), "From the host, a second. Absent: 100000.");
-    v.optional("operations", pipeline.operations, object([](auto& w, FlowOperationRates& rates) {
-                   w.optional("inserts", rates.inserts, number(), "As many flows are removed. Absent: 20.");
-                   w.optional("updates", rates.updates, number(), "Absent: 5.");
-                   w.optional("gets", rates.gets, number(), "Absent: 100.");
-               }),
-               "What is done with its flows, a second.");
+    v.derived("packets", pipeline.packet_rate, number(),
+              "From the host, a second. Absent: 100000, or 0 on a host without a SmartNIC.");
+    v.derived(
+        "operations", pipeline.operations, object_format([](auto& w, FlowOperationRates& rates) {
+            w.optional(
+                "inserts", rates.inserts, number(),
+                "As many flows are removed. Absent: 20, or 0 on a host without a SmartNIC, as with the next two.");
+            w.optional("updates", rates.updates, number(), "Absent: 5.");
+            w.optional("gets", rates.gets, number(), "Absent: 100.");
+        }),
+        "What is done with its flows, a second.");
     describe_settings(v, pipeline);
     describe_switched_on(v, pipeline, clock);
     v.optional("tables", pipeline.tables,
-               list(object([&](auto& w, MemoryTable& table) {
+               list(object_format([&](auto& w, MemoryTable& table) {
                         describe_memory_table(w, table, free_table_memory(pipeline.tables));
                     }),
                     TableList::max_entries, "table", [](const MemoryTable& table) { return table.number; }),
                "Its table memory: 4 is of the flows' counters, 6 of their connections.");
     v.optional("mirrorSessions", pipeline.mirror_sessions,
-               list(object([](auto& w, MirrorSession& session) { describe_mirror_session(w, session); }),
+               list(object_format([](auto& w, MirrorSession& session) { describe_mirror_session(w, session); }),
                     MirrorSessionDump::max_entries, "index and direction", hardware::mirror_number),
                "");
     v.optional("portMirrors", pipeline.port_mirrors,
-               list(object([](auto& w, PortMirror& mirror) { describe_port_mirror(w, mirror); }), 1 << 12), "");
+               list(object_format([](auto& w, PortMirror& mirror) { describe_port_mirror(w, mirror); }), 1 << 12), "");
 }
 
 template <class V>
 void describe_hardware_tables(V& v, HardwareTables& tables)
 {
     v.optional("tunnels", tables.tunnels,
-               list(object([](auto& w, hardware::Tunnel& tunnel) { describe_tunnel(w, tunnel); }), max_tunnels,
+               list(object_format([](auto& w, hardware::Tunnel& tunnel) { describe_tunnel(w, tunnel); }), max_tunnels,
                     "record", [](const hardware::Tunnel& tunnel) { return tunnel.record; }),
                "");
-    v.optional("mirrorHeaders", tables.mirrors,
-               list(object([](auto& w, hardware::MirrorHeaders& headers) { describe_mirror_headers(w, headers); }),
-                    2 * max_mirror_sessions, "session",
-                    [](const hardware::MirrorHeaders& headers) { return headers.number; }),
-               "The headers that mirror sessions add.");
+    v.optional(
+        "mirrorHeaders", tables.mirrors,
+        list(object_format([](auto& w, hardware::MirrorHeaders& headers) { describe_mirror_headers(w, headers); }),
+             2 * max_mirror_sessions, "session", [](const hardware::MirrorHeaders& headers) { return headers.number; }),
+        "The headers that mirror sessions add.");
 }
 
 }  // namespace host::scenario

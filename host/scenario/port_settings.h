@@ -1,7 +1,7 @@
 // What a scenario says of how a port is configured, of its filters, and of an uplink's engines and counters.
 #pragma once
 
-#include "host/scenario/composed.h"
+#include "host/scenario/shared.h"
 
 namespace host::scenario {
 
@@ -55,22 +55,6 @@ inline constexpr Name engine_types[] = {
     {"OFLRSS", static_cast<uint64_t>(RSSEngineType::offload)},
 };
 
-inline constexpr uint16_t last_vlan = 4094;
-inline constexpr uint32_t last_vni = (1 << 24) - 1;
-
-// A list that a record keeps as an array and the number of its elements that count.
-template <class V, class Element, size_t size, class Count>
-void describe_counted(V& v, const char* key, Element (&array)[size], Count& count, const char* help)
-{
-    std::vector<Element> elements(array, array + std::min<size_t>(count, size));
-    v.optional(key, elements, list(number(), size), help);
-    v.derive([&] {
-        count = static_cast<Count>(elements.size());
-        std::fill(std::begin(array), std::end(array), Element{});
-        std::copy(elements.begin(), elements.end(), array);
-    });
-}
-
 // --- How a port is configured ---
 
 struct MetaFlow {
@@ -108,10 +92,11 @@ void describe_conf(V& v, PortConf& conf)
     std::vector<MetaFlow> meta_flows = meta_flows_of(conf);
 
     v.optional("receives", conf.receive_flags, Bits{receive_flags}, "What the port takes in.");
-    v.optional("multicastAddresses", groups, list(Mac48{}, max_multicast_addresses), "The groups that it has joined.");
+    v.optional("multicastAddresses", groups, list(MacFormat{}, max_multicast_addresses),
+               "The groups that it has joined.");
     v.optional("untaggedVlan", conf.untagged_vlan, number(0, last_vlan), "The VLAN of its untagged packets.");
     v.optional("vlans", vlans,
-               list(object([](auto& w, VlanRange& range) {
+               list(object_format([](auto& w, VlanRange& range) {
                         w.required("first", range.first, number(0, 4095), "");
                         w.required("last", range.last, number(0, 4095), "");
                     }),
@@ -121,7 +106,7 @@ void describe_conf(V& v, PortConf& conf)
     v.optional("forgedMacAllowed", conf.forged_mac_allowed, Flag{}, "Whether it may send from any MAC address.");
     v.optional("features", features, Bits{port_features}, "What is done with its packets.");
     v.optional("metaFlows", meta_flows,
-               list(object([](auto& w, MetaFlow& each) {
+               list(object_format([](auto& w, MetaFlow& each) {
                         w.required("slot", each.slot, number(0, meta_flow_slots - 1), "");
                         w.optional("hasSecondValue", each.has_second_value, Flag{}, "");
                     }),
@@ -153,13 +138,13 @@ template <class V>
 void describe_filter(V& v, ReceiveFilter& filter, const Switch& owner, int64_t filter_id)
 {
     v.required("type", filter.type, OneOf{filter_types}, "");
-    v.optional("mac", filter.mac.mac, Mac48{}, "Of a MAC filter. Absent: the port's.");
+    v.derived("mac", filter.mac.mac, MacFormat{}, "Of a MAC filter. Absent: the port's.");
     v.optional("vlan", filter.mac.vlan, number(0, last_vlan), "Of a filter of a VLAN and a MAC address.");
-    v.optional("outerMac", filter.tunnel.outer_mac, Mac48{}, "Of a tunnel filter, as are the next two.");
-    v.optional("innerMac", filter.tunnel.inner_mac, Mac48{}, "Absent: the port's.");
+    v.optional("outerMac", filter.tunnel.outer_mac, MacFormat{}, "Of a tunnel filter, as are the next two.");
+    v.derived("innerMac", filter.tunnel.inner_mac, MacFormat{}, "Absent: the port's.");
     v.optional("vni", filter.tunnel.vni, number(0, last_vni), "");
     v.optional("queues", filter.queues,
-               list(object([&](auto& w, ReceiveFilter::Queue& queue) {
+               list(object_format([&](auto& w, ReceiveFilter::Queue& queue) {
                         w.derive([&] { queue.filter_id = filter_id; });
                         w.required("uplink", queue.uplink, number(0, max_ports - 1), "An uplink before this port.");
                         const Port* uplink = find_port(owner, queue.uplink);
@@ -167,7 +152,7 @@ void describe_filter(V& v, ReceiveFilter& filter, const Switch& owner, int64_t f
                         w.optional("queue", queue.queue, number(0, max_queues - 1), "");
                         w.check(uplink && queue.queue < uplink->entry.num_rx_queues, "queue",
                                 "a receive queue of the uplink");
-                        w.optional("filter", queue.filter_id, number(), "Its number. Absent: counted up.");
+                        w.derived("filter", queue.filter_id, number(), "Its number. Absent: counted up.");
                     }),
                     max_ports),
                "The queues that it steers to.");
@@ -198,21 +183,21 @@ inline constexpr size_t max_private_counters = 1024;
 template <class V>
 void describe_uplink(V& v, Port& port)
 {
-    v.optional("rssEngines", port.rss_engines,
-               list(object([](auto& w, RSSEngine& engine) { describe_engine(w, engine); }), max_rss_engines),
-               "Of an uplink. Absent: four, over eight queues.");
-    v.optional("privateCounters", port.private_counters,
-               list(object([](auto& w, PrivateCounter& counter) {
-                        w.required("name", counter.name, text(24), "");
-                        w.optional("rate", counter.per_second, number(), "By how much it grows a second.");
-                    }),
-                    max_private_counters),
-               "What only an uplink's driver counts. Absent: some that follow from its traffic.");
-    v.optional("offload", port.offload, object([](auto& w, UplinkOffload& offload) {
-                   w.optional("flows", offload.flows, number(), "That its NIC has taken over.");
-                   w.optional("flowRate", offload.flow_rate, number(), "Flows that it takes over a second.");
-               }),
-               "Of an uplink. Absent: follows from the port's number.");
+    v.derived("rssEngines", port.rss_engines,
+              list(object_format([](auto& w, RSSEngine& engine) { describe_engine(w, engine); }), max_rss_engines),
+              "Of an uplink. Absent: four, over eight queues.");
+    v.derived("privateCounters", port.private_counters,
+              list(object_format([](auto& w, PrivateCounter& counter) {
+                       w.required("name", counter.name, text(24), "");
+                       w.optional("rate", counter.per_second, number(), "By how much it grows a second.");
+                   }),
+                   max_private_counters),
+              "What only an uplink's driver counts. Absent: some that follow from its traffic.");
+    v.derived("offload", port.offload, object_format([](auto& w, UplinkOffload& offload) {
+                  w.optional("flows", offload.flows, number(), "That its NIC has taken over.");
+                  w.optional("flowRate", offload.flow_rate, number(), "Flows that it takes over a second.");
+              }),
+              "Of an uplink. Absent: follows from the port's number.");
 }
 
 }  // namespace host::scenario

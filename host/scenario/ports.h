@@ -2,15 +2,9 @@
 #pragma once
 
 #include "host/scenario/port_settings.h"
+#include "host/scenario/shared.h"
 
 namespace host::scenario {
-
-// What follows from the order in which a scenario's entries are read.
-struct Order {
-    int64_t next_filter = 0x100;
-    uint32_t next_hardware_flow = first_hardware_flow;
-    std::vector<uint32_t> uplinks;  // of the present switch, so far
-};
 
 inline constexpr Name client_types[] = {
     {"VNIC", static_cast<uint64_t>(ClientType::vnic)},
@@ -18,15 +12,6 @@ inline constexpr Name client_types[] = {
     {"GENERIC", static_cast<uint64_t>(ClientType::generic)},
     {"REPRESENTOR", static_cast<uint64_t>(ClientType::representor)},
 };
-template <class V>
-void describe_traffic(V& v, Traffic& traffic)
-{
-    v.optional("packets", traffic.packets, number(), "Packets a second.");
-    v.optional("packetBytes", traffic.packet_bytes, number(), "Bytes of each packet.");
-}
-
-inline const auto traffic_kind = object([](auto& v, Traffic& traffic) { describe_traffic(v, traffic); });
-
 // --- Ports ---
 
 // The lcores of a port's queues, counted from the switch's first. `step` is from a queue to the next.
@@ -34,16 +19,16 @@ template <class V, size_t size>
 void describe_queues(V& v, const char* count_key, const char* lcores_key, uint8_t& count, uint8_t (&lcores)[size],
                      const Switch& owner, uint32_t first, uint32_t step)
 {
-    v.derive([&] { count = 1; });
-    v.optional(count_key, count, number(0, size), "How many queues it has. Absent: one.");
+    v.defaults([&] { count = 1; });
+    v.optional(count_key, count, number(0, size), "How many queues it has.");
     std::vector<uint8_t> placed(lcores, lcores + count);
     v.derive([&] {
         placed.resize(count);
         for (uint32_t queue = 0; queue < count; ++queue)
             placed[queue] = static_cast<uint8_t>((first + step * queue) % std::max(owner.entry->num_lcores, 1u));
     });
-    v.optional(lcores_key, placed, list(number(0, max_lcores - 1), size),
-               "Where they run, counted from the switch's first lcore. Absent: spread over all.");
+    v.derived(lcores_key, placed, list(number(0, max_lcores - 1), size),
+              "Where they run, counted from the switch's first lcore. Absent: spread over all.");
     v.check(placed.size() == count, lcores_key, "as many lcores as there are queues");
     v.derive([&] { std::ranges::copy(placed, lcores); });
 }
@@ -76,8 +61,8 @@ template <class V>
 void describe_inventory(V& v, PortListEntry& entry, const Switch& owner)
 {
     const uint32_t switch_number = owner.entry->switch_number;
-    v.derive([&] { entry.client_type = static_cast<uint32_t>(ClientType::vnic); });
-    v.optional("client", entry.client_type, OneOf{client_types}, "What it is a port of. Absent: VNIC.");
+    v.defaults([&] { entry.client_type = static_cast<uint32_t>(ClientType::vnic); });
+    v.optional("client", entry.client_type, OneOf{client_types}, "What it is a port of.");
     describe_queues(v, "txQueues", "txLcores", entry.num_tx_queues, entry.tx_queue_lcores, owner, entry.port, 1);
     describe_queues(v, "rxQueues", "rxLcores", entry.num_rx_queues, entry.rx_queue_lcores, owner, entry.port, 2);
     v.derive([&] {
@@ -91,14 +76,13 @@ void describe_inventory(V& v, PortListEntry& entry, const Switch& owner)
         entry.num_macs = entry.client_type == static_cast<uint32_t>(ClientType::uplink) ? 0 : 1;
         entry.qdp_port = 0x04000000 + switch_number * 0x10000 + entry.port;
     });
-    v.optional("mac", entry.mac, Mac48{}, "Its MAC address. Absent: 02:10:00, the switch's number and the port's.");
-    v.optional("macs", entry.num_macs, number(), "How many addresses it has. Absent: one, an uplink none.");
+    v.derived("mac", entry.mac, MacFormat{}, "Its MAC address. Absent: 02:10:00, the switch's number and the port's.");
+    v.derived("macs", entry.num_macs, number(), "How many addresses it has. Absent: one, an uplink none.");
     v.optional("representorType", entry.representor_type, number(), "Of a representor.");
     uint32_t pass_through = entry.flags & port_flag_pass_through;
     v.optional("passThrough", pass_through, Flag{}, "Whether it bypasses the switch.");
     v.derive([&] { entry.flags = pass_through; });
-    v.optional("qdpPort", entry.qdp_port, number(),
-               "The datapath's own number of it. Absent: follows from the others.");
+    v.derived("qdpPort", entry.qdp_port, number(), "The datapath's own number of it. Absent: follows from the others.");
 }
 
 // Where the queues ran before a migration pinned them.
@@ -115,43 +99,43 @@ void describe_port(V& v, Port& port, const Switch& owner, Order& order)
 {
     PortListEntry& entry = port.entry;
     v.derive([&] { entry.port = static_cast<uint32_t>(owner.ports.size()); });
-    v.optional("number", entry.port, number(0, max_ports - 1), "Absent: counted up.");
+    v.derived("number", entry.port, number(0, max_ports - 1), "Absent: counted up.");
     v.derive([&] { port.name = "port" + std::to_string(entry.port); });
-    v.optional("name", port.name, text(127), "Absent: \"port\" and the number.");
+    v.derived("name", port.name, text(127), "Absent: \"port\" and the number.");
     describe_inventory(v, entry, owner);
 
     v.derive([&] {
         derive_traffic(port);
         derive_configuration(port, owner, order);
     });
-    v.optional("tx", port.tx, traffic_kind, "What it sends. Absent: follows from its number.");
-    v.optional("rx", port.rx, traffic_kind, "What it receives. Absent: follows from its number.");
-    v.optional("data", port.data, PropertiesKind{}, "What the host kernel keeps for it.");
-    v.optional("conf", port.setting.conf, object([](auto& w, PortConf& conf) { describe_conf(w, conf); }),
-               "How it is configured. Absent: as is usual for its client, varied by its number.");
-    v.optional("txUplinks", port.setting.tx_uplinks,
-               object([](auto& w, TxUplinks& uplinks) { describe_tx_uplinks(w, uplinks); }),
-               "What it transmits on. Absent: the uplinks before it, in ways that take turns.");
-    v.optional("lro", port.lro, maybe(number()), "Large receive offload. Absent: as the switch says.");
-    v.optional("filters", port.filters,
-               list(object([&](auto& w, ReceiveFilter& filter) {
-                        w.derive([&] {
-                            std::ranges::copy(entry.mac, filter.mac.mac);
-                            std::ranges::copy(entry.mac, filter.tunnel.inner_mac);
-                        });
-                        describe_filter(w, filter, owner, order.next_filter);
-                    }),
-                    max_ports),
-               "Receive filters of a VNIC. Absent: one, to the uplinks before it.");
+    v.derived("tx", port.tx, traffic_format, "What it sends. Absent: follows from its number.");
+    v.derived("rx", port.rx, traffic_format, "What it receives. Absent: follows from its number.");
+    v.optional("data", port.data, PropertiesFormat{}, "What the host kernel keeps for it.");
+    v.derived("conf", port.setting.conf, object_format([](auto& w, PortConf& conf) { describe_conf(w, conf); }),
+              "How it is configured. Absent: as is usual for its client, varied by its number.");
+    v.derived("txUplinks", port.setting.tx_uplinks,
+              object_format([](auto& w, TxUplinks& uplinks) { describe_tx_uplinks(w, uplinks); }),
+              "What it transmits on. Absent: the uplinks before it, in ways that take turns.");
+    v.derived("lro", port.lro, maybe(number()), "Large receive offload. Absent: as the switch says.");
+    v.derived("filters", port.filters,
+              list(object_format([&](auto& w, ReceiveFilter& filter) {
+                       w.derive([&] {
+                           std::ranges::copy(entry.mac, filter.mac.mac);
+                           std::ranges::copy(entry.mac, filter.tunnel.inner_mac);
+                       });
+                       describe_filter(w, filter, owner, order.next_filter);
+                   }),
+                   max_ports),
+              "Receive filters of a VNIC. Absent: one, to the uplinks before it.");
     v.derive([&] {
         order.next_filter += static_cast<int64_t>(port.filters.size());
         if (is_a(port, ClientType::uplink))
             order.uplinks.push_back(entry.port);
     });
     describe_uplink(v, port);
-    v.optional("unpinned", port.setting.unpinned,
-               maybe(object([&](auto& w, PortListEntry& before) { describe_unpinned(w, before, entry); })),
-               "Where its queues ran before they were migrated. Absent: they are not pinned.");
+    v.derived("unpinned", port.setting.unpinned,
+              maybe(object_format([&](auto& w, PortListEntry& before) { describe_unpinned(w, before, entry); })),
+              "Where its queues ran before they were migrated. Absent: they are not pinned.");
 }
 
 }  // namespace host::scenario

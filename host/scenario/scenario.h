@@ -7,12 +7,21 @@
 
 namespace host::scenario {
 
-// The host that a scenario describes. Throws std::exception, whose text says what is wrong and where.
-Host load(const std::string& path);
-Host load_default();
+// The host that a scenario describes: a file, or one of the built-in scenarios by its name. Throws std::exception, whose
+// text says what is wrong and where.
+Host load(const std::string& scenario);
+
+inline constexpr char default_scenario[] = "default";
+
+// Throws as load does when the scenario is not valid.
+void check(const std::string& scenario);
+
+// A scenario with all that follows from it written out, but for lists whose entries repeat very often. Throws as load
+// does.
+std::string completed(const std::string& scenario);
 
 // The scenario of a host as it stands. Its counters have no past.
-std::string written(const Host& host);
+std::string written(Host host);
 
 // How many switches, ports, flows and so on it has, as JSON under the words that `qdp-host show` prints.
 std::string summary(const Host& host);

@@ -1,7 +1,7 @@
 // A scenario in numbers: what a host has, and how many of each.
 #include <algorithm>
 
-#include "host/scenario/place.h"
+#include "host/scenario/json.h"
 #include "host/scenario/scenario.h"
 
 namespace host::scenario {
@@ -27,58 +27,51 @@ size_t offloaded_flows(const Host& host)
 }
 
 // Of a switch that only the switch state library knows there is nothing but its alias.
-OrderedJson switch_summary(const Host& host, const Switch& owner)
+Json switch_summary(const Host& host, const Switch& owner)
 {
-    OrderedJson made{{"alias", owner.config.alias}};
-    if (owner.entry)
-        made.update({{"number", owner.entry->switch_number},
-                     {"MTU", owner.entry->mtu},
-                     {"lcores", owner.entry->num_lcores},
-                     {"ports", owner.ports.size()},
-                     {"uplinks", std::ranges::count_if(
-                                     owner.ports, [](const Port& port) { return is_a(port, ClientType::uplink); })},
-                     {"MACs", owner.mac_table.macs.size()},
-                     {"flows", flows_of(host, owner)}});
-    return made;
+    if (!owner.entry)
+        return Json::object({{"alias", owner.config.alias}});
+    return Json::object({{"alias", owner.config.alias},
+                         {"number", owner.entry->switch_number},
+                         {"MTU", owner.entry->mtu},
+                         {"lcores", owner.entry->num_lcores},
+                         {"ports", owner.ports.size()},
+                         {"uplinks", uplinks_of(owner).size()},
+                         {"MACs", owner.mac_table.macs.size()},
+                         {"flows", flows_of(host, owner)}});
 }
 
-OrderedJson smartnic_summary(const Host& host)
+Json smartnic_summary(const Host& host)
 {
     const SmartNic& nic = host.smartnic;
-    return {{"ports",
-             {{"host PFs", nic.host_pfs.count},
-              {"LIFs", nic.lifs.size()},
-              {"VLAN ports", nic.vlan_ports.size()},
-              {"switches in mux mode", nic.mux_switches.size()}}},
-            {"tables",
-             {{"offloaded flows", offloaded_flows(host)},
-              {"tunnels", host.hardware_tables.tunnels.size()},
-              {"mirror sessions", host.pipeline.mirror_sessions.size()},
-              {"port mirrors", host.pipeline.port_mirrors.size()},
-              {"hardware tables", host.pipeline.tables.size()}}}};
-}
-
-bool has_smartnic(const SmartNic& nic)
-{
-    return nic.host_pfs.count > 0 || !nic.lifs.empty() || !nic.vlan_ports.empty() || !nic.mux_switches.empty();
+    const Json ports = Json::object({{"host PFs", nic.host_pfs.count},
+                                     {"LIFs", nic.lifs.size()},
+                                     {"VLAN ports", nic.vlan_ports.size()},
+                                     {"switches in mux mode", nic.mux_switches.size()}});
+    const Json tables = Json::object({{"offloaded flows", offloaded_flows(host)},
+                                      {"tunnels", host.hardware_tables.tunnels.size()},
+                                      {"mirror sessions", host.pipeline.mirror_sessions.size()},
+                                      {"port mirrors", host.pipeline.port_mirrors.size()},
+                                      {"hardware tables", host.pipeline.tables.size()}});
+    Json made = Json::object({{"ports", ports}, {"tables", tables}});
+    if (nic.uplink_switch)
+        made.append("switch", *nic.uplink_switch);
+    return made;
 }
 
 }  // namespace
 
 std::string summary(const Host& host)
 {
-    OrderedJson made{
-        {"switches", OrderedJson::array()},
-        {"elsewhere",
-         {{"devices", host.placement.devices.size()}, {"L3 SPAN records", host.l3span_records.records.size()}}}};
+    Json switches = Json::list({});
     for (const Switch& owner : host.switches)
-        made["switches"].push_back(switch_summary(host, owner));
-    if (has_smartnic(host.smartnic)) {
-        made["smartnic"] = smartnic_summary(host);
-        if (host.smartnic.uplink_switch)
-            made["smartnic"]["switch"] = *host.smartnic.uplink_switch;
-    }
-    return made.dump(-1, ' ', true, OrderedJson::error_handler_t::replace);
+        switches.add(switch_summary(host, owner));
+    const Json elsewhere = Json::object(
+        {{"devices", host.placement.devices.size()}, {"L3 SPAN records", host.l3span_records.records.size()}});
+    Json made = Json::object({{"switches", switches}, {"elsewhere", elsewhere}});
+    if (host.smartnic.is_present())
+        made.append("smartnic", smartnic_summary(host));
+    return text_of(made);
 }
 
 }  // namespace host::scenario

@@ -32,11 +32,11 @@ inline constexpr const char* balancer_parameters[lb_parameters] = {
 template <class V>
 void describe_setting(V& v, SwitchSetting& setting)
 {
-    v.optional("learnsUplinkMacs", setting.learns_uplink_macs, Flag{}, "Absent: true.");
-    v.optional("flowCache", setting.has_flow_cache, Flag{}, "Whether it has one; its flows stand in it. Absent: true.");
-    v.optional("panicsOnTxHang", setting.panics_on_tx_hang, Flag{}, "Absent: false.");
+    v.optional("learnsUplinkMacs", setting.learns_uplink_macs, Flag{}, "");
+    v.optional("flowCache", setting.has_flow_cache, Flag{}, "Whether it has one; its flows stand in it.");
+    v.optional("panicsOnTxHang", setting.panics_on_tx_hang, Flag{}, "");
     v.optional("filterTypes", setting.filter_types, number(),
-               "Its receive filter classes, a bit each, unless its host property says otherwise. Absent: 7.");
+               "Its receive filter classes, a bit each, unless its host property says otherwise.");
 }
 
 template <class V>
@@ -48,9 +48,9 @@ void describe_nic(V& v, FpoUplinkStatus& nic)
     v.derive([&] { made = usual_nic(known); });
     uint32_t flows = made.max_flows, counters = made.max_counters;
     uint64_t actions = made.actions;
-    v.optional("maxFlows", flows, number(), "");
-    v.optional("maxCounters", counters, number(), "");
-    v.optional("actions", actions, number(), "A bit each.");
+    v.derived("maxFlows", flows, number(), "Absent: follows from the models.");
+    v.derived("maxCounters", counters, number(), "Absent: follows from the models.");
+    v.derived("actions", actions, number(), "A bit each. Absent: follows from the models.");
     v.derive([&] {
         made.max_flows = flows;
         made.max_counters = counters;
@@ -63,12 +63,12 @@ template <class V>
 void describe_features(V& v, SwitchFeatures& features)
 {
     v.optional("numaTeam", features.numa_team, Flag{}, "Unless its host property says otherwise, as do the next two.");
-    v.optional("burstSize", features.burst_size, number(), "Absent: 32.");
-    v.optional("overlayL2Flow", features.overlay_l2_flow, number(), "Absent: 0.");
-    v.optional("minFlowLayer", features.min_flow_layer, number(), "Absent: 3.");
-    v.optional("lro", features.lro, number(), "Large receive offload. Absent: 1.");
-    v.optional("nic", features.nic, object([](auto& w, FpoUplinkStatus& nic) { describe_nic(w, nic); }),
-               "What its uplinks can offload. Absent: nothing.");
+    v.optional("burstSize", features.burst_size, number(), "");
+    v.optional("overlayL2Flow", features.overlay_l2_flow, number(), "");
+    v.optional("minFlowLayer", features.min_flow_layer, number(), "");
+    v.optional("lro", features.lro, number(), "Large receive offload.");
+    v.optional("nic", features.nic, object_format([](auto& w, FpoUplinkStatus& nic) { describe_nic(w, nic); }),
+               "What its uplinks can offload.");
 }
 
 template <class V>
@@ -78,6 +78,7 @@ void describe_injected(V& v, InjectedTraffic& injected, const Switch& owner)
     const uint64_t last_port = owner.ports.empty() ? 0 : owner.ports.size() - 1;
     uint32_t direction = static_cast<uint32_t>(traffic.direction);
     v.required("direction", direction, number(0, static_cast<uint64_t>(LBDirection::port_to_port)), "");
+    v.check(!owner.ports.empty(), "direction", "no traffic, since the switch has no ports");
     v.required("sourcePort", traffic.source_port, number(0, last_port), "A position in the list of ports.");
     v.optional("sourceQueue", traffic.source_queue, number(), "");
     v.required("destinationPort", traffic.destination_port, number(0, last_port), "");
@@ -90,17 +91,17 @@ void describe_injected(V& v, InjectedTraffic& injected, const Switch& owner)
 template <class V>
 void describe_balancer(V& v, SwitchBalancer& balancer, const Switch& owner)
 {
-    v.optional("metric", balancer.metric, OneOf{metrics}, "Unless its host property names another. Absent: cpu.");
-    v.optional("parameters", balancer.parameters, object([](auto& w, uint64_t(&values)[lb_parameters]) {
+    v.optional("metric", balancer.metric, OneOf{metrics}, "Unless its host property names another.");
+    v.optional("parameters", balancer.parameters, object_format([](auto& w, uint64_t(&values)[lb_parameters]) {
                    for (size_t i = 0; i < lb_parameters; ++i)
                        w.optional(balancer_parameters[i], values[i], number(), "");
                }),
                "");
-    v.optional(
-        "injected", balancer.injected,
-        list(object([&](auto& w, InjectedTraffic& injected) { describe_injected(w, injected, owner); }), 1 << 16),
-        "Traffic that was injected, from the start on.");
-    v.optional("debugText", balancer.debug_text, text(lb_debug_bytes, 0), "Absent: how the ports were placed.");
+    v.optional("injected", balancer.injected,
+               list(object_format([&](auto& w, InjectedTraffic& injected) { describe_injected(w, injected, owner); }),
+                    1 << 16),
+               "Traffic that was injected, from the start on.");
+    v.derived("debugText", balancer.debug_text, text(lb_debug_bytes, 0), "Absent: how the ports were placed.");
 }
 
 // --- MAC tables ---
@@ -111,26 +112,62 @@ void describe_mac(V& v, Mac& mac, const Switch& owner)
     v.required("port", mac.port, number(0, max_ports - 1), "");
     const Port* port = find_port(owner, mac.port);
     v.check(port, "port", "the number of a port of this switch");
-    v.required("mac", mac.entry.mac, Mac48{}, "");
+    v.required("mac", mac.entry.mac, MacFormat{}, "");
     v.optional("vlan", mac.entry.vlan, number(0, last_vlan), "");
-    v.optional("static", mac.is_static, Flag{}, "Whether it was added and never ages. Absent: the switch learned it.");
-    v.optional("generation", mac.generation, number(),
-               "When it was learned, counted in half minutes. Absent: at the start.");
+    v.optional("static", mac.is_static, Flag{}, "Whether it was added and never ages; else the switch learned it.");
+    v.derived("generation", mac.generation, number(),
+              "When it was learned, counted in half minutes. Absent: at the start.");
     v.derive([&] { mac.entry.qdp_port = port->entry.qdp_port; });
+}
+
+struct MacInVlan {
+    uint64_t key;
+
+    auto operator<=>(const MacInVlan&) const = default;
+};
+
+inline std::string shown(const MacInVlan& address)
+{
+    constexpr unsigned mac_bits = 48;
+    return MacFormat::written(address.key & ((uint64_t{1} << mac_bits) - 1)) + " in VLAN " +
+           std::to_string(address.key >> mac_bits);
+}
+
+inline size_t most_of_a_port(const MacTable& table)
+{
+    std::map<uint32_t, size_t> counts;
+    size_t most = 0;
+    for (const Mac& mac : table.macs)
+        most = std::max(most, ++counts[mac.port]);
+    return most;
+}
+
+// What a switch has learned of its ports, within the table's limits.
+inline std::vector<Mac> learned_macs(const Switch& owner)
+{
+    std::vector<Mac> macs = usual_macs(owner, mac_generation(Host{}));
+    std::map<uint32_t, uint32_t> counts;
+    std::erase_if(macs, [&](const Mac& mac) { return ++counts[mac.port] > owner.mac_table.port_limit; });
+    macs.resize(std::min<size_t>(macs.size(), owner.mac_table.limit));
+    return macs;
 }
 
 template <class V>
 void describe_mac_table(V& v, MacTable& table, const Switch& owner)
 {
-    v.optional("limit", table.limit, number(0, max_switch_macs), "The most entries. Absent: 32768.");
-    v.optional("portLimit", table.port_limit, number(0, max_port_macs), "The most entries of a port. Absent: 1024.");
-    v.optional("macs", table.macs,
-               list(object([&](auto& w, Mac& mac) {
-                        w.derive([&] { mac.generation = mac_generation(Host{}); });
-                        describe_mac(w, mac, owner);
-                    }),
-                    max_switch_macs, "MAC address and VLAN", [](const Mac& mac) { return address_key(mac.entry); }),
-               "Absent: what the switch learns of its ports.");
+    v.optional("limit", table.limit, number(0, max_switch_macs), "The most entries.");
+    v.optional("portLimit", table.port_limit, number(0, max_port_macs), "The most entries of a port.");
+    v.derive([&] { table.macs = learned_macs(owner); });
+    v.derived("macs", table.macs,
+              list(object_format([&](auto& w, Mac& mac) {
+                       w.derive([&] { mac.generation = mac_generation(Host{}); });
+                       describe_mac(w, mac, owner);
+                   }),
+                   max_switch_macs, "MAC address and VLAN",
+                   [](const Mac& mac) { return MacInVlan{address_key(mac.entry)}; }),
+              "Absent: what the switch learns of its ports.");
+    v.check(table.macs.size() <= table.limit, "limit", "room for all entries of the table");
+    v.check(most_of_a_port(table) <= table.port_limit, "portLimit", "room for the entries of each port");
     std::vector<uint32_t> over_limit(table.ports_over_limit.begin(), table.ports_over_limit.end());
     v.optional("portsOverLimit", over_limit, list(number(0, max_ports - 1), max_ports),
                "Those that were refused an entry.");
@@ -139,10 +176,13 @@ void describe_mac_table(V& v, MacTable& table, const Switch& owner)
 
 // --- Switches ---
 
-inline uint32_t datapath_switches(const Host& host)
+// max_switches when all numbers are taken.
+inline uint32_t lowest_free_switch(const Host& host)
 {
-    return static_cast<uint32_t>(
-        std::ranges::count_if(host.switches, [](const Switch& each) { return each.entry.has_value(); }));
+    uint32_t number = 0;
+    while (number < max_switches && has_datapath_switch(host, number))
+        ++number;
+    return number;
 }
 
 template <class V>
@@ -160,9 +200,9 @@ void describe_lcores(V& v, SwitchListEntry& entry, const Host& host)
             if (!(taken >> lcore & 1))
                 lcores.push_back(lcore);
     });
-    v.optional("lcores", lcores,
-               list(number(0, max_lcores - 1), max_lcores, "number", [](uint32_t each) { return each; }),
-               "Those that forward its packets. Absent: the next four.");
+    v.derived("lcores", lcores,
+              list(number(0, max_lcores - 1), max_lcores, "number", [](uint32_t each) { return each; }),
+              "Those that forward its packets. Absent: the next four.");
     v.derive([&] {
         entry.lcore_mask = 0;
         for (const uint32_t lcore : lcores)
@@ -181,39 +221,44 @@ void describe_datapath_switch(V& v, Switch& owner, const Host& host, Order& orde
     SwitchListEntry& entry = *owner.entry;
     v.derive([&] {
         entry = {};
-        entry.switch_number = datapath_switches(host);
+        entry.switch_number = lowest_free_switch(host);
         std::snprintf(entry.name, sizeof entry.name, "%s", owner.config.alias.c_str());
+    });
+    v.defaults([&] {
         entry.mtu = 1500;
         entry.max_ports = max_ports;
     });
-    v.optional("number", entry.switch_number, number(0, max_switches - 1), "Absent: counted up.");
+    v.derived("number", entry.switch_number, number(0, max_switches - 1), "Absent: the lowest that is free.");
+    v.check(entry.switch_number < max_switches, "number", "at most 16 switches of the datapath");
+    static_assert(max_switches == 16);
     v.check(std::ranges::none_of(host.switches,
                                  [&](const Switch& other) {
                                      return &other != &owner && other.entry &&
                                             other.entry->switch_number == entry.switch_number;
                                  }),
             "number", "a number that no other switch has");
-    v.optional("portset", entry.name, text(), "The name that the datapath knows it by. Absent: its alias.");
-    v.optional("mtu", entry.mtu, number(), "Absent: 1500.");
-    v.optional("maxPorts", entry.max_ports, number(), "Absent: 16384.");
+    v.derived("portset", entry.name, text(), "The name that the datapath knows it by. Absent: its alias.");
+    v.optional("mtu", entry.mtu, number(), "");
+    v.optional("maxPorts", entry.max_ports, number(), "");
     describe_lcores(v, entry, host);
     v.derive([&] { order.uplinks.clear(); });
     v.optional("ports", owner.ports,
-               list(object([&](auto& w, Port& port) { describe_port(w, port, owner, order); }), max_ports, "number",
-                    [](const Port& port) { return port.entry.port; }),
+               list(object_format([&](auto& w, Port& port) { describe_port(w, port, owner, order); }), max_ports,
+                    "number", [](const Port& port) { return port.entry.port; }),
                "");
+    v.check(owner.ports.size() <= entry.max_ports, "maxPorts", "room for the ports that are listed");
     v.derive([&] { entry.num_ports = entry.num_active_ports = static_cast<uint32_t>(owner.ports.size()); });
-    v.optional("activePorts", entry.num_active_ports, number(0, max_ports), "Absent: all.");
-    v.optional("settings", owner.setting, object([](auto& w, SwitchSetting& setting) { describe_setting(w, setting); }),
-               "");
+    v.derived("activePorts", entry.num_active_ports, number(0, max_ports), "Absent: all.");
+    v.optional("settings", owner.setting,
+               object_format([](auto& w, SwitchSetting& setting) { describe_setting(w, setting); }), "");
     v.optional("features", owner.features,
-               object([](auto& w, SwitchFeatures& features) { describe_features(w, features); }), "");
+               object_format([](auto& w, SwitchFeatures& features) { describe_features(w, features); }), "");
     v.derive([&] { owner.balancer.debug_text = usual_debug_text(owner); });
     v.optional("balancer", owner.balancer,
-               object([&](auto& w, SwitchBalancer& balancer) { describe_balancer(w, balancer, owner); }), "");
-    v.derive([&] { owner.mac_table.macs = usual_macs(owner, mac_generation(Host{})); });
+               object_format([&](auto& w, SwitchBalancer& balancer) { describe_balancer(w, balancer, owner); }), "");
+    v.derive([&] { owner.mac_table.macs = learned_macs(owner); });
     v.optional("macTable", owner.mac_table,
-               object([&](auto& w, MacTable& table) { describe_mac_table(w, table, owner); }), "");
+               object_format([&](auto& w, MacTable& table) { describe_mac_table(w, table, owner); }), "");
 }
 
 template <class V>
@@ -225,19 +270,18 @@ void describe_switch(V& v, Switch& owner, const Host& host, Order& order)
         char id[switch_id_bytes];
         std::snprintf(id, sizeof id, "switch-%u", static_cast<unsigned>(host.switches.size() + 1));
         config.id = id;
-        config.class_name = vswitch_class;
         config.global_properties[alias_property] = value_of(std::string_view{config.alias});
     });
-    v.optional("id", config.id, text(switch_id_bytes - 1), "Absent: made up.");
-    v.optional("class", config.class_name, text(127), "Absent: \"vswitch\".");
-    v.optional("hostProperties", config.host_properties, PropertiesKind{}, "Absent: none.");
-    v.optional("globalProperties", config.global_properties, PropertiesKind{}, "Absent: its alias.");
-    bool is_in_datapath = owner.entry.has_value() || std::is_same_v<V, SchemaMaker>;
-    v.derive([&] { is_in_datapath = true; });
+    v.defaults([&] { config.class_name = vswitch_class; });
+    v.derived("id", config.id, text(switch_id_bytes - 1), "Absent: made up.");
+    v.optional("class", config.class_name, text(127), "");
+    v.optional("hostProperties", config.host_properties, PropertiesFormat{}, "");
+    v.derived("globalProperties", config.global_properties, PropertiesFormat{}, "Absent: its alias.");
+    bool is_in_datapath = owner.entry.has_value();
+    v.defaults([&] { is_in_datapath = true; });
     v.optional("datapath", is_in_datapath, Flag{},
-               "Whether it is a switch of the datapath, which has all that follows. Absent: true.");
-    if (is_in_datapath)
-        describe_datapath_switch(v, owner, host, order);
+               "Whether it is a switch of the datapath, which has all that follows.");
+    v.when(is_in_datapath, [&] { describe_datapath_switch(v, owner, host, order); });
 }
 
 }  // namespace host::scenario

@@ -2,84 +2,117 @@
 #include "host/scenario/visitors.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace host::scenario {
 
 namespace {
 
-// Keys of every object, of an entry that is repeated, and what the schema says of them.
+// Keys of every object, and of an entry that is repeated.
 constexpr char comment_key[] = "comment";
 constexpr char repeat_key[] = "repeat";
 constexpr char turns_key[] = "turns";
+
+Json reference(const char* definition)
+{
+    return Json::object({{"$ref", std::string{"#/$defs/"} + definition}});
+}
 
 }  // namespace
 
 const Json* Reader::found(const char* key) const
 {
-    if (place_.own)
-        if (const auto member = place_.own->find(key); member != place_.own->end())
-            return &*member;
-    const auto member = place_.json->find(key);
-    return member == place_.json->end() ? nullptr : &*member;
+    if (node_.own)
+        if (const Json* member = node_.own->find(key))
+            return member;
+    return node_.json->find(key);
 }
 
-Place Reader::member_at(const char* key)
+Node Reader::member_at(const char* key)
 {
     keys_.at(count_++) = key;
     const Json* member = found(key);
     num_found_ += member != nullptr;
-    return place_.child(key, member);
+    return node_.child(key, member);
 }
 
 bool Reader::is_known(const std::string& key) const
 {
-    const bool is_of_entry = place_.is_entry && (key == repeat_key || key == turns_key);
+    const bool is_of_entry = node_.is_entry && (key == repeat_key || key == turns_key);
     return is_of_entry || key == comment_key ||
            std::any_of(keys_.begin(), keys_.begin() + count_, [&](const char* known) { return key == known; });
 }
 
 void Reader::check_keys(const Json& object) const
 {
-    for (const auto& [key, value] : object.items()) {
+    for (const auto& [key, value] : *object.object()) {
         if (is_known(key))
             continue;
         std::string known;
         for (size_t i = 0; i < count_; ++i)
             known += (i ? ", " : "") + std::string{keys_[i]};
-        throw Error(place_.child(key.c_str(), nullptr).pointer() + ": expected one of the keys " + known +
-                    ", found an unknown key");
+        node_.child(key.c_str(), nullptr).fail("one of the keys " + known, "an unknown key");
     }
 }
 
-// What a repeated entry is made of needs one look only, not one a turn.
+// The members that all turns of a repeated entry share are checked in the first turn alone.
 void Reader::finish() const
 {
-    if (!place_.is_entry) {
-        if (num_found_ != place_.json->size())
-            check_keys(*place_.json);
+    if (!node_.is_entry) {
+        if (num_found_ != node_.object()->size())
+            check_keys(*node_.json);
         return;
     }
-    if (*place_.turn == 0)
-        check_keys(*place_.json);
-    if (place_.own && *place_.turn < place_.json->find(turns_key)->size())
-        check_keys(*place_.own);
+    if (*node_.turn == 0)
+        check_keys(*node_.json);
+    if (node_.own && *node_.turn < node_.json->find(turns_key)->array()->size())
+        check_keys(*node_.own);
 }
 
-OrderedJson SchemaMaker::schema(bool is_entry) const
+// What the members of a derived struct are when they are absent, the struct's derivation says.
+Json SchemaMaker::without_defaults(const Json& schema)
 {
-    OrderedJson made{{"type", "object"}, {"properties", properties_}, {"additionalProperties", false}};
-    made["properties"][comment_key] = {{"$ref", "#/$defs/comment"}};
-    if (is_entry) {
-        made["properties"][repeat_key] = {{"$ref", "#/$defs/repeat"}};
-        made["properties"][turns_key] = {{"$ref", "#/$defs/turns"}};
+    if (schema.array()) {
+        Json made = Json::list({});
+        for (const Json& item : *schema.array())
+            made.add(without_defaults(item));
+        return made;
     }
+    if (!schema.object())
+        return schema;
+    Json made = Json::object({});
+    for (const auto& [key, value] : *schema.object())
+        if (key != "default")
+            made.append(key, without_defaults(value));
+    return made;
+}
+
+// An object has no default of its own: its members have theirs.
+void SchemaMaker::add(const char* key, Json schema, const std::string& help, const std::string& default_text)
+{
+    if (!help.empty())
+        schema.append("description", help);
+    if (!default_text.empty())
+        if (Json value = Json::parsed(default_text); !value.object())
+            schema.append("default", std::move(value));
+    properties_.emplace_back(key, std::move(schema));
+}
+
+Json SchemaMaker::schema(bool is_entry) const
+{
+    Json::Object properties = properties_;
+    properties.emplace_back(comment_key, reference("comment"));
+    if (is_entry) {
+        properties.emplace_back(repeat_key, reference("repeat"));
+        properties.emplace_back(turns_key, reference("turns"));
+    }
+    Json made = Json::object({{"type", "object"}, {"properties", properties}, {"additionalProperties", false}});
     if (required_.empty())
         return made;
     if (is_entry)
-        made["anyOf"] = {{{"required", required_}}, {{"required", {turns_key}}}};
+        made.append("anyOf", Json::list({Json::object({{"required", required_}}),
+                                         Json::object({{"required", Json::list({turns_key})}})}));
     else
-        made["required"] = required_;
+        made.append("required", required_);
     return made;
 }
 

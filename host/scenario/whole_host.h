@@ -11,20 +11,20 @@ namespace host::scenario {
 template <class V>
 void describe_timing(V& v, Timing& timing)
 {
-    v.optional("flowTimeout", timing.flow_timeout, number(), "In seconds. Absent: 10.");
-    v.optional("revalidation", timing.reval, object([](auto& w, FpoRevalConfig& config) {
-                   w.optional("enabled", config.enabled, Flag{}, "Absent: true.");
-                   w.optional("injectPacket", config.inject_packet, Flag{}, "Absent: false.");
-                   w.optional("flowScanQuota", config.flow_scan_quota, number(), "Absent: 256.");
-                   w.optional("interval", config.reval_interval, number(), "Absent: 1000.");
+    v.optional("flowTimeout", timing.flow_timeout, number(), "In seconds.");
+    v.optional("revalidation", timing.reval, object_format([](auto& w, FpoRevalConfig& config) {
+                   w.optional("enabled", config.enabled, Flag{}, "");
+                   w.optional("injectPacket", config.inject_packet, Flag{}, "");
+                   w.optional("flowScanQuota", config.flow_scan_quota, number(), "");
+                   w.optional("interval", config.reval_interval, number(), "");
                }),
                "How offloaded flows are looked at again.");
-    v.optional("conntrackDelay", timing.conntrack_delay, object([](auto& w, FpoConntrackDelay& delay) {
-                   w.optional("packets", delay.num_packets, number(), "Absent: 16.");
-                   w.optional("enabled", delay.enabled, Flag{}, "Absent: false.");
+    v.optional("conntrackDelay", timing.conntrack_delay, object_format([](auto& w, FpoConntrackDelay& delay) {
+                   w.optional("packets", delay.num_packets, number(), "");
+                   w.optional("enabled", delay.enabled, Flag{}, "");
                }),
                "What a tracked connection has to see before it is offloaded.");
-    v.optional("refreshPacketInjection", timing.refresh_packet_injection, Flag{}, "Absent: true.");
+    v.optional("refreshPacketInjection", timing.refresh_packet_injection, Flag{}, "");
 }
 
 // --- Where work runs ---
@@ -34,12 +34,16 @@ struct LcoreRate {
     uint64_t packets;
 };
 
-inline std::vector<Placement::Device> usual_devices(const Host& host)
+inline constexpr size_t longest_device_name = 31;
+
+inline std::vector<Placement::Device> default_devices(const Host& host)
 {
     std::vector<Placement::Device> made;
+    std::set<std::string> names;
     for (const Switch& owner : host.switches)
         for (const Port* uplink : uplinks_of(owner))
-            if (made.size() < max_devices)
+            if (made.size() < max_devices && uplink->name.size() <= longest_device_name &&
+                names.insert(uplink->name).second)
                 made.push_back({uplink->name, static_cast<uint32_t>(made.size() % 2)});
     return made;
 }
@@ -47,20 +51,20 @@ inline std::vector<Placement::Device> usual_devices(const Host& host)
 template <class V>
 void describe_placement(V& v, Placement& placement, const Host& host)
 {
-    v.derive([&] { placement.devices = usual_devices(host); });
-    v.optional("devices", placement.devices,
-               list(object([](auto& w, Placement::Device& device) {
-                        w.required("name", device.name, text(31), "");
-                        w.optional("affinity", device.affinity, number(), "Its memory node.");
-                    }),
-                    max_devices, "name", [](const Placement::Device& device) { return device.name; }),
-               "The NICs. Absent: those of the uplinks, in turns on two memory nodes.");
-    v.optional("mbufFastslabs", placement.has_mbuf_fastslabs, Flag{}, "Absent: false.");
+    v.derive([&] { placement.devices = default_devices(host); });
+    v.derived("devices", placement.devices,
+              list(object_format([](auto& w, Placement::Device& device) {
+                       w.required("name", device.name, text(longest_device_name), "");
+                       w.optional("affinity", device.affinity, number(), "Its memory node.");
+                   }),
+                   max_devices, "name", [](const Placement::Device& device) { return device.name; }),
+              "The NICs. Absent: those of the uplinks, in turns on two memory nodes.");
+    v.optional("mbufFastslabs", placement.has_mbuf_fastslabs, Flag{}, "");
     std::vector<LcoreRate> rates;
     for (const auto& [lcore, packets] : placement.offload_rates)
         rates.push_back({lcore, packets});
     v.optional("lcores", rates,
-               list(object([](auto& w, LcoreRate& rate) {
+               list(object_format([](auto& w, LcoreRate& rate) {
                         w.required("lcore", rate.lcore, number(0, max_lcores - 1), "");
                         w.required("offloadedPackets", rate.packets, number(),
                                    "That its offloaded flows see, a second.");
@@ -110,12 +114,11 @@ inline L3SPANEncapsulation record_of(const Encapsulation& encapsulation)
 template <class V>
 void describe_encapsulation(V& v, Encapsulation& encapsulation)
 {
-    v.required("sourceMac", encapsulation.source_mac, Mac48{}, "");
-    v.required("destinationMac", encapsulation.destination_mac, Mac48{}, "");
-    v.required("source", encapsulation.source, IpKind{}, "");
-    v.required("destination", encapsulation.destination, IpKind{}, "Of the same family.");
-    v.check(encapsulation.source.is_ipv6 == encapsulation.destination.is_ipv6, "destination",
-            "an address of the same family as the source");
+    v.required("sourceMac", encapsulation.source_mac, MacFormat{}, "");
+    v.required("destinationMac", encapsulation.destination_mac, MacFormat{}, "");
+    v.required("source", encapsulation.source, IpFormat{}, "");
+    v.required("destination", encapsulation.destination, IpFormat{}, "Of the same family.");
+    v.check(encapsulation.source.is_ipv6 == encapsulation.destination.is_ipv6, "destination", same_family);
 }
 
 struct L3Span {
@@ -125,28 +128,30 @@ struct L3Span {
 };
 
 template <class V>
-void describe_l3span(V& v, L3Span& span)
+void describe_l3span(V& v, L3Span& span, const Host& host)
 {
     L3SPANRecord& record = span.record;
-    const auto encapsulation = object([](auto& w, Encapsulation& each) { describe_encapsulation(w, each); });
+    const auto encapsulation = object_format([](auto& w, Encapsulation& each) { describe_encapsulation(w, each); });
     Encapsulation gre = encapsulation_of(record.gre, record.gre_is_ipv6);
     std::optional<Encapsulation> geneve;
     if (record.is_geneve)
         geneve = encapsulation_of(record.geneve, record.geneve_is_ipv6);
 
     v.required("switch", span.switch_number, number(0, max_switches - 1), "");
-    v.required("address", span.destination, IpKind{}, "Where mirrored packets go.");
+    v.check(has_datapath_switch(host, span.switch_number), "switch", existing_switch);
+    v.required("address", span.destination, IpFormat{}, "Where mirrored packets go.");
     v.optional("port", record.source_port, number(), "That they come from.");
-    v.derive([&] {
+    v.defaults([&] {
         record.mtu = 1500;
         record.destination_port = 6081;
         record.is_valid = 1;
     });
-    v.optional("mtu", record.mtu, number(), "Absent: 1500.");
-    v.optional("destinationPort", record.destination_port, number(), "Absent: 6081.");
-    v.optional("valid", record.is_valid, Flag{}, "Absent: true.");
+    v.optional("mtu", record.mtu, number(), "");
+    v.optional("destinationPort", record.destination_port, number(), "");
+    v.optional("valid", record.is_valid, Flag{}, "");
     v.required("gre", gre, encapsulation, "The ends of the tunnel.");
-    v.optional("geneve", geneve, maybe(encapsulation), "The ends of the overlay tunnel around it, if there is one.");
+    v.derived("geneve", geneve, maybe(encapsulation),
+              "The ends of the overlay tunnel around it. Absent: there is none.");
     v.derive([&] {
         record.gre = record_of(gre);
         record.gre_is_ipv6 = gre.source.is_ipv6;
@@ -157,13 +162,14 @@ void describe_l3span(V& v, L3Span& span)
 }
 
 template <class V>
-void describe_l3spans(V& v, L3SpanRecords& records)
+void describe_l3spans(V& v, L3SpanRecords& records, const Host& host)
 {
     std::vector<L3Span> spans;
     for (const auto& [destination, record] : records.records)
         spans.push_back({destination.switch_number, {destination.is_ipv6, destination.address}, record});
-    v.optional("l3span", spans, list(object([](auto& w, L3Span& span) { describe_l3span(w, span); }), 1 << 12),
-               "The encapsulations of mirrored traffic. Absent: none.");
+    v.optional("l3span", spans,
+               list(object_format([&](auto& w, L3Span& span) { describe_l3span(w, span, host); }), 1 << 12),
+               "The encapsulations of mirrored traffic.");
     v.derive([&] {
         records.records.clear();
         for (const L3Span& span : spans)
@@ -174,32 +180,46 @@ void describe_l3spans(V& v, L3SpanRecords& records)
 // --- The host ---
 
 template <class V>
-void describe_host(V& v, Host& host)
+void describe_host(V& v, Host& host, bool keeps_repeated_flows)
 {
     Order order;
+    order.keeps_repeated_flows = keeps_repeated_flows;
     std::string schema = "schema.json";
     v.optional("$schema", schema, text(), "Where this schema is; for editors.");
     v.optional("switches", host.switches,
-               list(object([&](auto& w, Switch& each) { describe_switch(w, each, host, order); }), max_known_switches,
-                    "alias", [](const Switch& each) { return each.config.alias; }),
-               "Absent: none.");
+               list(object_format([&](auto& w, Switch& each) { describe_switch(w, each, host, order); }),
+                    max_known_switches, "alias", [](const Switch& each) { return each.config.alias; }),
+               "");
     describe_placement(v, host.placement, host);
     v.optional("balancerIsAutomatic", host.balancer_is_automatic, Flag{},
-               "Whether the load balancer alone moves ports' queues and filters. Absent: false.");
-    v.optional("timing", host.timing, object([](auto& w, Timing& timing) { describe_timing(w, timing); }),
+               "Whether the load balancer alone moves ports' queues and filters.");
+    v.optional("timing", host.timing, object_format([](auto& w, Timing& timing) { describe_timing(w, timing); }),
                "Of flows and of their offload.");
-    describe_l3spans(v, host.l3span_records);
-    v.optional("smartnic", host.smartnic, object([&](auto& w, SmartNic& nic) { describe_smartnic(w, nic, host); }),
-               "Its ports. Absent: none.");
+    describe_l3spans(v, host.l3span_records, host);
+    v.optional("smartnic", host.smartnic,
+               object_format([&](auto& w, SmartNic& nic) { describe_smartnic(w, nic, host); }), "Its ports.");
     describe_flows(v, host, order);
+    v.derive([&] {
+        if (!host.smartnic.is_present()) {
+            host.pipeline.packet_rate = 0;
+            host.pipeline.operations = {0, 0, 0};
+        }
+    });
     v.optional("pipeline", host.pipeline,
-               object([&](auto& w, Pipeline& pipeline) { describe_pipeline(w, pipeline, host.clock); }),
+               object_format([&](auto& w, Pipeline& pipeline) { describe_pipeline(w, pipeline, host.clock); }),
                "Of the SmartNIC.");
     v.optional("hardwareTables", host.hardware_tables,
-               object([](auto& w, HardwareTables& tables) { describe_hardware_tables(w, tables); }),
+               object_format([](auto& w, HardwareTables& tables) { describe_hardware_tables(w, tables); }),
                "What the SmartNIC's tables hold beyond its ports and the flows that it has taken over.");
 }
 
-inline const auto whole_host = object([](auto& v, Host& host) { describe_host(v, host); });
+// A host without its flows where these repeat very often, or with all of them.
+inline auto host_format(bool keeps_repeated_flows)
+{
+    return object_format([=](auto& v, Host& host) { describe_host(v, host, keeps_repeated_flows); });
+}
+
+// With lists as the source has them whose entries repeat very often.
+std::string written(Host host, const Json* source);
 
 }  // namespace host::scenario

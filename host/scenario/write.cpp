@@ -4,9 +4,16 @@
 
 namespace host::scenario {
 
-std::string written(const Host& host)
+std::string written(Host host, const Json* source)
 {
-    return whole_host.write(host).dump(2, ' ', true, OrderedJson::error_handler_t::replace) + '\n';
+    JsonText text{true};
+    host_format(true).write({text, source}, host);
+    return std::move(text.text) + '\n';
+}
+
+std::string written(Host host)
+{
+    return written(std::move(host), nullptr);
 }
 
 }  // namespace host::scenario

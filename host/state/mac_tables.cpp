@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <unordered_set>
+#include <utility>
 
 #include "host/host.h"
 
@@ -66,7 +67,10 @@ void relearn_macs(Host& host, Switch& owner, const Port& port)
     std::erase_if(macs, [&](const Mac& mac) { return mac.port == port.entry.port && !mac.is_static; });
     if (!is_a(port, ClientType::uplink) || owner.setting.learns_uplink_macs)
         learn(macs, owner.entry->switch_number, port, mac_generation(host), [&](const MacEntry& entry) {
-            return std::ranges::any_of(macs, [&](const Mac& known) { return is_same_address(known.entry, entry); });
+            const auto of_port = std::ranges::count(macs, port.entry.port, &Mac::port);
+            return macs.size() >= owner.mac_table.limit ||
+                   std::cmp_greater_equal(of_port, owner.mac_table.port_limit) ||
+                   std::ranges::any_of(macs, [&](const Mac& known) { return is_same_address(known.entry, entry); });
         });
 }
 

@@ -33,7 +33,7 @@ uint64_t address_key(const MacEntry& entry);
 // Whether both are the entry of one address: an address is known once a switch and VLAN.
 bool is_same_address(const MacEntry& one, const MacEntry& other);
 
-// Forgets what the switch has learned of a port, and learns it anew if it learns from such ports.
+// Forgets what the switch has learned of a port, and learns it anew, within the limits, if it learns from such ports.
 void relearn_macs(Host& host, Switch& owner, const Port& port);
 
 // What a switch has learned of its ports when nobody describes it.

@@ -52,6 +52,11 @@ P4OutputPort row_of(const SmartNic& nic, const P4VlanPort& port)
 
 }  // namespace
 
+bool SmartNic::is_present() const
+{
+    return uplink_switch || host_pfs.count > 0 || !lifs.empty() || !vlan_ports.empty() || !mux_switches.empty();
+}
+
 const P4LifPort* SmartNic::lif(uint32_t number) const
 {
     return found_in(lifs, number);

@@ -43,6 +43,9 @@ struct SmartNic {
     std::map<uint32_t, P4Traffic> traffic;         // by port; of those whose traffic does not follow from their number
     std::map<uint32_t, uint32_t> aging_intervals;  // by selector; those that have been set
 
+    // Whether the host has a SmartNIC at all.
+    bool is_present() const;
+
     // Null when there is no such object.
     const P4LifPort* lif(uint32_t number) const;
     const P4VlanPort* vlan_port(uint32_t mux_vlan) const;

@@ -8,6 +8,7 @@ namespace host {
 namespace {
 
 constexpr uint32_t filter_kinds = 4;
+constexpr uint32_t last_vlan = 4094;
 
 }  // namespace
 
@@ -37,7 +38,8 @@ ReceiveFilter usual_filter(const std::vector<const Port*>& uplinks, const Port& 
     made.type = static_cast<NetQFilterType>(number % filter_kinds);
     std::memcpy(made.mac.mac, vnic.entry.mac, mac_bytes);
     std::memcpy(made.tunnel.inner_mac, vnic.entry.mac, mac_bytes);
-    made.mac.vlan = static_cast<uint16_t>(made.type == NetQFilterType::vlan_and_mac ? 100 + number : 0);
+    if (made.type == NetQFilterType::vlan_and_mac)
+        made.mac.vlan = static_cast<uint16_t>(1 + (99 + number) % last_vlan);
     made.tunnel.vni = 5000 + number;
 
     for (size_t i = 0; i < uplinks.size(); ++i) {

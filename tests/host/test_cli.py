@@ -2,6 +2,7 @@
 
 import json
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -82,12 +83,76 @@ class TestRun:
         assert json.loads((tmp_path / "capture").read_text().splitlines()[1])["operation"] == "Qdp_Get_Flow_Timeout"
         assert qdp_host(build, "run", "--replay", tmp_path / "capture", path) == (0, "10\n", "")
 
-    def test_a_capture_replaces_the_last_one(self, build, tmp_path):
+    def test_a_capture_replaces_another_one_only_when_told(self, build, tmp_path):
         path = script(tmp_path, "import _libqdp\n_libqdp.GetFlowTimeout()")
         (tmp_path / "capture").write_text("an older one")
+        message = "qdp-host: capture is there already; give --overwrite, or another name\n"
+        assert qdp_host(build, "run", "--capture", "capture", path, cwd=tmp_path) == (NO_HOST, "", message)
+        assert (tmp_path / "capture").read_text() == "an older one"
         for _ in range(2):
-            assert qdp_host(build, "run", "--capture", "capture", path, cwd=tmp_path) == (0, "", "")
+            assert qdp_host(build, "run", "--capture", "capture", "--overwrite", path, cwd=tmp_path) == (0, "", "")
         assert len((tmp_path / "capture").read_text().splitlines()) == 2
+
+
+class TestPythonsCommandLine:
+    """What follows the options of `run` is Python's own command line."""
+
+    def test_code(self, build):
+        code = "import sys, _libqdp; print(sys.argv, len(_libqdp.ListSwitches()))"
+        done = qdp_host(build, "run", "--scenario", "mux", "-c", code, "--json", "--", "-c")
+        assert done == (0, "['-c', '--json', '--', '-c'] 1\n", "")
+
+    def test_a_module(self, build, tmp_path):
+        script(tmp_path, "import sys\nprint(sys.argv[1:], __name__)")
+        assert qdp_host(build, "run", "-m", "script", "--", "x", cwd=tmp_path) == (0, "['--', 'x'] __main__\n", "")
+
+    @pytest.mark.parametrize("arguments", [["--", "a"], ["a", "--"], ["--", "--"], ["--scenario", "mux"]])
+    def test_arguments_reach_the_script(self, build, tmp_path, arguments):
+        path = script(tmp_path, "import sys\nprint(sys.argv[1:])")
+        for separator in ([], ["--"]):
+            assert qdp_host(build, "run", *separator, path, *arguments) == (0, f"{arguments}\n", "")
+
+    @pytest.mark.parametrize("arguments, banner", [(["-"], False), (["-i"], True), (["-i", "-c", "n = 3"], True)])
+    def test_standard_input(self, build, arguments, banner):
+        running = subprocess.run(
+            [sys.executable, "-m", "qdp_host", "run", *arguments],
+            env=environment(build),
+            input="import _libqdp\nprint(len(_libqdp.ListSwitches()))\n",
+            capture_output=True,
+            text=True,
+            timeout=60,
+        )
+        assert (running.returncode, running.stdout) == (0, "3\n")
+        assert (">>>" in running.stderr) == banner
+
+    def test_options_of_python(self, build):
+        assert qdp_host(build, "run", "-O", "-c", "print(__debug__)") == (0, "False\n", "")
+
+
+def test_the_version(build, root):
+    cmake = (root / "CMakeLists.txt").read_text()
+    version = cmake.split("project(libqdp VERSION ")[1].split()[0]
+    assert qdp_host(build, "--version") == (0, f"qdp-host {version}\n", "")
+
+
+class TestOutputThatCannotBeWritten:
+    COMMANDS = [["show"], ["show", "--json"], ["check", "mux", "default"], ["--help"], ["--version"]]
+
+    def run_into(self, build, arguments, redirection):
+        command = 'exec "$0" -m qdp_host "$@" ' + redirection
+        return subprocess.run(
+            ["/bin/sh", "-c", command, sys.executable, *arguments], env=environment(build), capture_output=True, timeout=60
+        )
+
+    @pytest.mark.parametrize("arguments", COMMANDS)
+    def test_a_full_disk(self, build, arguments):
+        done = self.run_into(build, arguments, "> /dev/full")
+        assert (done.returncode, done.stderr) == (NO_HOST, b"qdp-host: standard output: No space left on device\n")
+
+    @pytest.mark.parametrize("arguments", COMMANDS)
+    def test_closed_from_the_start(self, build, arguments):
+        done = self.run_into(build, arguments, ">&-")
+        assert (done.returncode, done.stdout, done.stderr) == (0, b"", b"")
 
 
 BUSY = {
@@ -152,6 +217,11 @@ class TestScenarios:
         done = qdp_host(build, "run", *arguments, path, variables=variables)
         assert done == (NO_HOST, "", f"qdp-host: {broken}: /switches: expected a list, found 5\n")
 
+    def test_the_environment_takes_a_name(self, build, tmp_path):
+        variables = {"QDP_HOST_SCENARIO": "mux"}
+        assert qdp_host(build, "run", script(tmp_path, COUNTING), variables=variables) == (0, "['dvs-mux']\n", "")
+        assert qdp_host(build, "show", variables=variables) == qdp_host(build, "show", "mux")
+
     def test_no_such_name(self, build, tmp_path):
         done = qdp_host(build, "run", "--scenario", "nothing", script(tmp_path, ""))
         message = "qdp-host: there is no scenario 'nothing'; name a file, or one of: default, large, mux\n"
@@ -179,6 +249,32 @@ class TestTheLargeOne:
     def test_run(self, build, tmp_path):
         expected = [f"dvs-{number:02}" for number in range(16)]
         assert qdp_host(build, "run", "--scenario", "large", script(tmp_path, COUNTING)) == (0, f"{expected}\n", "")
+
+    def limited(self, build, *arguments):
+        """Standard output; the memory at most 200 MB, and the processor's time at most 10 s."""
+        done = subprocess.run(
+            [sys.executable, "-m", "qdp_host", *arguments], env=environment(build), stdout=subprocess.PIPE, check=True,
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (10, 10)),
+        )  # fmt: skip
+        assert resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss < 200 * 1024
+        return done.stdout
+
+    def test_all_of_it(self, build, tmp_path):
+        """In a process of its own, whose children are these alone."""
+        code = (
+            "import sys, pathlib; sys.path[:0] = [{tests!r}]\n"
+            "from host.test_cli import TestTheLargeOne\n"
+            "build, one = pathlib.Path({build!r}), TestTheLargeOne()\n"
+            "text = one.limited(build, 'show', '--json', 'large')\n"
+            "pathlib.Path({path!r}).write_bytes(text)\n"
+            "assert one.limited(build, 'check', 'large') == b'large: ok\\n'\n"
+        ).format(tests=str(PACKAGES.parent.parent / "tests"), build=str(build), path=str(tmp_path / "all.json"))
+        subprocess.run([sys.executable, "-c", code], env=environment(build), check=True)
+        assert qdp_host(build, "check", tmp_path / "all.json")[0] == 0
+        shown = json.loads((tmp_path / "all.json").read_text())
+        large = json.loads((PACKAGES.parent / "scenarios" / "large.json").read_text())
+        assert shown["flows"] == large["flows"]
+        assert shown["switches"][0]["ports"] == large["switches"][0]["ports"]
 
     def test_show(self, build):
         code, printed, error = qdp_host(build, "show", "large")

@@ -1,7 +1,9 @@
 """The package qdp_host: the context manager, the pytest fixture, and control of time, failures and state."""
 
 import ctypes
+import glob
 import json
+import os
 import shutil
 import sys
 import threading
@@ -93,6 +95,33 @@ with qdp_host.running():
         code = "import qdp_host\nwith qdp_host.running() as host: print(host.libqdp._name)"
         done = code_of(build, code, PYTHONPATH=str(tmp_path), QDP_HOST_LIBRARIES="nowhere")
         assert done == (0, f"{tmp_path}/qdp_host/stand_ins/libqdp.so\n", "")
+
+
+class TestAnotherInterpreter:
+    @pytest.fixture
+    def site(self, build, root, tmp_path):
+        """What an installation has in its folder, and a package of somebody else beside it."""
+        site = tmp_path / "site"
+        shutil.copytree(PACKAGES / "qdp_host", site / "qdp_host")
+        shutil.copytree(build / "host", site / "qdp_host" / "stand_ins")
+        shutil.copytree(root / "host" / "scenarios", site / "qdp_host" / "scenarios")
+        shutil.copy(build / "_libqdp.abi3.so", site)
+        (site / "others.py").write_text("")
+        return site
+
+    # Those of a pyenv, where there is one.
+    @pytest.mark.parametrize("interpreter", sorted(glob.glob(os.path.expanduser("~/.pyenv/versions/*/bin/python3"))))
+    def test_it_finds_the_installed_packages_alone(self, build, site, tmp_path, interpreter):
+        code = (
+            "import sys, _libqdp, qdp_host, importlib.util as u\n"
+            "print(len(_libqdp.ListSwitches()), _libqdp.__file__, qdp_host.__file__, u.find_spec('others'))"
+        )
+        arguments = ["run", "--interpreter", interpreter, "-c", code]
+        start = f"import sys; sys.path.insert(0, {str(site)!r}); from qdp_host.__main__ import main; main({arguments!r})"
+        variables = {"PYTHONPATH": "", "QDP_HOST_LIBRARIES": ""}
+        done = started([sys.executable, "-c", start], build, cwd=tmp_path, variables=variables)
+        path = f"{site}/_libqdp.abi3.so {site}/qdp_host/__init__.py"
+        assert (done.returncode, done.stdout) == (0, f"3 {path} None\n"), done.stderr
 
 
 BUSY = {"switches": [{"alias": "edge", "mtu": 1600, "ports": [{}, {}]}]}
@@ -370,6 +399,33 @@ class TestFixture:
         (tmp_path / "test_script.py").write_text(MARKED.format(busy=str(busy)))
         done = self.pytest(build, tmp_path)
         assert (done.returncode, done.stderr) == (0, "") and "3 passed" in done.stdout
+
+    def test_it_loads_the_stand_ins_for_files_that_use_the_fixture(self, build, tmp_path):
+        """In every other file the module finds what libraries the machine has."""
+        for named_in in ("test_script.py", "conftest.py", "README"):
+            folder = tmp_path / named_in.replace(".", "_")
+            folder.mkdir()
+            (folder / "test_script.py").write_text("import _libqdp\n\ndef test(): pass\n")
+            with open(folder / named_in, "a") as file:
+                file.write("# with qdp_host\n")
+            done = self.pytest(build, folder)
+            if named_in != "README":
+                assert "1 passed" in done.stdout
+        assert done.returncode == 2 and "No module named '_libqdp'" in done.stdout
+
+    def test_an_installed_plugin_may_be_named_too(self, build, root, tmp_path):
+        """A setting that a checkout needs does no harm where the plugin is installed."""
+        metadata = tmp_path / "libqdp-1.dist-info"
+        metadata.mkdir()
+        (metadata / "METADATA").write_text("Metadata-Version: 2.1\nName: libqdp\nVersion: 1\n")
+        shutil.copy(root / "package" / "debian" / "entry_points.txt", metadata)
+        (tmp_path / "test_script.py").write_text(TESTS)
+        path = f"{tmp_path}:{PACKAGES}:{build}"
+        for named in (["-p", "qdp_host.pytest_plugin"], []):
+            command = [sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider", *named, "test_script.py"]
+            done = started(command, build, cwd=tmp_path, variables={"PYTHONPATH": path})
+            assert (done.returncode, done.stderr) == (0, "") and "2 passed" in done.stdout, done.stdout
+        assert '"qdp_host.pytest_plugin" = "qdp_host.pytest_plugin"' in (root / "pyproject.toml").read_text()
 
     def test_without_the_plugin_the_module_has_no_libraries(self, build, tmp_path):
         (tmp_path / "test_script.py").write_text(TESTS)

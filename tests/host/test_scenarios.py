@@ -126,7 +126,7 @@ FAULTS = {
     ),
     "two of a number": (
         switch(ports=[{"number": 1}, {"number": 1}]),
-        "/switches/0/ports/1: expected an entry whose number no other entry has, found an object",
+        "/switches/0/ports/1: expected an entry whose number no other entry has, found the number 1 again",
     ),
     "two switches of a number": (
         {"switches": [{"alias": "a", "number": 1}, {"alias": "b", "number": 1}]},
@@ -153,13 +153,14 @@ FAULTS = {
         "/switches/0/macTable/macs/0/port: expected the number of a port of this switch, found 0",
     ),
     "a MAC address twice": (
-        {**switch(ports=[{}], macTable={"macs": [{"repeat": 2, "port": 0, "mac": "02:00:00:00:00:01"}]})},
-        "/switches/0/macTable/macs/0: expected an entry whose MAC address and VLAN no other entry has, found an object",
+        {**switch(ports=[{}], macTable={"macs": [{"repeat": 2, "port": 0, "mac": "02:00:00:00:00:01", "vlan": 7}]})},
+        "/switches/0/macTable/macs/0: expected an entry whose MAC address and VLAN no other entry has, found the MAC address "
+        "and VLAN 02:00:00:00:00:01 in VLAN 7 again",
     ),
     "a flow of no switch": (flow(lcore=9), "/flows/0/lcore: expected an lcore of a switch, found 9"),
     "a flow of no port": (flow(inputPort=2), "/flows/0/inputPort: expected a port of the lcore's switch, found 2"),
     "addresses of two families": (
-        {"l3span": [{"switch": 0, "address": "10.0.0.1", "gre": {
+        {**switch(), "l3span": [{"switch": 0, "address": "10.0.0.1", "gre": {
             "sourceMac": "02:00:00:00:00:01", "destinationMac": "02:00:00:00:00:02", "source": "::1", "destination": "1.2.3.4"}}]},
         '/l3span/0/gre/destination: expected an address of the same family as the source, found "1.2.3.4"',
     ),
@@ -187,9 +188,67 @@ FAULTS = {
         switch(ports=[{"repeat": 3, "number": {"from": 1, "steps": 2}}]),
         "/switches/0/ports/0/number/steps: expected one of the keys from, step, every, offset, modulo, found an unknown key",
     ),
-    "steps around steps, without end": (
+    "series around series": (
+        '{"devices": [{"repeat": 2, "name": "n", "affinity": ' + '{"from": ' * 20 + "1" + "}" * 20 + "}]}",
+        f"/devices/0/affinity{'/from' * 16}: expected a value with at most 16 series around it, found an object",
+    ),
+    "objects without end": (
         '{"devices": [{"repeat": 2, "name": "n", "affinity": ' + '{"from": ' * 100_000 + "1" + "}" * 100_000 + "}]}",
-        f"/devices/0/affinity{'/from' * 16}: expected a value with at most 16 steps around it, found an object",
+        f"/devices/0/affinity{'/from' * 5}: expected at most 64 levels of objects and lists, found one more",
+    ),
+    "a number beyond all numbers": (
+        '{"switches": [{"alias": "a"}, {"alias": "b", "mtu": 1e400}]}',
+        "/switches/1/mtu: expected a smaller number, found 1e400",
+    ),
+    "a key twice": (
+        '{"switches": [{"alias": "a", "mtu": 1, "ports": [], "mtu": 2}]}',
+        "/switches/0/mtu: expected each key once, found it again",
+    ),
+    "a key twice that needs escapes": ('{"timing": {"a/b": 1, "a/b": 1}}', "/timing/a~1b: expected each key once, found it again"),
+    "an alias twice": (
+        {"switches": [{"alias": "a"}, {"alias": "a"}]},
+        '/switches/1: expected an entry whose alias no other entry has, found the alias "a" again',
+    ),
+    "a 17th switch": (
+        {"switches": [{"repeat": 17, "alias": "a{0}", "lcores": []}]},
+        "/switches/0/number: expected at most 16 switches of the datapath, found nothing",
+    ),
+    "a flow between two families": (
+        flow(source="10.0.0.1", destination="2001:db8::1"),
+        '/flows/0/destination: expected an address of the same family as the source, found "2001:db8::1"',
+    ),
+    "a tunnel between two families": (
+        {"hardwareTables": {"tunnels": [{"record": 1, "localMac": "02:00:00:00:00:01", "remoteMac": "02:00:00:00:00:02",
+                                         "local": "10.0.0.1", "remote": "2001:db8::1"}]}},
+        '/hardwareTables/tunnels/0/remote: expected an address of the same family as the source, found "2001:db8::1"',
+    ),
+    "a SmartNIC behind no switch": (
+        {**switch(), "smartnic": {"switch": 1}},
+        "/smartnic/switch: expected the number of a switch of the datapath, found 1",
+    ),
+    "a mux mode of no switch": (
+        {**switch(), "smartnic": {"muxSwitches": [{"switch": 3}]}},
+        "/smartnic/muxSwitches/0/switch: expected the number of a switch of the datapath, found 3",
+    ),
+    "an L3 SPAN of no switch": (
+        {"l3span": [{"switch": 0}]},
+        "/l3span/0/switch: expected the number of a switch of the datapath, found 0",
+    ),
+    "more MAC addresses than the limit": (
+        switch(ports=[{}], macTable={"limit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]}),
+        "/switches/0/macTable/limit: expected room for all entries of the table, found 2",
+    ),
+    "more MAC addresses of a port than the limit": (
+        switch(ports=[{}], macTable={"portLimit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]}),
+        "/switches/0/macTable/portLimit: expected room for the entries of each port, found 2",
+    ),
+    "more ports than the most": (
+        switch(maxPorts=2, ports=[{"repeat": 3}]),
+        "/switches/0/maxPorts: expected room for the ports that are listed, found 2",
+    ),
+    "injected traffic of a switch without ports": (
+        switch(balancer={"injected": [{"direction": 0, "sourcePort": 0, "destinationPort": 0}]}),
+        "/switches/0/balancer/injected/0/direction: expected no traffic, since the switch has no ports, found 0",
     ),
     "turns outside a repeated entry": (
         port(name={"cycle": ["a"]}),
@@ -229,7 +288,21 @@ class TestFaults:
 
     def test_a_folder(self, control, tmp_path):
         assert control.load(tmp_path) == -1
-        assert control.error() == f"{tmp_path}: expected a scenario file, found Is a directory"
+        assert control.error() == f"{tmp_path}: expected a scenario file, found a directory"
+
+    def test_a_fifo_is_not_waited_for(self, control, tmp_path):
+        os.mkfifo(tmp_path / "fifo.json")
+        assert control.load(tmp_path / "fifo.json") == -1
+        assert control.error() == f"{tmp_path / 'fifo.json'}: expected a scenario file, found a FIFO"
+
+    def test_a_device(self, control):
+        assert control.load("/dev/zero") == -1
+        assert control.error() == "/dev/zero: expected a scenario file, found a device or a socket"
+
+    def test_a_name_that_no_scenario_has(self, control):
+        assert control.load("nothing") == -1
+        expected = "a scenario file or one of the names default, large, mux, found No such file or directory"
+        assert control.error() == f"nothing: expected {expected}"
 
     def test_calls_fail_until_a_scenario_is_loaded(self, control, load, host):
         size = ctypes.c_uint32(2568)
@@ -385,6 +458,222 @@ class TestShippedScenarios:
         (tmp_path / "changed.json").write_text(before)
         assert control.load(tmp_path / "changed.json") == 0, control.error()
         assert control.scenario() == before
+
+
+class TestNames:
+    @pytest.mark.parametrize("name", ["default", "mux"])
+    def test_a_built_in_scenario_is_the_file(self, control, scenarios, name):
+        assert control.load(name) == 0, control.error()
+        built_in = control.scenario()
+        assert control.load(scenarios / f"{name}.json") == 0
+        assert control.scenario() == built_in
+
+    def test_the_environment_takes_a_name(self, build):
+        code = """
+import ctypes, sys
+control = ctypes.PyDLL(sys.argv[1] + "/libqdphost.so")
+control.qdp_host_summary.restype = ctypes.c_char_p
+print(control.qdp_host_summary().decode())
+"""
+        command = [sys.executable, "-c", code, str(build / "host")]
+        environment = {**os.environ, "QDP_HOST_SCENARIO": "mux"}
+        printed = subprocess.run(command, env=environment, capture_output=True, text=True, check=True).stdout
+        assert [each["alias"] for each in json.loads(printed)["switches"]] == ["dvs-mux"]
+
+
+class TestSchema:
+    def members(self, value, path=""):
+        """All members of objects that the schema describes, each with its path and whether it is required."""
+        if isinstance(value, list):
+            for item in value:
+                yield from self.members(item, path)
+        elif isinstance(value, dict):
+            for key, member in value.get("properties", {}).items():
+                required = value.get("required", []) + [key for each in value.get("anyOf", []) for key in each.get("required", [])]
+                yield f"{path}/{key}", member, key in required
+                yield from self.members(member, f"{path}/{key}")
+            for key in ("items", "anyOf"):
+                yield from self.members(value.get(key), path)
+
+    def test_every_default_is_said_once(self, control):
+        """A member that may be absent has a default, or members with defaults, or a sentence about what it follows from."""
+        schema = json.loads(control.schema())
+        members = list(self.members({key: value for key, value in schema.items() if key != "$defs"}))
+        assert len(members) > 200
+        derived = [path for path, member, _ in members if "Absent:" in member.get("description", "")]
+        for path, member, is_required in members:
+            if "$ref" in member:
+                continue
+            is_object = member.get("type") == "object"
+            is_below_derived = any(path.startswith(f"{each}/") for each in derived)
+            is_said = ("default" in member) + (path in derived) + is_required
+            assert is_said <= 1, path
+            assert is_said or is_object or is_below_derived, path
+
+    def test_defaults_are_those_of_the_code(self, control):
+        properties = json.loads(control.schema())["properties"]
+        of_switch = properties["switches"]["items"]["properties"]
+        assert (of_switch["mtu"]["default"], of_switch["maxPorts"]["default"]) == (1500, 16384)
+        assert of_switch["features"]["properties"]["burstSize"]["default"] == 32
+        assert properties["timing"]["properties"]["flowTimeout"]["default"] == 10
+        assert properties["balancerIsAutomatic"]["default"] is False
+        assert of_switch["balancer"]["properties"]["metric"]["default"] == "cpu"
+        assert properties["flows"]["items"]["properties"]["packetBytes"]["default"] == 512
+
+    def test_defaults_are_what_a_host_has(self, load, control):
+        assert load(switch(ports=[{}])) is None
+        whole = json.loads(control.scenario())
+        properties = json.loads(control.schema())["properties"]
+        (made,) = whole["switches"]
+        of_switch = properties["switches"]["items"]["properties"]
+        compared = 0
+        for described, present in [(properties, whole), (of_switch, made)]:
+            for key, member in described.items():
+                if "default" in member and key not in ("switches", "ports"):
+                    assert present[key] == member["default"], key
+                    compared += 1
+        assert compared > 6
+
+
+class TestWritten:
+    """What `check` accepts is written so that `check` accepts it."""
+
+    def assert_it_comes_back(self, load, control, scenario):
+        assert load(scenario) is None
+        written = control.scenario()
+        assert load(written) is None
+        assert control.scenario() == written
+
+    @pytest.mark.parametrize(
+        "scenario",
+        [
+            switch(ports=[{"name": "twin", "client": "UPLINK"}, {"name": "twin", "client": "UPLINK"}]),
+            {"switches": [{"repeat": 2, "alias": "a{0}", "ports": [{"client": "UPLINK", "name": "nic0"}]}]},
+            switch(ports=[{"name": "n" * 100, "client": "UPLINK"}]),
+            switch(ports=[{"repeat": 4000}]),
+            switch(ports=[{"client": "UPLINK"}, {"repeat": 100}], macTable={"limit": 10, "portLimit": 2}),
+            {"switches": [{"repeat": 20, "alias": "a{0}", "datapath": False}]},
+            switch(hostProperties={"": "", "a/b~": {"hex": "ff00"}, "comment": "x"}),
+            {"switches": [{"alias": "b", "number": 1}, {"alias": "a"}, {"alias": "c"}]},
+        ],
+        ids=["uplinks named alike", "switches with one NIC", "a long name", "4000 ports", "a small MAC table", "20 switches elsewhere", "properties", "numbers"],
+    )
+    def test_corner_cases(self, load, control, scenario):
+        self.assert_it_comes_back(load, control, scenario)
+
+    def test_vlans_of_4000_ports_filters_are_vlans(self, load, qdp):
+        assert load(switch(ports=[{"client": "UPLINK"}, {"repeat": 4500}])) is None
+        vlans = set()
+        for port in range(2, 4501, 4):
+            (filters,) = [value for value in qdp.result("GetPortNetQInfo", 0, port).values() if isinstance(value, list)]
+            vlans.update(each.get("vlan") for each in filters)
+        assert not vlans - {None, *range(1, 4095)}
+
+    @pytest.mark.parametrize("seed", range(30))
+    def test_random_scenarios(self, load, control, seed):
+        """Made from the schema; what is refused is taken out until the rest is accepted."""
+        print("seed", seed)
+        random_scenario = RandomScenario(json.loads(control.schema()), random.Random(seed))
+        scenario = random_scenario.make()
+        for _ in range(3000):
+            wrong = load(scenario)
+            if wrong is None:
+                break
+            random_scenario.take_out(scenario, wrong.split(": expected ")[0])
+        assert wrong is None and scenario.get("switches")
+        self.assert_it_comes_back(load, control, scenario)
+
+
+class RandomScenario:
+    """Scenarios in which any key may stand, with any value of its type."""
+
+    def __init__(self, schema, rng):
+        self.schema, self.rng = schema, rng
+
+    def make(self):
+        made = self.value({key: value for key, value in self.schema.items() if key != "$defs"}, 0)
+        switches = [self.value(self.schema["properties"]["switches"]["items"], 1, all_of_it=True) for _ in range(3)]
+        own = [{"alias": f"switch{i}", "number": i, "lcores": [4 * i, 4 * i + 1], "repeat": 1} for i in range(3)]
+        made["switches"] = [{**each, **these} for each, these in zip(switches, own)]
+        return made
+
+    def value(self, schema, depth, all_of_it=False):
+        rng = self.rng
+        if "$ref" in schema:
+            name = schema["$ref"].split("/")[-1]
+            return {"comment": "a comment", "property": rng.choice(["text", "", {"hex": "00 ff"}]), "repeat": rng.randint(1, 3),
+                    "turns": [{}, {}]}[name]  # fmt: skip
+        if "anyOf" in schema and "properties" not in schema:
+            return self.value(next(each for each in [rng.choice(schema["anyOf"]), *schema["anyOf"]] if "$ref" not in each), depth)
+        if "enum" in schema:
+            return rng.choice(schema["enum"])
+        types = schema["type"] if isinstance(schema["type"], list) else [schema["type"]]
+        return getattr(self, rng.choice(types))(schema, depth, all_of_it)
+
+    def object(self, schema, depth, all_of_it):
+        properties = schema.get("properties") or {"a": schema["additionalProperties"], "": schema["additionalProperties"]}
+        keys = [key for key in properties if key not in ("turns", "datapath")]
+        share = 0.9 if all_of_it else 0.4
+        return {key: self.value(properties[key], depth + 1) for key in keys if self.rng.random() < share}
+
+    def array(self, schema, depth, _):
+        return [self.value(schema["items"], depth + 1) for _ in range(self.rng.randint(0, 4))]
+
+    def integer(self, schema, *_):
+        low, high = schema.get("minimum", 0), schema.get("maximum", 2**16)
+        near = min(low + 12, high)
+        return self.rng.choice([low, high, self.rng.randint(low, near), self.rng.randint(low, near), self.rng.randint(low, high)])
+
+    def boolean(self, *_):
+        return self.rng.random() < 0.5
+
+    def string(self, schema, *_):
+        rng = self.rng
+        if "pattern" not in schema:
+            return rng.choice(["a", "b", "c", "twin", "näme", "{0}", "x" * 31, "y" * 63, "z" * 127, "w" * 4000])
+        if "{5}" in schema["pattern"]:
+            return ":".join(f"{rng.randrange(4):02x}" for _ in range(6))
+        if "[.:]" in schema["pattern"]:
+            return rng.choice(["10.0.0.1", "10.0.0.2", "2001:db8::1"])
+        return rng.choice(["", "00", "01 02 03 04"])
+
+    def take_out(self, scenario, pointer):
+        """Takes out what an error names, or what is around it where nothing stands there or it cannot be spared."""
+        path, holder = [], scenario
+        for part in [each.replace("~1", "/").replace("~0", "~") for each in pointer.split("/")[1:]]:
+            key = int(part) if isinstance(holder, list) else part
+            path.append((holder, key))
+            if isinstance(holder, dict) and key not in holder:
+                break
+            holder = holder[key]
+        for holder, key in reversed(path):
+            if isinstance(holder, list) or key in holder:
+                del holder[key]
+                return
+        raise AssertionError(pointer)
+
+
+class TestWithout:
+    def test_a_host_without_a_smartnic_counts_nothing_there(self, load, host, qdp):
+        assert load(switch(ports=[{"client": "UPLINK"}, {"repeat": 3}])) is None
+        host.freeze()
+        for name in ("P4IStatsGet", "P4EStatsGet", "FlowOpsStatsGet"):
+            assert set(flattened(qdp.result(name))) <= {0}, name
+
+    def test_a_switch_without_ports_has_no_flows(self, load, host, qdp):
+        assert load(switch()) is None
+        host.freeze()
+        assert set(flattened(qdp.result("GetFPOStats", 0, (0, 1, 2, 3)))) <= {0, 1, 2, 3}
+        assert [each["hits"] for each in qdp.result("GetFPOStats", 0, (0, 1, 2, 3))] == [0] * 4
+
+
+def flattened(value):
+    """The numbers in a result."""
+    if isinstance(value, dict):
+        value = list(value.values())
+    if isinstance(value, (list, tuple)):
+        return [number for each in value for number in flattened(each)]
+    return [value] if isinstance(value, int) else []
 
 
 class TestTinyScenario:

@@ -3,43 +3,68 @@
 import argparse
 import os
 import shutil
-import signal
 import sys
+from typing import TYPE_CHECKING, Callable, Dict, List, Optional, Sequence, Tuple
 
 from . import _host, _places, _summary
 from ._places import HostError
+
+if TYPE_CHECKING:
+    from typing import NoReturn  # not in the first releases of 3.6
 
 USAGE = 1  # a wrong command line
 NO_HOST = 2  # a host that cannot be set up, or a scenario that is not valid
 
 EPILOG = (
-    "Exit codes: 0; 1 for a wrong command line; 2 for a host that cannot be set up, or a scenario that is not valid. "
-    "'run' becomes the script, whose exit code it is then."
+    "Exit codes: 0; 1 for a wrong command line; 2 for a host that cannot be set up, a scenario that is not valid, or an "
+    "output that cannot be written. 'run' becomes the script, whose exit code it is then."
 )
+
+# What `run` knows itself; the first argument of another form begins Python's command line.
+RUN_OPTIONS_WITH_VALUE = ("--scenario", "--interpreter", "--capture", "--replay")
+RUN_USAGE = "qdp-host run [OPTIONS] [SCRIPT | -c CODE | -m MODULE | -i | -] [ARGUMENTS]"
 
 
 class Parser(argparse.ArgumentParser):
     """A parser whose error is our usage error."""
 
-    def error(self, message):
+    def error(self, message: str) -> "NoReturn":
         self.print_usage(sys.stderr)
         self.exit(USAGE, "{}: error: {}\n".format(self.prog, message))
+        raise AssertionError("exit returns to nobody")
 
 
-def options_of(arguments):
+class Version(argparse.Action):
+    """Prints the version of the stand-ins, which is that of the whole."""
+
+    def __call__(self, parser: argparse.ArgumentParser, *_: object, **__: object) -> None:
+        try:
+            print("qdp-host {}".format(_host.the_host().version()))
+        except HostError as error:
+            complain(error)
+            parser.exit(NO_HOST)
+        parser.exit()
+
+
+def options_of(arguments: Sequence[str]) -> argparse.Namespace:
     parser = Parser(prog="qdp-host", description="The embedded host: runs scripts that import _libqdp.", epilog=EPILOG)
+    parser.add_argument("--version", action=Version, nargs=0, help="print the version, and exit")
     commands = parser.add_subparsers(dest="command", metavar="run|check|show")
     commands.required = True
 
-    command = commands.add_parser("run", help="run a script", description="Runs a script, unchanged.", epilog=EPILOG)
+    command = commands.add_parser(
+        "run",
+        help="run a script",
+        usage=RUN_USAGE,
+        description="Runs a script, unchanged. What follows the options is Python's own command line.",
+        epilog=EPILOG,
+    )
     command.add_argument("--scenario", metavar="FILE", help="what the host has: a file, or a name; " + names())
     command.add_argument("--interpreter", metavar="PYTHON", default=sys.executable, help="the Python that runs it")
-    command.add_argument("--capture", metavar="FILE", help="record every platform call into this file")
+    command.add_argument("--capture", metavar="FILE", help="record every platform call into this new file")
+    command.add_argument("--overwrite", action="store_true", help="let the capture replace a file that is there")
     command.add_argument("--replay", metavar="FILE", help="answer from this capture instead of a scenario")
     command.add_argument("--real", action="store_true", help="use the libraries of this machine, to capture their calls")
-    command.add_argument("-m", dest="is_module", action="store_true", help="SCRIPT names a module, as with python -m")
-    command.add_argument("script", metavar="SCRIPT", help="the script")
-    command.add_argument("arguments", metavar="...", nargs=argparse.REMAINDER, help="its arguments")
     command.set_defaults(function=run, parser=command)
 
     command = commands.add_parser("check", help="check that scenarios are valid", epilog=EPILOG)
@@ -50,38 +75,57 @@ def options_of(arguments):
     command.add_argument("file", metavar="FILE", nargs="?", help="a scenario: a file, or a name; " + names())
     command.add_argument("--json", action="store_true", help="the whole, as a scenario file")
     command.set_defaults(function=show)
-    return parser.parse_args(arguments)
+
+    own, python = split(arguments)
+    options = parser.parse_args(own)
+    options.python = python
+    return options
 
 
-def names():
+def split(arguments: Sequence[str]) -> Tuple[List[str], List[str]]:
+    """The arguments of qdp-host, and the command line of Python that `run` is given."""
+    index = 1
+    if list(arguments[:1]) != ["run"]:
+        return list(arguments), []
+    while index < len(arguments) and (arguments[index] == "-h" or arguments[index].startswith("--")):
+        if arguments[index] == "--":
+            return list(arguments[:index]), list(arguments[index + 1 :])
+        index += 2 if arguments[index] in RUN_OPTIONS_WITH_VALUE else 1
+    return list(arguments[:index]), list(arguments[index:])
+
+
+def names() -> str:
     return "names are: " + ", ".join(_places.scenario_names())
 
 
 # --- run ---
 
 
-def run(options):
+def run(options: argparse.Namespace) -> int:
     """Becomes the script: its signals, its terminal and its exit code are the script's own."""
     if options.scenario and options.replay:
         options.parser.error("--scenario and --replay exclude each other")
     if options.real and (options.scenario or options.replay):
         options.parser.error("--real excludes --scenario and --replay")
-    if not options.is_module and not os.path.exists(options.script):
-        options.parser.error("there is no script " + options.script)
+    if options.overwrite and not options.capture:
+        options.parser.error("--overwrite needs --capture")
+    if not options.python:
+        options.parser.error("the following arguments are required: SCRIPT")
+    if not options.python[0].startswith("-") and not os.path.exists(options.python[0]):
+        options.parser.error("there is no script " + options.python[0])
     interpreter = shutil.which(options.interpreter)
     if not interpreter:
         raise HostError("there is no interpreter {} that can be run".format(options.interpreter))
 
-    environment = environment_of(options)
-    command = [interpreter] + ["-m"] * options.is_module + [options.script] + options.arguments
+    environment = environment_of(options, interpreter)
     sys.stdout.flush()
     try:
-        os.execve(interpreter, command, environment)
+        os.execve(interpreter, [interpreter] + options.python, environment)
     except OSError as error:
         raise HostError("{} cannot be run: {}".format(interpreter, error.strerror)) from error
 
 
-def environment_of(options):
+def environment_of(options: argparse.Namespace, interpreter: str) -> Dict[str, str]:
     """The script's environment; a host that could not be set up there is found out here."""
     environment = dict(os.environ)
     folder = _places.libraries()
@@ -89,15 +133,15 @@ def environment_of(options):
         choose_answers(options, environment)
         _host.EmbeddedHost(folder)  # all that belongs to it is there
         extend(environment, "LD_LIBRARY_PATH", [folder])
-        extend(environment, "PYTHONPATH", _places.python_path(folder))
+        extend(environment, "PYTHONPATH", _places.python_path(folder, interpreter))
     if options.capture:
         shim = _places.library(folder, _places.CAPTURE)
-        environment["QDP_HOST_CAPTURE"] = empty_file(options.capture)
+        environment["QDP_HOST_CAPTURE"] = empty_file(options.capture, options.overwrite)
         environment["LD_PRELOAD"] = " ".join(filter(None, [os.environ.get("LD_PRELOAD"), shim]))
     return environment
 
 
-def choose_answers(options, environment):
+def choose_answers(options: argparse.Namespace, environment: Dict[str, str]) -> None:
     """The scenario or the capture that answers; what the command line says replaces what the environment says."""
     if options.scenario or options.replay:
         for variable in ("QDP_HOST_SCENARIO", "QDP_HOST_REPLAY"):
@@ -109,19 +153,21 @@ def choose_answers(options, environment):
     if environment.get("QDP_HOST_REPLAY"):
         _host.the_host().replay(environment["QDP_HOST_REPLAY"])
     elif environment.get("QDP_HOST_SCENARIO"):
-        _host.the_host().load(environment["QDP_HOST_SCENARIO"])
+        _host.the_host().check(environment["QDP_HOST_SCENARIO"])
 
 
-def extend(environment, variable, folders):
+def extend(environment: Dict[str, str], variable: str, folders: Sequence[str]) -> None:
     """Puts folders in front of a path."""
-    path = os.pathsep.join(folders + list(filter(None, [environment.get(variable)])))
+    path = os.pathsep.join(list(folders) + list(filter(None, [environment.get(variable)])))
     if path:
         environment[variable] = path
 
 
-def empty_file(path):
+def empty_file(path: str, may_replace: bool) -> str:
     try:
-        open(path, "w").close()
+        open(path, "w" if may_replace else "x").close()
+    except FileExistsError:
+        raise HostError("{} is there already; give --overwrite, or another name".format(path)) from None
     except OSError as error:
         raise HostError("{}: {}".format(path, error.strerror)) from error
     return os.path.abspath(path)
@@ -130,13 +176,13 @@ def empty_file(path):
 # --- check, show ---
 
 
-def check(options):
+def check(options: argparse.Namespace) -> int:
     """Whether all are valid; what is wrong with the others goes to standard error."""
     host = _host.the_host()
     is_valid = True
     for file in options.files:
         try:
-            host.load(file)
+            host.check(file)
             print("{}: ok".format(file))
         except HostError as error:
             is_valid = False
@@ -144,27 +190,62 @@ def check(options):
     return 0 if is_valid else NO_HOST
 
 
-def show(options):
-    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # a pager that is closed early ends it without a word
+def show(options: argparse.Namespace) -> int:
     host = _host.the_host()
-    if options.file is not None:
-        host.load(options.file)
-    sys.stdout.write(host.scenario_text() if options.json else "\n".join(_summary.lines(host.summary())) + "\n")
+    file = options.file
+    if file is None and not os.environ.get("QDP_HOST_REPLAY"):
+        file = os.environ.get("QDP_HOST_SCENARIO") or "default"
+    if options.json:
+        text = host.scenario_text().encode() if file is None else host.completed(file)
+    else:
+        if file is not None:
+            host.load(file)
+        text = "".join(line + "\n" for line in _summary.lines(host.summary())).encode()
+    sys.stdout.flush()
+    sys.stdout.buffer.write(text)
     return 0
 
 
-def complain(error):
-    sys.stdout.flush()
+def complain(error: Exception) -> None:
     print("qdp-host: {}".format(error), file=sys.stderr)
 
 
-def main(arguments=None):
-    options = options_of(arguments)
+def with_output(command: Callable[[], int]) -> int:
+    """The command's exit code once all that it prints is written; a reader that went away ends it without a word."""
     try:
-        return options.function(options)
-    except HostError as error:
-        complain(error)
+        try:
+            return command()
+        finally:
+            sys.stdout.flush()
+    except BrokenPipeError:
+        give_up_output()
+        return 0
+    except OSError as error:
+        give_up_output()
+        complain(HostError("standard output: {}".format(error.strerror)))
         return NO_HOST
+
+
+def give_up_output() -> None:
+    """Lets the interpreter end without an attempt to write what is left."""
+    nowhere = os.open(os.devnull, os.O_WRONLY)
+    os.dup2(nowhere, 1)
+
+
+def main(arguments: Optional[Sequence[str]] = None) -> int:
+    if sys.stdout is None:  # it was closed when the process began
+        sys.stdout = open(os.devnull, "w")
+
+    def command() -> int:
+        options = options_of(sys.argv[1:] if arguments is None else arguments)
+        try:
+            exit_code = options.function(options)  # type: int
+            return exit_code
+        except HostError as error:
+            complain(error)
+            return NO_HOST
+
+    return with_output(command)
 
 
 if __name__ == "__main__":

@@ -95,6 +95,9 @@ class EmbeddedHost:
             ("scenario", text),
             ("summary", text),
             ("schema", text),
+            ("version", text),
+            ("check", text, text),
+            ("completed", text, text, ctypes.POINTER(ctypes.c_int)),
             ("replay", ctypes.c_int, text),
             ("error", text),
             ("snapshot", ctypes.c_uint64),
@@ -160,6 +163,27 @@ class EmbeddedHost:
     def summary(self):
         """How many switches, ports, flows and so on the host has at present."""
         return json.loads(self._text("summary"))
+
+    def version(self):
+        """The version of the stand-ins."""
+        return self._control.qdp_host_version().decode()
+
+    def check(self, scenario):
+        """Raise a HostError that says what is wrong with a scenario, as load() does; the host stays as it is."""
+        wrong = self._control.qdp_host_check(os.fsencode(_places.scenario_file(scenario)))
+        if wrong is not None:
+            raise HostError(wrong.decode(errors="replace"))
+
+    def completed(self, scenario):
+        """A scenario with all that follows from it written out, as the bytes of a file; the host stays as it is.
+
+        Lists whose entries repeat very often stay as they are. Fails as load() does.
+        """
+        is_valid = ctypes.c_int()
+        text = self._control.qdp_host_completed(os.fsencode(_places.scenario_file(scenario)), is_valid)
+        if not is_valid.value:
+            raise HostError(text.decode(errors="replace"))
+        return text
 
     def replay(self, capture):
         """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""

@@ -1,6 +1,8 @@
 """Where things are: the stand-ins, the module and the scenarios, in an installed package and in a checkout."""
 
 import os
+import sys
+from typing import List, Optional, Union
 
 PACKAGE = os.path.dirname(os.path.abspath(__file__))
 CHECKOUT = os.path.dirname(os.path.dirname(os.path.dirname(PACKAGE)))
@@ -9,13 +11,16 @@ STAND_INS = ("libqdp.so", "libqmtPublic.so")
 CONTROL = "libqdphost.so"
 CAPTURE = "libqdpcapture.so"
 SCHEMA = "schema.json"  # beside the scenarios
+MODULE = "_libqdp."  # how its file's name begins
+
+Path = Union[str, "os.PathLike[str]"]
 
 
 class HostError(Exception):
     """The embedded host could not be set up; the text says why."""
 
 
-def libraries():
+def libraries() -> str:
     """The folder of the stand-ins."""
     installed = os.path.join(PACKAGE, "stand_ins")
     if os.path.isdir(installed):
@@ -23,7 +28,7 @@ def libraries():
     return os.path.abspath(os.environ.get(LIBRARIES_VARIABLE) or os.path.join(CHECKOUT, "build", "release", "host"))
 
 
-def library(folder, name):
+def library(folder: str, name: str) -> str:
     """The path of one of them, which is there."""
     path = os.path.join(folder, name)
     if not os.path.exists(path):
@@ -35,31 +40,43 @@ def library(folder, name):
     return path
 
 
-def module_folder(folder):
+def _has_module(folder: str) -> bool:
+    return os.path.isdir(folder) and any(name.startswith(MODULE) for name in os.listdir(folder))
+
+
+def module_folder(folder: str) -> Optional[str]:
     """The folder to add to Python's path so that it finds the module; None where it is installed."""
     beside = os.path.dirname(folder)
-    return beside if any(name.startswith("_libqdp.") for name in os.listdir(beside)) else None
+    return beside if _has_module(beside) else None
 
 
-def python_path(folder):
-    """What Python's path lacks in a checkout: the folders of the module and of this package."""
+def python_path(folder: str, interpreter: str) -> List[str]:
+    """What the path of this interpreter lacks.
+
+    In a checkout, the folders of the module and of this package; where they are installed, a folder from which another
+    interpreter than the one that has them imports them alone, and not what else is installed beside them.
+    """
     beside = module_folder(folder)
-    return [beside, os.path.dirname(PACKAGE)] if beside else []
+    if beside:
+        return [beside, os.path.dirname(PACKAGE)]
+    if os.path.abspath(interpreter) == os.path.abspath(sys.executable):
+        return []
+    return [os.path.join(PACKAGE, "other_interpreters")]
 
 
-def _scenarios():
+def _scenarios() -> str:
     """The folder of the scenarios that come along."""
     installed = os.path.join(PACKAGE, "scenarios")
     return installed if os.path.isdir(installed) else os.path.join(CHECKOUT, "host", "scenarios")
 
 
-def scenario_names():
+def scenario_names() -> List[str]:
     folder = _scenarios()
     found = os.listdir(folder) if os.path.isdir(folder) else []
     return sorted(name[: -len(".json")] for name in found if name.endswith(".json") and name != SCHEMA)
 
 
-def scenario_file(scenario):
+def scenario_file(scenario: Path) -> str:
     """The path of a scenario: that of a file as it is, of one that comes along by its name."""
     text = os.fspath(scenario)
     if text in scenario_names():

@@ -1,9 +1,11 @@
 """A host in a few lines: what it has, and how many of each."""
 
+from typing import Any, Dict, Iterator, List, Sequence
+
 COLUMNS = ["number", "alias", "MTU", "lcores", "ports", "uplinks", "MACs", "flows"]
 
 
-def lines(summary):
+def lines(summary: Dict[str, Any]) -> Iterator[str]:
     """The lines that show the numbers of EmbeddedHost.summary()."""
     switches = summary["switches"]
     yield "Switches" if switches else "No switches"
@@ -21,13 +23,13 @@ def lines(summary):
     yield counts(summary["elsewhere"])
 
 
-def counts(named):
+def counts(named: Dict[str, int]) -> str:
     return "  " + ", ".join("{} {}".format(count, name) for name, count in named.items())
 
 
-def table(headings, rows):
+def table(headings: List[str], rows: Sequence[List[Any]]) -> Iterator[str]:
     """Lines with the texts to the left and the numbers to the right."""
-    cells = [[str(cell) for cell in row] for row in [headings] + rows]
+    cells = [[str(cell) for cell in row] for row in [headings] + list(rows)]
     widths = [max(map(len, column)) for column in zip(*cells)]
     for row in cells:
         aligned = [

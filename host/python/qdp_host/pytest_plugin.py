@@ -1,33 +1,64 @@
-"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the marker `scenario` that chooses what it has."""
+"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the marker `scenario` that chooses what it has.
 
+The plugin loads the stand-ins where the fixture is used. A test file that names it, itself or in a conftest.py, can import
+_libqdp at its top; in every other run _libqdp finds the libraries of the machine, or none.
+"""
+
+import os
 import sys
+from typing import Any, Iterator, Optional, Sequence
 
 import pytest
 
 from . import _host
 
+FIXTURE = b"qdp_host"
+
+
+def _names_the_fixture(path: str) -> bool:
+    try:
+        with open(path, "rb") as file:
+            return FIXTURE in file.read()
+    except OSError:
+        return False
+
 
 class _BeforeTheModule:
-    """Loads the stand-ins when the module is first imported, which may be at the top of a test file."""
+    """Loads the stand-ins when a test file that uses the fixture imports the module."""
 
-    @staticmethod
-    def find_spec(name, path=None, target=None):
-        if name == "_libqdp":
+    def __init__(self) -> None:
+        self.is_wanted = False  # by a conftest.py
+        self.collected = None  # type: Optional[str]
+
+    def find_spec(self, name: str, path: Optional[Sequence[str]] = None, target: Any = None) -> None:
+        if name == "_libqdp" and (self.is_wanted or (self.collected and _names_the_fixture(self.collected))):
             _host.the_host()
         # Others find it.
 
+    def pytest_plugin_registered(self, plugin: Any) -> None:
+        file = getattr(plugin, "__file__", None) or ""
+        self.is_wanted |= os.path.basename(file) == "conftest.py" and _names_the_fixture(file)
 
-def pytest_configure(config):
+    def pytest_collectstart(self, collector: Any) -> None:
+        if isinstance(collector, pytest.Module):
+            self.collected = str(collector.fspath)
+
+
+_before_the_module = _BeforeTheModule()
+
+
+def pytest_configure(config: Any) -> None:
     config.addinivalue_line("markers", "scenario(name): the scenario, by file or by name, that the fixture qdp_host has")
-    sys.meta_path.insert(0, _BeforeTheModule)
+    config.pluginmanager.register(_before_the_module, "qdp_host.before_the_module")
+    sys.meta_path.insert(0, _before_the_module)  # type: ignore[arg-type]
 
 
-def pytest_unconfigure(config):
-    sys.meta_path.remove(_BeforeTheModule)
+def pytest_unconfigure() -> None:
+    sys.meta_path.remove(_before_the_module)  # type: ignore[arg-type]
 
 
 @pytest.fixture
-def qdp_host(request):
+def qdp_host(request: Any) -> Iterator[_host.EmbeddedHost]:
     """The embedded host, fresh for each test; `@pytest.mark.scenario("mux")` chooses a scenario."""
     marker = request.node.get_closest_marker("scenario")
     with _host.running(*(marker.args if marker else ()), **(marker.kwargs if marker else {})) as host:

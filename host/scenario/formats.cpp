@@ -1,4 +1,4 @@
-// The kinds of values in a scenario, as far as they are no templates.
+// The formats of values in a scenario that are no templates.
 #include "host/scenario/composed.h"
 
 #include <arpa/inet.h>
@@ -41,12 +41,6 @@ std::string in_turn(const std::string& pattern, uint64_t turn)
     return made;
 }
 
-// Null when there is no text.
-const std::string* text_of(const Json* json)
-{
-    return json ? json->get_ptr<const std::string*>() : nullptr;
-}
-
 std::string listed(std::span<const Name> names)
 {
     std::string made;
@@ -55,32 +49,34 @@ std::string listed(std::span<const Name> names)
     return made;
 }
 
+const auto hex_object = object_format([](auto& v, auto& value) { v.required("hex", value, Hex{}, ""); });
+
 }  // namespace
 
-OrderedJson repeatable(OrderedJson schema, bool is_repeatable)
+Json repeatable(Json schema, bool is_repeatable)
 {
     if (!is_repeatable)
         return schema;
-    return {{"anyOf", {std::move(schema), {{"$ref", "#/$defs/takesTurns"}}}}};
+    return Json::object({{"anyOf", Json::list({std::move(schema), Json::object({{"$ref", "#/$defs/takesTurns"}})})}});
 }
 
 // --- Names ---
 
-uint64_t OneOf::read_number(const Place& place, size_t bytes) const
+uint64_t OneOf::read_number(const Node& node, size_t bytes) const
 {
-    if (place.json && place.json->is_string())
+    if (const std::string* text = node.text())
         for (const Name& name : names)
-            if (*place.json == name.name)
+            if (*text == name.name)
                 return name.value;
     uint64_t value = 0;
-    if (const Json* counted = place.counted().json; counted && counted->is_number_unsigned())
-        number(0, highest_in(bytes)).read(place, value);
+    if (const Json* counted = node.counted().json; counted && counted->natural())
+        number(0, highest_in(bytes)).read(node, value);
     else
-        place.fail("one of " + listed(names) + "or a number");
+        node.fail("one of " + listed(names) + "or a number");
     return value;
 }
 
-OrderedJson OneOf::written(uint64_t value) const
+Json OneOf::written(uint64_t value) const
 {
     for (const Name& name : names)
         if (name.value == value)
@@ -88,27 +84,29 @@ OrderedJson OneOf::written(uint64_t value) const
     return value;
 }
 
-OrderedJson OneOf::named_schema() const
+Json OneOf::named_schema() const
 {
-    OrderedJson all = OrderedJson::array();
+    Json::Array all;
     for (const Name& name : names)
         all.push_back(name.name);
-    return {{"anyOf", {{{"enum", all}}, {{"type", "integer"}, {"minimum", 0}}}}};
+    return Json::object(
+        {{"anyOf", Json::list({Json::object({{"enum", all}}), Json::object({{"type", "integer"}, {"minimum", 0}})})}});
 }
 
-uint64_t Bits::read_bits(const Place& place, size_t bytes) const
+uint64_t Bits::read_bits(const Node& node, size_t bytes) const
 {
-    if (!place.json || !place.json->is_array())
-        place.fail("a list of: " + listed(names) + "or numbers");
+    const Json::Array* items = node.array();
+    if (!items)
+        node.fail("a list of: " + listed(names) + "or numbers");
     uint64_t bits = 0;
-    for (size_t i = 0; i < place.json->size(); ++i)
-        bits |= OneOf{names}.read_number(place.child(i, &(*place.json)[i]), bytes);
+    for (size_t i = 0; i < items->size(); ++i)
+        bits |= OneOf{names}.read_number(node.child(i, &(*items)[i]), bytes);
     return bits;
 }
 
-OrderedJson Bits::written(uint64_t bits) const
+Json Bits::written(uint64_t bits) const
 {
-    OrderedJson made = OrderedJson::array();
+    Json::Array made;
     for (const Name& name : names)
         if ((bits & name.value) == name.value) {
             made.push_back(name.name);
@@ -121,30 +119,30 @@ OrderedJson Bits::written(uint64_t bits) const
 
 // --- Texts ---
 
-std::string Text::read_text(const Place& place, size_t most) const
+std::string Text::read_text(const Node& node, size_t most) const
 {
-    const std::string* text = text_of(place.json);
-    std::string made = text ? place.turn ? in_turn(*text, *place.turn) : *text : std::string{};
+    const std::string* text = node.text();
+    std::string made = text ? node.turn ? in_turn(*text, *node.turn) : *text : std::string{};
     if (!text || made.size() < shortest || made.size() > most || made.find('\0') != std::string::npos)
-        place.fail("a text of " + std::to_string(shortest) + " to " + std::to_string(most) + " bytes");
+        node.fail("a text of " + std::to_string(shortest) + " to " + std::to_string(most) + " bytes");
     return made;
 }
 
-void Hex::read(const Place& place, Value& member) const
+void Hex::read(const Node& node, Value& member) const
 {
-    const std::string* text = text_of(place.json);
+    const std::string* text = node.text();
     if (!text)
-        place.fail("hexadecimal digits, two a byte");
+        node.fail("hexadecimal digits, two a byte");
     std::string digits = *text;
     std::erase(digits, ' ');
     if (digits.size() % 2 || std::ranges::any_of(digits, [](char character) { return digit(character) < 0; }))
-        place.fail("hexadecimal digits, two a byte");
+        node.fail("hexadecimal digits, two a byte");
     member.clear();
     for (size_t i = 0; i < digits.size(); i += 2)
         member.push_back(static_cast<std::byte>(digit(digits[i]) << 4 | digit(digits[i + 1])));
 }
 
-OrderedJson Hex::write(const Value& member) const
+void Hex::write(const Target& target, const Value& member) const
 {
     static constexpr char digits[] = "0123456789abcdef";
     std::string made;
@@ -152,55 +150,58 @@ OrderedJson Hex::write(const Value& member) const
         made += digits[std::to_integer<unsigned>(byte) >> 4];
         made += digits[std::to_integer<unsigned>(byte) & 15];
     }
-    return made;
+    target.text.value(made);
 }
 
-void PropertyKind::read(const Place& place, Value& member) const
+void PropertyFormat::read(const Node& node, Value& member) const
 {
-    if (!place.json || (!place.json->is_string() && !place.json->is_object()))
-        place.fail("a text, or bytes as {\"hex\": digits}");
-    if (place.json->is_string())
-        member = value_of(std::string_view{place.json->get_ref<const std::string&>()});
+    if (const std::string* text = node.text())
+        member = value_of(std::string_view{*text});
+    else if (node.object())
+        hex_object.read(node, member);
     else
-        object([](auto& v, Value& value) { v.required("hex", value, Hex{}, ""); }).read(place, member);
+        node.fail("a text, or bytes as {\"hex\": digits}");
 }
 
 // A text as it would be read back; anything else as bytes.
-OrderedJson PropertyKind::write(const Value& member) const
+void PropertyFormat::write(const Target& target, const Value& member) const
 {
     const bool is_text = !member.empty() && member.back() == std::byte{0} &&
                          std::ranges::all_of(std::span{member}.first(member.size() - 1), [](std::byte byte) {
                              return byte >= std::byte{' '} && byte < std::byte{0x7f};
                          });
-    if (!is_text)
-        return {{"hex", Hex{}.write(member)}};
-    return std::string{reinterpret_cast<const char*>(member.data()), member.size() - 1};
+    if (is_text)
+        target.text.value(std::string{reinterpret_cast<const char*>(member.data()), member.size() - 1});
+    else
+        hex_object.write(target, member);
 }
 
-void PropertiesKind::read(const Place& place, Properties& member) const
+void PropertiesFormat::read(const Node& node, Properties& member) const
 {
-    if (!place.json || !place.json->is_object())
-        place.fail("an object of properties");
+    if (!node.object())
+        node.fail("an object of properties");
     member.clear();
-    for (const auto& [key, value] : place.json->items())
-        PropertyKind{}.read(place.child(key.c_str(), &value), member[key]);
+    for (const auto& [key, value] : *node.object())
+        PropertyFormat{}.read(node.child(key.c_str(), &value), member[key]);
 }
 
-OrderedJson PropertiesKind::write(const Properties& member) const
+void PropertiesFormat::write(const Target& target, const Properties& member) const
 {
-    OrderedJson made = OrderedJson::object();
-    for (const auto& [key, value] : member)
-        made[key] = PropertyKind{}.write(value);
-    return made;
+    target.text.begin_object();
+    for (const auto& [key, value] : member) {
+        target.text.key(key);
+        PropertyFormat{}.write(target, value);
+    }
+    target.text.end_object();
 }
 
 // --- Addresses ---
 
-uint64_t Mac48::read_number(const Place& place)
+uint64_t MacFormat::read_number(const Node& node)
 {
     constexpr size_t length = 17;
-    const auto [json, added] = place.counted();
-    const std::string* text = text_of(json);
+    const auto [json, added] = node.counted();
+    const std::string* text = json ? json->text() : nullptr;
     uint64_t mac = 0;
     bool is_mac = text && text->size() == length;
     for (size_t i = 0; is_mac && i < length; ++i) {
@@ -213,11 +214,11 @@ uint64_t Mac48::read_number(const Place& place)
     }
     mac += added;
     if (!is_mac || mac >> 48)
-        place.fail("a MAC address such as \"02:10:00:00:00:01\"");
+        node.fail("a MAC address such as \"02:10:00:00:00:01\"");
     return mac;
 }
 
-std::string Mac48::written(uint64_t mac)
+std::string MacFormat::written(uint64_t mac)
 {
     char made[18];
     std::snprintf(made, sizeof made, "%02x:%02x:%02x:%02x:%02x:%02x", static_cast<unsigned>(mac >> 40 & 0xff),
@@ -228,14 +229,14 @@ std::string Mac48::written(uint64_t mac)
 }
 
 // Addresses are counted up in their last four bytes.
-void IpKind::read(const Place& place, Ip& member) const
+void IpFormat::read(const Node& node, Ip& member) const
 {
-    const auto [json, added] = place.counted();
-    const std::string* text = text_of(json);
+    const auto [json, added] = node.counted();
+    const std::string* text = json ? json->text() : nullptr;
     member = {};
     member.is_ipv6 = text && text->find(':') != std::string::npos;
     if (!text || inet_pton(member.is_ipv6 ? AF_INET6 : AF_INET, text->c_str(), member.bytes.data()) != 1)
-        place.fail("an IP address such as \"10.0.0.1\" or \"2001:db8::1\"");
+        node.fail("an IP address such as \"10.0.0.1\" or \"2001:db8::1\"");
     uint8_t* last = member.bytes.data() + (member.is_ipv6 ? member.bytes.size() : 4) - 4;
     uint32_t number;
     std::memcpy(&number, last, sizeof number);
@@ -243,10 +244,10 @@ void IpKind::read(const Place& place, Ip& member) const
     std::memcpy(last, &number, sizeof number);
 }
 
-OrderedJson IpKind::write(const Ip& member) const
+void IpFormat::write(const Target& target, const Ip& member) const
 {
     char made[INET6_ADDRSTRLEN];
-    return inet_ntop(member.is_ipv6 ? AF_INET6 : AF_INET, member.bytes.data(), made, sizeof made);
+    target.text.value(inet_ntop(member.is_ipv6 ? AF_INET6 : AF_INET, member.bytes.data(), made, sizeof made));
 }
 
 }  // namespace host::scenario

@@ -1,0 +1,5 @@
+"""_libqdp, as it is installed for another interpreter."""
+
+import _qdp_installed
+
+_qdp_installed.load(__name__)

@@ -1,0 +1,35 @@
+// The formats of values in a scenario that are made of others, as far as they are no templates.
+#include "host/scenario/composed.h"
+
+namespace host::scenario {
+
+namespace {
+
+constexpr uint64_t most_written_out = 1000;
+
+}  // namespace
+
+bool stays_repeated(const Json::Array& list)
+{
+    uint64_t entries = 0;
+    bool is_repeated = false;
+    for (const Json& each : list) {
+        const Json* repeat = each.find("repeat");
+        const uint64_t* times = repeat ? repeat->natural() : nullptr;
+        is_repeated |= times != nullptr;
+        entries += times ? *times : 1;
+    }
+    return is_repeated && entries > most_written_out;
+}
+
+std::string shown(const std::string& text)
+{
+    return text_of(text);
+}
+
+std::string shown(uint64_t number)
+{
+    return std::to_string(number);
+}
+
+}  // namespace host::scenario
