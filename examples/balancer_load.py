@@ -12,11 +12,9 @@ import itertools
 from collections import Counter
 from typing import Iterable, Iterator
 
-import _libqdp
 from command import Datapath, Parser, Row, run
 from display import bars, say
 
-ALL_PORTS, ALL_CONTEXTS = (0, 16384), (0, 64)  # first one and count
 MEASURES = {"count": "count load", "cpu": "raw CPU", "packets": "pkts", "bytes": "bytes"}
 
 
@@ -34,7 +32,7 @@ def add_options(parser: Parser) -> None:
 def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
     """A row for each lcore of each switch."""
     for switch in datapath.switches(options.switch):
-        stats = datapath.ask(_libqdp.DumpLBStats, switch["swID"], *ALL_PORTS, *ALL_CONTEXTS)
+        stats = datapath.ask(switch.balancer_stats)
         if stats is None:
             continue
         ports, uplinks, contexts = stats
@@ -46,7 +44,7 @@ def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
             load[context] += count
         number = Counter(context for context, _ in queues)
         for each in contexts:
-            place = {"swID": switch["swID"], "name": switch["name"], "queues": number[each["ctx ID"]]}
+            place = {"swID": switch.number, "name": switch.name, "queues": number[each["ctx ID"]]}
             yield dict(each, **place, **{"count load": load[each["ctx ID"]]})
 
 

@@ -5,75 +5,64 @@ shows what was read. In JSON the rows are what was read, by the keys of the modu
 """
 
 import argparse
-import ipaddress
 import json
 import os
 import re
 import signal
 import sys
-from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, Iterator, List, Optional, TypeVar, Union
+from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, Iterator, List, Optional, TypeVar
 
-import _libqdp
+import qdp
+from qdp import values
 
 if TYPE_CHECKING:
     from typing import NoReturn  # not in the first releases of 3.6
-
-    from _libqdp import SwitchInfo
 
 USAGE, REFUSED, UNWRITTEN = 1, 2, 3  # exit codes
 DAY = 24 * 60 * 60
 
 Row = Dict[str, Any]
-IPAddress = Union[ipaddress.IPv4Address, ipaddress.IPv6Address]
 Answer = TypeVar("Answer")
 
 
 class Datapath:
-    """Asks the datapath, and says on standard error what it refuses, below what the module has said of it."""
+    """The host, and what of it could not be had: that goes to standard error, a line each."""
 
     def __init__(self, command: str) -> None:
         self.command = command
+        self.host = qdp.Host()
         self.refusals = 0
 
     def refuse(self, text: str) -> None:
         self.refusals += 1
         print(f"{self.command}: {text}", file=sys.stderr, flush=True)
 
-    def ask(self, method: Callable[..., Optional[Answer]], *arguments: object) -> Optional[Answer]:
-        """The answer of a method; None where it is refused, however the method shows that."""
-        reason = ""
+    def fail(self, error: qdp.QdpError) -> None:
+        self.refuse(f"{str(error).rstrip('.')}; {error.hint}")
+
+    def ask(self, read: Callable[..., Answer], *arguments: Any) -> Optional[Answer]:
+        """What a call gives; None where it fails."""
         try:
-            answer = method(*arguments)
-        except (OSError, ValueError, SystemError, MemoryError) as error:
-            answer, reason = None, f": {error}"
-        if answer is None:
-            self.refuse(f"the datapath refuses {method.__name__}({', '.join(map(repr, arguments))}){reason}")
-        return answer
+            return read(*arguments)
+        except qdp.QdpError as error:
+            self.fail(error)
+            return None
 
-    def pages(self, read: Callable[[int], Optional[Answer]], entries: str, following: str, end: int) -> Iterator[Row]:
-        """The entries of all pages of a list. `read` reads the page that starts at an index, `entries` is the key of a
-        page's entries and `following` that of the next index.
+    def each(self, rows: Iterable[Answer]) -> Iterator[Answer]:
+        """What is read one by one, as far as it can be read."""
+        try:
+            yield from rows
+        except qdp.QdpError as error:
+            self.fail(error)
 
-        How the last page is marked is the datapath's own affair. The list ends with a page that is empty, and where the
-        next index does not advance or is none that the method takes, which is told by `end`.
-        """
-        start, next_start = -1, 0
-        while start < next_start < end:
-            start = next_start
-            page: Any = read(start)
-            if not page or not page[entries]:
-                return
-            yield from page[entries]
-            next_start = page[following]
-
-    def switches(self, numbers: "Optional[List[int]]") -> "List[SwitchInfo]":
+    def switches(self, numbers: Optional[List[int]] = None) -> List[qdp.Switch]:
         """The switches of these numbers, or all."""
-        listed = self.ask(_libqdp.ListSwitches)
+        listed = self.ask(self.host.switches)
         if listed is None:
             return []
-        for number in sorted(set(numbers or []) - {switch["swID"] for switch in listed}):
+        for number in sorted(set(numbers or []) - {switch.number for switch in listed}):
             self.refuse(f"the datapath has no switch {number}")
-        return [switch for switch in listed if not numbers or switch["swID"] in numbers]
+        return [switch for switch in listed if not numbers or switch.number in numbers]
 
 
 class Parser(argparse.ArgumentParser):
@@ -101,25 +90,19 @@ class Parser(argparse.ArgumentParser):
         )
 
 
-def lcores(switch: "SwitchInfo") -> List[int]:
-    """The lcores that forward for a switch."""
-    # The mask reads negative when lcore 63 is in it, which changes none of these bits.
-    return [lcore for lcore in range(64) if switch["lcores"] >> lcore & 1]
-
-
 def mac_address(text: str) -> str:
     """The type of an option that takes a MAC address, in any of its usual forms; as the module writes it."""
-    digits = text.lower().translate(str.maketrans("", "", ":-."))
-    if not re.fullmatch("[0-9a-f]{12}", digits):
-        raise argparse.ArgumentTypeError(f"{text!r} is not a MAC address such as 02:20:00:00:03:01")
-    return ":".join(digits[i : i + 2] for i in range(0, 12, 2))
+    try:
+        return values.mac_text(text)
+    except qdp.InvalidArgument:
+        raise argparse.ArgumentTypeError(f"{text!r} is not a MAC address such as 02:20:00:00:03:01") from None
 
 
-def ip_address(text: str) -> IPAddress:
+def ip_address(text: str) -> values.Address:
     """The type of an option that takes an IP address."""
     try:
-        return ipaddress.ip_address(text)
-    except ValueError:
+        return values.ip_address(text)
+    except qdp.InvalidArgument:
         raise argparse.ArgumentTypeError(f"{text!r} is not an IP address such as 10.0.0.1 or 2001:db8::1") from None
 
 
@@ -151,7 +134,7 @@ def print_json(rows: Iterable[Row]) -> None:
     """Prints one array, each row as soon as it is read."""
     before = "["
     for row in rows:
-        text = json.dumps(row, indent=2).replace("\n", "\n  ")  # the only line ends: those in texts are escaped
+        text = json.dumps(row, indent=2, default=vars).replace("\n", "\n  ")
         print(f"{before}\n  {text}", end="", flush=True)
         before = ","
     print("[]" if before == "[" else "\n]")

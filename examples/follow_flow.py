@@ -8,34 +8,21 @@ they travel in, the counters and the connection that they belong to, and where t
 """
 
 import argparse
-import ipaddress
-from typing import Any, Callable, Dict, Iterable, Iterator, List, Optional, Tuple
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Tuple
 
-import _libqdp
+import qdp
 from command import Datapath, Parser, Row, integer, ip_address, mac_address, run
 from display import say
-
-# The pipeline gives its entries away one by one; where no flow is named, so many are looked at.
-SEARCHED = 4096
-END = 1 << 22  # of the flow indexes
-
-# Which table of a pair is for the way in is up to the pipeline's program; on the embedded host both are the same.
-WAY_IN, WAY_OUT = 0, 1
+from qdp.nic import TABLE_ROWS
 
 # The parts of a flow's key with what reads each; what is left out is zero.
+READERS = {"mac": mac_address, "address": ip_address}
 KEY_PARTS: Dict[str, Callable[[str], Any]] = {
-    "vlan": integer(0, 4095),
-    "source": lambda text: int(mac_address(text).replace(":", ""), 16),
-    "destination": lambda text: int(mac_address(text).replace(":", ""), 16),
-    "port": integer(0, (1 << 32) - 1),
-    "index": integer(0, (1 << 32) - 1),
-    "vni": integer(0, (1 << 24) - 1),
-    "protocol": integer(0, 255),
-    "source_ip": ip_address,
-    "destination_ip": ip_address,
-    "source_port": integer(0, 65535),
-    "destination_port": integer(0, 65535),
+    part.name: READERS.get(part.kind) or integer(part.range[0], part.range[-1])
+    for part in TABLE_ROWS["flow_key"].parameters
+    if part.kind != "family"
 }
+FLOWS = TABLE_ROWS["flow_info"].parameters[0].range
 
 
 def key_part(text: str) -> Tuple[str, Any]:
@@ -47,77 +34,25 @@ def key_part(text: str) -> Tuple[str, Any]:
 
 def add_options(parser: Parser) -> None:
     named = parser.add_mutually_exclusive_group()
-    named.add_argument("index", type=integer(0, END - 1), nargs="?", help="of the flow")
+    named.add_argument("index", type=integer(FLOWS[0], FLOWS[-1]), nargs="?", help="of the flow")
     parts = "of the flow: " + ", ".join(KEY_PARTS)
     named.add_argument("--key", type=key_part, nargs="+", metavar="PART=VALUE", help=parts)
 
 
-def halves(address: Any) -> List[int]:
-    """The low and the high 64 bits of an address, as the signed numbers that the module takes."""
-    number = int(address)
-    return [half - (1 << 64) if half >> 63 else half for half in (number & (1 << 64) - 1, number >> 64)]
-
-
-def index_of_key(datapath: Datapath, parts: List[Tuple[str, Any]]) -> Optional[int]:
-    values = dict(parts)
-    numbers = [values.get(name, 0) for name in KEY_PARTS]
-    is_ipv4 = not any(isinstance(value, ipaddress.IPv6Address) for value in numbers)
-    arguments = numbers[:7] + [int(is_ipv4)] + halves(numbers[7]) + halves(numbers[8]) + numbers[9:]
-    found = datapath.ask(_libqdp.TableFlowKeyGet, *arguments)
-    return found["flowIndex"] if found else None
-
-
-def first_index(datapath: Datapath) -> Optional[int]:
-    for index in range(SEARCHED):
-        info = datapath.ask(_libqdp.TableFlowInfoGet, index)
-        if info is None:
-            return None
-        if any(info.values()):
-            return index
-    datapath.refuse(f"none of the first {SEARCHED} entries holds a flow")
-    return None
-
-
 def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
     """A row for each entry of a table on the flow's way, in the order of the way."""
-
-    def entry(step: str, method: Callable[..., Any], *arguments: int) -> Iterator[Row]:
-        answer = datapath.ask(method, *arguments)
-        if answer is not None:
-            yield {"step": step, "method": method.__name__, "arguments": list(arguments), "entry": answer}
-
-    def edge(step: str, end: str, way: str, table: int) -> Iterator[Row]:
-        """What is alike on the way in and on the way out."""
-        if info[f"is{end.capitalize()}Uplink"]:
-            for row in entry(step, _libqdp.TableUplinkMapGet):
-                yield dict(row, uplink=info[f"{end}UplinkIdx"])
-        if info[f"ct{way}Vld"]:
-            yield from entry(step, _libqdp.TableCTStateGet, info[f"ct{way}Idx"], table)
-        if info[f"ipfix{way}Vld"]:
-            yield from entry(step, _libqdp.TableIPFixGet, info[f"ipfix{way}Idx"], table)
-        for session in range(8):  # a bit each
-            if info[f"{way.lower()}Mirror"] >> session & 1:
-                yield from entry(step, _libqdp.TableMirrorGet, session, table)
-
-    index = options.index
-    if index is None:
-        index = index_of_key(datapath, options.key) if options.key else first_index(datapath)
-    if index is None:
-        return
-    start = list(entry("comes in", _libqdp.TableFlowInfoGet, index))
-    info: Row = start[0]["entry"] if start else {}
-    if not any(info.values()):
-        if start:
-            datapath.refuse(f"the pipeline has no flow {index}")
-        return
-    yield from start
-    yield from edge("comes in", "src", "Ingress", WAY_IN)
-    yield from entry("is rewritten", _libqdp.TableFlowRewriteGet, index)
-    if info["encap"]:
-        yield from entry(f"enters tunnel {info['encapIdx']}", _libqdp.TableTunnelRewriteGet, info["encapIdx"])
-    if not info["drop"]:
-        yield from entry("leaves", _libqdp.TableOutputGet, info["dstPort"])
-        yield from edge("leaves", "dst", "Egress", WAY_OUT)
+    refused: List[qdp.QdpError] = []
+    trace = datapath.ask(lambda: datapath.host.nic.trace(options.index, refused, **dict(options.key or [])))
+    for step in trace or []:
+        row: Row = {
+            "step": step.step,
+            "method": TABLE_ROWS[step.table].method,
+            "arguments": list(step.arguments),
+            "entry": step.entry,
+        }
+        yield row if step.uplink is None else dict(row, uplink=step.uplink)
+    for failure in refused:
+        datapath.fail(failure)
 
 
 def listed(label: str, names: Iterable[str], is_set: Callable[[int, str], object]) -> str:

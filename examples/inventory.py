@@ -7,7 +7,6 @@
 import argparse
 from typing import Iterable, Iterator, List
 
-import _libqdp
 from command import Datapath, Parser, Row, run
 from display import say, table
 
@@ -15,7 +14,7 @@ from display import say, table
 def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
     """A row for each switch, with its ports."""
     for switch in datapath.switches(options.switch):
-        yield dict(switch, ports=datapath.ask(_libqdp.ListPorts, switch["swID"]) or [])
+        yield dict(switch.info, ports=[port.info for port in datapath.ask(switch.ports) or []])
 
 
 def lcores(queues: List[int]) -> str:

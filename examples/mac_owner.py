@@ -10,7 +10,6 @@ import argparse
 import itertools
 from typing import Iterable, Iterator, List, Tuple
 
-import _libqdp
 from command import Datapath, Parser, Row, mac_address, run
 from display import table
 
@@ -21,23 +20,24 @@ def add_options(parser: Parser) -> None:
 
 def owners(datapath: Datapath) -> Iterator[Tuple[str, Row]]:
     """Every MAC address of the host's switches, with who owns it."""
-    for switch in datapath.switches(None):
-        ports = datapath.ask(_libqdp.ListPorts, switch["swID"]) or []
-        learned = datapath.ask(_libqdp.ListSwitchMACTable, switch["swID"]) or {"MacLimit": 0, "MacTableList": []}
-        by_id = {port["qdpPortID"]: port for port in ports}
-        own = [(port["hwAddr"], "own address", None, port["qdpPortID"]) for port in ports]
-        seen = [(each["macAddr"], "MAC table", each["vlanID"], each["qdpPortID"]) for each in learned["MacTableList"]]
+    for switch in datapath.switches():
+        ports = [port.info for port in datapath.ask(switch.ports) or []]
+        by_id = {port.qdpPortID: port for port in ports}
+        own = [(port.hwAddr, "own address", None, port.qdpPortID) for port in ports]
+        seen = [
+            (each.macAddr, "MAC table", each.vlanID, each.qdpPortID) for each in datapath.ask(switch.macs) or []
+        ]
         for mac, source, vlan, qdp_port in itertools.chain(own, seen):
             port = by_id.get(qdp_port)  # a port may have gone since its addresses were learned
             yield mac, {
                 "macAddr": mac,
                 "knownFrom": source,
                 "vlanID": vlan,
-                "swID": switch["swID"],
-                "name": switch["name"],
+                "swID": switch.number,
+                "name": switch.name,
                 "qdpPortID": qdp_port,
-                "portID": port["portID"] if port else None,
-                "clientType": port["clientType"] if port else None,
+                "portID": port.portID if port else None,
+                "clientType": port.clientType if port else None,
             }
 
 

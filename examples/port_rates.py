@@ -8,17 +8,14 @@ the time between them.
 """
 
 import argparse
-import itertools
 import shutil
 import signal
 import sys
-import time
-from typing import Dict, Iterable, Iterator, Optional, Tuple
+from typing import Iterable, Iterator, Optional
 
-import _libqdp
 from command import Datapath, Parser, Row, integer, run, seconds
-from counters import Reading
 from display import say, table
+from qdp.rates import PortRates
 
 # A rate: its key in JSON, the counters that it is the growth of, and its factor.
 RATES = [
@@ -40,40 +37,16 @@ def add_options(parser: Parser) -> None:
     )
 
 
-def readings(datapath: Datapath, options: argparse.Namespace) -> Dict[Tuple[int, int], Tuple[Row, Reading]]:
-    """Each port with its counters, by switch and port."""
-    found = {}
-    for switch in datapath.switches(options.switch):
-        for port in datapath.ask(_libqdp.ListPorts, switch["swID"]) or []:
-            number = switch["swID"], port["portID"]
-            counters = datapath.ask(_libqdp.GetPortStats, *number)
-            if counters:
-                row = {"swID": switch["swID"], "portID": port["portID"], "clientType": port["clientType"]}
-                found[number] = (row, Reading(counters))
-    return found
-
-
-def rates(port: Row, old: Reading, new: Reading) -> Optional[Row]:
-    """The port with its rates; None where its counters were set back meanwhile."""
-    row = dict(port)
+def row_of(rates: PortRates) -> Optional[Row]:
+    """A port with its rates; None where its counters were set back meanwhile."""
+    info = rates.port.info
+    row: Row = {"swID": rates.port.switch.number, "portID": info.portID, "clientType": info.clientType}
     for key, counters, factor in RATES:
-        rate = new.rate(old, *counters)
+        rate = rates.rate(*counters)
         if rate is None:
             return None
         row[key] = rate * factor
     return row
-
-
-def wait(duration: float) -> bool:
-    """Waits. Not to the end, when Ctrl-C is pressed."""
-    before = signal.signal(signal.SIGINT, signal.default_int_handler)
-    try:
-        time.sleep(max(duration, 0))
-        return True
-    except KeyboardInterrupt:
-        return False
-    finally:
-        signal.signal(signal.SIGINT, before)
 
 
 def is_live(options: argparse.Namespace) -> bool:
@@ -82,16 +55,18 @@ def is_live(options: argparse.Namespace) -> bool:
 
 def read(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
     """A row for each sample, with the ports that were there all the time."""
-    start = time.monotonic()
-    before = readings(datapath, options)
-    samples = itertools.count(1) if is_live(options) and not options.count else range(1, (options.count or 1) + 1)
-    for sample in samples:
-        if not wait(start + sample * options.interval - time.monotonic()):
-            return
-        after = readings(datapath, options)
-        ports = [rates(port, before[key][1], reading) for key, (port, reading) in after.items() if key in before]
-        yield {"sample": sample, "ports": [port for port in ports if port]}
-        before = after
+    switches = [switch.number for switch in datapath.switches(options.switch)]
+    if not switches:
+        return
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # Ctrl-C ends the samples
+    count = options.count or (None if is_live(options) else 1)
+    try:
+        for sample in datapath.host.rates(options.interval, count, switches):
+            for failure in sample.failures:
+                datapath.fail(failure)
+            yield {"sample": sample.number, "ports": [row for row in map(row_of, sample.ports) if row]}
+    except KeyboardInterrupt:
+        return
 
 
 def bits(port: Row) -> float:

@@ -9,16 +9,14 @@ counted anything, the highest first.
 import argparse
 import re
 import time
-from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional
+from typing import Any, Callable, Dict, Iterable, Iterator, List
 
-import _libqdp
 from command import Datapath, Parser, Row, integer, run, seconds
-from counters import Reading
 from display import say, table
+from qdp.rates import Reading
 
 IS_LOSS = re.compile("DropPkts|Queue|Desc|CsumErr|Malformed|wrongReinject|^drop$")
 SHOWN = 20  # counters in a table, where nothing else is asked for
-END = 1024  # of the indexes at which a page of LIFs or ports may start
 
 
 def add_options(parser: Parser) -> None:
@@ -28,30 +26,34 @@ def add_options(parser: Parser) -> None:
 
 def readings(datapath: Datapath) -> Dict[str, Reading]:
     """The counters of every place that has some."""
+    nic = datapath.host.nic
     found: Dict[str, Reading] = {}
 
-    def add(place: str, counters: Optional[Mapping[str, Any]]) -> None:
+    def add(place: str, read: Callable[..., Any], *arguments: int) -> None:
+        counters = datapath.ask(read, *arguments)
         if counters:
             found[place] = Reading(counters)
 
-    add("ingress", datapath.ask(_libqdp.P4IStatsGet))
-    add("egress", datapath.ask(_libqdp.P4EStatsGet))
-    for lif in datapath.pages(lambda start: datapath.ask(_libqdp.LifPortList, start), "liflist", "nextIndex", END):
-        add(f"LIF {lif['lifID']}", datapath.ask(_libqdp.LifStatsGet, lif["lifID"]))
-    for port in datapath.pages(lambda start: datapath.ask(_libqdp.PortList, start), "portlist", "nextIndex", END):
-        add(f"port {port['dstPort']}", datapath.ask(_libqdp.PortStatsGet, port["dstPort"]))
+    add("ingress", nic.ingress_stats)
+    add("egress", nic.egress_stats)
+    for lif in datapath.each(nic.lifs()):
+        add(f"LIF {lif.lifID}", nic.lif_stats, lif.lifID)
+    for port in datapath.each(nic.ports()):
+        add(f"port {port.dstPort}", nic.port_stats, port.dstPort)
     return found
 
 
 def totals(new: Dict[str, Reading]) -> Iterator[Row]:
     for place, reading in new.items():
-        for counter, count in reading.counters.items():
-            yield {"where": place, "counter": counter, "count": count % (1 << 64)}  # reads negative from 2^63 on
+        for counter in reading:
+            yield {"where": place, "counter": counter, "count": reading[counter]}
 
 
 def growths(old: Dict[str, Reading], new: Dict[str, Reading]) -> Iterator[Row]:
     for place, reading in new.items():
-        for counter in reading.counters if place in old else []:
+        if place not in old:
+            continue
+        for counter in reading:
             grown = reading.growth(old[place], counter) or 0
             per_second = grown / (reading.time - old[place].time)
             yield {"where": place, "counter": counter, "count": grown, "perSecond": per_second}

@@ -9,13 +9,11 @@ A flow that the hardware carries too has "hwFlowIdx" among its actions, the numb
 import argparse
 import heapq
 import sys
-from typing import Iterable, Iterator, Optional, Tuple
+from typing import Iterable, Iterator
 
-import _libqdp
-from command import Datapath, IPAddress, Parser, Row, integer, ip_address, lcores, run
+from command import Datapath, Parser, Row, integer, ip_address, run
 from display import table
 
-NO_MORE = 0xFFFFFFFF  # the start index behind the last page
 HEADINGS = """
     lcore bytes hits layer source-MAC destination-MAC VLAN tag source destination protocol VNI source-port
     destination-port actions
@@ -32,11 +30,6 @@ def add_options(parser: Parser) -> None:
     parser.add_argument("--destination", type=ip_address, metavar="ADDRESS", help="flows to this one only")
 
 
-def address_filter(address: Optional[IPAddress]) -> Tuple[int, str]:
-    """The two arguments of a filter: the version, 0 for no filter, and the address."""
-    return (address.version, str(address)) if address else (0, "")
-
-
 def progress(text: str) -> None:
     """Says on a terminal how far the dump has come; elsewhere it is silent."""
     if sys.stderr.isatty():
@@ -45,21 +38,14 @@ def progress(text: str) -> None:
 
 def flows(datapath: Datapath, options: argparse.Namespace) -> Iterator[Row]:
     """All flows of the lcores that are asked for."""
-    addresses = address_filter(options.source) + address_filter(options.destination)
-    places = [(switch["swID"], lcore) for switch in datapath.switches(None) for lcore in lcores(switch)]
-    for missing in sorted(set(options.lcore or []) - {lcore for _, lcore in places}):
+    lcores = [lcore for switch in datapath.switches() for lcore in switch.lcores()]
+    for missing in sorted(set(options.lcore or []) - {lcore.number for lcore in lcores}):
         datapath.refuse(f"no switch forwards on lcore {missing}")
-    for switch, lcore in places:
-        if options.lcore and lcore not in options.lcore:
-            continue
-        progress(f"lcore {lcore}")
-
-        def page(start: int) -> object:
-            no_macs = (0, "", 0, "")
-            return datapath.ask(_libqdp.DumpFlowTable, switch, lcore, start, 0, *no_macs, *addresses, 0, 0, 0, 0, 0)
-
-        for flow in datapath.pages(page, "list", "startIndex", NO_MORE):
-            yield dict(flow, swID=switch, lcoreID=lcore)
+    for lcore in lcores:
+        if not options.lcore or lcore.number in options.lcore:
+            progress(f"lcore {lcore.number}")
+            for flow in datapath.each(lcore.flows(source=options.source, destination=options.destination)):
+                yield dict(flow, swID=flow.switch, lcoreID=flow.lcore)
     progress("")
 
 

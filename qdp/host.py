@@ -1,7 +1,7 @@
 """The host: its switches and devices, its SmartNIC, and the settings of all of them."""
 
 import re
-from typing import Any, ContextManager, Dict, Iterator, List, Mapping, Optional, Tuple
+from typing import Any, Container, ContextManager, Dict, Iterator, List, Mapping, Optional, Tuple
 
 from . import methods
 from .aliases import Aliases
@@ -159,9 +159,11 @@ class Host:
 
     # --- Rates ---
 
-    def rates(self, every: float = 5, count: Optional[int] = None) -> Iterator[Sample]:
-        """The rates of all ports, again and again; see `qdp.rates`."""
-        return samples(self, every, count)
+    def rates(
+        self, every: float = 5, count: Optional[int] = None, switches: Optional[Container[int]] = None
+    ) -> Iterator[Sample]:
+        """The rates of all ports, or of those of some switches, again and again; see `qdp.rates`."""
+        return samples(self, every, count, switches)
 
     def __repr__(self) -> str:
         return "<Host>"

@@ -1,10 +1,10 @@
-"""The SmartNIC behind the uplinks: its ports, its counters, its hardware tables, and the path of one flow through them."""
+"""The SmartNIC behind the uplinks: its ports, its counters, its hardware tables, and the path of a flow through them."""
 
 from typing import Any, Callable, Dict, Iterator, List, Mapping, NamedTuple, Optional, Sequence, Set, Tuple
 
 from . import methods
 from .call import call
-from .errors import NotFound
+from .errors import InvalidArgument, NotFound, QdpError
 from .paging import pages
 from .records import (
     CTContext,
@@ -67,9 +67,12 @@ TABLES = (
     TableRow("p4i_stats", "TableP4IStatsGet", help="counters of the ingress pipeline"),
     TableRow("p4e_stats", "TableP4EStatsGet", help="counters of the egress pipeline"),
     TableRow("input", "TableInputGet", (Parameter("lif", LIFS),), "what packets from a LIF are tagged with"),
-    TableRow("output", "TableOutputGet", (Parameter("port", NIC_PORTS),), "how packets that leave by a port are edited"),
+    TableRow("output", "TableOutputGet", (Parameter("port", NIC_PORTS),), "how packets that leave are edited"),
     TableRow("mux_vlan", "TableMuxVlanGet", (Parameter("vlan", MUX_VLANS), HALF), "what is behind an internal VLAN"),
-    TableRow("vlan_map", "TableVlanMapGet", (Parameter("vlan", VLANS), Parameter("value", SHORT, 0)), "L2 segment of a VLAN"),
+    TableRow(
+        "vlan_map", "TableVlanMapGet", (Parameter("vlan", VLANS), Parameter("value", SHORT, 0)),
+        "L2 segment of a VLAN",
+    ),
     TableRow("l2_seg", "TableL2SegGet", (Parameter("segment"),), "who receives what of an L2 segment"),
     TableRow("reg_mac", "TableRegMACGet", (Parameter("value", SHORT), Parameter("mac", kind="mac")), "where a MAC is"),
     TableRow("ipfix", "TableIPFixGet", (Parameter("index", FLOWS), HALF), "counters of a flow"),
@@ -113,6 +116,9 @@ TABLES = (
 )  # fmt: skip
 
 
+TABLE_ROWS = {row.name: row for row in TABLES}
+
+
 class Table:
     """A hardware table. `table[7]` reads an entry, `table[7, 1]` one with a further parameter, and `table.read()` takes
     the parameters by name, too."""
@@ -137,7 +143,8 @@ class Table:
         given = dict(zip(self.parameters, arguments), **named)
         unknown = sorted(set(given) - set(self.parameters))
         if len(arguments) > len(self.parameters) or unknown:
-            refuse("an argument of table {}".format(self.name), "one of " + ", ".join(self.parameters), unknown or arguments)
+            known = "one of " + ", ".join(self.parameters)
+            refuse("an argument of table {}".format(self.name), known, unknown or arguments)
         families: Set[int] = set()
         values: List[Any] = []
         for parameter in self.row.parameters:
@@ -151,7 +158,9 @@ class Table:
             else:
                 values.append(within("{} of table {}".format(parameter.name, self.name), value, parameter.range))
         if len(families) > 1:
-            refuse("the addresses of table {}".format(self.name), "all IPv4 or all IPv6", given)
+            raise InvalidArgument(
+                "the addresses for table {} are of both families".format(self.name), hint="give all IPv4 or all IPv6"
+            )
         is_ipv4 = int(6 not in families)
         return tuple([is_ipv4 if value is None else value for value in values])
 
@@ -170,7 +179,7 @@ class Table:
 class Tables(Mapping[str, Table]):
     """The hardware tables by name."""
 
-    _tables = {row.name: Table(row) for row in TABLES}
+    _tables = {name: Table(row) for name, row in TABLE_ROWS.items()}
 
     def __getitem__(self, name: str) -> Table:
         if name not in self._tables:
@@ -200,7 +209,7 @@ class TraceStep(NamedTuple):
     step: str
     table: str
     arguments: Tuple[int, ...]
-    entry: Any
+    entry: Any = None
     uplink: Optional[int] = None
 
 
@@ -269,7 +278,7 @@ class Nic:
         pf_lif_1: int,
         status: int = 0,
     ) -> None:
-        """Creates or replaces a mux VLAN port. The module sends the low 8 bits of a PF's LIF; higher ones are refused."""
+        """Creates a mux VLAN port. The module sends the low 8 bits of a PF's LIF: higher ones are refused."""
         methods.VlanPortCreate(
             within("an internal VLAN", mux_vlan, VLANS),
             within("a source port", source_port, NIC_PORTS),
@@ -360,15 +369,21 @@ class Nic:
         for index in range(SEARCHED):
             if _is_there(self.tables["flow_info"][index]):
                 return index
-        raise NotFound("none of the first {} entries holds a flow".format(SEARCHED))
+        raise NotFound(
+            "none of the first {} entries holds a flow".format(SEARCHED),
+            hint='offloaded flows have "hwFlowIdx" among their actions',
+        )
 
-    def trace(self, index: Optional[int] = None, **key: Any) -> Iterator[TraceStep]:
+    def trace(
+        self, index: Optional[int] = None, failures: Optional[List[QdpError]] = None, **key: Any
+    ) -> Iterator[TraceStep]:
         """The entries on a flow's way through the pipeline, in their order: where it comes in, how its packets are
         edited, the tunnel that it enters, where it leaves, with its counters and its connection on both sides.
 
         The flow is the one with that index, or with that key (as of table "flow_key": vlan, source, destination, port,
         vni, protocol, source_ip, destination_ip, source_port, destination_port), or the first one. NotFound where the
-        pipeline has no such flow.
+        pipeline has no such flow. An entry that is refused ends the path; where a list for `failures` is given, it goes
+        there, and the path goes on.
         """
         if key:
             found: int = self.tables["flow_key"].read(**key).flowIndex
@@ -377,22 +392,28 @@ class Nic:
         info = self.tables["flow_info"][found]
         if not _is_there(info):
             raise NotFound(
-                "the pipeline has no flow {}".format(found), hint='the actions of offloaded flows show it as "hwFlowIdx"'
+                "the pipeline has no flow {}".format(found), hint='offloaded flows have "hwFlowIdx" among their actions'
             )
-        return self._way(found, info)
+        return self._read(self._way(found, info), failures)
 
-    def _step(self, step: str, table: str, *arguments: int) -> TraceStep:
-        return TraceStep(step, table, arguments, self.tables[table].read(*arguments))
+    def _read(self, way: Iterator[TraceStep], failures: Optional[List[QdpError]]) -> Iterator[TraceStep]:
+        for step in way:
+            try:
+                yield step if step.entry else step._replace(entry=self.tables[step.table].read(*step.arguments))
+            except QdpError as error:
+                if failures is None:
+                    raise
+                failures.append(error)
 
     def _way(self, index: int, info: Any) -> Iterator[TraceStep]:
         yield TraceStep("comes in", "flow_info", (index,), info)
         for each in self._edge("comes in", info, "src", "Ingress", 0):
             yield each
-        yield self._step("is rewritten", "flow_rewrite", index)
+        yield TraceStep("is rewritten", "flow_rewrite", (index,))
         if info.encap:
-            yield self._step("enters tunnel {}".format(info.encapIdx), "tunnel_rewrite", info.encapIdx)
+            yield TraceStep("enters tunnel {}".format(info.encapIdx), "tunnel_rewrite", (info.encapIdx,))
         if not info.drop:
-            yield self._step("leaves", "output", info.dstPort)
+            yield TraceStep("leaves", "output", (info.dstPort,))
             for each in self._edge("leaves", info, "dst", "Egress", 1):
                 yield each
 
@@ -400,14 +421,14 @@ class Nic:
         """What is alike on the way in and on the way out. Which table of a pair is for which, is up to the pipeline's
         program; the first one stands for the way in."""
         if info["is{}Uplink".format(end.capitalize())]:
-            yield self._step(step, "uplink_map")._replace(uplink=info[end + "UplinkIdx"])
+            yield TraceStep(step, "uplink_map", (), uplink=info[end + "UplinkIdx"])
         if info["ct{}Vld".format(way)]:
-            yield self._step(step, "ct_state", info["ct{}Idx".format(way)], half)
+            yield TraceStep(step, "ct_state", (info["ct{}Idx".format(way)], half))
         if info["ipfix{}Vld".format(way)]:
-            yield self._step(step, "ipfix", info["ipfix{}Idx".format(way)], half)
+            yield TraceStep(step, "ipfix", (info["ipfix{}Idx".format(way)], half))
         for session in range(8):  # a bit each
             if info[way.lower() + "Mirror"] >> session & 1:
-                yield self._step(step, "mirror", session, half)
+                yield TraceStep(step, "mirror", (session, half))
 
     def __repr__(self) -> str:
         return "<Nic>"

@@ -1,9 +1,11 @@
 """Readings of counters, how much they have grown, and the rates of all ports."""
 
 import time
-from typing import TYPE_CHECKING, Any, Dict, Iterator, List, NamedTuple, Optional, Tuple
+from typing import TYPE_CHECKING, Any, Callable, Container, Dict, Iterator, List, NamedTuple, Optional, Tuple
 
 from .errors import QdpError
+from .methods import GetPortStats
+from .values import refuse
 
 if TYPE_CHECKING:
     from .host import Host
@@ -14,8 +16,8 @@ LONGEST = 24 * 60 * 60.0  # seconds between samples
 # Counters of which the module gives the low 32 bits. The other ones have 64, and are shown signed by many methods.
 LOW_HALVES = {
     "FlowStats": frozenset(
-        "numFlowsCreated hits miss slowpath fpoHits localHits firstLookupHits firstLookupLocalCacheHits actionAllocFails "
-        "actionGroupAllocFails keyInsertFailCount latSampleCount fpoCTHwPktQueued fpoCTHwPktDrop fpoCTPktsInjectedToHW "
+        "numFlowsCreated hits miss slowpath fpoHits localHits firstLookupHits firstLookupLocalCacheHits "
+        "actionAllocFails actionGroupAllocFails keyInsertFailCount latSampleCount fpoCTHwPktQueued fpoCTHwPktDrop fpoCTPktsInjectedToHW "
         "fpoCTPktsContinuedInSW fpoCTHwContextFailed fpoCTHwFlowInval fpoMarkMismatched fpoPnicMismatched "
         "fpoDelayMarkMatching fpoEphemeralFlows fpoTransientFlows fpoBackoffTimes".split()
     ),
@@ -38,8 +40,8 @@ def growth(old: int, new: int, bits: int = 64) -> Optional[int]:
 class Reading:
     """Counters as unsigned numbers, and the monotonic time at which they were read. Made right after they were.
 
-    `counters` is a record, another mapping, or a list of (name, counter) pairs. What is no number is left out. `bits` is
-    the width of all counters; where it is not given, it follows from the record.
+    `counters` is a record, another mapping, or a list of (name, counter) pairs. What is no number is left out. `bits`
+    is the width of all counters; where it is not given, it follows from the record.
     """
 
     def __init__(self, counters: Any, bits: Optional[int] = None) -> None:
@@ -115,8 +117,8 @@ class PortRates:
 
 
 class Sample(NamedTuple):
-    """The rates of the ports that were there all the time. `number` counts from 1. `failures` are the calls that failed,
-    of ports that have gone or could not be read."""
+    """The rates of the ports that were there all the time. `number` counts from 1. `failures` are the calls that
+    failed, of ports that have gone or could not be read."""
 
     number: int
     ports: List[PortRates]
@@ -126,46 +128,53 @@ class Sample(NamedTuple):
 Place = Tuple[int, int]
 
 
-def _read(host: "Host") -> Tuple[Dict[Place, Tuple["Port", Reading]], List[QdpError]]:
-    """Each port with its counters. An uplink's are those that it has as a port of the switch."""
-    from .methods import GetPortStats
+class _Readings:
+    """Each port with its counters, and the calls that failed. An uplink's counters are those of it as a port."""
 
-    found, failures = {}, []  # type: Dict[Place, Tuple[Port, Reading]], List[QdpError]
-    for switch in host.switches():
+    def __init__(self, host: "Host", switches: Optional[Container[int]]) -> None:
+        self.ports: Dict[Place, Tuple["Port", Reading]] = {}
+        self.failures: List[QdpError] = []
+        for switch in self._read(host.switches) or []:
+            if switches is None or switch.number in switches:
+                for port in self._read(switch.ports) or []:
+                    place = switch.number, port.number
+                    reading = self._read(lambda: Reading(GetPortStats(*place)))
+                    if reading:
+                        self.ports[place] = port, reading
+
+    def _read(self, read: Callable[[], Any]) -> Any:
         try:
-            ports = switch.ports()
+            return read()
         except QdpError as error:
-            failures.append(error)
-            continue
-        for port in ports:
-            place = switch.number, port.number
-            try:
-                found[place] = port, Reading(GetPortStats(*place))
-            except QdpError as error:
-                failures.append(error)
-    return found, failures
+            self.failures.append(error)
+            return None
 
 
-def samples(host: "Host", every: float = 5, count: Optional[int] = None) -> Iterator[Sample]:
-    """The rates of all ports over `every` seconds, `count` times or without end. Waiting keeps to the beat of the first
-    sample, however long the reading takes."""
+def samples(
+    host: "Host", every: float = 5, count: Optional[int] = None, switches: Optional[Container[int]] = None
+) -> Iterator[Sample]:
+    """The rates of all ports over `every` seconds, `count` times or without end; of those switches only, where their
+    numbers are given. Waiting keeps to the beat of the first sample, however long the reading takes."""
     if not 0 < every <= LONGEST:
-        from .values import refuse
-
         refuse("every", "more than 0 and at most {:.0f} seconds".format(LONGEST), every)
-    return _samples(host, every, count)
+    return _samples(host, every, count, switches)
 
 
-def _samples(host: "Host", every: float, count: Optional[int]) -> Iterator[Sample]:
+def _samples(
+    host: "Host", every: float, count: Optional[int], switches: Optional[Container[int]]
+) -> Iterator[Sample]:
     start = time.monotonic()
-    before, _ = _read(host)
+    before = _Readings(host, switches)
+    earlier = before.failures
     number = 0
     while count is None or number < count:
         number += 1
         time.sleep(max(start + number * every - time.monotonic(), 0))
-        after, failures = _read(host)
+        after = _Readings(host, switches)
         ports = [
-            PortRates(port, before[place][1], reading) for place, (port, reading) in after.items() if place in before
+            PortRates(port, before.ports[place][1], reading)
+            for place, (port, reading) in after.ports.items()
+            if place in before.ports
         ]
-        yield Sample(number, ports, failures)
-        before = after
+        yield Sample(number, ports, earlier + after.failures)
+        before, earlier = after, []

@@ -4,7 +4,20 @@ back."""
 import contextlib
 import difflib
 import logging
-from typing import Any, Callable, Container, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Optional, Sequence, Tuple
+from typing import (
+    Any,
+    Callable,
+    Container,
+    Dict,
+    Iterable,
+    Iterator,
+    List,
+    Mapping,
+    NamedTuple,
+    Optional,
+    Sequence,
+    Tuple,
+)
 
 from .call import call
 from .errors import InvalidArgument, NotApplied, NotFound, QdpError, Unsupported
@@ -18,12 +31,13 @@ Part = Callable[[str], Any]  # a part of what names a setting's owner to the mod
 
 
 class Row(NamedTuple):
-    """One setting. `scope` is what it belongs to, `type` a key of TYPES, `stored` "running", "stored" or "both": what the
-    setter changes. `danger` says what setting it can cost, `caveat` what to know of its value; both may be empty.
+    """One setting. `scope` is what it belongs to, `type` a key of TYPES, `stored` "running", "stored" or "both": what
+    the setter changes. `danger` says what setting it can cost, `caveat` what to know of its value; both may be empty.
 
-    `by` lists the parts that name the owner, which getter and setter take first; `get_by` those of the getter where they
-    differ. `read` finds the value in the getter's result, `write` makes the setter's further arguments of that result and
-    a value. `covers` names the setting of the ports that setting this one resets, `ports` the ports that have it.
+    `by` lists the parts that name the owner, which getter and setter take first; `get_by` those of the getter where
+    they differ. `read` finds the value in the getter's result, `write` makes the setter's further arguments of that
+    result and a value. `covers` names the setting of the ports that setting this one resets, `ports` the ports that
+    have it.
     """
 
     name: str
@@ -163,7 +177,7 @@ def in_dict(name: str) -> Callable[[Any, Any], Tuple[Any, ...]]:
 
 
 def beside(name: Any, order: Iterable[Any], kept: Tuple[Any, ...] = ()) -> Callable[[Any, Any], Tuple[Any, ...]]:
-    """The value among others of a setter, which stay as they were read, or as they are where the setter can keep them."""
+    """The value among others of a setter, which stay as they were read; those in `kept` the setter keeps itself."""
     keys = tuple(order)
 
     def write(result: Any, value: Any) -> Tuple[Any, ...]:
@@ -192,6 +206,8 @@ def slots(result: Any, value: Any) -> Tuple[Any, ...]:
 
 
 # --- The table ---
+
+MEANS_KEEP = "4294967295, which is -1, means keep to the setter"
 
 ON_OFF = (True, False)
 RING = range(0, 1 << 32, 32)
@@ -285,13 +301,13 @@ SETTINGS = (
     ),
     _host_row(
         "fpo-reval-interval", "GetFPORevalConfig", "SetFPORevalConfig", "integer", "", BELOW_KEEP,
-        "interval of the revalidation, in the datapath's unit", caveat="4294967295, which is -1, means keep to the setter",
+        "interval of the revalidation, in the datapath's unit", caveat=MEANS_KEEP,
         read=key("revalInterval"), write=beside("revalInterval", REVAL, ("flowScanQuota",)),
     ),
     _host_row(
         "fpo-reval-scan-quota", "GetFPORevalConfig", "SetFPORevalConfig", "integer", "", BELOW_KEEP,
         "flows that a revalidation looks at, in the datapath's unit",
-        caveat="4294967295, which is -1, means keep to the setter",
+        caveat=MEANS_KEEP,
         read=key("flowScanQuota"), write=beside("flowScanQuota", REVAL, ("revalInterval",)),
     ),
     _host_row(
@@ -307,13 +323,13 @@ SETTINGS = (
     _host_row(
         "fpo-stats-interval", "GetFPOFlowStatsConfig", "SetFPOFlowStatsConfig", "integer", "", BELOW_KEEP,
         "interval at which the counters of offloaded flows are brought up to date, in the datapath's unit",
-        caveat="4294967295, which is -1, means keep to the setter",
+        caveat=MEANS_KEEP,
         read=key("statsInterval"), write=beside("statsInterval", FLOW_STATS, ("statsScanQuota",)),
     ),
     _host_row(
         "fpo-stats-scan-quota", "GetFPOFlowStatsConfig", "SetFPOFlowStatsConfig", "integer", "", BELOW_KEEP,
         "flows whose counters one update looks at, in the datapath's unit",
-        caveat="4294967295, which is -1, means keep to the setter",
+        caveat=MEANS_KEEP,
         read=key("statsScanQuota"), write=beside("statsScanQuota", FLOW_STATS, ("statsInterval",)),
     ),
     _host_row(
@@ -374,7 +390,7 @@ SETTINGS = (
     _switch_row(
         "filter-vlan-mac", "GetSwitchFilterTypes", "SetSwitchFilterTypes", "flag", "", (True,), "stored",
         "the receive filter class VLANMAC",
-        caveat="it can be added only: a switch whose only class is removed has classes that can neither be read nor set",
+        caveat="it can only be added: without its only class, the classes of a switch can neither be read nor set",
         read=lambda result, part: result["VLANMAC"] == "TRUE", write=lambda result, value: ("VLANMAC", int(value)),
     ),
     _switch_row(

@@ -3,7 +3,7 @@
 from typing import TYPE_CHECKING, Any, Iterable, Iterator, List, Optional, Sequence, Tuple
 
 from . import methods
-from .errors import NotFound
+from .errors import NotFound, Refused
 from .flows import Flow, FlowFilter, flows_of
 from .paging import pages
 from .records import (
@@ -215,9 +215,12 @@ class Switch:
 
     @property
     def alias(self) -> Optional[str]:
-        """The name that users give the switch; None where it cannot be told from the portset name. A switch that was
-        looked up by its alias knows it always."""
-        return self.host.aliases.alias_of(self.name)
+        """The name that users give the switch; None where it cannot be told from the portset name, or where the switch
+        configuration cannot be loaded. A switch that was looked up by its alias knows it always."""
+        try:
+            return self.host.aliases.alias_of(self.name)
+        except Refused:
+            return None
 
     @property
     def path(self) -> str:
@@ -228,7 +231,7 @@ class Switch:
         """A part of what names the switch to the module: "alias" or "switch"."""
         if wanted == "switch":
             return self.number
-        alias = self.alias
+        alias = self.host.aliases.alias_of(self.name)
         if alias is None:
             raise NotFound(
                 "the alias of switch {}, {}, is not known".format(self.number, self.name),
@@ -337,8 +340,8 @@ class Switch:
     def balancer_stats(
         self, first_port: int = 0, ports: int = ALL_PORTS, first_context: int = 0, contexts: int = ALL_LCORES
     ) -> Tuple[List[LBPort], List[LBUplink], List[LBContext]]:
-        """The load statistics of ports, uplinks and contexts. `first_port` is a place in the port list, `ports` how many
-        from there on. The module gives more than that where they fill several answers; here they are cut."""
+        """The load statistics of ports, uplinks and contexts. `first_port` is a place in the port list, `ports` how
+        many from there on. The module gives more than that where they fill several answers; here they are cut."""
         found = methods.DumpLBStats(self.number, first_port, ports, first_context, contexts)
         if ports < ALL_PORTS:
             listed = methods.ListPorts(self.number)[first_port : first_port + ports] if ports else []
@@ -352,8 +355,8 @@ class Switch:
         return found[0], found[1], [context for context in found[2] if context["ctx ID"] in of_contexts]
 
     def inject_traffic(self, traffic: Iterable[Tuple[int, int, int, int, int]]) -> None:
-        """Feeds the balancer with made-up traffic: places of ports in the port list with a queue each, -1 on the side of
-        an uplink, and a load in percent."""
+        """Feeds the balancer with made-up traffic: places of ports in the port list with a queue each, -1 on the side
+        of an uplink, and a load in percent."""
         methods.InjectLBTraffic(self.number, tuple([tuple(each) for each in traffic]))  # type: ignore[misc]
 
     def debug_buffer(self, flag: int = 0) -> str:

@@ -43,6 +43,19 @@ def run(command):
     return run
 
 
+CHECK = "check that the switch, port or table exists and that the feature is on; see the log of the platform"
+
+
+@pytest.fixture(scope="session")
+def refused():
+    """The line that an example prints for a call that fails: what failed, and what to do."""
+
+    def refused(name, call, text, hint=CHECK):
+        return f"{name}: {call}: {text}; {hint}\n"
+
+    return refused
+
+
 @pytest.fixture(scope="session")
 def printed(run):
     """What an example prints when all goes well."""

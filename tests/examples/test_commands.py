@@ -11,32 +11,32 @@ import sys
 
 import pytest
 
-# Each example with arguments with which it succeeds, and an operation that it cannot do without, with what the module
-# and the example say when that is refused.
+# Each example with arguments with which it succeeds, and an operation that it cannot do without, with the call and the
+# text of its failure.
 EXAMPLES = {
-    "inventory.py": ([], "Qdp_Get_Switch_List", "Failed to retrieve list of switches.\n", "ListSwitches()"),
-    "port_rates.py": ([], "Qdp_Get_Switch_List", "Failed to retrieve list of switches.\n", "ListSwitches()"),
-    "top_flows.py": ([], "Qdp_Get_Switch_List", "Failed to retrieve list of switches.\n", "ListSwitches()"),
+    "inventory.py": ([], "Qdp_Get_Switch_List", "ListSwitches()", "Failed to retrieve list of switches"),
+    "port_rates.py": ([], "Qdp_Get_Switch_List", "ListSwitches()", "Failed to retrieve list of switches"),
+    "top_flows.py": ([], "Qdp_Get_Switch_List", "ListSwitches()", "Failed to retrieve list of switches"),
     "mac_owner.py": (
         ["02:10:00:02:00:10"],
         "Qdp_Dump_Switch_MAC_Table",
-        "Failed to retrieve switch mac table.\n",
         "ListSwitchMACTable(0)",
+        "Failed to retrieve switch mac table",
     ),
     "balancer_load.py": (
         [],
         "Qdp_DumpLBStats",
-        "",
-        "DumpLBStats(0, 0, 16384, 0, 64): Failed to dump LB stats. Please see hostcore.log",
+        "DumpLBStats(0, 0, 16384, 0, 64)",
+        "Failed to dump LB stats. Please see hostcore.log",
     ),
     "offload_health.py": (
         [],
         "Qdp_Get_FPO_Uplink_Status",
-        "Failed to get FPO uplink status.\n",
         "GetFPOUplinkStatus(0, 0)",
+        "Failed to get FPO uplink status",
     ),
-    "smartnic_drops.py": ([], "Qdp_P4I_Stats_Get", "Failed to get p4 ingress stats\n", "P4IStatsGet()"),
-    "follow_flow.py": ([], "Qdp_P4_Cmd", "Failed to get table data\n", "TableFlowInfoGet(0)"),
+    "smartnic_drops.py": ([], "Qdp_P4I_Stats_Get", "P4IStatsGet()", "Failed to get p4 ingress stats"),
+    "follow_flow.py": ([], "Qdp_P4_Cmd", "TableFlowInfoGet(0)", "Failed to get table data"),
 }
 ONCE = {"port_rates.py": ["--count", "1"]}  # where a terminal is drawn again and again
 CLEAR = "\x1b[H\x1b[J"
@@ -77,16 +77,16 @@ class TestEach:
         assert done.stderr.startswith(f"usage: {name} [-h] [--json]")
         assert f"\n{name}: error: " in done.stderr
 
-    def test_refused(self, run, name):
-        arguments, operation, said, call = EXAMPLES[name]
+    def test_refused(self, run, refused, name):
+        arguments, operation, call, text = EXAMPLES[name]
         done = run(name, "--json", *arguments, prepare=f"host.fail('{operation}')")
-        assert (done.returncode, done.stderr) == (2, f"{said}{name}: the datapath refuses {call}\n")
+        assert (done.returncode, done.stderr) == (2, refused(name, call, text))
         assert type(json.loads(done.stdout)) is list
 
-    def test_refused_in_text(self, run, name):
-        arguments, operation, said, call = EXAMPLES[name]
+    def test_refused_in_text(self, run, refused, name):
+        arguments, operation, call, text = EXAMPLES[name]
         done = run(name, *arguments, prepare=f"host.fail('{operation}')")
-        assert (done.returncode, done.stderr) == (2, f"{said}{name}: the datapath refuses {call}\n")
+        assert (done.returncode, done.stderr) == (2, refused(name, call, text))
 
     @pytest.mark.parametrize("options", [[], ["--json"]], ids=["text", "json"])
     def test_a_reader_that_has_seen_enough(self, command, name, options):
@@ -174,14 +174,14 @@ def test_json_is_indented_by_two(rows, printed, name):
     assert printed(name, "--json", *EXAMPLES[name][0]) == json.dumps(rows(name, *EXAMPLES[name][0]), indent=2) + "\n"
 
 
-def test_examples_pass_the_strict_type_checker(root, tmp_path):
+def test_examples_pass_the_strict_type_checker(root, build, tmp_path):
     if importlib.util.find_spec("mypy") is None:
         pytest.fail("mypy is not installed; script/setup installs it")
     sources = list((root / "examples").rglob("*.py"))
     assert len(sources) > len(EXAMPLES)
     done = subprocess.run(
         [sys.executable, "-m", "mypy", "--strict", str(root / "examples")],
-        env={**os.environ, "PYTHONPATH": str(root / "typings"), "MYPY_CACHE_DIR": str(tmp_path), "LD_PRELOAD": ""},
+        env={**os.environ, "PYTHONPATH": f"{root / 'typings'}{os.pathsep}{build}", "MYPY_CACHE_DIR": str(tmp_path), "LD_PRELOAD": ""},
         capture_output=True,
         text=True,
         cwd=tmp_path,

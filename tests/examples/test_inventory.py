@@ -50,5 +50,7 @@ def test_json(frozen, rows):
 def test_ports_that_are_refused_are_missed_by_their_switch_alone(run):
     done = run("inventory.py", prepare="host.fail('Qdp_Get_Port_List', nth=2)")
     assert done.returncode == 2
-    assert done.stderr == "Failed to retrieve list of ports.\ninventory.py: the datapath refuses ListPorts(1)\n"
+    assert done.stderr == (
+        "inventory.py: ListPorts(1): Failed to retrieve list of ports; check the switch number against ListSwitches\n"
+    )
     assert [len(block.splitlines()) for block in done.stdout.split("\n\n")] == [5, 2 + 36, 2, 2 + 35]

@@ -99,15 +99,15 @@ _libqdp.P4EStatsGet = lambda: dict(egress, drop=-5)
     assert first == {"where": "egress", "counter": "drop", "count": 2**64 - 5}
 
 
-def test_a_lif_whose_counters_are_refused(run):
+def test_a_lif_whose_counters_are_refused(run, refused):
     done = run("smartnic_drops.py", "--top", "9999", prepare="host.fail('Qdp_Lif_Stats_Get', nth=2)")
     assert done.returncode == 2
-    assert done.stderr == "Failed to get lif stats\nsmartnic_drops.py: the datapath refuses LifStatsGet(2)\n"
+    assert done.stderr == refused("smartnic_drops.py", "LifStatsGet(2)", "Failed to get lif stats")
     assert "LIF 1 " in done.stdout and "LIF 3 " in done.stdout and "LIF 2 " not in done.stdout
 
 
-def test_a_second_page_that_is_refused(run):
+def test_a_second_page_that_is_refused(run, refused):
     done = run("smartnic_drops.py", "--top", "9999", prepare="host.fail('Qdp_P4_Cmd', nth=2)")
     assert done.returncode == 2
-    assert done.stderr == "Failed to get lif port list\nsmartnic_drops.py: the datapath refuses LifPortList(95)\n"
+    assert done.stderr == refused("smartnic_drops.py", "LifPortList(95)", "Failed to get lif port list")
     assert "LIF 94 " in done.stdout and "LIF 96 " not in done.stdout and "port 96 " in done.stdout

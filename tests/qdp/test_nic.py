@@ -163,6 +163,17 @@ def test_flow_that_the_pipeline_does_not_have(nic):
         nic.trace(1 << 22)
 
 
+def test_entry_on_the_way_that_is_refused(nic, host):
+    """Of flow 101, the fifth command reads the tunnel."""
+    host.fail("Qdp_P4_Cmd", nth=5)
+    with pytest.raises(qdp.Refused, match="TableTunnelRewriteGet"):
+        list(nic.trace(101))
+    host.fail("Qdp_P4_Cmd", nth=5)
+    failures = []
+    assert steps(nic.trace(101, failures=failures)) == PATH_OF_101[:4] + PATH_OF_101[5:]
+    assert [str(failure) for failure in failures] == ["TableTunnelRewriteGet(17): Failed to get table data"]
+
+
 # --- Verbs and counters ---
 
 

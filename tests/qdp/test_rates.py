@@ -139,6 +139,23 @@ def test_switch_whose_ports_cannot_be_listed_is_named(layer, host):
     assert len(sample.ports) == PORTS - 8
 
 
+def test_first_reading_that_fails_is_named(layer, host):
+    host.fail("Qdp_Get_Switch_List")
+    first, second = layer.rates(every=1, count=2)
+    assert (first.ports, [str(failure) for failure in first.failures]) == (
+        [],
+        ["ListSwitches(): Failed to retrieve list of switches."],
+    )
+    assert len(second.ports) == PORTS and second.failures == []
+
+
+def test_rates_of_some_switches(layer, host):
+    with host.recording() as calls:
+        (sample,) = layer.rates(every=1, count=1, switches=[1])
+    assert {rates.port.switch.number for rates in sample.ports} == {1} and len(sample.ports) == 8
+    assert {call.arguments[0] for call in calls if call.operation == "Qdp_Get_Port_Stats"} == {1}
+
+
 def test_samples_do_not_drift(layer, monkeypatch):
     """What the reading takes, here half a second each, is not waited for again."""
     waits, pass_time, list_switches = [], time.sleep, layer.switches

@@ -161,6 +161,15 @@ def test_snapshot_that_cannot_be_loaded(layer, host):
     assert layer.switch(ALIAS).number == 0
 
 
+def test_without_a_snapshot_a_switch_goes_by_its_name(layer, host):
+    host.fail("DVSHCK_StateGet", status=7, times=0)
+    switch = layer.switch(0)
+    assert (switch.alias, switch.path, switch.port(3).path) == (None, "portset-0", "portset-0/port/3")
+    assert switch.settings["lro"].value is True
+    with pytest.raises(qdp.Refused, match="LibraryInit: status 0x7"):
+        switch.settings["burst-size"].get()
+
+
 # --- Ports ---
 
 

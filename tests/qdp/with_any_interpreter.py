@@ -1,4 +1,4 @@
-"""What objects, settings and rates do, as a script of its own that every interpreter runs: it prints one line a part."""
+"""What objects, settings and rates do, as a script that every interpreter runs: it prints a line for each part."""
 
 import qdp
 
