@@ -40,7 +40,7 @@ def parse_arguments():
     parser.add_argument("files", nargs="*", metavar="FILE", help="change only what comes from these sources")
     parser.add_argument("--kind", choices=KINDS, action="append", help="change only this; may be given again")
     parser.add_argument("--sample", type=int, metavar="N", help="try only N of the changes, chosen at random")
-    parser.add_argument("--seed", type=int, default=1, help="of the choice (default: %(default)s)")
+    parser.add_argument("--seed", type=int, help="of the choice, which is printed; another one each time without it")
     parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")
     parser.add_argument("--afresh", action="store_true", help="forget what earlier runs of the same build found")
     return parser.parse_args()
@@ -55,7 +55,9 @@ def chosen(mutants, options):
     ]
     if options.sample is None:
         return mutants
-    return random.Random(options.seed).sample(mutants, min(options.sample, len(mutants)))
+    seed = random.SystemRandom().randrange(1 << 32) if options.seed is None else options.seed
+    print(f"seed {seed}", flush=True)
+    return random.Random(seed).sample(mutants, min(options.sample, len(mutants)))
 
 
 def share(noticed, total):

@@ -1,7 +1,8 @@
 """What every test stands on: the embedded host of this process, and calls of the module's methods under observation."""
 
 import ctypes
-import importlib
+import importlib.machinery
+import importlib.util
 import os
 import pathlib
 import sys
@@ -58,6 +59,18 @@ def configured(host, exported):
 def qdp(host):
     """The module's methods under observation, on the embedded host of the default scenario."""
     return Observer(the_module, host)
+
+
+@pytest.fixture(scope="session")
+def tortured(build):
+    """The functions that torture, and the tortured module; both are in one file."""
+    path = str(build / "tests" / "torture.so")
+    loaded = []
+    for name in ("torture", "_libqdp"):
+        loader = importlib.machinery.ExtensionFileLoader(name, path)
+        spec = importlib.util.spec_from_file_location(name, path, loader=loader)
+        loaded.append(importlib.util.module_from_spec(spec))
+    return loaded
 
 
 @pytest.fixture(scope="session")

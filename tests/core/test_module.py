@@ -1,18 +1,27 @@
 """The module's definition, its table of methods, and the plain functions that do nothing."""
 
 import ctypes
+import importlib
 import inspect
+import os
 import re
+import sys
 
 import pytest
 
 import _libqdp
+from contract import RECIPES
 from core.methods import METHODS
 from observe import standard_error
+from recipes import is_made_of
+
+
+def methods_of(module):
+    return [name for name, value in vars(module).items() if inspect.isbuiltin(value)]
 
 
 def methods():
-    return [name for name, value in vars(_libqdp).items() if inspect.isbuiltin(value)]
+    return methods_of(_libqdp)
 
 
 def test_definition():
@@ -49,17 +58,47 @@ def test_every_method_has_tests_of_its_own(root):
     assert [name for name in methods() if name not in tested] == []
 
 
-def test_the_module_keeps_no_state_of_its_own(host):
-    """A second import is the same module, and importing calls nothing."""
-    import importlib
-    import sys
-
+def test_importing_calls_nothing(host, monkeypatch):
+    monkeypatch.delitem(sys.modules, "_libqdp")
     with host.recording() as calls:
-        del sys.modules["_libqdp"]
         again = importlib.import_module("_libqdp")
-    sys.modules["_libqdp"] = _libqdp
-    assert again.__name__ == "_libqdp"
+    assert again is not _libqdp
+    assert methods_of(again) == methods_of(_libqdp)
     assert calls == []
+
+
+def writable_memory(module):
+    """The bytes of all variables of a module's file: its writable mappings, and the one right behind them."""
+    file, ending, found = os.path.realpath(module.__file__), None, []
+    with open("/proc/self/maps") as maps, open("/proc/self/mem", "rb") as memory:
+        for line in maps:
+            place, permissions, _, _, inode, *path = line.split(None, 5)
+            start, end = (int(each, 16) for each in place.split("-"))
+            is_behind = start == ending and inode == "0" and not path
+            if permissions.startswith("rw") and (path and path[0].strip() == file or is_behind):
+                memory.seek(start)
+                found.append(memory.read(end - start))
+                ending = end
+    return found
+
+
+def test_no_call_leaves_anything_in_the_modules_variables(configured, tortured):
+    names = [name for name in RECIPES if name != "DumpLBDebugBuf"]  # its buffer is kept until its next call, by contract
+
+    def call_all(names):
+        with standard_error():
+            for name in names:
+                getattr(_libqdp, name)(*is_made_of(RECIPES[name], _libqdp))
+        return writable_memory(_libqdp)
+
+    before = call_all(names)
+    assert sum(map(len, before)) > 2 << 20  # the buffer's variable is among them
+    assert call_all(reversed(names)) == before
+
+    torture, tortured_module = tortured
+    before = writable_memory(torture)
+    torture.invoke(tortured_module.ListSwitches, (), 0, False)  # counts allocations in a variable
+    assert writable_memory(torture) != before
 
 
 @pytest.mark.parametrize("name", ["Warning", "Panic", "Log"])

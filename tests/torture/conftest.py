@@ -1,8 +1,6 @@
-"""The tortured module, and what every kind of torture needs."""
+"""What every kind of torture needs."""
 
 import gc
-import importlib.machinery
-import importlib.util
 import pathlib
 
 import pytest
@@ -41,18 +39,6 @@ def tally(request):
         tallies[what] = tallies.get(what, 0) + count
 
     return add
-
-
-@pytest.fixture(scope="session")
-def tortured(build):
-    """The functions that torture, and the tortured module; both are in one file."""
-    path = str(build / "tests" / "torture.so")
-    loaded = []
-    for name in ("torture", "_libqdp"):
-        loader = importlib.machinery.ExtensionFileLoader(name, path)
-        spec = importlib.util.spec_from_file_location(name, path, loader=loader)
-        loaded.append(importlib.util.module_from_spec(spec))
-    return loaded
 
 
 @pytest.fixture
