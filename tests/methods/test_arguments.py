@@ -81,29 +81,67 @@ def with_types_of_exceptions(outcome):
     return outcome
 
 
+def integer_places(method):
+    return [(place, letter) for place, letter in enumerate(method.takes) if letter not in "sO"]
+
+
+def check_integer(call, method, place, arguments, usual):
+    """Calls a method with integers of all kinds in a place, and compares each outcome with what the row says."""
+    letter = method.takes[place]
+    for value in integers(arguments[place], method.bounds.get(place)):
+        given = replaced(arguments, place, value)
+        outcome = with_types_of_exceptions(call(method, given))
+        try:
+            arrived = replaced(arguments, place, arrives(letter, value))
+        except (OverflowError, TypeError) as failure:
+            assert outcome == unparsed(method, type(failure)), given
+            continue
+        if method.refuses(arrived):
+            expected = refusal(method, "out of range", method.printed_out_of_range(arrived))
+        else:
+            result = method.result(*arrived) if method.result else usual.result
+            expected = Outcome(result, usual.printed, calls=method.sends(*arrived))
+        assert outcome == expected, given
+
+
 @takes_something
 def test_every_integer_arrives_as_its_format_says(qdp, call, name):
     method = BY_NAME[name]
     arguments = is_made_of(method.sent_for, qdp.module)
     usual = call(method, arguments)
-    assert usual.calls == (method.sends(*arguments) if method.sends else usual.calls)
-    for place, letter in enumerate(method.takes):
-        if letter in "sO":
-            continue
-        for value in integers(arguments[place], method.bounds.get(place)):
-            given = replaced(arguments, place, value)
-            outcome = with_types_of_exceptions(call(method, given))
-            try:
-                arrived = replaced(arguments, place, arrives(letter, value))
-            except (OverflowError, TypeError) as failure:
-                assert outcome == unparsed(method, type(failure)), given
+    if method.sends:
+        assert usual.calls == method.sends(*arguments)
+    for place, _ in integer_places(method):
+        check_integer(call, method, place, arguments, usual)
+
+
+# Letters that take or keep integers in another way.
+OTHERS = {"I": "iH", "i": "I", "L": "KI", "K": "LI"}
+
+
+def only_low_half_counts(method, place, arguments):
+    """Whether the contract drops what is above the low 16 bits of an integer, so that nobody can notice their loss."""
+
+    def seen(value):
+        given = replaced(arguments, place, value)
+        return method.refuses(given) or method.sends(*given)
+
+    words = (arrives("I", value) for value in integers(arguments[place], None))
+    return all(seen(word) == seen(word % (1 << 16)) for word in words)
+
+
+@each_method(integer_places)
+def test_every_other_format_is_noticed(qdp, call, call_with_changed_format, name):
+    method = BY_NAME[name]
+    arguments = is_made_of(method.sent_for, qdp.module)
+    usual = call(method, arguments)
+    for place, letter in integer_places(method):
+        for other in OTHERS[letter]:
+            if other == "H" and only_low_half_counts(method, place, arguments):
                 continue
-            if method.refuses(arrived):
-                expected = refusal(method, "out of range", method.printed_out_of_range(arrived))
-            else:
-                result = method.result(*arrived) if method.result else usual.result
-                expected = Outcome(result, usual.printed, calls=method.sends(*arrived))
-            assert outcome == expected, given
+            with pytest.raises(AssertionError):
+                check_integer(call_with_changed_format(place, other), method, place, arguments, usual)
+                pytest.fail(f"{other} in place {place}", pytrace=False)
 
 
 @takes_something

@@ -1,6 +1,8 @@
 // The module once more, linked so that its allocations can be made to fail: those that it asks of the interpreter, and
-// its own malloc and calloc; and, as if they were allocations, its stores of items in lists and tuples. Methods are called without the interpreter's check in between, so that the pair of
-// returned value and exception is seen as it is.
+// its own malloc and calloc; and, as if they were allocations, its stores of items in lists and tuples. Methods are
+// called without the interpreter's check in between, so that the pair of returned value and exception is seen as it is.
+// The formats that parse their arguments can be changed.
+#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,9 +19,11 @@ void* __wrap_malloc(size_t size);
 void* __wrap_calloc(size_t count, size_t size);
 void __wrap_free(void* memory);
 int __real_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item);
+int __real_PyArg_ParseTuple(PyObject* args, const char* format, ...);
 int __real_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item);
 int __wrap_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item);
 int __wrap_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item);
+int __wrap_PyArg_ParseTuple(PyObject* args, const char* format, ...);
 }
 
 namespace {
@@ -139,7 +143,7 @@ PyObject* invoke(PyObject*, PyObject* args)
     PyObject* arguments;
     unsigned long nth;
     int forever;
-    if (!PyArg_ParseTuple(args, "OO!kp", &method, &PyTuple_Type, &arguments, &nth, &forever))
+    if (!__real_PyArg_ParseTuple(args, "OO!kp", &method, &PyTuple_Type, &arguments, &nth, &forever))
         return nullptr;
     const PyCFunction function = PyCFunction_GetFunction(method);
     if (!function)
@@ -204,11 +208,22 @@ PyObject* netq_info(PyObject*, PyObject*)
     return PyQDP_PortNetQInfo(info, sizeof *info);
 }
 
+// Which letter of the formats that parse arguments is another one; of a format that is shorter, none.
+int changed_place = -1;
+int changed_letter;
+
+// change_format(place, letter): from now on, all formats have this letter in this place; change_format(-1, letter) ends it.
+PyObject* change_format(PyObject*, PyObject* args)
+{
+    return __real_PyArg_ParseTuple(args, "iC", &changed_place, &changed_letter) ? Py_NewRef(Py_None) : nullptr;
+}
+
 PyMethodDef functions[] = {
     {"PyQDP_CreatePortList", create_port_list, METH_VARARGS, nullptr},
     {"PyQDP_CreateVlanList", create_vlan_list, METH_VARARGS, nullptr},
     {"PyQDP_PortNetQInfo", netq_info, METH_VARARGS, nullptr},
     {"invoke", invoke, METH_VARARGS, nullptr},
+    {"change_format", change_format, METH_VARARGS, nullptr},
     {"blocks_out", blocks_out, METH_NOARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
@@ -245,6 +260,19 @@ int __wrap_PyList_SetItem(PyObject* list, Py_ssize_t position, PyObject* item)
 int __wrap_PyTuple_SetItem(PyObject* tuple, Py_ssize_t position, PyObject* item)
 {
     return fails_now() ? store_fails(item) : __real_PyTuple_SetItem(tuple, position, item);
+}
+
+int __wrap_PyArg_ParseTuple(PyObject* args, const char* format, ...)
+{
+    char changed[32] = {};
+    std::strncpy(changed, format, sizeof changed - 1);
+    if (changed_place >= 0 && static_cast<size_t>(changed_place) < std::strlen(changed))
+        changed[changed_place] = static_cast<char>(changed_letter);
+    va_list places;
+    va_start(places, format);
+    const int parsed = PyArg_VaParse(args, changed, places);
+    va_end(places);
+    return parsed;
 }
 
 PyMODINIT_FUNC PyInit_torture()
