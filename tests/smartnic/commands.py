@@ -33,25 +33,6 @@ def replaced(arguments, place, value):
     return (*arguments[:place], value, *arguments[place + 1 :])
 
 
-def unparsable(arguments):
-    """Tuples that a method which takes so many integers cannot parse."""
-    return [
-        (),
-        arguments[:-1],
-        (*arguments, 0),
-        *[replaced(arguments, place, "1") for place in range(len(arguments))],
-        replaced(arguments, 0, None),
-        replaced(arguments, 0, 1.0),
-    ]
-
-
 def at_bounds(arguments, bounds):
     """The arguments with each one, in turn, at the largest value that is accepted: one less than its bound."""
     return [replaced(arguments, place, bound - 1) for place, bound in enumerate(bounds)]
-
-
-def out_of_bounds(arguments, bounds):
-    """The arguments with each one, in turn, too large: at its bound, and negative, which is larger than any bound."""
-    return [
-        replaced(arguments, place, value) for place, bound in enumerate(bounds) for value in (bound, -1)
-    ]

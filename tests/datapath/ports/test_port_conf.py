@@ -6,7 +6,7 @@ import struct
 import pytest
 
 from adversity import starved
-from observe import Call, Capacity, Outcome, refused
+from observe import Call, Capacity, Outcome
 
 CONF_BYTES = 1344
 
@@ -192,19 +192,6 @@ class TestGetPortConf:
     def test_bounds_that_are_accepted(self, host, qdp, switch, port):
         host.script("Qdp_Get_Port_Conf")
         assert qdp.call("GetPortConf", switch, port) == Outcome(EMPTY, calls=[self.call(switch, port)])
-
-    @pytest.mark.parametrize("switch, port", [(16, 0), (0, 16384), (-1, 0), (0, -1), (16, 16384)])
-    def test_bounds_that_are_refused(self, qdp, switch, port):
-        assert qdp.call("GetPortConf", switch, port) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0,), (0, 0, 0), ("0", 0), (0, None), (0, 1.0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("GetPortConf", *arguments) == refused(left_set=TypeError)
-
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_Get_Port_Conf", status)
-        assert qdp.call("GetPortConf", 3, 7) == Outcome(None, "Failed to retrieve port conf.\n", calls=[self.call()])
 
     def test_lack_of_memory(self, qdp):
         assert starved(qdp, "GetPortConf", 0, 12) == [

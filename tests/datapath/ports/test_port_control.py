@@ -8,10 +8,9 @@ import pytest
 from _testcapi import remove_mem_hooks, set_nomemory
 
 from adversity import starved
-from datapath.enabled import BAD_SWITCHES, EnabledOnSwitch
-from observe import Call, Capacity, Observer, Outcome, refused
+from datapath.enabled import EnabledOnSwitch
+from observe import Call, Capacity, Observer, Outcome
 
-BAD_PORTS = [(16, 0), (0, 16384), (-1, 0), (0, -1), (16, 16384)]
 
 # The embedded host's queues of a port.
 TX, RX, BOTH = 1, 2, 3
@@ -52,19 +51,6 @@ class PortCommand:
         assert qdp.call(self.method, 15, 16383, *self.values) == Outcome(
             None, calls=[Call(self.operation, [15, 16383, *self.values])]
         )
-
-    @pytest.mark.parametrize("switch, port", BAD_PORTS)
-    def test_bounds_that_are_refused(self, qdp, switch, port):
-        assert qdp.call(self.method, switch, port, *self.values) == refused()
-
-    def test_a_tuple_that_does_not_parse(self, qdp):
-        count = 2 + len(self.values)
-        for arguments in [(), (0,) * (count - 1), (0,) * (count + 1), ("0",) + (0,) * (count - 1)]:
-            assert qdp.call(self.method, *arguments) == refused(left_set=TypeError)
-        for place in range(count):
-            arguments = [0] * count
-            arguments[place] = None
-            assert qdp.call(self.method, *arguments) == refused(left_set=TypeError)
 
     @pytest.mark.parametrize("status", [2, 0xBAD0001, 0xFFFFFFFF])
     def test_a_refusing_library(self, host, qdp, status):
@@ -222,19 +208,6 @@ class TestGetPortTxUplink:
             {"txType": "None", "txUplinks": []}, calls=[Call("Qdp_Get_Port_Tx_Uplink", [switch, port, Capacity(18)])]
         )
 
-    @pytest.mark.parametrize("switch, port", BAD_PORTS)
-    def test_bounds_that_are_refused(self, qdp, switch, port):
-        assert qdp.call("GetPortTxUplink", switch, port) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0,), (0, 0, 0), ("0", 0), (0, None), (0, 1.0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("GetPortTxUplink", *arguments) == refused(left_set=TypeError)
-
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_Get_Port_Tx_Uplink", status)
-        assert qdp.call("GetPortTxUplink", 3, 7) == Outcome(None, "Failed to get port TX uplink.\n", calls=[self.call])
-
     def test_lack_of_memory_is_the_interpreters_error(self, qdp):
         assert starved(qdp, "GetPortTxUplink", 0, 2) == [
             Outcome(None, left_set=(MemoryError, "")),
@@ -289,20 +262,6 @@ class TestSetUplinkMACLearn:
             None, calls=[Call("Qdp_Set_Uplink_MAC_Learn", [switch, sent])]
         )
 
-    @pytest.mark.parametrize("switch", BAD_SWITCHES)
-    def test_a_switch_number_out_of_range(self, qdp, switch):
-        assert qdp.call("SetUplinkMACLearn", switch, 1) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0,), (0, 0, 0), ("0", 0), (0, None), (0, 1.0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("SetUplinkMACLearn", *arguments) == refused(left_set=TypeError)
-
-    def test_a_refusing_library(self, host, qdp):
-        host.fail("Qdp_Set_Uplink_MAC_Learn")
-        assert qdp.call("SetUplinkMACLearn", 3, 0) == Outcome(
-            None, self.REFUSAL, calls=[Call("Qdp_Set_Uplink_MAC_Learn", [3, 0])]
-        )
-
     def test_embedded_host_forgets_what_uplinks_learned_and_learns_it_again(self, host, qdp):
         def table(port):
             return [entry["macAddr"] for entry in qdp.result("ListPortMACTable", 0, port)["MacTableList"]]
@@ -354,18 +313,6 @@ class TestGetPanicOnTxHang:
     def test_a_word_that_is_not_written_is_zero(self, host, qdp):
         host.script("Qdp_Get_Panic_On_Tx_Hang")
         assert qdp.call("GetPanicOnTxHang", 0) == Outcome(0, calls=[self.call(0)])
-
-    @pytest.mark.parametrize("switch", BAD_SWITCHES)
-    def test_a_switch_number_out_of_range(self, qdp, switch):
-        assert qdp.call("GetPanicOnTxHang", switch) == refused()
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (0.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("GetPanicOnTxHang", *arguments) == refused(left_set=TypeError)
-
-    def test_a_refusing_library(self, host, qdp):
-        host.fail("Qdp_Get_Panic_On_Tx_Hang")
-        assert qdp.call("GetPanicOnTxHang", 3) == Outcome(None, self.REFUSAL, calls=[self.call(3)])
 
     def test_embedded_host_has_no_such_switch(self, qdp):
         assert qdp.call("GetPanicOnTxHang", 3) == Outcome(None, self.REFUSAL, calls=[self.call(3)])

@@ -148,17 +148,6 @@ class TestGetFlowStats:
     def test_lcores_that_are_refused(self, qdp, lcores, left_set):
         assert qdp.call("GetFlowStats", 0, lcores, 0) == refused(REFUSED, left_set=left_set)
 
-    @pytest.mark.parametrize("arguments", [(), (0,), (0, ()), (0, (), 0, 0), ("0", (), 0), (0, (), None), (0.0, (), 0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("GetFlowStats", *arguments) == refused(REFUSED, left_set=TypeError)
-
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_Get_Flow_Stats", status)
-        assert qdp.call("GetFlowStats", 0, (1,), 0) == Outcome(
-            None, "Failed to retrieve flow stats.\n", calls=[self.call(0, [1], 0)]
-        )
-
 
 class TestEmbeddedHost:
     ALL = tuple(range(16))

@@ -5,7 +5,7 @@ import struct
 
 import pytest
 
-from observe import Call, Capacity, Outcome, refused
+from observe import Call, Capacity, Outcome
 
 CT_KEYS = (
     "src_seqlo src_seqhi src_max_win src_state src_wscale dst_seqlo dst_seqhi dst_max_win dst_state dst_wscale "
@@ -98,15 +98,6 @@ class TestP4CTContextQuery:
             None, f"Unexpected response size {shown}, expected: 32\n", calls=[self.call(5)]
         )
 
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_P4_HWTable_Dump", status)
-        assert qdp.call("P4CTContextQuery", 5) == Outcome(None, "Failed to get HW CT entry\n", calls=[self.call(5)])
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (1.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("P4CTContextQuery", *arguments) == refused(left_set=TypeError)
-
     def test_embedded_host_tracks_tcp_connections(self, qdp):
         first = qdp.result("P4CTContextQuery", 1)
         assert (first["src_state"], first["dst_state"], first["ct_log"]) == (4, 4, 1)
@@ -137,19 +128,6 @@ class TestFPOQueryContextMgr:
     def test_an_answer_that_claims_more_than_the_record(self, host, qdp):
         host.script("Qdp_FPOQueryMgr", outputs=[b"\xff" * 200], sizes={0: 0xFFFFFFFF})
         assert qdp.result("FPOQueryContextMgr", 0, 0, 0) == [dict.fromkeys(CONTEXT_KEYS, 0xFFFFFFFF)]
-
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_FPOQueryMgr", status)
-        assert qdp.call("FPOQueryContextMgr", 1, 2, 3) == Outcome(
-            None, "Query mgr failed.\n\n", calls=[self.call(1, 2, 3)]
-        )
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), (0, 0, 0, 0), ("0", 0, 0), (0, None, 0), (0, 0, 1.0)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("FPOQueryContextMgr", *arguments) == refused(
-            "TypeError: Invalid parameter passed.\n\n", left_set=TypeError
-        )
 
     def test_embedded_host_knows_a_context_as_the_hardware_tracks_it(self, host, qdp):
         """It answers only a record that names its own size."""

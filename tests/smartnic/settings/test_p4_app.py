@@ -4,7 +4,7 @@ import struct
 
 import pytest
 
-from observe import Call, Capacity, Outcome, refused
+from observe import Call, Capacity, Outcome
 
 GET = Call("Qdp_P4AppGet", [Capacity(4)])
 
@@ -18,10 +18,6 @@ class TestP4AppSet:
     def test_a_refusing_library_leaves_none_and_no_message(self, host, qdp, status):
         host.fail("Qdp_P4AppSet", status)
         assert qdp.call("P4AppSet", 1) == Outcome(None, calls=[Call("Qdp_P4AppSet", [1])])
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (1.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("P4AppSet", *arguments) == refused(left_set=TypeError)
 
 
 class TestP4AppGet:

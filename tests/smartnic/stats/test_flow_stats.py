@@ -4,9 +4,7 @@ import struct
 
 import pytest
 
-from observe import Call, Capacity, Outcome, refused
-
-BAD_INDEX = "TypeError: Invalid startIndex passed.\n"
+from observe import Call, Capacity, Outcome
 
 
 def entry(packets=0, in_bytes=0, tcp_flags=0):
@@ -60,15 +58,6 @@ class TestP4StatsFlowGet:
     def test_an_answer_without_its_entry_reads_as_zero(self, host, qdp):
         host.script("Qdp_P4_HWTable_Dump", outputs=[dump(b"", 48)])
         assert qdp.result("P4StatsFlowGet", 0) == {"pcnt": 0, "bcnt": 0, "tcp_flags": 0}
-
-    @pytest.mark.parametrize("status", [1, 0xFFFFFFFF])
-    def test_a_refusing_library(self, host, qdp, status):
-        host.fail("Qdp_P4_HWTable_Dump", status)
-        assert qdp.call("P4StatsFlowGet", 5) == Outcome(None, "Failed to dump ipfix table entry.\n", calls=[call(5)])
-
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (1.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, arguments):
-        assert qdp.call("P4StatsFlowGet", *arguments) == refused(BAD_INDEX, left_set=TypeError)
 
     def test_embedded_host_flows_grow_with_time(self, host, qdp):
         host.freeze()

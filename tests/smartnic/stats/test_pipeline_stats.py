@@ -141,10 +141,6 @@ class TestAllCounters:
 
 @each_indexed_method
 class TestIndexedCounters:
-    @pytest.mark.parametrize("arguments", [(), (0, 0), ("0",), (None,), (1.0,)])
-    def test_a_tuple_that_does_not_parse(self, qdp, counters, arguments):
-        assert qdp.call(counters.method, *arguments) == refused(left_set=TypeError)
-
     def test_an_integer_is_taken_modulo_2_to_the_32nd(self, host, qdp, counters):
         assert_decodes(host, qdp, counters, [(1 << 32) + 3], [3])
 
