@@ -52,6 +52,20 @@ endforeach()
 install(FILES package/debian/lintian-overrides RENAME qdp-host
     DESTINATION share/lintian/overrides COMPONENT host_debian EXCLUDE_FROM_ALL)
 install(PROGRAMS package/debian/qdp-host DESTINATION bin COMPONENT host_debian EXCLUDE_FROM_ALL)
+# The command qdp, with its man page and completions, which script/package makes from the command's declarations.
+install(PROGRAMS package/debian/qdp DESTINATION bin COMPONENT module_debian EXCLUDE_FROM_ALL)
+foreach(file qdp.1.gz=man/man1 qdp.bash=bash-completion/completions _qdp=zsh/vendor-completions
+        qdp.fish=fish/vendor_completions.d)
+    string(REPLACE "=" ";" file_and_folder ${file})
+    list(GET file_and_folder 0 name)
+    list(GET file_and_folder 1 folder)
+    string(REGEX REPLACE "\\.bash$" "" installed ${name})
+    install(FILES ${documents}/command/${name} RENAME ${installed}
+        DESTINATION share/${folder} COMPONENT module_debian EXCLUDE_FROM_ALL)
+endforeach()
+# Ansible finds modules in this folder of its own.
+file(GLOB ansible_modules ansible/*.py)
+install(FILES ${ansible_modules} DESTINATION share/ansible/plugins/modules COMPONENT module_debian EXCLUDE_FROM_ALL)
 set(metadata_folder lib/python3/dist-packages/${PROJECT_NAME}-${PROJECT_VERSION}.dist-info)
 install(FILES ${documents}/METADATA DESTINATION ${metadata_folder} COMPONENT module_debian EXCLUDE_FROM_ALL)
 install(FILES package/debian/entry_points.txt DESTINATION ${metadata_folder} COMPONENT host_debian EXCLUDE_FROM_ALL)

@@ -2,7 +2,7 @@
 
 import argparse
 
-from ._declare import WRITING, Read, Write, natural, seconds
+from ._declare import WRITING, Option, Read, Write, natural, seconds
 from ._output import UsageError
 
 EXIT_CODES = (
@@ -12,34 +12,59 @@ EXIT_CODES = (
 
 
 class Parser(argparse.ArgumentParser):
-    """A parser that raises its errors."""
+    """A verb's parser. It raises its errors, and makes the text below its help when that is asked for."""
+
+    def __init__(self, prog, verb):
+        # Without its own -h, and with all arguments in groups, argparse loads nothing that only its help needs.
+        super(Parser, self).__init__(
+            prog=prog,
+            description=sentence(verb.help),
+            formatter_class=argparse.RawDescriptionHelpFormatter,
+            allow_abbrev=False,
+            add_help=False,
+        )
+        self.verb = verb
+        add_arguments(self, verb)
+
+    def format_help(self):
+        self.epilog = epilog_of(self.verb)
+        return super(Parser, self).format_help()
 
     def error(self, message):
         raise UsageError("{}; see `{} --help`".format(message, self.prog))
 
 
-def parser_of(thing, verb, make=Parser, words=None):
+def sentence(text):
+    return text[:1].upper() + text[1:] + "."
+
+
+def parser_of(thing, verb):
     """The parser of one verb."""
-    prog = "qdp {} {}".format(thing.name, verb.name)
-    settings = {"prog": prog, "description": verb.help[:1].upper() + verb.help[1:] + ".", "epilog": epilog_of(verb)}
-    parser = make(allow_abbrev=False, formatter_class=argparse.RawDescriptionHelpFormatter, **settings)
-    add_arguments(parser, verb)
-    return parser
+    return Parser("qdp {} {}".format(thing.name, verb.name), verb)
 
 
 def add_arguments(parser, verb):
-    for option in verb.selectors + verb.options:
-        action = parser.add_argument(*option.flags, **option.settings)
-        action.completes = option.completes
-    output = parser.add_argument_group("output")
-    output.add_argument("-j", "--json", action="store_true", help="one JSON array on standard output, with the module's keys")
-    output.add_argument("-p", "--pretty", action="store_true", help="JSON on several lines; implies -j")
+    add_options(parser, "selectors", verb.selectors)
+    add_options(parser, "options", verb.options)
+    output = add_options(parser, "output", OUTPUT)
     if isinstance(verb, Read):
         add_reading(parser, output, verb)
     elif isinstance(verb, Write):
-        writing = parser.add_argument_group("writing")
-        for option in WRITING:
-            writing.add_argument(*option.flags, **option.settings)
+        add_options(parser, "writing", WRITING)
+
+
+def add_options(parser, title, options):
+    group = parser.add_argument_group(title)
+    for option in options:
+        group.add_argument(*option.flags, **option.settings).completes = option.completes
+    return group
+
+
+OUTPUT = (
+    Option("-h", "--help", action="help", help="show this help, and end"),
+    Option("-j", "--json", action="store_true", help="one JSON array on standard output, with the module's keys"),
+    Option("-p", "--pretty", action="store_true", help="JSON on several lines; implies -j"),
+)
 
 
 def add_reading(parser, output, verb):
@@ -119,7 +144,7 @@ def whole():
     objects = parser.add_subparsers(metavar="OBJECT", dest="object")
     for name in object_names():
         thing = load(name)
-        own = objects.add_parser(name, help=thing.help, description=thing.help[:1].upper() + thing.help[1:] + ".")
+        own = objects.add_parser(name, help=thing.help, description=sentence(thing.help))
         add_verbs(own, thing)
     return parser
 
@@ -140,9 +165,5 @@ def add_verbs(parser, thing):
                 part = verbs.add_parser(words[0], help=about, description=about)
                 parts[words[0]] = part.add_subparsers(metavar="VERB", dest="verb")
             place = parts[words[0]]
-        add_arguments(
-            place.add_parser(
-                words[-1], help=verb.help.replace("%", "%%"), description=verb.help[:1].upper() + verb.help[1:] + "."
-            ),
-            verb,
-        )
+        about = verb.help.replace("%", "%%")
+        add_arguments(place.add_parser(words[-1], help=about, description=sentence(about), add_help=False), verb)

@@ -39,7 +39,8 @@ def watch(context):
     """Shows frames until they were counted, the reader has gone, or Ctrl-C."""
     options, verb = context.options, context.verb
     is_live = is_terminal(sys.stdout) and not options.json
-    start = time.monotonic()
+    # On a terminal the first frame comes soon, however long the others take.
+    start = time.monotonic() - (max(options.watch - 1, 0) if is_live else 0)
     old, old_time = read_rows(context), time.monotonic()
     frame = 0
     while options.count is None or frame < options.count:

@@ -2,6 +2,7 @@
 
 from ._context import place
 from ._declare import ANY_PORT, ANY_SWITCH, PORT, SWITCH, Column, Object, Option, Read, Write, number
+from ._names import remember
 from ._write import Step
 
 # Fast and slow path together, as a script wants them; -d tells the slow path's own.
@@ -40,7 +41,10 @@ def counter_columns(group):
 
 
 def show(context):
-    for switch, port in context.places():
+    places = list(context.places())
+    if context.options.port is None:
+        remember("port", map(str, sorted({port["portID"] for _, port in places})))
+    for switch, port in places:
         row = dict(place(switch), **port)
         if context.options.statistics:
             row.update(context.ask("GetPortStats", switch["swID"], port["portID"]) or {})

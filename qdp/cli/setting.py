@@ -71,16 +71,17 @@ def show(context):
         }
 
 
-def planned(context, values):
-    """The plan for texts or values by path, and its settings by path."""
-    host = context.source.host
+def given(host, values):
+    """The plan for values by path, of which texts are parsed, and its settings by path."""
     settings = {path: host.setting(path) for path in values}
-    return host.plan(
-        {
-            path: settings[path].parse(value) if isinstance(value, str) else value
-            for path, value in values.items()
-        }
-    ), settings
+    wanted = {
+        path: settings[path].parse(value) if isinstance(value, str) else value for path, value in values.items()
+    }
+    return host.plan(wanted), settings
+
+
+def planned(context, values):
+    return given(context.source.host, values)
 
 
 def named(context):

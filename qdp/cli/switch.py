@@ -1,11 +1,17 @@
 """`qdp switch`: the datapath's switches."""
 
 from ._declare import ANY_SWITCH, Column, Object, Read
+from ._names import remember
 
 
 def show(context):
-    for switch in context.switches(context.options.switch):
-        switch = dict(switch, alias=context.source.aliases.alias_of(switch["name"]))
+    switches = [
+        dict(switch, alias=context.source.aliases.alias_of(switch["name"]))
+        for switch in context.switches(context.options.switch)
+    ]
+    if context.options.switch is None:
+        remember("switch", (str(switch[key]) for key in ("swID", "alias", "name") for switch in switches if switch[key] is not None))
+    for switch in switches:
         if context.options.statistics:
             switch = dict(switch, **totals(context, switch))
         yield switch

@@ -14,7 +14,9 @@ BLOCKS = [block for page in PAGES for block in blocks_of(page, (ROOT / page).rea
 
 # Blocks that are not run, by page and first line, and why.
 NOT_RUN = {
-    "README.md: script/run      # builds all, and runs an example on the embedded host": "all tests, this one too",
+    "README.md: script/run      # builds all, and shows an embedded host's switches and ports with the command qdp": (
+        "all tests, this one too"
+    ),
     "README.md: CXX=clang++ CC=clang script/build          # before the first build in build/release": "script/lint",
     "docs/install.md: script/package           # builds all of them into build/package; --test tests them as well": (
         "needs PyPI, and takes minutes"
@@ -43,9 +45,10 @@ def runs(*languages):
 @pytest.fixture
 def environment(root, build, tmp_path):
     """A shell in the repository, with the embedded host, the module and the commands in reach."""
-    command = tmp_path / "qdp-host"
-    command.write_text('#!/bin/sh\nexec /usr/bin/python3 -m qdp_host "$@"\n')
-    command.chmod(0o755)
+    for name, started in (("qdp-host", "-m qdp_host"), ("qdp", root / "script" / "qdp_command.py")):
+        command = tmp_path / name
+        command.write_text(f'#!/bin/sh\nexec /usr/bin/python3 {started} "$@"\n')
+        command.chmod(0o755)
     return dict(
         os.environ,
         PATH=f"{tmp_path}:/usr/bin:/bin",

@@ -1,6 +1,7 @@
 """The Debian packages: what is in them, what they depend on, and that their contents work once they are unpacked."""
 
 import configparser
+import os
 import re
 import tomllib
 
@@ -14,8 +15,11 @@ PYTHON_FOLDER = "usr/lib/python3/dist-packages"
 
 
 @pytest.fixture(scope="session")
-def packages(build, tmp_path_factory):
+def packages(root, build, tmp_path_factory):
     """The packages' files, by the packages' names."""
+    environment = {**os.environ, "LD_LIBRARY_PATH": str(build / "host"), "PYTHONPATH": str(build)}
+    command_files = root / "package" / "command_files.py"
+    output("/usr/bin/python3", command_files, build / "package" / "command", env=environment)
     folder = tmp_path_factory.mktemp("packages")
     output("/usr/bin/cpack", "-B", folder, cwd=build)
     return {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
@@ -47,6 +51,18 @@ def test_the_module_and_its_stubs(packages):
     documents = {f"usr/share/doc/{MODULE}/{name}" for name in ("changelog.gz", "copyright")}
     in_path = {"_libqdp.abi3.so", "_libqdp-stubs/__init__.pyi", "_libqdp-stubs/py.typed"}
     assert files(packages[MODULE]) == documents | {f"{PYTHON_FOLDER}/{name}" for name in in_path}
+
+
+def test_the_command_with_its_manual_and_completions(packages):
+    shares = ("man/man1/qdp.1.gz", "bash-completion/completions/qdp", "zsh/vendor-completions/_qdp")
+    shares += ("fish/vendor_completions.d/qdp.fish", "ansible/plugins/modules/qdp_settings.py")
+    shares += ("ansible/plugins/modules/qdp_facts.py",)
+    assert files(packages[MODULE]) >= {"usr/bin/qdp", *("usr/share/" + share for share in shares)}
+
+
+def test_the_command_runs_from_the_package(fresh_root, in_fresh_root, tmp_path):
+    in_fresh_root["LD_LIBRARY_PATH"] = str(fresh_root / PYTHON_FOLDER / "qdp_host" / "stand_ins")
+    assert output(fresh_root / "usr/bin/qdp", "switch", "show", env=in_fresh_root, cwd=tmp_path).startswith("switch  name")
 
 
 def test_the_host_and_its_command(packages, root):

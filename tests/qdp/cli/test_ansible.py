@@ -1,0 +1,93 @@
+"""The Ansible modules, run by Debian's ansible-core against an embedded host in each module's process."""
+
+import json
+import os
+import shutil
+import subprocess
+
+import pytest
+
+pytestmark = pytest.mark.skipif(shutil.which("ansible-playbook") is None, reason="ansible-core is not installed")
+
+
+@pytest.fixture
+def play(root, build, tmp_path):
+    """Runs tasks on this machine; the result of each, by its name."""
+
+    def play(*tasks, options=()):
+        results = tmp_path / "results"
+        registered = [dict(each, register="result_{}".format(i), ignore_errors=True) for i, each in enumerate(tasks)]
+        content = "{{ [" + ", ".join(each["register"] for each in registered) + "] | to_json }}"
+        keep = {"name": "keep", "copy": {"content": content, "dest": str(results)}, "check_mode": False}
+        playbook = tmp_path / "play.yml"  # JSON is YAML
+        playbook.write_text(json.dumps([{"hosts": "localhost", "gather_facts": False, "tasks": registered + [keep]}]))
+        environment = {
+            **os.environ,
+            "ANSIBLE_LIBRARY": str(root / "ansible"),
+            "ANSIBLE_LOCAL_TEMP": str(tmp_path / "local"),
+            "ANSIBLE_REMOTE_TEMP": str(tmp_path / "remote"),
+            "LC_ALL": "C.UTF-8",
+            "LD_LIBRARY_PATH": str(build / "host"),
+            "PYTHONPATH": str(build),
+        }
+        line = ["ansible-playbook", "-i", "localhost,", "-c", "local", "-e", "ansible_python_interpreter=/usr/bin/python3"]
+        done = subprocess.run(
+            [*line, *options, str(playbook)], env=environment, cwd=tmp_path, text=True, timeout=300,
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        )  # fmt: skip
+        assert results.exists(), done.stdout
+        found = json.loads(results.read_text())
+        return {task["name"]: result for task, result in zip(tasks, found)}
+
+    return play
+
+
+def task(name, module, **options):
+    return {"name": name, module: options}
+
+
+CHANGE = [{"path": "flow-timeout", "before": 10, "after": 30}]
+
+
+def test_settings_are_set_and_changes_are_true(play):
+    results = play(
+        task("differs", "qdp_settings", settings={"flow-timeout": 30, "dvs-production/port/3/lro": True}),
+        task("is as wanted", "qdp_settings", settings={"flow-timeout": 10}),
+        task("as text", "qdp_settings", settings={"flow-timeout": "30", "offload-icmp-echo": "off"}),
+    )
+    assert (results["differs"]["changed"], results["differs"]["changes"]) == (True, CHANGE)
+    assert (results["is as wanted"]["changed"], results["is as wanted"]["changes"]) == (False, [])
+    assert results["as text"]["changes"][0] == CHANGE[0]
+
+
+def test_check_mode_and_diff(play):
+    results = play(
+        task("checked", "qdp_settings", settings={"flow-timeout": 30}), options=["--check", "--diff"]
+    )
+    checked = results["checked"]
+    assert (checked["changed"], checked["changes"]) == (True, CHANGE)
+    assert checked["diff"] == {"before": {"flow-timeout": 10}, "after": {"flow-timeout": 30}}
+
+
+@pytest.mark.parametrize(
+    "settings, text",
+    [
+        ({"nosuch": 1}, "a host has no setting 'nosuch'; it has "),
+        ({"flow-timeout": -1}, "flow-timeout is 0 to 4294967295, not -1; give 0 to 4294967295; nothing was changed"),
+    ],
+)
+def test_failure_says_what_is_wrong(play, settings, text):
+    results = play(task("wrong", "qdp_settings", settings=settings))
+    assert results["wrong"]["failed"] and results["wrong"]["msg"].startswith(text)
+
+
+def test_facts(play, host):
+    import _libqdp
+
+    results = play(task("facts", "qdp_facts"))
+    assert results["facts"]["changed"] is False
+    facts = results["facts"]["ansible_facts"]["qdp"]
+    assert [switch["name"] for switch in facts["switches"]] == [each["name"] for each in _libqdp.ListSwitches()]
+    assert [len(switch["ports"]) for switch in facts["switches"]] == [len(_libqdp.ListPorts(each)) for each in range(3)]
+    assert facts["switches"][0]["lcores"] == "0xff" and facts["switches"][0]["alias"] == "dvs-production"
+    assert facts["settings"]["flow-timeout"] == _libqdp.GetFlowTimeout()
