@@ -131,6 +131,10 @@ def targets(found, workloads):
     needs = found["files"]["_libqdp"]["needs_cpp"]
     aim.add("C++ runtime", "not needed", "needed" if needs else "not needed", not needs)
     aim.at_most("bytes kept a port entry", found["kept_bytes"]["_libqdp"], 860, "{:,.0f}".format)
+    starts = found["command"]
+    for name in sorted(set(starts) - {"import argparse", "TAB"}):
+        aim.at_most(f"start of {name}, to `import argparse`", starts[name] / starts["import argparse"], 2)
+    aim.at_most("a TAB in the shell", starts["TAB"], 30e-3, time_text)
     for method, points in found["instructions_growth"].items():
         aim.at_most(f"instructions' distance from linear growth: {method}", fitted(points)[2], 0.01)
     return aim

@@ -7,6 +7,7 @@ import subprocess
 import sys
 import tempfile
 
+import command
 import instructions
 import report
 from workloads import GROWTH, WORKLOADS
@@ -97,6 +98,8 @@ def main():
     say("measuring imports")
     found["imports"] = import_times(build, options.rounds // 4)
     found["files"] = file_facts(build)
+    say("measuring starts of the command")
+    found["command"] = command.measured(build, options.rounds // 4)
 
     results = ROOT / "bench" / "results"
     workloads = [workload.name for workload in WORKLOADS]

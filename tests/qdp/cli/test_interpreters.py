@@ -1,0 +1,36 @@
+"""The command on every interpreter that is found: the same lines print the same."""
+
+import subprocess
+
+import pytest
+
+from interpreters import interpreters
+
+LINES = [
+    ["switch", "show", "-j"],
+    ["port", "show", "1", "--where", "client=VNIC", "--sort", "-port"],
+    ["port", "conf", "0", "3"],
+    ["nic", "lif", "--where", "lif-type=3"],
+    ["table", "get", "mirror", "0-1"],
+    ["setting", "set", "flow-timeout", "33", "-p"],
+    ["setting", "schema"],
+    ["mac", "clear", "0"],
+    ["port", "show", "0", "x"],
+    ["call", "ListPorts", "9", "-j"],
+]
+
+
+@pytest.fixture(scope="module")
+def printed(process):
+    def printed(interpreter, line):
+        (_, *rest), environment = process(*line)
+        done = subprocess.run([interpreter, *rest], env=environment, stdin=subprocess.DEVNULL, stdout=-1, stderr=-1, timeout=60)
+        return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+    return printed
+
+
+@pytest.mark.parametrize("interpreter", interpreters())
+def test_lines_print_the_same(printed, interpreter):
+    for line in LINES:
+        assert printed(interpreter, line) == printed("/usr/bin/python3", line), line
