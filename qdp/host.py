@@ -31,6 +31,7 @@ class Device:
 
     @property
     def settings(self) -> Settings:
+        """The settings of the device."""
         return Settings("device", self.path, lambda part: self.name)
 
     def __repr__(self) -> str:
@@ -51,6 +52,7 @@ class Host:
     # --- What the host consists of ---
 
     def switches(self) -> List[Switch]:
+        """The switches of the datapath, in the order of the list."""
         return [Switch(self, info) for info in methods.ListSwitches()]
 
     def switch(self, which: Any) -> Switch:
@@ -70,9 +72,11 @@ class Host:
         )
 
     def devices(self) -> List[Device]:
+        """The physical NICs."""
         return [Device(info.devname, info) for info in methods.ListDevAffinity()]
 
     def device(self, name: str) -> Device:
+        """A physical NIC by its name."""
         for device in self.devices():
             if device.name == name:
                 return device

@@ -306,15 +306,19 @@ class Nic:
     # --- Counters ---
 
     def lif_stats(self, lif: int) -> LifStats:
+        """The counters of a LIF."""
         return methods.LifStatsGet(within("a LIF", lif, LIFS))
 
     def port_stats(self, port: int) -> PipelinePortStats:
+        """The counters of a port of the pipeline."""
         return methods.PortStatsGet(within("a port", port, NIC_PORTS))
 
     def ingress_stats(self) -> P4IStats:
+        """The counters of the ingress pipeline."""
         return methods.P4IStatsGet()
 
     def egress_stats(self) -> P4EStats:
+        """The counters of the egress pipeline."""
         return methods.P4EStatsGet()
 
     def ct_stats(self, index: int) -> CTStats:
@@ -356,6 +360,7 @@ class Nic:
         return methods.FPOQueryContextMgr(*_words(id_1, id_2, id_3))[0]
 
     def mirror_sessions(self) -> List[str]:
+        """The mirror sessions, a line each."""
         return methods.P4MirrorTableDump()
 
     def port_mirrors(self, value_1: int, value_2: int) -> List[str]:

@@ -71,6 +71,7 @@ class Reading:
         return key in self._counters
 
     def keys(self) -> List[str]:
+        """The names of the counters."""
         return list(self._counters)
 
     def growth(self, before: "Reading", *keys: str) -> Optional[int]:
@@ -106,6 +107,7 @@ class PortRates:
     __iter__ = None
 
     def keys(self) -> List[str]:
+        """The names of the counters."""
         return self.after.keys()
 
     def rate(self, *keys: str) -> Optional[float]:

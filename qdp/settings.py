@@ -193,6 +193,11 @@ def affinity_of(result: Any, part: Part) -> Any:
     raise NotFound("no device {}".format(part("device")), hint="ListDevAffinity lists the devices")
 
 
+def has_class(result: Any, part: Part) -> bool:
+    """Whether the filter classes have VLANMAC; None stands for a switch without any."""
+    return bool(result) and result["VLANMAC"] == "TRUE"
+
+
 def override_of(result: Any, part: Part) -> Any:
     return result["rssOverrideQid"] if result["rssOverride"] else None
 
@@ -356,11 +361,11 @@ SETTINGS = (
     ),
     _host_row(
         "host-pfs", "HostPFGet", "HostPFSet", "lifs", "", range(1024), "LIFs of the host's physical functions",
-        danger="a physical function that is left out loses its traffic", write=slots,
+        caveat="all slots are set at once; the module sets the fifth to 0", write=slots,
     ),
     _host_row(
         "p4-app", "P4AppGet", "P4AppSet", "flag", "", ON_OFF, "the SmartNIC's P4 user application",
-        danger="off stops the application, and the offload with it",
+        danger="off stops the application",
     ),
     _host_row(
         "p4-log-level", "P4LogLevelGet", "P4LogLevelSet", "integer", "", range(6),
@@ -391,7 +396,7 @@ SETTINGS = (
         "filter-vlan-mac", "GetSwitchFilterTypes", "SetSwitchFilterTypes", "flag", "", (True,), "stored",
         "the receive filter class VLANMAC",
         caveat="it can only be added: without its only class, the classes of a switch can neither be read nor set",
-        read=lambda result, part: result["VLANMAC"] == "TRUE", write=lambda result, value: ("VLANMAC", int(value)),
+        read=has_class, write=lambda result, value: ("VLANMAC", int(value)),
     ),
     _switch_row(
         "balancer-metric", "GetLBMetric", "SetLBMetric", "choice", "", ("none", "cpu", "count"), "stored",
@@ -441,11 +446,10 @@ SETTINGS = (
     _switch_row(
         "uplink-mac-learn", "", "SetUplinkMACLearn", "flag", "", ON_OFF, "running",
         "whether uplinks learn MAC addresses", by=("switch",), caveat=UNVERIFIED,
-        danger="off forgets what uplinks have learned",
     ),
     _switch_row(
         "flow-cache", "", "EnableSwitchFlowCache", "flag", "", ON_OFF, "running", "the flow cache", by=("switch",),
-        caveat=UNVERIFIED, danger="off empties the flow cache: all packets take the slow path",
+        caveat=UNVERIFIED, danger="off takes the flow cache out of use for all traffic of the switch",
     ),
     # Of a port
     Row(
@@ -524,7 +528,7 @@ Undo = List[Tuple["Setting", Any]]
 
 
 class Setting:
-    """One setting of one switch, port, ... `value` reads it, `set` sets it."""
+    """One setting of a host, a switch, a port, an uplink or a device. `value` reads it, `set` sets it."""
 
     def __init__(
         self, row: Row, path: str, part: Part, covered: Callable[[], List["Setting"]] = lambda: []
@@ -536,14 +540,17 @@ class Setting:
 
     @property
     def name(self) -> str:
+        """The name of the setting."""
         return self.row.name
 
     @property
     def is_readable(self) -> bool:
+        """Whether the platform has a method that reads it."""
         return bool(self.row.getter)
 
     @property
     def value(self) -> Any:
+        """The value, read now."""
         return self.get()
 
     def get(self) -> Any:
@@ -551,9 +558,11 @@ class Setting:
         return self.row.read(self._result(), self._part)
 
     def check(self, value: Any) -> Any:
+        """A value as it is set, or InvalidArgument."""
         return check(self.row, value)
 
     def parse(self, text: str) -> Any:
+        """A value from its text."""
         return parse(self.row, text)
 
     def set(self, value: Any) -> Change:

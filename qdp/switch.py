@@ -66,9 +66,11 @@ class Lcore:
         return flows_of(self.switch.number, self.number, FlowFilter(**filters))
 
     def flow_stats(self) -> FlowStats:
+        """The counters of its flow cache."""
         return self.switch.flow_stats([self.number])[0]
 
     def fpo_stats(self) -> FPOStats:
+        """The counters of flow processing offload on it."""
         return self.switch.fpo_stats([self.number])[0]
 
     def __repr__(self) -> str:
@@ -96,12 +98,15 @@ class Port:
 
     @property
     def settings(self) -> Settings:
+        """The settings of the port."""
         return self.switch.port_settings(self.number)
 
     def stats(self) -> PortCounters:
+        """The counters of the fast path and of the slow path."""
         return methods.GetPortStats(*self._at)
 
     def conf(self) -> PortConf:
+        """The configuration: addresses, VLANs and features."""
         return methods.GetPortConf(*self._at)
 
     def queues(self) -> NetQInfo:
@@ -113,12 +118,15 @@ class Port:
         return methods.GetPortTxUplink(*self._at)
 
     def rss_engines(self) -> List[RSSEngine]:
+        """The receive-side scaling engines."""
         return methods.ListRSSEngine(*self._at)
 
     def mac_table(self) -> PortMACTable:
+        """The MAC table of the port, with its limit."""
         return methods.ListPortMACTable(*self._at)
 
     def macs(self) -> List[MACEntry]:
+        """The MAC entries of the port."""
         return self.mac_table().MacTableList
 
     def add_mac(self, mac: str, vlan: int = 0) -> None:
@@ -191,10 +199,12 @@ class NamedUplink:
 
     @property
     def path(self) -> str:
+        """What names the uplink: "dvs-production/uplink/nic0"."""
         return "{}/uplink/{}".format(self.switch.path, self.name)
 
     @property
     def settings(self) -> Settings:
+        """The settings that go by that name."""
         def part(wanted: str) -> Any:
             return self.name if wanted == "uplink" else self.switch.part(wanted)
 
@@ -241,6 +251,7 @@ class Switch:
 
     @property
     def settings(self) -> Settings:
+        """The settings of the switch."""
         return Settings("switch", self.path, self.part, lambda: [port.settings for port in self.ports()])
 
     def port_settings(self, number: int) -> Settings:
@@ -255,12 +266,14 @@ class Switch:
     # --- What the switch consists of ---
 
     def ports(self) -> List[Port]:
+        """All ports; uplinks among them are of class Uplink."""
         return [self._port(info) for info in methods.ListPorts(self.number)]
 
     def _port(self, info: PortInfo) -> Port:
         return Uplink(self, info) if info.clientType == UPLINK else Port(self, info)
 
     def port(self, number: int) -> Port:
+        """A port by its number."""
         within("a port number", number, PORTS)
         for port in self.ports():
             if port.number == number:
@@ -268,21 +281,26 @@ class Switch:
         raise NotFound("switch {} has no port {}".format(self.path, number), hint="Switch.ports() lists its ports")
 
     def uplinks(self) -> List[Uplink]:
+        """The ports of client type UPLINK."""
         return [port for port in self.ports() if isinstance(port, Uplink)]
 
     def uplink(self, number: int) -> Uplink:
+        """An uplink by its number."""
         port = self.port(number)
         if not isinstance(port, Uplink):
             raise NotFound("port {} is no uplink".format(port.path), hint="Switch.uplinks() lists the uplinks")
         return port
 
     def named_uplink(self, name: str) -> NamedUplink:
+        """An uplink by its name in the switch's configuration."""
         return NamedUplink(self, name)
 
     def lcores(self) -> List[Lcore]:
+        """The lcores that forward for the switch."""
         return [Lcore(self, number) for number in bits_of(self.info.lcores)]
 
     def lcore(self, number: int) -> Lcore:
+        """An lcore of the switch by its number."""
         for lcore in self.lcores():
             if lcore.number == number:
                 return lcore
@@ -291,9 +309,11 @@ class Switch:
     # --- MAC addresses ---
 
     def mac_table(self) -> SwitchMACTable:
+        """The MAC table of the switch, with its limit."""
         return methods.ListSwitchMACTable(self.number)
 
     def macs(self) -> List[MACEntry]:
+        """The MAC entries of the switch."""
         return self.mac_table().MacTableList
 
     def clear_macs(self) -> None:
@@ -364,6 +384,7 @@ class Switch:
         return methods.DumpLBDebugBuf(self.number, within("a flag", flag, range(256)))
 
     def flush_debug_buffer(self) -> None:
+        """Empties the balancer's debug buffer."""
         methods.FlushLBDebugBuf(self.number)
 
     # --- Further ---
@@ -373,6 +394,7 @@ class Switch:
         return methods.AdvStatsGetCounters(self.number, within("a selector", selector, WORD), text)
 
     def clear_advanced_stats(self) -> None:
+        """Sets the advanced statistics to zero."""
         methods.AdvStatsSetEnabled(self.number, 2)
 
     def span_record(self, destination: Any, value: int = 0) -> L3SPANRecord:

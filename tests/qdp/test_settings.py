@@ -267,6 +267,17 @@ def test_only_filter_class_is_not_removed(layer):
     assert setting.value is True
 
 
+def test_switch_without_any_filter_class(layer, host):
+    """Such a switch takes none, either."""
+    setting = layer.setting("dvs-storage/filter-vlan-mac")
+    for _ in range(2):
+        host.script("Qdp_GetSwitchFilterTypes", outputs=[struct.pack("<H", 0)])
+    assert setting.value is False
+    host.script("Qdp_GetSwitchFilterTypes", outputs=[struct.pack("<H", 0)])
+    with pytest.raises(qdp.Refused, match="Failed to get current support FilterClasses on switch"):
+        setting.set(True)
+
+
 def test_fifth_host_pf_is_kept_when_it_is_zero(layer, host):
     setting = layer.setting("host-pfs")
     with host.recording() as calls:
