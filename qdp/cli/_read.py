@@ -27,10 +27,20 @@ def run_read(verb, options):
 
 
 def read_rows(context):
+    """The rows; where the reading fails on the way, those that could be read."""
+    from ..errors import QdpError
+
+    rows = []
     try:
-        return list(context.verb.read(context))
+        for row in context.verb.read(context):
+            rows.append(row)
+    except QdpError as error:
+        if not rows:
+            raise
+        context.refuse(error)
     finally:
         clear_progress()
+    return rows
 
 
 def counters_of(verb, row):

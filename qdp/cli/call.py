@@ -4,12 +4,13 @@ from ._declare import WRITING, Object, Option, Read
 from ._output import CommandError, UsageError
 from ._rows import plain
 
-# Where a method's name begins or ends like this, calling it changes nothing.
-READING = ("Get", "List", "Dump", "Table"), ("Get", "List", "Dump", "Query", "QueryContextMgr")
+# A method with one of these in its name changes nothing.
+READING = ("Get", "List", "Dump", "Query", "Table")
+WRITING_TABLES = ("Clear",)
 
 
 def changes(method):
-    return not (method.startswith(READING[0]) or method.endswith(READING[1]))
+    return method.startswith(WRITING_TABLES) or not any(word in method for word in READING)
 
 
 def literal(text):

@@ -1,20 +1,31 @@
 """`qdp switch`: the datapath's switches."""
 
+from ..errors import QdpError
 from ._declare import ANY_SWITCH, Column, Object, Read
 from ._names import remember
 
 
 def show(context):
-    switches = [
-        dict(switch, alias=context.source.aliases.alias_of(switch["name"]))
-        for switch in context.switches(context.options.switch)
-    ]
+    switches = [dict(switch) for switch in context.switches(context.options.switch)]
+    add_aliases(context, switches)
     if context.options.switch is None:
-        remember("switch", (str(switch[key]) for key in ("swID", "alias", "name") for switch in switches if switch[key] is not None))
+        names = [switch[key] for key in ("swID", "alias", "name") for switch in switches]
+        remember("switch", [str(name) for name in names if name is not None])
     for switch in switches:
         if context.options.statistics:
-            switch = dict(switch, **totals(context, switch))
+            switch.update(totals(context, switch))
         yield switch
+
+
+def add_aliases(context, switches):
+    """Switches have no alias where it cannot be told, and where the switch configuration cannot be read."""
+    for switch in switches:
+        switch["alias"] = None
+    try:
+        for switch in switches:
+            switch["alias"] = context.source.aliases.alias_of(switch["name"])
+    except QdpError as error:
+        context.refuse(error)
 
 
 def totals(context, switch):

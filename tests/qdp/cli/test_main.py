@@ -71,6 +71,20 @@ def test_what_could_be_read_is_printed(qdp_command):
     assert sorted({row["swID"] for row in json.loads(out)}) == [0, 2]
 
 
+def test_rows_before_a_failure_are_printed(qdp_command, monkeypatch):
+    from qdp.cli import load
+    from qdp.errors import Refused
+
+    def read(context):
+        yield {"swID": 7, "name": "seven"}
+        raise Refused("no more")
+
+    monkeypatch.setattr(load("switch").verbs["show"], "read", read)
+    code, out, err = qdp_command("switch", "--columns", "switch,name", "--no-header")
+    assert (code, out) == (2, "7  seven\n")
+    assert err.startswith("qdp: no more; ")
+
+
 def test_nothing_is_an_empty_array(qdp_command):
     assert qdp_command.rows("switch", "show", "--where", "mtu=1") == []
     assert qdp_command("switch", "show", "--where", "mtu=1", "-j")[1] == "[]\n"

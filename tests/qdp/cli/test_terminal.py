@@ -180,6 +180,21 @@ def test_trial_ends_with_the_terminal(terminal, process, tmp_path, root, build):
     assert [each["in"][0] for each in calls if each.get("operation") == "Qdp_Set_Flow_Timeout"] == [33, 10]
 
 
+def test_names_for_completion_are_kept_on_a_terminal_alone(terminal, run_process, tmp_path):
+    variables = {"XDG_CACHE_HOME": str(tmp_path)}
+    run_process("switch", variables=variables)
+    run_process("port", variables=variables)
+    assert list(tmp_path.iterdir()) == []
+    for line in (["switch"], ["port", "show", "1"]):
+        shown = terminal(*line, **variables)
+        shown.read_until()
+        assert shown.end() == 0
+    assert sorted(each.name for each in (tmp_path / "qdp").iterdir()) == ["port", "switch"]
+    names = (tmp_path / "qdp" / "switch").read_text().split()
+    assert names == ["0", "1", "2", "dvs-production", "dvs-storage", "portset-0", "dvs-storage", "switch-smartnic"]
+    assert (tmp_path / "qdp" / "port").read_text().split() == list("01234567")
+
+
 def test_progress_after_a_second_on_standard_error(monkeypatch, capsys):
     from qdp.cli import _output
 
