@@ -2,6 +2,8 @@
 // under one hold of the interpreter lock.
 #include <Python.h>
 
+#include <stdio_ext.h>
+
 #include <cstdio>
 #include <memory>
 #include <type_traits>
@@ -49,59 +51,140 @@ void write_through(FILE* where, const char* text, size_t length)
     std::fflush(where);
 }
 
-// Takes what was written since `start` out of the stream.
+// How much text is in the stream. All of it counts as pending until it is taken.
+size_t written()
+{
+    return __fpending(stream);
+}
+
+// Takes what was written behind `start` out of the stream.
 template <class Taker>
-auto take(off_t start, Taker taker)
+auto take(size_t start, Taker taker)
 {
     flockfile(stream);
     std::fflush(stream);
-    const auto first = static_cast<size_t>(start);
-    auto taken = taker(bytes + first, size > first ? size - first : 0);
-    fseeko(stream, start, SEEK_SET);
+    // Less than `start` when a call of another thread, begun inside this one, has taken back what was there.
+    const size_t first = size < start ? 0 : start;
+    auto taken = taker(bytes + first, size - first);
+    fseeko(stream, static_cast<off_t>(first), SEEK_SET);
     funlockfile(stream);
     return taken;
 }
 
 // Begins a capture: where its text will start.
-off_t begin()
+size_t begin()
 {
     if (depth++ == 0) {
         real_stderr = stderr;
-        if (ftello(stream) != 0)  // from a thread of the platform, after the last call
+        if (written() != 0)  // from a thread of the platform, after the last call
             take(0, [](const char* text, size_t length) { return write_through(real_stderr, text, length), 0; });
         point(stderr, stream);
     }
-    return ftello(stream);
+    return written();
 }
 
 // Ends a capture: whether there is text of it.
-bool end(off_t start)
+bool end(size_t start)
 {
     if (--depth == 0 && stderr == stream)
         point(stderr, real_stderr);
-    return ftello(stream) != start;
+    return written() != start;
 }
 
 // The text of a capture that has ended, or null after a failure. To be taken before anything else runs.
-PyRef text_since(off_t start)
+PyRef text_since(size_t start)
 {
-    // A call that another thread began inside this one may still be on: where it took back what was there, all is ours.
-    if (ftello(stream) < start)
-        start = 0;
     return PyRef{take(start, [](const char* text, size_t length) {
         return PyBytes_FromStringAndSize(text, static_cast<Py_ssize_t>(length));
     })};
 }
 
+// --- Records: a dictionary of a result becomes the attributes of an object. The plan of a result is, as in record.py,
+// None, a record class, [a plan], (plans...), or {None: record class, key: plan} ---
+
+// The interned text "__dict__".
+PyObject* dict_attribute;
+
+PyRef as_records(PyObject* plan, PyObject* value);
+
+// A record of the class that has adopted the dictionary, or null.
+PyRef adopted(PyObject* record_class, PyObject* values)
+{
+    const auto type = reinterpret_cast<PyTypeObject*>(record_class);
+    const auto allocate = reinterpret_cast<allocfunc>(PyType_GetSlot(type, Py_tp_alloc));
+    PyRef record{allocate(type, 0)};
+    if (!record || PyObject_SetAttr(record.get(), dict_attribute, values) != 0)
+        return nullptr;
+    return record;
+}
+
+PyRef adopted_with_inside(PyObject* plan, PyObject* values)
+{
+    PyObject *key, *inside, *record_class = nullptr;
+    for (Py_ssize_t position = 0; PyDict_Next(plan, &position, &key, &inside);) {
+        if (key == Py_None) {
+            record_class = inside;
+        } else if (PyObject* value = PyDict_GetItem(values, key)) {
+            const PyRef records = as_records(inside, value);
+            if (!records || PyDict_SetItem(values, key, records.get()) != 0)
+                return nullptr;
+        }
+    }
+    return adopted(record_class, values);
+}
+
+PyRef list_of_records(PyObject* plan, PyObject* list)
+{
+    for (Py_ssize_t i = 0; i < PyList_Size(list); ++i) {
+        PyRef records = as_records(plan, PyList_GetItem(list, i));
+        if (!records || PyList_SetItem(list, i, records.release()) != 0)
+            return nullptr;
+    }
+    return borrowed(list);
+}
+
+// `plan_at(i)` is the plan of the item at i.
+template <class PlanAt>
+PyRef tuple_of_records(PyObject* tuple, PlanAt plan_at)
+{
+    PyRef made{PyTuple_New(PyTuple_Size(tuple))};
+    for (Py_ssize_t i = 0; made && i < PyTuple_Size(tuple); ++i) {
+        PyRef records = as_records(plan_at(i), PyTuple_GetItem(tuple, i));
+        if (!records || PyTuple_SetItem(made.get(), i, records.release()) != 0)
+            return nullptr;
+    }
+    return made;
+}
+
+// A result with its dictionaries adopted, in place where it can be; what is not of its plan stays as it is.
+PyRef as_records(PyObject* plan, PyObject* value)
+{
+    if (PyDict_CheckExact(value)) {
+        if (PyType_Check(plan))
+            return adopted(plan, value);
+        if (PyDict_CheckExact(plan))
+            return adopted_with_inside(plan, value);
+    } else if (PyList_CheckExact(plan)) {
+        PyObject* item_plan = PyList_GetItem(plan, 0);
+        if (PyList_CheckExact(value))
+            return list_of_records(item_plan, value);
+        if (PyTuple_CheckExact(value))
+            return tuple_of_records(value, [=](Py_ssize_t) { return item_plan; });
+    } else if (PyTuple_CheckExact(plan) && PyTuple_CheckExact(value) && PyTuple_Size(plan) == PyTuple_Size(value)) {
+        return tuple_of_records(value, [=](Py_ssize_t i) { return PyTuple_GetItem(plan, i); });
+    }
+    return borrowed(value);
+}
+
 // --- Calls ---
 
 struct State {
-    PyObject* rows;       // dict: method's name, and the method: (function, failing result, what makes records, name)
+    PyObject* rows;       // dict: method's name, and the method: (function, failing result, plan, name)
     PyObject* other_row;  // makes the row of what is none of these
     PyObject* settle;     // ends a call that printed, raised, or returned the failing result
 };
 
-enum Place { function_of, failure_of, adopter_of, name_of, places };
+enum Place { function_of, failure_of, plan_of, name_of, places };
 
 State* state_of(PyObject* module)
 {
@@ -147,7 +230,7 @@ PyRef settled(const State* state, PyObject* row, PyObject* arguments, PyRef resu
 
 PyRef result_of(const State* state, PyObject* row, PyObject* arguments)
 {
-    const off_t start = begin();
+    const size_t start = begin();
     PyRef result{PyObject_Call(PyTuple_GetItem(row, function_of), arguments, nullptr)};
     const bool has_text = end(start);
     if (!has_text && result && result.get() != PyTuple_GetItem(row, failure_of))
@@ -155,7 +238,7 @@ PyRef result_of(const State* state, PyObject* row, PyObject* arguments)
     return settled(state, row, arguments, std::move(result), text_since(start));
 }
 
-PyObject* call_method(PyObject* module, PyObject* method_and_arguments, bool as_records)
+PyObject* call_method(PyObject* module, PyObject* method_and_arguments, bool adopts)
 {
     const State* state = state_of(module);
     const Py_ssize_t count = PyTuple_Size(method_and_arguments);
@@ -170,9 +253,8 @@ PyObject* call_method(PyObject* module, PyObject* method_and_arguments, bool as_
     if (!arguments)
         return nullptr;
     PyRef result = result_of(state, row.get(), arguments.get());
-    PyObject* adopter = PyTuple_GetItem(row.get(), adopter_of);
-    if (result && as_records && adopter != Py_None)
-        return PyObject_CallFunctionObjArgs(adopter, result.get(), nullptr);
+    if (result && adopts)
+        result = as_records(PyTuple_GetItem(row.get(), plan_of), result.get());
     return result.release();
 }
 
@@ -186,6 +268,12 @@ PyObject* call(PyObject* module, PyObject* args)
 PyObject* call_raw(PyObject* module, PyObject* args)
 {
     return call_method(module, args, false);
+}
+
+PyObject* as_records_of(PyObject*, PyObject* args)
+{
+    PyObject *plan, *value;
+    return PyArg_ParseTuple(args, "OO", &plan, &value) ? as_records(plan, value).release() : nullptr;
 }
 
 PyObject* pass_on(PyObject*, PyObject* args)
@@ -220,11 +308,11 @@ int set_up(PyObject*)
     }
     if (!stream)
         stream = open_memstream(&bytes, &size);
-    if (!stream) {
+    if (!dict_attribute)
+        dict_attribute = PyUnicode_InternFromString("__dict__");
+    if (!stream)
         PyErr_NoMemory();
-        return -1;
-    }
-    return 0;
+    return stream && dict_attribute ? 0 : -1;
 }
 
 int visit_all(PyObject* module, visitproc visit, void* arg)
@@ -250,6 +338,8 @@ PyMethodDef methods[] = {
      "Calls a method of _libqdp, by its name or itself: its result as records, or an exception of QdpError."},
     {"call_raw", call_raw, METH_VARARGS,
      "call_raw(method, *arguments)\n--\n\nAs call, with the module's own objects for a result."},
+    {"as_records", as_records_of, METH_VARARGS,
+     "as_records(plan, value)\n--\n\nA result with its dictionaries as records, by its plan."},
     {"pass_on", pass_on, METH_VARARGS, "pass_on(text)\n--\n\nWrites bytes to the real standard error."},
     {"install", install, METH_VARARGS,
      "install(rows, other_row, settle)\n--\n\nSays what is known of the methods, and what ends a call that failed."},

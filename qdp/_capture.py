@@ -5,6 +5,8 @@ import sys
 import tempfile
 import threading
 
+from .record import as_records
+
 STANDARD_ERROR = 2
 
 _state = {}  # rows, other_row, settle
@@ -34,9 +36,9 @@ def pass_on(text):
         pass
 
 
-def _called(method, arguments, as_records):
+def _called(method, arguments, adopts):
     row = _state["rows"].get(method) or _state["other_row"](method)
-    function, failure, adopt, name = row
+    function, failure, plan, name = row
     result, exception = None, None
     with _lock, _Redirected() as redirected:
         try:
@@ -45,7 +47,7 @@ def _called(method, arguments, as_records):
             exception = raised.with_traceback(raised.__traceback__.tb_next)
     if exception is not None or redirected.text or result is failure:
         result = _state["settle"](name, arguments, result, exception, redirected.text)
-    return adopt(result) if as_records and adopt else result
+    return as_records(plan, result) if adopts else result
 
 
 class _Redirected:

@@ -3,7 +3,7 @@
 import _libqdp
 
 from . import errors
-from .record import adopter
+from .record import plan_of
 from .records import NONE_IS_NO_FAILURE, RESULTS
 
 TYPE_CHECKING = False
@@ -11,7 +11,7 @@ if TYPE_CHECKING:
     from typing import Any, Callable, NoReturn, Optional, Tuple, Union
 
     Method = Union[str, Callable[..., Any]]
-    Row = Tuple[Callable[..., Any], Any, Optional[Callable[[Any], Any]], str]
+    Row = Tuple[Callable[..., Any], Any, Any, str]
 
 # Results that say that the call failed, where that is not None.
 FAILURES = {
@@ -33,10 +33,9 @@ PROVING_TEXT = b"Dump Port Flow Not supported below 2.10.0.0\n"
 
 
 def _row(name: str, function: "Callable[..., Any]") -> "Row":
-    """What a call needs of its method: the function, the result that means a failure, what makes records, the name."""
+    """What a call needs of its method: the function, the result that means a failure, the plan of records, the name."""
     failure = NO_FAILURE if name in NONE_IS_NO_FAILURE else FAILURES.get(name)
-    shape = RESULTS[name]
-    return function, failure, adopter(shape) if shape else None, name
+    return function, failure, plan_of(RESULTS[name]), name
 
 
 def _rows():

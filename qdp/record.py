@@ -3,7 +3,7 @@
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from typing import Any, Callable, Dict, Iterator, KeysView, Tuple
+    from typing import Any, Dict, Iterator, KeysView, Tuple
 
 
 class Record:
@@ -19,9 +19,9 @@ class Record:
     _inside = {}  # type: Dict[str, Any]
 
     def __init__(self, values: "Dict[str, Any]") -> None:
-        for key, adopt in _inside_adopters(type(self)):
+        for key, inside in self._inside.items():
             if key in values:
-                values[key] = adopt(values[key])
+                values[key] = as_records(plan_of(inside), values[key])
         self.__dict__ = values
 
     def __getitem__(self, key: str) -> "Any":
@@ -63,64 +63,35 @@ def _restored(record_class, values):
     return record
 
 
-def adopter(shape: "Any") -> "Callable[[Any], Any]":
-    """The function that makes records of a result, in place. A shape is a record class; a list of one shape, for a list
-    or a tuple of any length; or a tuple of shapes. None stands for what holds no record. A value that is not of its
-    shape stays as it is."""
-    if shape is None:
-        return _as_it_is
+def plan_of(shape: "Any") -> "Any":
+    """How `as_records` goes through a result of that shape. A shape is a record class; a list of one shape, for a list or
+    a tuple of any length; a tuple of shapes; or None for what holds no record. In a plan, a record class with
+    dictionaries inside is {None: class, key: plan}."""
     if isinstance(shape, list):
-        return _adopter_of_list(shape[0])
+        return [plan_of(shape[0])]
     if isinstance(shape, tuple):
-        adopters = [adopter(one) for one in shape]
-        return lambda values: tuple([adopt(value) for adopt, value in zip(adopters, values)])
-    return _adopter_of_record(shape)
+        return tuple([plan_of(one) for one in shape])
+    if shape is None or not shape._inside:
+        return shape
+    plan = {key: plan_of(inside) for key, inside in shape._inside.items()}
+    plan[None] = shape
+    return plan
 
 
-def _as_it_is(value):
+def as_records(plan: "Any", value: "Any") -> "Any":
+    """A result with its dictionaries as records, in place where it can be; what is not of its plan stays as it is. The C
+    helper has a quicker one."""
+    if type(value) is dict:
+        if isinstance(plan, dict):
+            for key in plan:
+                if key in value:
+                    value[key] = as_records(plan[key], value[key])
+            return _restored(plan[None], value)
+        return _restored(plan, value) if isinstance(plan, type) else value
+    if isinstance(plan, list):
+        if type(value) is list:
+            value[:] = [as_records(plan[0], item) for item in value]
+        return tuple([as_records(plan[0], item) for item in value]) if type(value) is tuple else value
+    if isinstance(plan, tuple) and type(value) is tuple and len(plan) == len(value):
+        return tuple([as_records(one, item) for one, item in zip(plan, value)])
     return value
-
-
-def _inside_adopters(record_class):
-    return [(key, adopter(shape)) for key, shape in record_class._inside.items()]
-
-
-def _adopter_of_record(record_class):
-    new = record_class.__new__
-    inside = _inside_adopters(record_class)
-
-    def adopt(values):
-        if type(values) is not dict:
-            return values
-        for key, adopt_value in inside:
-            if key in values:
-                values[key] = adopt_value(values[key])
-        record = new(record_class)
-        record.__dict__ = values
-        return record
-
-    return adopt
-
-
-def _adopter_of_list(shape):
-    """Lists of plain records are the long ones: they are adopted without a call for each."""
-    adopt = adopter(shape)
-    is_plain = isinstance(shape, type) and not shape._inside
-    new = shape.__new__ if is_plain else None
-
-    def adopt_each(values):
-        if type(values) is list:
-            values[:] = map(adopt, values)
-        return tuple(map(adopt, values)) if type(values) is tuple else values
-
-    def adopt_plain(values):
-        if type(values) is list:
-            i = 0
-            for value in values:
-                values[i] = record = new(shape)
-                record.__dict__ = value
-                i += 1
-            return values
-        return adopt_each(values)
-
-    return adopt_plain if is_plain else adopt_each
