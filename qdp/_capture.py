@@ -10,7 +10,10 @@ from .record import as_records
 STANDARD_ERROR = 2
 
 _state = {}  # rows, other_row, settle
+# Held during a call, and during a fork: a child that begins within a call of another thread would never see its end.
 _lock = threading.RLock()
+if hasattr(os, "register_at_fork"):  # from CPython 3.7 on
+    os.register_at_fork(before=_lock.acquire, after_in_parent=_lock.release, after_in_child=_lock.release)
 
 
 def install(rows, other_row, settle):
@@ -40,39 +43,47 @@ def _called(method, arguments, adopts):
     row = _state["rows"].get(method) or _state["other_row"](method)
     function, failure, plan, name = row
     result, exception = None, None
-    with _lock, _Redirected() as redirected:
+    with _lock:
+        redirected = _Redirected()
         try:
+            redirected.begin()
             result = function(*arguments)
         except BaseException as raised:  # what is raised is settled below, the interrupt of a user, too
             exception = raised.with_traceback(raised.__traceback__.tb_next)
-    if exception is not None or redirected.text or result is failure:
-        result = _state["settle"](name, arguments, result, exception, redirected.text)
+        finally:
+            text = redirected.end()
+    if exception is not None or text or result is failure:
+        result = _state["settle"](name, arguments, result, exception, text)
     return as_records(plan, result) if adopts else result
 
 
 class _Redirected:
     """Standard error in a file, as long as a call lasts. Other threads' texts get there, too."""
 
-    def __enter__(self):
-        _flush()
+    def __init__(self):
         self._file = tempfile.TemporaryFile()
         try:
             self._real = os.dup(STANDARD_ERROR)
         except OSError:
             self._real = None  # closed
-        os.dup2(self._file.fileno(), STANDARD_ERROR)
-        return self
 
-    def __exit__(self, *exception):
+    def begin(self):
         _flush()
-        if self._real is None:
-            os.close(STANDARD_ERROR)
-        else:
-            os.dup2(self._real, STANDARD_ERROR)
-            os.close(self._real)
-        self._file.seek(0)
-        self.text = self._file.read()
-        self._file.close()
+        os.dup2(self._file.fileno(), STANDARD_ERROR)
+
+    def end(self):
+        """Puts standard error back, first of all, since an interrupt may come at any time; gives the text."""
+        try:
+            _flush()
+        finally:
+            if self._real is None:
+                os.close(STANDARD_ERROR)
+            else:
+                os.dup2(self._real, STANDARD_ERROR)
+                os.close(self._real)
+        with self._file:
+            self._file.seek(0)
+            return self._file.read()
 
 
 def _flush():

@@ -261,17 +261,21 @@ _patterns = []  # type: List[Tuple[Pattern[str], Row]]
 
 
 def _prepare() -> None:
-    """Makes the table ready for look-ups, when the first text is seen."""
+    """Makes the table ready for look-ups, when the first text is seen. Other threads may do the same meanwhile."""
     import re
 
+    exact = {}  # type: Dict[str, Row]
+    patterns = []
     for failure, rows in TEXTS.items():
         for row in rows:
             text, hint = row if isinstance(row, tuple) else (row, "")
-            _exact[text] = (failure, hint)
+            exact[text] = (failure, hint)
             if "%" in text:
                 pieces = re.split("(%#x|%[sud])", text)
                 pattern = "".join(PLACEHOLDERS.get(piece) or re.escape(piece) for piece in pieces)
-                _patterns.append((re.compile(pattern + r"(?=\n|\Z)"), (failure, hint)))
+                patterns.append((re.compile(pattern + r"(?=\n|\Z)"), (failure, hint)))
+    _patterns[:] = patterns
+    _exact.update(exact)  # the last: from here on the table is whole
 
 
 def _row_at(text: str, start: int) -> "Tuple[Optional[Row], int]":
