@@ -283,3 +283,40 @@ class TestProcesses:
             print(statuses, failing("ListPorts", 9))
         """
         assert run(script) == (0, "[0] " + NINE, "")
+
+
+# Fails in a sub-interpreter that shares the lock, and in one with a lock of its own where there are such.
+SUBINTERPRETERS = """
+    inside = '''if True:
+        import sys
+        sys.path[:] = %r
+        try:
+            import qdp
+            qdp.call("ListPorts", 9)
+        except Exception as failure:
+            print(failure, flush=True)
+    ''' % sys.path
+    def run_inside(kind):
+        try:
+            import _interpreters
+        except ImportError:
+            import _xxsubinterpreters
+            interpreter = _xxsubinterpreters.create(isolated=kind == "isolated")
+            _xxsubinterpreters.run_string(interpreter, inside)
+            _xxsubinterpreters.destroy(interpreter)
+        else:
+            interpreter = _interpreters.create(kind)
+            _interpreters.exec(interpreter, inside)
+            _interpreters.destroy(interpreter)
+    print(failing("ListPorts", 9), flush=True)
+    run_inside("legacy")
+    run_inside("isolated")
+    print(failing("ListPorts", 9), flush=True)
+"""
+
+
+def test_subinterpreters(run):
+    """The layer works in an interpreter that shares the main one's lock. Of one with its own, the module says why not."""
+    has_own_lock = sys.version_info >= (3, 12)
+    isolated = "module _libqdp does not support loading in subinterpreters\n" if has_own_lock else NINE
+    assert run(SUBINTERPRETERS) == (0, 2 * NINE + isolated + NINE, "")
