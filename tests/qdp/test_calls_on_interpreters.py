@@ -1,0 +1,39 @@
+"""The layer on every interpreter of this machine, with both captures: the same results and the same exceptions."""
+
+import subprocess
+
+import pytest
+
+from interpreters import interpreters
+from recipes import RECIPES
+
+
+def said_by(root, build, interpreter, *capture):
+    script = root / "tests" / "qdp" / "calls.py"
+    done = subprocess.run(
+        [interpreter, "-W", "error", str(script), str(build), str(root / "host" / "python"), *capture],
+        capture_output=True,
+        text=True,
+        timeout=300,
+    )
+    assert (done.returncode, done.stderr) == (0, "")
+    return done.stdout
+
+
+@pytest.fixture(scope="module")
+def reference(root, build):
+    return said_by(root, build, "/usr/bin/python3")
+
+
+def test_reference(reference):
+    lines = reference.splitlines()
+    assert [line.split()[0] for line in lines if " succeeds: " in line] == list(RECIPES)
+    assert 'GetLBMetric succeeds: "cpu"' in lines
+    refused = r"ListPorts out of range (16,) None InvalidArgument: 'TypeError: Invalid switch ID passed.\n' from NoneType"
+    assert refused in lines and len(lines) > 1600
+
+
+@pytest.mark.parametrize("interpreter", interpreters())
+@pytest.mark.parametrize("capture", [[], ["python"]], ids=["helper", "python"])
+def test_same_on_every_interpreter(root, build, reference, interpreter, capture):
+    assert said_by(root, build, interpreter, *capture) == reference
