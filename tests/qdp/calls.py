@@ -22,8 +22,9 @@ host = EmbeddedHost(os.path.join(BUILD, "host"))
 import _libqdp  # noqa: E402
 
 import qdp  # noqa: E402
+from contract import RECIPES  # noqa: E402
 from failure_paths import failure_paths  # noqa: E402
-from recipes import RECIPES, is_made_of  # noqa: E402
+from recipes import is_made_of  # noqa: E402
 
 exported = ctypes.PyDLL(_libqdp.__file__)
 

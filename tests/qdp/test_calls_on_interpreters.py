@@ -4,8 +4,8 @@ import subprocess
 
 import pytest
 
+from contract import RECIPES
 from interpreters import interpreters
-from recipes import RECIPES
 
 
 def said_by(root, build, interpreter, *capture):

@@ -8,9 +8,10 @@ import pytest
 
 import _libqdp
 import qdp
+from contract import RECIPES
 from observe import standard_error
 from qdp import _call, record, records
-from recipes import RECIPES, is_made_of
+from recipes import is_made_of
 from typings.arguments import MORE_ARGUMENTS
 
 
