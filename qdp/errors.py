@@ -2,7 +2,7 @@
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from typing import Any, Dict, List, Optional, Pattern, Tuple, Type
+    from typing import Any, Dict, List, Optional, Tuple, Type, Union
 
     Row = Tuple[Type["QdpError"], str]  # the class of a text, and its hint
 
@@ -86,7 +86,7 @@ ALIAS_LOADED = "aliases are those that LibraryInit has loaded; ListSwitches list
 # What the module says, on standard error and in its own exceptions, by class: without line breaks, %s, %u, %d and %#x
 # for what differs; a text, or a text and a hint of its own. "SystemError: " stands before the one text
 # that means another thing when it is not printed, but the text of an exception.
-TEXTS = {
+TEXTS = {  # type: Dict[Type[QdpError], List[Union[str, Tuple[str, str]]]]
     InvalidArgument: [
         "Failed to convert destination IP address to binary form.",
         "Failed to convert destination IPv4 address to binary form.",
@@ -254,16 +254,16 @@ TEXTS = {
     ],
 }
 
-PLACEHOLDERS = {"%s": "(?s:.*?)", "%u": "[0-9]+", "%d": "-?[0-9]+", "%#x": "(?:0x[0-9a-f]+|0)"}
+# The characters that may stand for a number's placeholder; for %s, any text.
+NUMBERS = {"%u": "0123456789", "%d": "-0123456789", "%#x": "x0123456789abcdef"}
 
 _exact = {}  # type: Dict[str, Row]
-_patterns = []  # type: List[Tuple[Pattern[str], Row]]
+_patterns = []  # type: List[Tuple[List[str], List[str], Row]]
 
 
 def _prepare() -> None:
-    """Makes the table ready for look-ups, when the first text is seen. Other threads may do the same meanwhile."""
-    import re
-
+    """Makes the table ready for look-ups, when the first text is seen. Other threads may do the same meanwhile. Imports
+    nothing: a process that is forked from an import in another thread could never import the same."""
     exact = {}  # type: Dict[str, Row]
     patterns = []
     for failure, rows in TEXTS.items():
@@ -271,11 +271,38 @@ def _prepare() -> None:
             text, hint = row if isinstance(row, tuple) else (row, "")
             exact[text] = (failure, hint)
             if "%" in text:
-                pieces = re.split("(%#x|%[sud])", text)
-                pattern = "".join(PLACEHOLDERS.get(piece) or re.escape(piece) for piece in pieces)
-                patterns.append((re.compile(pattern + r"(?=\n|\Z)"), (failure, hint)))
+                patterns.append(_pieces(text) + ((failure, hint),))
     _patterns[:] = patterns
     _exact.update(exact)  # the last: from here on the table is whole
+
+
+def _pieces(text: str) -> "Tuple[List[str], List[str]]":
+    """The pieces of a text around its placeholders, and these."""
+    pieces, placeholders = [""], []
+    i = 0
+    while i < len(text):
+        length = 3 if text.startswith("%#x", i) else 2 if text[i] == "%" else 0
+        if length:
+            placeholders.append(text[i : i + length])
+            pieces.append("")
+        else:
+            pieces[-1] += text[i]
+        i += length or 1
+    return pieces, placeholders
+
+
+def _end_of_match(pieces: "List[str]", placeholders: "List[str]", text: str, start: int) -> int:
+    """Where a text with placeholders ends that starts there: at a line's end, or the text's; -1 when it does not."""
+    if not text.startswith(pieces[0], start):
+        return -1
+    end = start + len(pieces[0])
+    for i, placeholder in enumerate(placeholders):
+        is_last = i == len(placeholders) - 1
+        found = (text + "\n").find(pieces[i + 1] + ("\n" if is_last else ""), end)
+        if found < 0 or text[end:found].strip(NUMBERS.get(placeholder, text)):
+            return -1
+        end = found + len(pieces[i + 1])
+    return end
 
 
 def _row_at(text: str, start: int) -> "Tuple[Optional[Row], int]":
@@ -284,10 +311,10 @@ def _row_at(text: str, start: int) -> "Tuple[Optional[Row], int]":
     end = len(text) if end < 0 else end
     row = _exact.get(text[start:end])
     if row is None:
-        for pattern, row_of_pattern in _patterns:
-            found = pattern.match(text, start)
-            if found:
-                return row_of_pattern, found.end()
+        for pieces, placeholders, row_of_pattern in _patterns:
+            found = _end_of_match(pieces, placeholders, text, start)
+            if found >= 0:
+                return row_of_pattern, found
     return row, end
 
 
@@ -295,7 +322,8 @@ def split(text: str) -> "Tuple[str, str, Optional[Row]]":
     """What is known of a text, what is not, and the row of the first that is known."""
     if not _exact:
         _prepare()
-    known, unknown, first = [], [], None
+    known, unknown = [], []  # type: List[str], List[str]
+    first = None
     start = 0
     while start < len(text):
         row, end = _row_at(text, start)
