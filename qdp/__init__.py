@@ -27,6 +27,8 @@ from .errors import (
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
+    from typing import Any, List
+
     from . import methods, rates, records, settings
     from .flows import Flow
     from .host import Device, Host
@@ -90,7 +92,7 @@ _LATER = {
 class _Package(type(sys)):  # type: ignore[misc]
     """The package as a module that loads the rest of itself on use, on every interpreter."""
 
-    def __getattr__(self, name):
+    def __getattr__(self, name: str) -> "Any":
         if name not in _LATER:
             raise AttributeError("module 'qdp' has no attribute {!r}".format(name))
         import importlib
@@ -100,7 +102,7 @@ class _Package(type(sys)):  # type: ignore[misc]
         setattr(self, name, value)
         return value
 
-    def __dir__(self):
+    def __dir__(self) -> "List[str]":
         return sorted(set(vars(self)) | set(_LATER))
 
 

@@ -8,7 +8,7 @@ from .records import NONE_IS_NO_FAILURE, RESULTS
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from typing import Any, Callable, NoReturn, Optional, Tuple, Union
+    from typing import Any, Callable, Dict, NoReturn, Optional, Tuple, Union
 
     Method = Union[str, Callable[..., Any]]
     Row = Tuple[Callable[..., Any], Any, Any, str]
@@ -39,9 +39,9 @@ def _row(name: str, function: "Callable[..., Any]") -> "Row":
 
 
 def _rows():
-    # type: () -> dict
+    # type: () -> Dict[Any, Row]
     """The rows of all methods, by name and by function."""
-    rows = {}
+    rows = {}  # type: Dict[Any, Row]
     for name in RESULTS:
         function = getattr(_libqdp, name)
         rows[name] = rows[function] = _row(name, function)
@@ -112,7 +112,7 @@ def _chosen():
     # type: () -> Any
     """The capture that works here: the C helper, or the one in Python."""
     try:
-        from . import _call
+        from . import _call  # type: ignore[attr-defined]
 
         if _proven(_call):
             return _call

@@ -86,7 +86,7 @@ ALIAS_LOADED = "aliases are those that LibraryInit has loaded; ListSwitches list
 # What the module says, on standard error and in its own exceptions, by class: without line breaks, %s, %u, %d and %#x
 # for what differs; a text, or a text and a hint of its own. "SystemError: " stands before the one text
 # that means another thing when it is not printed, but the text of an exception.
-TEXTS = {  # type: Dict[Type[QdpError], List[Union[str, Tuple[str, str]]]]
+TEXTS = {
     InvalidArgument: [
         "Failed to convert destination IP address to binary form.",
         "Failed to convert destination IPv4 address to binary form.",
@@ -252,7 +252,7 @@ TEXTS = {  # type: Dict[Type[QdpError], List[Union[str, Tuple[str, str]]]]
         "Failed to set uplink stats counter.",
         "Memory allocation failed.",
     ],
-}
+}  # type: Dict[Type[QdpError], List[Union[str, Tuple[str, str]]]]
 
 # The characters that may stand for a number's placeholder; for %s, any text.
 NUMBERS = {"%u": "0123456789", "%d": "-0123456789", "%#x": "x0123456789abcdef"}
@@ -278,7 +278,8 @@ def _prepare() -> None:
 
 def _pieces(text: str) -> "Tuple[List[str], List[str]]":
     """The pieces of a text around its placeholders, and these."""
-    pieces, placeholders = [""], []
+    pieces = [""]
+    placeholders = []  # type: List[str]
     i = 0
     while i < len(text):
         length = 3 if text.startswith("%#x", i) else 2 if text[i] == "%" else 0
@@ -322,7 +323,8 @@ def split(text: str) -> "Tuple[str, str, Optional[Row]]":
     """What is known of a text, what is not, and the row of the first that is known."""
     if not _exact:
         _prepare()
-    known, unknown = [], []  # type: List[str], List[str]
+    known = []  # type: List[str]
+    unknown = []  # type: List[str]
     first = None
     start = 0
     while start < len(text):

@@ -47,8 +47,10 @@ class Record:
 
     def __eq__(self, other: object) -> bool:
         if isinstance(other, Record):
-            return type(self) is type(other) and self.__dict__ == other.__dict__
-        return self.__dict__ == other if isinstance(other, dict) else NotImplemented
+            return type(self) is type(other) and bool(self.__dict__ == other.__dict__)
+        if isinstance(other, dict):
+            return bool(self.__dict__ == other)
+        return NotImplemented
 
     def __repr__(self) -> str:
         return "{}({!r})".format(type(self).__name__, self.__dict__)
@@ -57,7 +59,7 @@ class Record:
         return _restored, (type(self), self.__dict__)
 
 
-def _restored(record_class, values):
+def _restored(record_class: "Any", values: "Dict[str, Any]") -> "Any":
     record = record_class.__new__(record_class)
     record.__dict__ = values
     return record

@@ -87,3 +87,15 @@ class TestExceptions:
         hints = [vars(kind)["default_hint"] for kind in [*errors.TEXTS, qdp.NotApplied]]
         assert len(set(hints)) == len(hints) and all(re.fullmatch("[^\n.]{10,}", hint) for hint in hints)
         assert qdp.Refused("").hint == qdp.Refused.default_hint
+
+
+class TestPlaceholders:
+    @pytest.mark.parametrize("size", ["", "many", "3 2"])
+    def test_number_that_is_none_is_not_known(self, size):
+        assert errors.split(f"ValueError: Ring size must be {size}aligned.\n")[2] is None
+        if size:
+            assert errors.split(f"ValueError: Ring size must be {size} aligned.\n")[2] is None
+
+    def test_status_in_hexadecimal(self):
+        assert errors.split("ValueError: Failed to dump debug buffer: 0xbad0003.\n")[2] == (qdp.Refused, "")
+        assert errors.split("ValueError: Failed to dump debug buffer: bad-3.\n")[2] is None
