@@ -168,6 +168,11 @@ def test_threads(run):
     check_threads(run, 2)
 
 
+@pytest.mark.long
+def test_threads_for_a_minute(run):
+    check_threads(run, 60)
+
+
 class TestSignals:
     def test_interrupt_of_a_long_dump(self, run):
         """An interrupt ends a dump that the platform would never finish, and leaves standard error as it was."""
