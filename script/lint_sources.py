@@ -1,6 +1,7 @@
-"""Checks what the compiler does not: who includes whom, that the module's map is true, what each file opens with, and
-that devices, addresses and switches have invented names."""
+"""Checks what the compiler does not: who includes and imports whom, that the module's map is true, what each file opens
+with, and that devices, addresses and switches have invented names."""
 
+import ast
 import pathlib
 import re
 import subprocess
@@ -24,6 +25,13 @@ SHARED = ["smartnic/channel", "smartnic/counters"]
 # Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
 BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/operations_"]}
 MAP = "module.cpp"
+
+# The layers of qdp/, from the ground up: a file imports from its own and from those below. Every file that is not named
+# stands in the layer of objects and settings; the package and its command stand above all.
+LAYER = ROOT / "qdp"
+LAYERS = [["_call", "_capture", "call", "errors", "flow_text", "methods", "record", "records"], [], ["snapshot"]]
+LAYERS += [["cli", "exporter"], ["__init__", "__main__"]]
+OBJECTS = 1
 
 
 def folder_of(path):
@@ -57,6 +65,37 @@ def inclusions():
                     if not included.startswith((f"{room}/", *shared)):
                         path = file.relative_to(ROOT)
                         yield f"{path}: may not include {included}; {room}/ shares {', '.join(shared)} only"
+
+
+def layer_of(name):
+    return next((i for i, names in enumerate(LAYERS) if name in names), OBJECTS)
+
+
+def imported_from_qdp(file):
+    """The first names behind `qdp.` of what a file of the package imports, with the lines."""
+    inside = len(file.relative_to(LAYER).parts) - 1  # how many folders below qdp/
+    for node in ast.walk(ast.parse(file.read_text())):
+        if isinstance(node, ast.ImportFrom):
+            named = (node.module or "").split(".") if node.module else []
+            if node.level == 0 and named[:1] != ["qdp"] or 0 < node.level <= inside:
+                continue
+            named = named if node.level else named[1:]
+            for name in named[:1] or [alias.name for alias in node.names]:
+                yield node.lineno, name
+        elif isinstance(node, ast.Import):
+            for alias in node.names:
+                if alias.name.startswith("qdp."):
+                    yield node.lineno, alias.name.split(".")[1]
+
+
+def layers():
+    for file in sorted(LAYER.rglob("*.py")):
+        path = file.relative_to(LAYER)
+        own = layer_of(path.parts[0].replace(".py", ""))
+        for line, name in imported_from_qdp(file):
+            if (LAYER / name).is_dir() or (LAYER / f"{name}.py").exists():
+                if layer_of(name) > own:
+                    yield f"qdp/{path}:{line}: may not import {name}, which stands above it; see LAYERS"
 
 
 def map_of_methods():
@@ -129,7 +168,7 @@ def names():
 
 
 def main():
-    faults = [*inclusions(), *map_of_methods(), *openings(), *names()]
+    faults = [*inclusions(), *layers(), *map_of_methods(), *openings(), *names()]
     for fault in faults:
         print(fault, file=sys.stderr)
     sys.exit(1 if faults else 0)

@@ -1,4 +1,4 @@
-"""The lint's rule that devices, addresses and switches have invented names."""
+"""The lint's rules that devices, addresses and switches have invented names, and that layers import from below."""
 
 import importlib.util
 
@@ -74,3 +74,39 @@ def test_all_files_are_read(lint, root):
 
 def test_the_repository_has_none(lint):
     assert list(lint.names()) == []
+
+
+class TestLayers:
+    FILES = {
+        "call.py": "from . import errors\nfrom .record import plan_of\n",
+        "errors.py": "",
+        "record.py": "",
+        "rates.py": "from .call import call\nfrom qdp.errors import QdpError\n",
+        "snapshot/__init__.py": "from ..rates import Reading\nfrom . import cli\n",
+        "snapshot/cli.py": "",
+        "cli/main.py": "from ..snapshot import read\n",
+        "__init__.py": "from .call import call\nfrom .cli import main\n",
+    }
+
+    @pytest.mark.parametrize(
+        "file, line, name",
+        [
+            ("call.py", "from .rates import Reading", "rates"),
+            ("errors.py", "from . import cli", "cli"),
+            ("rates.py", "import qdp.snapshot", "snapshot"),
+            ("rates.py", "from qdp import snapshot", "snapshot"),
+            ("snapshot/__init__.py", "from ..cli.main import main", "cli"),
+            ("snapshot/__init__.py", "    from .. import cli", "cli"),
+        ],
+    )
+    def test_import_from_above(self, lint, tmp_path, monkeypatch, file, line, name):
+        monkeypatch.setattr(lint, "LAYER", tmp_path)
+        for path, text in self.FILES.items():
+            (tmp_path / path).parent.mkdir(exist_ok=True)
+            (tmp_path / path).write_text(text)
+        assert list(lint.layers()) == []
+        before = self.FILES[file] + ("def late():\n" if line.startswith(" ") else "")
+        (tmp_path / file).write_text(before + line + "\n")
+        assert list(lint.layers()) == [
+            f"qdp/{file}:{before.count(chr(10)) + 1}: may not import {name}, which stands above it; see LAYERS"
+        ]
