@@ -9,7 +9,7 @@ install(DIRECTORY typings/_libqdp-stubs DESTINATION ${QDP_PYTHON_FOLDER} COMPONE
 install(TARGETS qdp_call DESTINATION ${QDP_PYTHON_FOLDER}/qdp COMPONENT module)
 install(FILES ${PROJECT_BINARY_DIR}/qdp/_version.py DESTINATION ${QDP_PYTHON_FOLDER}/qdp COMPONENT module)
 install(DIRECTORY qdp DESTINATION ${QDP_PYTHON_FOLDER} COMPONENT module
-    PATTERN __pycache__ EXCLUDE PATTERN *.cpp EXCLUDE)
+    PATTERN __pycache__ EXCLUDE PATTERN *.cpp EXCLUDE PATTERN *.in EXCLUDE)
 
 set(stand_ins qdphost qdp qmtPublic qdpcapture)
 set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN")

@@ -3,6 +3,7 @@
 import ctypes
 import logging
 import pathlib
+import struct
 
 import pytest
 
@@ -176,6 +177,18 @@ class TestOtherTexts:
         assert (failure.value.text, failure.value.method) == ("Failed to reset port.\n", "failing")
         assert capfd.readouterr().err == 2 * self.NOISE.decode()
 
+    def test_text_that_is_written_after_the_call(self, host, capfd):
+        """A thread of the platform took the pointer while a call was on, and writes when it has ended."""
+        kept = []
+
+        def keeping():
+            kept.append(ctypes.c_void_p.in_dll(libc, "stderr").value)
+
+        qdp.call(keeping)
+        libc.fputs(b"late\n", ctypes.c_void_p(kept[0]))
+        assert qdp.call("ListPorts", 0)
+        assert capfd.readouterr().err == "late\n"
+
     def test_what_is_no_method(self):
         with pytest.raises(AttributeError, match="has no method 'ListPort'"):
             qdp.call("ListPort", 0)
@@ -201,3 +214,27 @@ class TestOtherTexts:
             qdp.call(outer)
         assert failure.value.text == "Failed to reset port.\nFailed to unpin port.\n"
         assert capfd.readouterr().err == ""
+
+
+class TestUnreadableAnswers:
+    def test_text_that_is_not_utf_8(self, host):
+        host.script("Qdp_DumpLBDebugBuf", outputs=[b"a\xff"])
+        with pytest.raises(qdp.BadAnswer, match="can't decode byte 0xff") as failure:
+            qdp.call("DumpLBDebugBuf", 0, 0)
+        assert type(failure.value.__cause__) is UnicodeDecodeError and "UTF-8" in failure.value.hint
+
+    def test_name_in_a_record_that_is_not_utf_8(self, host):
+        switches = struct.pack("<II", 1, 0) + b"\xff" * 200
+        host.script("Qdp_Get_Switch_List", outputs=[switches])
+        with pytest.raises(qdp.BadAnswer, match=r"^ListSwitches\(\): Failed to allocate buffer\.$") as failure:
+            qdp.call("ListSwitches")
+        assert type(failure.value.__cause__) is SystemError and "UTF-8" in failure.value.hint
+
+    def test_lack_of_memory_beside_a_text(self):
+
+        def without_memory():
+            written(b"Failed to allocate mac table.\n")
+            raise MemoryError
+
+        with pytest.raises(qdp.OutOfMemory, match="^without_memory"):
+            qdp.call(without_memory)
