@@ -1,4 +1,4 @@
-"""Measures what `qdp` adds to the bare module, checks it against its bounds, and writes it to docs/performance.md: BUILD.
+"""Measures what `qdp` adds to the bare module, checks it against its bounds, and writes docs/performance.md: BUILD.
 
 With a part's name behind BUILD, it is the process that measures that part.
 """

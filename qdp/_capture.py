@@ -1,4 +1,4 @@
-"""The capture of a method's text in pure Python, on file descriptor 2, where the C helper is absent or does not work."""
+"""The capture of a method's text in pure Python, on file descriptor 2, where the C helper is absent or fails."""
 
 import os
 import sys

@@ -7,7 +7,7 @@ if TYPE_CHECKING:
     Row = Tuple[Type["QdpError"], str]  # the class of a text, and its hint
 
 class QdpError(Exception):
-    """A call that failed: `method` with its `arguments`, the platform's `text` as it stands, and a `hint`: what to do."""
+    """A call that failed: `method` with its `arguments`, the platform's `text` as it is, and a `hint`: what to do."""
 
     default_hint = "see the log of the platform"
 
@@ -134,7 +134,7 @@ TEXTS = {
         "Failed to get borea log level.",
         "Failed to get current FPO flow stats config",
         "Failed to get current FPO revalidation config",
-        ("Failed to get current support FilterClasses on switch", "the switch supports no filter class, or its classes cannot be read"),
+        ("Failed to get current support FilterClasses on switch", "the switch has no filter class, or none can be read"),
         "Failed to get dscp conf",
         "Failed to get host pfs",
         "Failed to get lif port list",

@@ -80,7 +80,7 @@ def parse_key(text: str) -> "FlowKey":
 
 
 def parse_actions(text: str) -> "List[Tuple[str, Any]]":
-    """A flow's actions, of their text, in its order: names with numbers, with texts, or with None for what has no value.
+    """A flow's actions, of their text, in its order: names with numbers, with texts, or with None for no value.
 
     The head of the text comes first: "bmap", "inval(s)", "cg", "dp" and "len". A number that the end of the text may
     have cut is None.

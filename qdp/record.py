@@ -66,9 +66,11 @@ def _restored(record_class: "Any", values: "Dict[str, Any]") -> "Any":
 
 
 def plan_of(shape: "Any") -> "Any":
-    """How `as_records` goes through a result of that shape. A shape is a record class; a list of one shape, for a list or
-    a tuple of any length; a tuple of shapes; or None for what holds no record. In a plan, a record class with
-    dictionaries inside is {None: class, key: plan}."""
+    """How `as_records` goes through a result of that shape.
+
+    A shape is a record class; a list of one shape, for a list or a tuple of any length; a tuple of shapes; or None for
+    what holds no record. In a plan, a record class with dictionaries inside is {None: class, key: plan}.
+    """
     if isinstance(shape, list):
         return [plan_of(shape[0])]
     if isinstance(shape, tuple):
@@ -81,8 +83,10 @@ def plan_of(shape: "Any") -> "Any":
 
 
 def as_records(plan: "Any", value: "Any") -> "Any":
-    """A result with its dictionaries as records, in place where it can be; what is not of its plan stays as it is. The C
-    helper has a quicker one."""
+    """A result with its dictionaries as records, in place where it can be; what is not of its plan stays as it is.
+
+    The C helper has a quicker one.
+    """
     if type(value) is dict:
         if isinstance(plan, dict):
             for key in plan:

@@ -1,4 +1,4 @@
-"""The dictionaries of the module's results as records. typings/make_qdp.py makes this file from the stub."""
+"""The dictionaries of the module's results as records; typings/make_qdp.py makes this file."""
 
 from .flow_text import FlowTexts
 from .record import Record

@@ -15,7 +15,7 @@ EXTENDED = {"FlowEntry": "FlowTexts"}
 # Methods for which None means something: the switch has no filter class.
 MEANT_NONE = ["GetSwitchFilterTypes"]
 
-RECORDS = '''"""The dictionaries of the module's results as records. typings/make_qdp.py makes this file from the stub."""
+RECORDS = '''"""The dictionaries of the module's results as records; typings/make_qdp.py makes this file."""
 
 from .flow_text import FlowTexts
 from .record import Record
@@ -42,7 +42,7 @@ NONE_IS_NO_FAILURE = frozenset(
 )
 '''
 
-METHODS = '''"""The methods of the module as typed functions that return records or raise; typings/make_qdp.py makes this file.
+METHODS = '''"""The module's methods as typed functions that return records or raise; typings/make_qdp.py makes this file.
 
 The documentation of each is the module's own. What it says of texts that are printed is what the exception holds here:
 a text and None of the module is an exception of `qdp.errors` here.

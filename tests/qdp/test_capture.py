@@ -321,7 +321,7 @@ SUBINTERPRETERS = """
 
 
 def test_subinterpreters(run):
-    """The layer works in an interpreter that shares the main one's lock. Of one with its own, the module says why not."""
+    """The layer works where the main interpreter's lock is shared. In one with its own, the module says why not."""
     has_own_lock = sys.version_info >= (3, 12)
     isolated = "module _libqdp does not support loading in subinterpreters\n" if has_own_lock else NINE
     assert run(SUBINTERPRETERS) == (0, 2 * NINE + isolated + NINE, "")

@@ -11,7 +11,7 @@ from contract import METHODS
 from documented import TEXTS
 from qdp import errors
 
-ROWS = [(row if isinstance(row, tuple) else (row, ""), failure) for failure, rows in errors.TEXTS.items() for row in rows]
+ROWS = [(row if isinstance(row, tuple) else (row, ""), kind) for kind, rows in errors.TEXTS.items() for row in rows]
 TABLE = [text for (text, _), _ in ROWS]
 
 # Texts of the module's own exceptions, see the stub's "Raised" and "Left set".
@@ -51,7 +51,8 @@ class TestTable:
     def test_more_than_one_text(self):
         balancer, port = "Please disable automatic thread load balancing.\n\n", "Failed to migrate port.\n"
         assert errors.split(balancer + port) == (balancer + port, "", (qdp.BalancerRunning, ""))
-        assert errors.split("nothing known\n" + port + "nor this") == (port, "nothing known\nnor this", (qdp.Refused, ""))
+        refused = (qdp.Refused, "")
+        assert errors.split("nothing known\n" + port + "nor this") == (port, "nothing known\nnor this", refused)
         assert errors.split(port.rstrip("\n") + " Not.\n") == ("", "Failed to migrate port. Not.\n", None)
 
 

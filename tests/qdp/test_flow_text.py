@@ -39,7 +39,8 @@ class TestKey:
 
     def test_unreadable_columns_are_none(self):
         text = golden("keys.txt")["tcp over ipv4"]
-        text = text.replace("02:10:00:00:00:01", "02:10:00:00:0001").replace("10.0.0.1 ", "10.0.0.256 ").replace("L4", "??")
+        text = text.replace("02:10:00:00:00:01", "02:10:00:00:0001").replace("10.0.0.1 ", "10.0.0.256 ")
+        text = text.replace("L4", "??")
         assert parse_key(text) == FlowKey(None, None, *KEYS["tcp over ipv4"][2:5], None, *KEYS["tcp over ipv4"][6:])
 
 
