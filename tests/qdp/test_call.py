@@ -1,9 +1,11 @@
 """Calls through the operator layer: results as records, each known failure as an exception, other texts passed on."""
 
 import ctypes
+import gc
 import logging
 import pathlib
 import struct
+import sys
 
 import pytest
 
@@ -238,3 +240,30 @@ class TestUnreadableAnswers:
 
         with pytest.raises(qdp.OutOfMemory, match="^without_memory"):
             qdp.call(without_memory)
+
+
+class TestLeaks:
+    CALLS = [("ListPorts", 0), ("ListPorts", 9), ("ListPorts", "0"), ("DumpLBStats", 0, 0, 4, 0, 2), ("P4AppGet",)]
+    CALLS += [("ListSwitchMACTable", 0), ("GetUplinkStats", 0, 999), ("SetLBParam", "nowhere", "cpuload_low", 1), ()]
+
+    @pytest.mark.parametrize("called", CALLS, ids=str)
+    @pytest.mark.parametrize("call", [qdp.call, qdp.call_raw])
+    def test_repeated_calls_hold_nothing(self, host, call, called):
+        """Neither objects, nor references to those that all calls share."""
+        shared = [None, True, 0, *map(type, called), qdp.records.PortInfo, qdp.records.LBItem, called]
+
+        def held():
+            gc.collect()
+            return [sys.getallocatedblocks(), *map(sys.getrefcount, shared)]
+
+        def many():
+            for _ in range(200):
+                try:
+                    call(*called)
+                except (qdp.QdpError, TypeError):
+                    pass
+
+        many()
+        before = held()
+        many()
+        assert [after - one for after, one in zip(held(), before) if abs(after - one) > 50] == []
