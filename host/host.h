@@ -59,7 +59,8 @@ struct Port {
     std::string name;
     PortListEntry entry{};
     Traffic tx{}, rx{};
-    Properties data;  // that the host kernel keeps for it
+    std::vector<uint64_t> tx_queue_rates, rx_queue_rates;  // packets a second of each queue; empty: shared evenly
+    Properties data;                                       // that the host kernel keeps for it
     PortSetting setting;
     std::optional<uint32_t> lro;                   // unless it is as the switch says
     std::vector<ReceiveFilter> filters;            // of a vNIC

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace host {
 
@@ -9,6 +10,9 @@ namespace host {
 struct Traffic {
     uint64_t packets;  // a second
     uint64_t packet_bytes;
+    // A second; where nothing is said, a share of the packets, see below.
+    std::optional<uint64_t> drops = {};
+    std::optional<uint64_t> errors = {};
 };
 
 // Of all packets, 1 in so many.

@@ -1,6 +1,7 @@
 // Answers of the thread load balancer about its statistics. All follow from the ports' traffic, what was injected, and
 // the clock.
 #include <algorithm>
+#include <bit>
 #include <numeric>
 
 #include "host/host.h"
@@ -27,11 +28,13 @@ struct PortLoads {
     std::vector<Load> rx, tx;
 };
 
-std::vector<Load> queue_loads(const Clock& clock, const Traffic& traffic, const uint8_t* lcores, size_t queues)
+// The queues share a port's traffic evenly unless their own rates are known.
+std::vector<Load> queue_loads(const Clock& clock, const Traffic& traffic, const std::vector<uint64_t>& rates,
+                              const uint8_t* lcores, size_t queues)
 {
     std::vector<Load> loads;
     for (size_t queue = 0; queue < queues && queue < max_queues; ++queue) {
-        const uint64_t rate = traffic.packets / queues;
+        const uint64_t rate = rates.empty() ? traffic.packets / queues : rates[queue];
         const uint64_t packets = clock.grown(rate);
         loads.push_back({lcores[queue], rate, packets, packets * traffic.packet_bytes});
     }
@@ -57,8 +60,9 @@ std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner)
 {
     std::vector<PortLoads> loads;
     for (const Port& port : owner.ports)
-        loads.push_back({queue_loads(clock, port.rx, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
-                         queue_loads(clock, port.tx, port.entry.tx_queue_lcores, port.entry.num_tx_queues)});
+        loads.push_back(
+            {queue_loads(clock, port.rx, port.rx_queue_rates, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
+             queue_loads(clock, port.tx, port.tx_queue_rates, port.entry.tx_queue_lcores, port.entry.num_tx_queues)});
     const auto enters = [&](uint32_t port) { return is_a(owner.ports[port], ClientType::uplink); };
     for (const InjectedTraffic& injected : owner.balancer.injected) {
         const LBTraffic& traffic = injected.traffic;
@@ -158,7 +162,7 @@ bool add_uplink(Chunk& chunk, const PortListEntry& port, const PortLoads& loads)
 }
 
 // A context runs the queues of all ports that are placed on it; one without queues has no world.
-bool add_context(Chunk& chunk, uint32_t context, const std::vector<PortLoads>& ports)
+bool add_context(Chunk& chunk, uint32_t context, const std::vector<PortLoads>& ports, std::optional<uint32_t> cpu)
 {
     std::vector<Load> placed;
     for (const PortLoads& port : ports)
@@ -171,7 +175,7 @@ bool add_context(Chunk& chunk, uint32_t context, const std::vector<PortLoads>& p
     head.type = static_cast<uint32_t>(LBEntryType::context);
     head.context = context;
     head.world = placed.empty() ? no_world : first_world + static_cast<int32_t>(context);
-    head.raw_cpu = std::min(word(total.rate * most_percent / context_packet_rate), most_percent);
+    head.raw_cpu = cpu.value_or(std::min(word(total.rate * most_percent / context_packet_rate), most_percent));
     head.biased_cpu = std::min(head.raw_cpu + head.raw_cpu / 10, most_percent);
     head.packets = total.packets;
     head.bytes = total.bytes;
@@ -191,6 +195,15 @@ uint32_t add_range(uint32_t first, uint32_t count, size_t there, Add add)
     return lb_stats_finished;
 }
 
+// Contexts are counted from the switch's first lcore.
+uint32_t lcore_of(const Switch& owner, uint32_t context)
+{
+    uint64_t mask = owner.entry->lcore_mask;
+    for (; context > 0; --context)
+        mask &= mask - 1;
+    return static_cast<uint32_t>(std::countr_zero(mask));
+}
+
 uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uint32_t port_count,
                     uint32_t first_context, uint32_t context_count, Output output)
 {
@@ -205,8 +218,10 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
         return is_a(port, ClientType::uplink) ? add_uplink(chunk, port.entry, loads[i])
                                               : add_port(chunk, port.entry, loads[i]);
     });
-    chunk.record.next_context = add_range(first_context, context_count, owner->entry->num_lcores,
-                                          [&](uint32_t i) { return add_context(chunk, i, loads); });
+    chunk.record.next_context = add_range(first_context, context_count, owner->entry->num_lcores, [&](uint32_t i) {
+        const auto cpu = host.placement.load(lcore_of(*owner, i)).cpu;
+        return add_context(chunk, i, loads, cpu);
+    });
     return output.put(chunk.record);
 }
 

@@ -32,7 +32,8 @@ FpoLcoreStats lcore_stats(const Host& host, const Switch& owner, uint32_t lcore)
     stats.conntrack_packets_queued = hits / 100;
     stats.conntrack_packets_injected = hits / 110;
     stats.conntrack_packets_in_software = stats.conntrack_packets_queued - stats.conntrack_packets_injected;
-    stats.conntrack_contexts_failed = hits / 100'000;
+    const auto failures = host.placement.load(lcore).failures;
+    stats.conntrack_contexts_failed = failures && hits ? host.clock.grown(*failures) : hits / 100'000;
     return stats;
 }
 

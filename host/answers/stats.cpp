@@ -19,7 +19,7 @@ PortDirectionCounters counters(const Clock& clock, const Traffic& traffic, uint6
     made.multicast_bytes = made.multicast_packets * traffic.packet_bytes;
     made.broadcast_packets = packets / broadcast_share;
     made.broadcast_bytes = made.broadcast_packets * traffic.packet_bytes;
-    made.drops = packets / drop_share;
+    made.drops = traffic.drops ? clock.grown(*traffic.drops) / share : packets / drop_share;
     return made;
 }
 

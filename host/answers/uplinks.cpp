@@ -27,8 +27,8 @@ void count_rx(UplinkCounters& counters, const Clock& clock, const Traffic& traff
     counters.rx_bytes = counters.rx_packets * traffic.packet_bytes;
     counters.rx_multicast_packets = counters.rx_packets / multicast_share;
     counters.rx_broadcast_packets = counters.rx_packets / broadcast_share;
-    counters.rx_drops = counters.rx_packets / drop_share;
-    counters.rx_miss_errors = counters.rx_packets / miss_share;
+    counters.rx_drops = traffic.drops ? clock.grown(*traffic.drops) / queues : counters.rx_packets / drop_share;
+    counters.rx_miss_errors = traffic.errors ? clock.grown(*traffic.errors) / queues : counters.rx_packets / miss_share;
     counters.rx_errors = counters.rx_miss_errors;
 }
 
@@ -38,7 +38,8 @@ void count_tx(UplinkCounters& counters, const Clock& clock, const Traffic& traff
     counters.tx_bytes = counters.tx_packets * traffic.packet_bytes;
     counters.tx_multicast_packets = counters.tx_packets / multicast_share;
     counters.tx_broadcast_packets = counters.tx_packets / broadcast_share;
-    counters.tx_drops = counters.tx_packets / drop_share;
+    counters.tx_drops = traffic.drops ? clock.grown(*traffic.drops) / queues : counters.tx_packets / drop_share;
+    counters.tx_errors = traffic.errors ? clock.grown(*traffic.errors) / queues : 0;
 }
 
 uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)

@@ -33,6 +33,15 @@ void describe_queues(V& v, const char* count_key, const char* lcores_key, uint8_
     v.derive([&] { std::ranges::copy(placed, lcores); });
 }
 
+// What the load balancer sees of the queues of a port.
+template <class V>
+void describe_queue_rates(V& v, const char* key, std::vector<uint64_t>& rates, uint8_t queues)
+{
+    v.optional(key, rates, list(number(), max_queues),
+               "Packets a second of each queue, as the load balancer sees them. None: the queues share all evenly.");
+    v.check(rates.empty() || rates.size() == queues, key, "as many rates as there are queues");
+}
+
 inline void derive_traffic(Port& port)
 {
     const uint64_t number = port.entry.port;
@@ -110,6 +119,8 @@ void describe_port(V& v, Port& port, const Switch& owner, Order& order)
     });
     v.derived("tx", port.tx, traffic_format, "What it sends. Absent: follows from its number.");
     v.derived("rx", port.rx, traffic_format, "What it receives. Absent: follows from its number.");
+    describe_queue_rates(v, "txRates", port.tx_queue_rates, entry.num_tx_queues);
+    describe_queue_rates(v, "rxRates", port.rx_queue_rates, entry.num_rx_queues);
     v.optional("data", port.data, PropertiesFormat{}, "What the host kernel keeps for it.");
     v.derived("conf", port.setting.conf, object_format([](auto& w, PortConf& conf) { describe_conf(w, conf); }),
               "How it is configured. Absent: as is usual for its client, varied by its number.");

@@ -30,6 +30,12 @@ void describe_traffic(V& v, Traffic& traffic)
 {
     v.optional("packets", traffic.packets, number(), "Packets a second.");
     v.optional("packetBytes", traffic.packet_bytes, number(), "Bytes of each packet.");
+    v.derived("drops", traffic.drops, maybe(number()),
+              "Packets that are dropped a second. Absent: one in ten thousand of the packets.");
+    v.derived(
+        "errors", traffic.errors, maybe(number()),
+        "Errors a second, on uplinks and on the SmartNIC's LIFs. Absent: a small share of the packets, of an uplink "
+        "only of those that it receives.");
 }
 
 inline const auto traffic_format = object_format([](auto& v, Traffic& traffic) { describe_traffic(v, traffic); });

@@ -29,9 +29,9 @@ void describe_timing(V& v, Timing& timing)
 
 // --- Where work runs ---
 
-struct LcoreRate {
+struct LcoreLoad {
     uint32_t lcore;
-    uint64_t packets;
+    Placement::Load load;
 };
 
 inline constexpr size_t longest_device_name = 31;
@@ -60,21 +60,26 @@ void describe_placement(V& v, Placement& placement, const Host& host)
                    max_devices, "name", [](const Placement::Device& device) { return device.name; }),
               "The NICs. Absent: those of the uplinks, in turns on two memory nodes.");
     v.optional("mbufFastslabs", placement.has_mbuf_fastslabs, Flag{}, "");
-    std::vector<LcoreRate> rates;
-    for (const auto& [lcore, packets] : placement.offload_rates)
-        rates.push_back({lcore, packets});
-    v.optional("lcores", rates,
-               list(object_format([](auto& w, LcoreRate& rate) {
-                        w.required("lcore", rate.lcore, number(0, max_lcores - 1), "");
-                        w.required("offloadedPackets", rate.packets, number(),
-                                   "That its offloaded flows see, a second.");
+    std::vector<LcoreLoad> loads;
+    for (const auto& [lcore, load] : placement.lcores)
+        loads.push_back({lcore, load});
+    v.optional("lcores", loads,
+               list(object_format([](auto& w, LcoreLoad& each) {
+                        w.required("lcore", each.lcore, number(0, max_lcores - 1), "");
+                        w.derived("offloadedPackets", each.load.offloaded_packets, maybe(number()),
+                                  "That its offloaded flows see, a second. Absent: follows from its number.");
+                        w.derived(
+                            "failures", each.load.failures, maybe(number()),
+                            "Connections whose offload fails, a second. Absent: one in 100,000 of these packets.");
+                        w.derived("cpu", each.load.cpu, maybe(number(0, 100)),
+                                  "The load that the balancer measures, in percent. Absent: follows from its queues.");
                     }),
-                    max_lcores, "lcore", [](const LcoreRate& rate) { return rate.lcore; }),
-               "Lcores whose rates do not follow from their number.");
+                    max_lcores, "lcore", [](const LcoreLoad& each) { return each.lcore; }),
+               "Lcores whose loads do not follow from their number and their queues.");
     v.derive([&] {
-        placement.offload_rates.clear();
-        for (const LcoreRate& rate : rates)
-            placement.offload_rates[rate.lcore] = rate.packets;
+        placement.lcores.clear();
+        for (const LcoreLoad& each : loads)
+            placement.lcores[each.lcore] = each.load;
     });
 }
 

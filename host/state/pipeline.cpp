@@ -53,8 +53,10 @@ P4PortCounters p4_port_counters(const Host& host, uint32_t port)
     const auto [in, out] = host.smartnic.traffic_of(port);
     const uint64_t rx = counted(host.clock, in.packets);
     const uint64_t tx = counted(host.clock, out.packets);
-    return {traffic(rx, in.packet_bytes), traffic(rx / drop_share, in.packet_bytes), traffic(tx, out.packet_bytes),
-            traffic(tx / drop_share, out.packet_bytes)};
+    const uint64_t rx_drops = in.drops ? counted(host.clock, *in.drops) : rx / drop_share;
+    const uint64_t tx_drops = out.drops ? counted(host.clock, *out.drops) : tx / drop_share;
+    return {traffic(rx, in.packet_bytes), traffic(rx_drops, in.packet_bytes), traffic(tx, out.packet_bytes),
+            traffic(tx_drops, out.packet_bytes)};
 }
 
 P4LifCounters lif_counters(const Host& host, uint32_t number)
@@ -64,9 +66,13 @@ P4LifCounters lif_counters(const Host& host, uint32_t number)
         return {};
     P4LifCounters made{};
     made.traffic = p4_port_counters(host, lif->source_port);
-    made.rx_queue.empty = made.traffic.rx.unicast_packets / drop_share;
-    made.rx_queue.descriptor_fetch_error = made.traffic.rx.unicast_packets / error_share;
-    made.tx_queue.descriptor_fetch_error = made.traffic.tx.unicast_packets / error_share;
+    made.rx_queue.empty = made.traffic.rx_drops.unicast_packets;
+    const auto [in, out] = host.smartnic.traffic_of(lif->source_port);
+    const auto errors = [&](const Traffic& of_port, uint64_t packets) {
+        return of_port.errors && packets ? counted(host.clock, *of_port.errors) : packets / error_share;
+    };
+    made.rx_queue.descriptor_fetch_error = errors(in, made.traffic.rx.unicast_packets);
+    made.tx_queue.descriptor_fetch_error = errors(out, made.traffic.tx.unicast_packets);
     return made;
 }
 

@@ -3,10 +3,15 @@
 
 namespace host {
 
+Placement::Load Placement::load(uint32_t lcore) const
+{
+    const auto found = lcores.find(lcore);
+    return found == lcores.end() ? Load{} : found->second;
+}
+
 uint64_t Placement::offload_rate(uint32_t lcore) const
 {
-    const auto found = offload_rates.find(lcore);
-    return found == offload_rates.end() ? 20'000 + 500 * lcore : found->second;
+    return load(lcore).offloaded_packets.value_or(20'000 + 500 * lcore);
 }
 
 }  // namespace host

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,15 @@ struct Placement {
     };
     std::vector<Device> devices;
     bool has_mbuf_fastslabs = false;
-    std::map<uint32_t, uint64_t> offload_rates;  // packets a second that a lcore's offloaded flows see, by lcore
+    // What is said of a lcore; the rest follows from its number and from what runs on it.
+    struct Load {
+        std::optional<uint64_t> offloaded_packets;  // that its offloaded flows see, a second
+        std::optional<uint64_t> failures;           // of their offload, a second
+        std::optional<uint32_t> cpu;                // in percent
+    };
+    std::map<uint32_t, Load> lcores;
 
+    Load load(uint32_t lcore) const;
     uint64_t offload_rate(uint32_t lcore) const;
 };
 

@@ -59,7 +59,7 @@ FAULTS = {
     ),
     "an unknown key below": (
         port(tx={"packets": 1, "size": 2}),
-        "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
+        "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown key",
     ),
     "an unknown key of a turn": (
         {"devices": [{"repeat": 2, "turns": [{"name": "a"}, {"name": "b", "node": 1}]}]},
@@ -71,7 +71,7 @@ FAULTS = {
     ),
     "an unknown key below a turn": (
         switch(ports=[{"repeat": 2, "turns": [{}, {"tx": {"size": 2}}]}]),
-        "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, found an unknown key",
+        "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown key",
     ),
     "a key that needs escapes": (
         {"timing": {"a/b~": 1}},
@@ -749,6 +749,46 @@ class TestRates:
         assert (stats["txPkts"], stats["txBytes"], stats["rxPkts"], stats["rxBytes"]) == (28000, 2800000, 44000, 8800000)
         assert (nic["txUcastPkts"], nic["rxUcastPkts"]) == (28000, 44000)
         assert qdp.result("P4IStatsGet")["rxFromHost"] == 13 * 4000
+
+
+    def test_drops_and_errors_are_those_of_the_scenario(self, load, host, qdp):
+        """4000 seconds after the host came up."""
+        traffic = {
+            "tx": {"packets": 700, "packetBytes": 100, "drops": 2, "errors": 3},
+            "rx": {"packets": 1100, "packetBytes": 200, "drops": 5, "errors": 7},
+        }
+        smartnic = {"switch": 0, "lifs": [{"lif": 20}], "traffic": [{"port": 20, **traffic}]}
+        assert load({**switch(ports=[{"client": "UPLINK", **traffic}]), "smartnic": smartnic}) is None
+        host.freeze()
+        host.advance(400)
+        stats = qdp.result("GetPortStats", 0, 0)
+        assert (stats["txDrops"], stats["rxDrops"], stats["spTxDrops"], stats["spRxDrops"]) == (8000, 20000, 80, 200)
+        uplink = dict(qdp.result("GetUplinkStats", 0, 0)["uplinkStats"])
+        assert [uplink[key] for key in ("txDrops", "rxDrops", "txErrors", "rxErrors", "rxMissErrors")] == [
+            8000, 20000, 12000, 28000, 28000,
+        ]  # fmt: skip
+        lif = qdp.result("LifStatsGet", 20)
+        assert [lif[key] for key in ("txUcastDropPkts", "rxUcastDropPkts", "txDescFetchError", "rxDescFetchError")] == [
+            8000, 20000, 12000, 28000,
+        ]  # fmt: skip
+
+    def test_queues_and_lcores_are_as_busy_as_the_scenario_says(self, load, host, qdp):
+        port = {"rxQueues": 2, "rxLcores": [0, 1], "rxRates": [300, 20], "txQueues": 1, "txLcores": [1]}
+        lcores = [{"lcore": 9, "cpu": 97, "failures": 6}]
+        assert load({**switch(lcores=[8, 9], ports=[port]), "lcores": lcores}) is None
+        host.freeze()
+        host.advance(400)
+        (described,), _, contexts = qdp.result("DumpLBStats", 0, 0, 1, 0, 2)
+        assert [each["count load"] for each in described["vnicRxQ"]] == [300, 20]
+        assert [each["raw CPU"] for each in contexts] == [0, 97]
+        assert [each["ctHwContextFailed"] for each in qdp.result("GetFPOStats", 0, (8, 9))] == [
+            (20_000 + 500 * 8) * 4000 // 100_000,
+            6 * 4000,
+        ]
+
+    def test_as_many_rates_as_queues(self, load):
+        expected = "/switches/0/ports/0/rxRates: expected as many rates as there are queues, found a list of 1"
+        assert load(switch(ports=[{"rxQueues": 2, "rxRates": [1]}])) == expected
 
 
 class TestMuxScenario:

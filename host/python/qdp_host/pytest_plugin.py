@@ -50,11 +50,11 @@ _before_the_module = _BeforeTheModule()
 def pytest_configure(config: Any) -> None:
     config.addinivalue_line("markers", "scenario(name): the scenario, by file or by name, that the fixture qdp_host has")
     config.pluginmanager.register(_before_the_module, "qdp_host.before_the_module")
-    sys.meta_path.insert(0, _before_the_module)  # type: ignore[arg-type]
+    sys.meta_path.insert(0, _before_the_module)
 
 
 def pytest_unconfigure() -> None:
-    sys.meta_path.remove(_before_the_module)  # type: ignore[arg-type]
+    sys.meta_path.remove(_before_the_module)
 
 
 @pytest.fixture
