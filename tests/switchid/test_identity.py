@@ -115,6 +115,10 @@ class TestAliasToSwitchId:
         host.script("DVS_SwitchId", text=b"i" * 64)
         assert resolve(function, b"any", 66) == (0, b"i" * 63 + b"\0##")
 
+    def test_a_switch_without_an_id_is_not_found(self, configured, resolve, function):
+        configured.fail("DVS_SwitchId", 0)
+        assert resolve(function, b"dvs-production", 64) == (NOT_FOUND, b"#" * 64)
+
     def test_all_64_bytes_of_the_library_are_copied(self, host, resolve, function):
         host.script("DVSState_SwitchFindByAlias", HANDLE)
         host.script("DVS_ClassName", text=b"vswitch\0")
@@ -189,6 +193,13 @@ class TestAliasToPortsetName:
         with host.recording() as calls:
             assert resolve(self.function, b"any", 128) == (0, filled(b"an id", 128))
         assert [call.operation for call in calls][-2:] == ["DVSState_HostPropLookup", "DVSState_GlobalPropLookup"]
+
+    def test_a_switch_without_an_id_and_properties_has_an_empty_name(self, host, resolve):
+        host.script("DVSState_SwitchFindByAlias", HANDLE)
+        host.fail("DVS_SwitchId", 0)
+        host.script("DVSState_HostPropLookup", NOT_FOUND)
+        host.script("DVSState_GlobalPropLookup", NOT_FOUND)
+        assert resolve(self.function, b"any", 130) == (0, bytes(128) + b"##")
 
     def test_data_without_a_value_are_none(self, host, resolve):
         """Both properties are found, and their data have a length and no value."""

@@ -2,6 +2,7 @@
 // its own malloc and calloc; and, as if they were allocations, its stores of items in lists and tuples. Methods are
 // called without the interpreter's check in between, so that the pair of returned value and exception is seen as it is.
 // The formats that parse their arguments can be changed.
+#include <algorithm>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -42,17 +43,40 @@ bool fails_now()
 
 // --- The module's own blocks ---
 
-constexpr size_t max_blocks = 64;
-void* blocks[max_blocks];
+struct Block {
+    void* memory;
+    size_t size;
+};
 
-void* noted(void* memory)
+constexpr size_t max_blocks = 64;
+Block blocks[max_blocks];
+
+// What new memory holds, and what follows a block, where the sanitizers do not look behind it themselves.
+constexpr unsigned char dirt = 0xa5;
+#ifdef __SANITIZE_ADDRESS__
+constexpr size_t behind = 0;
+#else
+constexpr size_t behind = 8;
+#endif
+
+void* noted(void* memory, size_t size)
 {
-    for (void*& block : blocks)
-        if (memory && !block) {
-            block = memory;
-            return memory;
+    if (!memory)
+        return nullptr;
+    std::memset(static_cast<unsigned char*>(memory) + size, dirt, behind);
+    for (Block& block : blocks)
+        if (!block.memory) {
+            block = {memory, size};
+            break;
         }
     return memory;
+}
+
+// Whether nothing was written behind a block.
+bool is_whole(const Block& block)
+{
+    const auto* end = static_cast<const unsigned char*>(block.memory) + block.size;
+    return std::all_of(end, end + behind, [](unsigned char byte) { return byte == dirt; });
 }
 
 // --- The interpreter's ---
@@ -173,8 +197,8 @@ PyObject* invoke(PyObject*, PyObject* args)
 PyObject* blocks_out(PyObject*, PyObject*)
 {
     long count = 0;
-    for (const void* block : blocks)
-        count += block != nullptr;
+    for (const Block& block : blocks)
+        count += block.memory != nullptr;
     return PyLong_FromLong(count);
 }
 
@@ -196,7 +220,7 @@ PyObject* create_vlan_list(PyObject*, PyObject*)
 // The function frees the record that it is given.
 PyObject* netq_info(PyObject*, PyObject*)
 {
-    auto* info = static_cast<NetQInfo*>(noted(__real_malloc(sizeof(NetQInfo))));
+    auto* info = static_cast<NetQInfo*>(noted(__real_malloc(sizeof(NetQInfo) + behind), sizeof(NetQInfo)));
     if (!info)
         return nullptr;
     std::memset(static_cast<void*>(info), 0, sizeof *info);
@@ -236,19 +260,23 @@ PyModuleDef definition = {
 
 void* __wrap_malloc(size_t size)
 {
-    return fails_now() ? nullptr : noted(__real_malloc(size));
+    if (fails_now())
+        return nullptr;
+    void* memory = noted(__real_malloc(size + behind), size);
+    return memory ? std::memset(memory, dirt, size) : nullptr;
 }
 
 void* __wrap_calloc(size_t count, size_t size)
 {
-    return fails_now() ? nullptr : noted(__real_calloc(count, size));
+    return fails_now() ? nullptr : noted(__real_calloc(1, count * size + behind), count * size);
 }
 
+// A block that was written behind stays noted, as one that was lost.
 void __wrap_free(void* memory)
 {
-    for (void*& block : blocks)
-        if (memory && block == memory)
-            block = nullptr;
+    for (Block& block : blocks)
+        if (memory && block.memory == memory && is_whole(block))
+            block = {};
     __real_free(memory);
 }
 
