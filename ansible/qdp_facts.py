@@ -34,10 +34,10 @@ def main():
         module.fail_json(msg="the Python package qdp is missing on this host: {}".format(error))
     try:
         host = qdp.Host()
-        switches = [
-            dict(plain(vars(switch.info)), alias=switch.alias, ports=[plain(vars(port.info)) for port in switch.ports()])
-            for switch in host.switches()
-        ]
+        switches = []
+        for switch in host.switches():
+            ports = [plain(vars(port.info)) for port in switch.ports()]
+            switches.append(dict(plain(vars(switch.info)), alias=switch.alias, ports=ports))
         settings = {path: setting.get() for path, setting in host.all_settings() if setting.is_readable}
     except qdp.QdpError as error:
         module.fail_json(msg="{}; {}".format(error, error.hint))

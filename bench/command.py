@@ -1,5 +1,5 @@
-"""What a start of the command qdp costs, in processor time: beside an interpreter that imports argparse alone, and the key
-TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
+"""What a start of the command qdp costs, in processor time, beside an interpreter that imports argparse alone; and the
+key TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
 
 import os
 import pathlib
@@ -34,7 +34,8 @@ def measured(build, rounds):
         environment.update(LD_LIBRARY_PATH=str(build / "host"), PYTHONPATH=str(build))
         environment.update(PYTHONPYCACHEPREFIX=folder, XDG_CACHE_HOME=folder)
         files = pathlib.Path(folder, "files")
-        subprocess.run(["/usr/bin/python3", str(ROOT / "package" / "command_files.py"), str(files)], env=environment, check=True)
+        make_files = ["/usr/bin/python3", str(ROOT / "package" / "command_files.py"), str(files)]
+        subprocess.run(make_files, env=environment, check=True)
         pathlib.Path(folder, "qdp").mkdir()
         pathlib.Path(folder, "qdp", "switch").write_text("dvs-production\n")
         commands = {"import argparse": ["/usr/bin/python3", *ARGPARSE]}

@@ -146,15 +146,10 @@ def table():
     lines = ["| command | shows or does | methods |", "|---|---|---|"]
     for name in object_names():
         for verb in load(name).verbs.values():
-            words = " ".join(["qdp", name, verb.name] + [selector(each) for each in verb.selectors])
+            words = " ".join(["qdp", name, verb.name] + [each.usage for each in verb.selectors])
             methods = ", ".join("`{}`".format(method) for method in verb.methods)
             lines.append("| `{}` | {} | {} |".format(words, verb.help, methods))
     return "\n".join(lines) + "\n"
-
-
-def selector(option):
-    name = option.settings["metavar"]
-    return {"?": "[{}]", "*": "[{}]...", "+": "{}..."}.get(option.settings.get("nargs"), "{}").format(name)
 
 
 def main(folder):

@@ -1,4 +1,4 @@
-"""What a command is made of: an object has verbs, a verb has selectors, options and columns. All else follows from these."""
+"""What a command is made of: objects with verbs, and verbs with selectors, options and columns."""
 
 
 class Column:
@@ -31,6 +31,12 @@ class Option:
         self.flags = flags
         self.completes = settings.pop("completes", None)
         self.settings = settings
+
+    @property
+    def usage(self):
+        """A selector as a usage line has it."""
+        form = {"?": "[{}]", "*": "[{}]...", "+": "{}..."}.get(self.settings.get("nargs"), "{}")
+        return form.format(self.settings["metavar"])
 
 
 class Verb:
@@ -168,7 +174,8 @@ def address(text):
 
 # The selectors that commands share. A switch is named by its number, its name in the datapath or its alias.
 def switch(nargs=None):
-    return Option("switch", metavar="SWITCH", nargs=nargs, completes="switch", help="number, portset or alias of a switch")
+    about = "number, portset or alias of a switch"
+    return Option("switch", metavar="SWITCH", nargs=nargs, completes="switch", help=about)
 
 
 def port(nargs=None):

@@ -6,8 +6,8 @@ from ._declare import WRITING, Option, Read, Write, natural, seconds
 from ._output import UsageError
 
 EXIT_CODES = (
-    "exit codes: 0; 1 for a wrong command line; 2 where the datapath refuses or lacks something, and what could be read "
-    "is printed; 3 where a comparison or check found something; 130 for Ctrl-C"
+    "exit codes: 0; 1 for a wrong command line; 2 where the datapath refuses or lacks something, and what could be "
+    "read is printed; 3 where a comparison or check found something; 130 for Ctrl-C"
 )
 
 

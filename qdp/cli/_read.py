@@ -4,7 +4,7 @@ import sys
 
 from . import _table
 from ._context import Context
-from ._output import clear_progress, is_bold, is_terminal, terminal_size, write, write_json, write_lines
+from ._output import clear_progress, is_bold, is_terminal, terminal_size, write_json, write_lines
 from ._rows import HEX, SIGNED, condition, find_column, for_json, order_of
 from ._declare import Column
 

@@ -1,7 +1,7 @@
 """Rows: dicts with the module's keys. How their values are made plain, written, selected and sorted."""
 
-# Masks, physical addresses and cookies, by key, with their bits. 64 bits do not survive readers of JSON whose numbers are
-# floating point, so that these are written as hexadecimal text.
+# Masks, physical addresses and cookies, by key, with their bits. They are written as hexadecimal text: 64 bits do not
+# survive readers of JSON whose numbers are floating point.
 HEX = {
     "lcores": 64,
     "mem affinity mask": 64,
@@ -144,7 +144,8 @@ def condition(text, columns):
             return sign == "!=" or (sign == "=" and wanted in ("", ABSENT))
         shown = cell(row, column).lower()
         if sign in ("=", "!="):
-            return (wanted.lower() in (shown, str(value).lower()) or as_number(wanted) == as_number(value)) == (sign == "=")
+            is_equal = wanted.lower() in (shown, str(value).lower()) or as_number(wanted) == as_number(value)
+            return is_equal == (sign == "=")
         mine, other = as_number(value), as_number(wanted)
         if not (mine[0] and other[0]):
             mine, other = shown, wanted.lower()

@@ -5,7 +5,7 @@ import sys
 from . import _table
 from ._context import Context
 from ._declare import Column
-from ._output import OK, REFUSED, UsageError, is_bold, is_terminal, terminal_size, write_json, write_lines
+from ._output import REFUSED, UsageError, is_bold, is_terminal, terminal_size, write_json, write_lines
 from ._rows import ABSENT, for_json, text_of
 
 COLUMNS = (

@@ -33,8 +33,8 @@ def debug(context):
     if context.options.json:
         write_json([dict(place(switch), text=text)], context.options.pretty)
     else:
-        lines = ("".join(each if each.isprintable() or each == "\t" else "?" for each in line) for line in text.splitlines())
-        write("".join(line + "\n" for line in lines))
+        for line in text.splitlines():
+            write("".join(each if each.isprintable() or each == "\t" else "?" for each in line) + "\n")
     return context.code
 
 

@@ -71,7 +71,7 @@ OBJECT = Object(
         ],
         selectors=[
             Option("method", metavar="METHOD", completes="method", help="its name, as in help(_libqdp)"),
-            Option("argument", metavar="ARGUMENT", nargs="*", help="0, 0x1f, (0, 1), dvs-production; behind -- also -1"),
+            Option("argument", metavar="ARGUMENT", nargs="*", help="0, 0x1f, (0, 1), a text; behind -- also -1"),
         ],
         options=WRITING,
         counts=False,

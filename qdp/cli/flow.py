@@ -68,7 +68,8 @@ def trace(context):
         raise UsageError("a flow's index is 0 to 4194303, not {}".format(index))
     info = context.call("TableFlowInfoGet", index)
     if not any(info.values()):
-        raise CommandError("the SmartNIC has no flow {}; `qdp flow top` shows hwFlowIdx among the actions".format(index))
+        text = "the SmartNIC has no flow {}; `qdp flow top` shows hwFlowIdx among the actions"
+        raise CommandError(text.format(index))
 
     def entry(step, method, *arguments):
         answer = context.ask(method, *arguments)

@@ -4,7 +4,7 @@ import os
 import sys
 
 from . import load, object_names
-from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write, write_lines
+from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write_lines
 
 HEAD = "usage: qdp OBJECT [VERB] [SELECTORS] [OPTIONS]"
 
@@ -114,22 +114,22 @@ def overview():
     """The lines of `qdp --help`."""
     things = [load(name) for name in object_names()]
     widest = max(len(thing.name) for thing in things)
-    lines = [HEAD, "", "Shows and steers the host's accelerated packet datapath. The verb is `show` unless one is given.", ""]
+    about = "Shows and steers the host's accelerated packet datapath. The verb is `show` unless one is given."
+    lines = [HEAD, "", about, ""]
     for thing in things:
         verbs = ", ".join(thing.verbs)
         lines.append("  {}  {} ({})".format(thing.name.ljust(widest), thing.help, verbs))
-    return lines + ["", "`qdp OBJECT --help` lists the verbs of an object, `qdp OBJECT VERB --help` the options of a verb."]
+    more = "`qdp OBJECT --help` lists the verbs of an object, `qdp OBJECT VERB --help` the options of a verb."
+    return lines + ["", more]
 
 
 def overview_of(thing):
     """The lines of `qdp OBJECT --help`."""
     widest = max(map(len, thing.verbs))
-    lines = ["usage: qdp {} [VERB] [SELECTORS] [OPTIONS]".format(thing.name), "", thing.help[:1].upper() + thing.help[1:] + ".", ""]
+    usage = "usage: qdp {} [VERB] [SELECTORS] [OPTIONS]".format(thing.name)
+    lines = [usage, "", thing.help[:1].upper() + thing.help[1:] + ".", ""]
     for name, verb in thing.verbs.items():
-        selectors = " ".join(
-            ("[{}]" if option.settings.get("nargs") in ("?", "*") else "{}").format(option.settings.get("metavar", option.flags[0]))
-            for option in verb.selectors
-        )
+        selectors = " ".join(option.usage for option in verb.selectors)
         lines.append("  {}  {}{}".format(name.ljust(widest), verb.help, " (" + selectors + ")" if selectors else ""))
     return lines + ["", "`qdp {} VERB --help` lists the options of a verb.".format(thing.name)]
 

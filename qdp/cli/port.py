@@ -104,7 +104,8 @@ def migrate(context):
         switch, port = named(context)
         where = switch["swID"], port["portID"]
         text = "move the receive filter of port {} of switch {} ({})".format(where[1], where[0], switch["name"])
-        yield Step(text, "MigrateNetQFilter", *where, options.filter, look=lambda: context.call("GetPortNetQInfo", *where))
+        arguments = where + (options.filter,)
+        yield Step(text, "MigrateNetQFilter", *arguments, look=lambda: context.call("GetPortNetQInfo", *where))
     else:
         missing = [name for name in ("from_lcore", "to_lcore") if getattr(options, name) is None]
         if missing:

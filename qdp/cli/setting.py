@@ -1,4 +1,4 @@
-"""`qdp setting`: settings of the host, of switches, ports, uplinks and devices: shown, set, tried and applied from files."""
+"""`qdp setting`: settings of host, switches, ports, uplinks and devices: shown, set, tried and applied from files."""
 
 import fnmatch
 import sys
@@ -336,7 +336,7 @@ OBJECT = Object(
         show,
         methods=sorted(set(method for row in SETTINGS for method in (row.getter, row.setter) if method)),
         selectors=[
-            Option("pattern", metavar="NAME", nargs="?", completes="setting", help="a setting, or a part or pattern of names")
+            Option("pattern", metavar="NAME", nargs="?", completes="setting", help="a name, a part of it, or a pattern")
         ],
         identity=["path"],
         columns=[
@@ -350,14 +350,20 @@ OBJECT = Object(
             Column("caveat", "caveat", "text", 0, "d"),
         ],
     ),
-    Run("set", "set one setting; what is as wanted is not written", change(named), selectors=[PATH, VALUE], options=WRITING),
+    Run(
+        "set",
+        "set one setting; what is as wanted is not written",
+        change(named),
+        selectors=[PATH, VALUE],
+        options=WRITING,
+    ),
     Run(
         "try",
         "set one setting for a while: it goes back unless that is confirmed",
         try_,
         selectors=[PATH, VALUE],
         options=(
-            Option("--for", dest="duration", metavar="TIME", type=seconds, default=60.0, help="60s, 5m, 1h (default: 60s)"),
+            Option("--for", dest="duration", metavar="TIME", type=seconds, default=60.0, help="5m, 1h (default: 60s)"),
         )
         + WRITING,
     ),

@@ -1,4 +1,4 @@
-"""`qdp table`: the SmartNIC's hardware tables: entries by index and key, their memory, and the pipeline's cache of them."""
+"""`qdp table`: the SmartNIC's hardware tables: entries by index and key, their memory, and the pipeline's cache."""
 
 from ._declare import Column, Object, Option, Read, Write, address, mac, number
 from ._output import CommandError, UsageError

@@ -1,5 +1,5 @@
-"""What is made of the command's declarations for its package: the man page, the completions of three shells, and the table
-of the documentation."""
+"""What is made of the command's declarations for its package: the man page, the completions of three shells, and the
+table of the documentation."""
 
 import gzip
 import os
@@ -96,7 +96,9 @@ def test_fish(folder, line, found):
 @pytest.mark.skipif(shutil.which("zsh") is None, reason="there is no zsh")
 def test_zsh(folder):
     """The file loads, and defines the function of the command."""
-    text = "fpath=($1 $fpath); autoload -U compinit; compinit -u -d $1/dump; _qdp 2>/dev/null; (( $+functions[_shtab_qdp] )) && print ok"
-    done = subprocess.run(["zsh", "-f", "-c", text, "zsh", folder], text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    text = "fpath=($1 $fpath); autoload -U compinit; compinit -u -d $1/dump; _qdp 2>/dev/null;"
+    text += " (( $+functions[_shtab_qdp] )) && print ok"
+    line = ["zsh", "-f", "-c", text, "zsh", folder]
+    done = subprocess.run(line, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     assert done.stdout == "ok\n", done.stderr
     assert (folder / "_qdp").read_text().startswith("#compdef qdp\n")

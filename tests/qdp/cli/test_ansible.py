@@ -30,7 +30,8 @@ def play(root, build, tmp_path):
             "LD_LIBRARY_PATH": str(build / "host"),
             "PYTHONPATH": str(build),
         }
-        line = ["ansible-playbook", "-i", "localhost,", "-c", "local", "-e", "ansible_python_interpreter=/usr/bin/python3"]
+        line = ["ansible-playbook", "-i", "localhost,", "-c", "local"]
+        line += ["-e", "ansible_python_interpreter=/usr/bin/python3"]
         done = subprocess.run(
             [*line, *options, str(playbook)], env=environment, cwd=tmp_path, text=True, timeout=300,
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT,

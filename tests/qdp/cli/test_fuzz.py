@@ -6,7 +6,7 @@ import random
 import pytest
 
 from qdp.cli import load
-from qdp.cli._declare import Read, Run
+from qdp.cli._declare import Read
 from qdp.methods import __dict__ as methods
 
 OBJECTS = "balancer call flow lcore mac mirror nic port setting slowpath switch table uplink".split()
@@ -14,7 +14,8 @@ LINES, ALWAYS = 20000, 400  # in the long part of the tests, and in each run
 A_TEST = 200  # so many lines a test, each on a host as it begins
 
 WORDS = (
-    "0 1 2 3 15 16 -1 99 4095 65536 4294967295 4294967296 18446744073709551616 -9223372036854775809 0x1f 1.5 nan inf 1e400 "
+    "0 1 2 3 15 16 -1 99 4095 65536 4294967295 4294967296 18446744073709551616 -9223372036854775809 0x1f 1.5 nan inf "
+    "1e400 "
     "dvs-production dvs-storage portset-0 nosuch vnic0 02:00:5e:10:00:01 02-00-5E-10-00-01 0200.5e10.0301 ff 10.0.0.1 "
     "2001:db8::1 ::ffff:1.2.3.4 flow-info index=1 index=1-3 key=value mac=02:00:5e:10:00:01 address=10.0.0.1 vlan=1 "
     "flow-timeout dvs-production/burst-size dvs-production/port/3/lro on off none cpu a/b/c device/nic0/affinity "

@@ -24,7 +24,8 @@ LINES = [
 def printed(process):
     def printed(interpreter, line):
         (_, *rest), environment = process(*line)
-        done = subprocess.run([interpreter, *rest], env=environment, stdin=subprocess.DEVNULL, stdout=-1, stderr=-1, timeout=60)
+        streams = dict(stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        done = subprocess.run([interpreter, *rest], env=environment, timeout=60, **streams)
         return done.returncode, done.stdout.decode(), done.stderr.decode()
 
     return printed

@@ -8,7 +8,6 @@ import time
 
 import pytest
 
-import _libqdp
 from qdp.cli import object_names
 
 

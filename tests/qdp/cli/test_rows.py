@@ -31,8 +31,8 @@ def test_counters_are_unsigned_and_signed_keys_are_not():
 
 
 def test_masks_addresses_and_cookies_are_hexadecimal_in_json():
-    row = {"lcores": -1, "pa": 2**64 - 4096, "flowCookie": 255, "mem affinity mask": 3, "entry": {"pa": 16}, "mtu": 9000}
-    assert for_json(plain(row)) == {
+    row = {"lcores": -1, "pa": 2**64 - 4096, "flowCookie": 255, "mem affinity mask": 3, "entry": {"pa": 16}}
+    assert for_json(plain(dict(row, mtu=9000))) == {
         "lcores": "0xffffffffffffffff",
         "pa": "0xfffffffffffff000",
         "flowCookie": "0xff",
@@ -96,7 +96,13 @@ def test_wrong_condition(text, message):
 
 @pytest.mark.parametrize(
     "text, order",
-    [("port", [0, 9, 10]), ("-port", [10, 9, 0]), ("client", [0, 10, 9]), ("drops", [9, 10, 0]), ("-drops", [0, 10, 9])],
+    [
+        ("port", [0, 9, 10]),
+        ("-port", [10, 9, 0]),
+        ("client", [0, 10, 9]),
+        ("drops", [9, 10, 0]),
+        ("-drops", [0, 10, 9]),
+    ],
 )
 def test_order(text, order):
     """Numbers as numbers; what is missing is below everything."""

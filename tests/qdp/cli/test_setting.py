@@ -151,7 +151,8 @@ def test_schema_accepts_what_the_settings_take_and_nothing_else(qdp_command):
         assert not fits({row["path"]: {}})
         assert not fits({row["path"] + "x": row["value"]})
     assert fits({"aging-interval:1": 5}) and not fits({"flow-timeout:1": 5})
-    assert fits({"a/b/burst-size": 5, "a/uplink/nic0/tx-ring-size": 64}) and not fits({"a/uplink/nic0/tx-ring-size": 65})
+    assert fits({"a/b/burst-size": 5, "a/uplink/nic0/tx-ring-size": 64})
+    assert not fits({"a/uplink/nic0/tx-ring-size": 65})
 
 
 # --- Trying, as processes of their own, of which every platform call is recorded ---
@@ -164,7 +165,8 @@ def trial(process, root, build, tmp_path):
 
     def start(*options, **streams):
         line, environment = process("setting", "try", "flow-timeout", "33", *options)
-        environment = {**environment, "PYTHONPATH": str(root / "host" / "python"), "QDP_HOST_LIBRARIES": str(build / "host")}
+        environment["PYTHONPATH"] = str(root / "host" / "python")
+        environment["QDP_HOST_LIBRARIES"] = str(build / "host")
         line = [line[0], "-m", "qdp_host", "run", "--capture", str(capture), *line[1:]]
         streams = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **streams}
         return subprocess.Popen(line, env=environment, text=True, **streams)

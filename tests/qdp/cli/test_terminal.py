@@ -7,7 +7,6 @@ import re
 import select
 import signal
 import struct
-import subprocess
 import termios
 import time
 
@@ -155,7 +154,9 @@ def test_resize_redraws_at_once(terminal):
     assert shown.end() == 130
 
 
-@pytest.mark.parametrize("answer, code, text", [("y\n", 0, " entries"), ("n\n", 2, "nothing was changed"), ("\x04", 2, "nothing")])
+@pytest.mark.parametrize(
+    "answer, code, text", [("y\n", 0, " entries"), ("n\n", 2, "nothing was changed"), ("\x04", 2, "nothing")]
+)
 def test_dangerous_verb_asks(terminal, answer, code, text):
     shown = terminal("mac", "clear", "0")
     shown.read_until(r"Go on\? \[y/N\] ")
@@ -167,7 +168,6 @@ def test_dangerous_verb_asks(terminal, answer, code, text):
 def test_trial_ends_with_the_terminal(terminal, process, tmp_path, root, build):
     """SIGHUP of the terminal's end reaches the trial, which sets back; the recorded calls tell."""
     import json
-    import sys
 
     capture = tmp_path / "calls"
     line, environment = process("setting", "try", "flow-timeout", "33")

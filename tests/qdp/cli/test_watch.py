@@ -80,7 +80,8 @@ def test_growth(watched, before, after, options, grown):
 
 def test_low_half_of_a_counter_wraps_at_32_bits(watched):
     verb = __import__("qdp.cli.lcore", fromlist=["OBJECT"]).OBJECT.verbs["show"]
-    rows = _watch.grown_rows(verb, [{"swID": 0, "lcoreID": 1, "hits": 2**32 - 4}], [{"swID": 0, "lcoreID": 1, "hits": 6}], 5, False)
+    old, new = ([{"swID": 0, "lcoreID": 1, "hits": hits}] for hits in (2**32 - 4, 6))
+    rows = _watch.grown_rows(verb, old, new, 5, False)
     assert [row["hits"] for row in rows] == [2.0]
 
 

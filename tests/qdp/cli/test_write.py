@@ -27,7 +27,8 @@ def test_before_and_after(qdp_command):
 def test_entry_is_added_to_the_switch_that_is_named(qdp_command, switch):
     with qdp_command.host.recording() as calls:
         rows = qdp_command.rows("mac", "add", switch, "3", MAC.upper().replace(":", "-"), "--vlan", "7")
-    assert [(row["before"], row["after"], row["changed"], row["done"]) for row in rows] == [("absent", "present", True, True)]
+    (row,) = rows
+    assert (row["before"], row["after"], row["changed"], row["done"]) == ("absent", "present", True, True)
     assert rows[0]["arguments"] == [switch, 3, NUMBER, switch << 16 | 7]
     assert (MAC, 7) in entries(switch)
     assert (MAC, 7) not in entries(1 - switch)
@@ -86,7 +87,9 @@ class Terminal(io.StringIO):
         return True
 
 
-@pytest.mark.parametrize("answer, is_done", [("y\n", True), ("yes\n", True), ("n\n", False), ("", False), ("\n", False)])
+@pytest.mark.parametrize(
+    "answer, is_done", [("y\n", True), ("yes\n", True), ("n\n", False), ("", False), ("\n", False)]
+)
 def test_question_on_a_terminal(qdp_command, monkeypatch, answer, is_done):
     asked = Terminal()
     monkeypatch.setattr("sys.stdin", Terminal(answer))
