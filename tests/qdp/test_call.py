@@ -14,25 +14,11 @@ import qdp
 from contract import BY_NAME, RECIPES
 from failure_paths import failure_paths
 from observe import Observer, standard_error
-from qdp.records import Record
 from recipes import is_made_of
 from typings.stub import Stub
+from unrecorded import plain
 
 UNSUPPORTED = ["DumpDecapFlowTable", "DumpDecapSaFlowTable", "DumpPortFlow", "FPOHWDestroy"]
-
-
-def plain(value):
-    """A result without its records."""
-    if isinstance(value, Record):
-        return {key: plain(item) for key, item in vars(value).items()}
-    return type(value)(map(plain, value)) if isinstance(value, (list, tuple)) else value
-
-
-class Layer:
-    """Stands in the module's place for an Observer: its methods are called through the layer."""
-
-    def __getattr__(self, name):
-        return lambda *arguments: qdp.call(name, *arguments)
 
 
 @pytest.fixture

@@ -34,6 +34,15 @@ def test_reference(reference):
 
 
 @pytest.mark.parametrize("interpreter", interpreters())
-@pytest.mark.parametrize("capture", [[], ["python"]], ids=["helper", "python"])
-def test_same_on_every_interpreter(root, build, reference, interpreter, capture):
-    assert said_by(root, build, interpreter, *capture) == reference
+def test_same_on_every_interpreter(root, build, reference, interpreter):
+    assert said_by(root, build, interpreter) == reference
+
+
+def test_same_without_the_helper(root, build, reference):
+    assert said_by(root, build, "/usr/bin/python3", "python") == reference
+
+
+@pytest.mark.long
+@pytest.mark.parametrize("interpreter", interpreters())
+def test_same_without_the_helper_on_every_interpreter(root, build, reference, interpreter):
+    assert said_by(root, build, interpreter, "python") == reference

@@ -13,12 +13,7 @@ from observe import standard_error
 from qdp import _call, record, records
 from recipes import is_made_of
 from typings.arguments import MORE_ARGUMENTS
-
-
-def plain(value):
-    if isinstance(value, records.Record):
-        return {key: plain(item) for key, item in vars(value).items()}
-    return type(value)(map(plain, value)) if isinstance(value, (list, tuple)) else value
+from unrecorded import plain
 
 
 def dictionaries_in(value):
