@@ -2,8 +2,6 @@
 
 from typing import Any, Dict, Optional
 
-import _libqdp
-
 from .errors import Refused
 
 NAME_BYTES = 128  # of a portset name or an alias; one that is as long has no end of its own
@@ -11,6 +9,8 @@ NAME_BYTES = 128  # of a portset name or an alias; one that is as long has no en
 
 class Aliases:
     """Loads the snapshot when it is first needed, and once more where an alias is unknown."""
+
+    known: Optional[Dict[str, str]] = None  # aliases by portset name, where no snapshot is to be loaded
 
     def __init__(self) -> None:
         self._library: Any = None
@@ -25,6 +25,8 @@ class Aliases:
     def _exported(self) -> Any:
         if self._library is None:
             import ctypes
+
+            import _libqdp
 
             self._library = ctypes.PyDLL(_libqdp.__file__)
         return self._library
@@ -54,6 +56,8 @@ class Aliases:
 
     def portset_of(self, alias: str) -> Optional[str]:
         """The portset name of the switch with that alias; None where there is no such switch."""
+        if self.known is not None:
+            return next((portset for portset, each in self.known.items() if each == alias), None)
         was_loaded_now = self._loaded()
         portset = self._translated("DVSAliasToPortsetName", alias)
         if not portset and not was_loaded_now:
@@ -70,6 +74,8 @@ class Aliases:
         for one whose portset name begins with that of another switch, which the module takes for it. `portset_of` with
         their alias finds both, and makes it known here.
         """
+        if self.known is not None:
+            return self.known.get(portset)
         self._loaded()
         for alias in (self._given.get(portset), self._translated("DVSPortsetNameToAlias", portset), portset):
             if alias and self._translated("DVSAliasToPortsetName", alias) == portset:

@@ -577,10 +577,15 @@ class Setting:
         return tuple([self._part(part) for part in parts])
 
     def _result(self) -> Any:
+        if not self.row.getter:
+            raise Unsupported("{} {}".format(self.path, UNVERIFIED), self.row.setter, hint="keep what was set last")
+        getter, arguments = self.getter_call()
+        return call(getter, *arguments)
+
+    def getter_call(self) -> Tuple[str, Tuple[Any, ...]]:
+        """The method that reads the setting, and its arguments."""
         row = self.row
-        if not row.getter:
-            raise Unsupported("{} {}".format(self.path, UNVERIFIED), row.setter, hint="keep what was set last")
-        return call(row.getter, *self._named_by(row.by if row.get_by is None else row.get_by))
+        return row.getter, self._named_by(row.by if row.get_by is None else row.get_by)
 
     def _write(self, result: Any, value: Any) -> None:
         call(self.row.setter, *self._named_by(self.row.by) + self.row.write(result, value))

@@ -1,0 +1,1 @@
+"""A host's state in one file: written, read, compared, anonymized."""

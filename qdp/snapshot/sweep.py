@@ -1,0 +1,229 @@
+"""What a snapshot reads: sections in order, the cheap ones first. Nothing here writes to the datapath.
+
+A section is a function of an Asker; it asks with the arguments that the command and the package ask with, so that what
+they want is found in the file.
+"""
+
+import time
+
+from ..call import call_raw
+from ..errors import QdpError
+from . import lines
+
+LCORE_BITS = 64
+MOST_LCORES = 32  # as many as an answer about lcores holds
+UPLINK = "UPLINK"
+EVERYTHING = (0, 16384, 0, 64)  # of the balancer: first port and number, first context and number
+NO_MORE = 0xFFFFFFFF  # the index behind the last page of a list that has no other end
+NO_FILTERS = (0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)  # of a page of flows, behind its index
+PAGES_END = 1024  # of LIFs and ports of the SmartNIC
+VLANS_END = 4096
+DUMP_BYTES = 2032  # of entries in one dump of a hardware table
+DIRECTIONS = ((0, "numRxQ"), (1, "numTxQ"))  # of an uplink's queues, and the key of their number
+
+
+class Asker:
+    """Asks, and writes each call with its answer."""
+
+    def __init__(self, write, flow_pages=1, table_entries=1024):
+        self._write = write
+        self.flow_pages = flow_pages  # of each lcore
+        self.table_entries = table_entries  # of each hardware table
+        self._switches = None
+        self._ports = {}
+
+    def ask(self, method, *arguments):
+        """The answer; None where the call failed."""
+        start = time.perf_counter()
+        try:
+            result = call_raw(method, *arguments)
+        except QdpError as error:
+            self._write(lines.error_line(method, arguments, error, self._since(start)))
+            return None
+        self._write(lines.call_line(method, arguments, result, self._since(start)))
+        return result
+
+    @staticmethod
+    def _since(start):
+        return int((time.perf_counter() - start) * 1000000)
+
+    def write(self, **fields):
+        self._write(lines.dumped(fields))
+
+    @property
+    def switches(self):
+        if self._switches is None:
+            self._switches = self.ask("ListSwitches") or []
+        return self._switches
+
+    def ports(self, switch):
+        """The ports of a switch, asked for once."""
+        number = switch["swID"]
+        if number not in self._ports:
+            self._ports[number] = self.ask("ListPorts", number) or []
+        return self._ports[number]
+
+    def each_port(self):
+        for switch in self.switches:
+            for port in self.ports(switch):
+                yield switch["swID"], port["portID"]
+
+    def pages(self, method, entries, following, end, *arguments):
+        """The entries of all pages of a list; it ends where the next index does not advance."""
+        start, next_start = -1, 0
+        while start < next_start < end:
+            start = next_start
+            page = self.ask(method, *(arguments + (start,)))
+            if not page or not page[entries]:
+                return
+            for entry in page[entries]:
+                yield entry
+            next_start = page[following]
+
+
+def switches(asker):
+    for switch in asker.switches:
+        asker.ports(switch)
+    from ..aliases import Aliases
+
+    aliases = Aliases()
+    for switch in asker.switches:
+        try:
+            alias = aliases.alias_of(switch["name"])
+        except QdpError:
+            return  # the configuration cannot be read: no alias is known
+        if alias:
+            asker.write(alias=[switch["name"], alias])
+
+
+def settings(asker):
+    """Every setting that can be read, by path; and the calls behind them."""
+    from ..host import Host
+
+    asked = set()
+    for path, setting in Host().all_settings():
+        if not setting.is_readable:
+            continue
+        method, arguments = setting.getter_call()
+        if (method, arguments) not in asked:
+            asked.add((method, arguments))
+            asker.ask(method, *arguments)
+        try:
+            value = setting.get()
+        except QdpError:
+            continue
+        asker.write(setting=path, value=value)
+
+
+def ports(asker):
+    for where in asker.each_port():
+        for method in ("GetPortStats", "GetPortConf", "GetPortTxUplink", "GetPortNetQInfo", "ListRSSEngine"):
+            asker.ask(method, *where)
+
+
+def uplinks(asker):
+    for switch in asker.switches:
+        for port in asker.ports(switch):
+            if port["clientType"] == UPLINK:
+                where = switch["swID"], port["portID"]
+                for method in ("GetUplinkStats", "GetFPOUplinkStatus", "GetFPOUplinkStats"):
+                    asker.ask(method, *where)
+                for direction, number in DIRECTIONS:
+                    for queue in range(port[number]):
+                        asker.ask("GetUplinkQueueStats", *(where + (direction, queue)))
+
+
+def lcores(asker):
+    asker.ask("ListLCoreIDs", 0)
+    for switch in asker.switches:
+        number = switch["swID"]
+        wanted = [lcore for lcore in range(LCORE_BITS) if switch["lcores"] >> lcore & 1]
+        for first in range(0, len(wanted), MOST_LCORES):
+            chunk = tuple(wanted[first : first + MOST_LCORES])
+            asker.ask("GetFlowStats", number, chunk, 0)
+            asker.ask("GetFPOStats", number, chunk)
+
+
+def macs(asker):
+    for switch in asker.switches:
+        asker.ask("ListSwitchMACTable", switch["swID"])
+        for port in asker.ports(switch):
+            asker.ask("ListPortMACTable", switch["swID"], port["portID"])
+
+
+def slowpath(asker):
+    for switch in asker.switches:
+        if asker.ask("AdvStatsGetEnabled", switch["swID"]):
+            asker.ask("AdvStatsGetCounters", switch["swID"], 0, "")
+
+
+def nic(asker):
+    for method in ("P4AppGet", "HostPFGet", "P4IStatsGet", "P4EStatsGet", "FlowOpsStatsGet", "P4MirrorTableDump"):
+        asker.ask(method)
+    for selector in (0, 1):  # the driver, and the application beside it
+        asker.ask("P4UKLatencyDump", selector)
+    for lif in asker.pages("LifPortList", "liflist", "nextIndex", PAGES_END):
+        asker.ask("LifStatsGet", lif["lifID"])
+    for port in asker.pages("PortList", "portlist", "nextIndex", PAGES_END):
+        asker.ask("PortStatsGet", port["dstPort"])
+    for _ in asker.pages("VlanPortList", "vlanlist", "nextIndex", VLANS_END):
+        pass
+    for switch in asker.switches:
+        mode = asker.ask("GetSwitchMuxMode", switch["swID"])
+        if mode and mode["enabled"]:
+            for method in ("ListSwitchMuxVLAN", "ListSwitchShadowPorts"):
+                for _ in asker.pages(method, "portlist", "nextFcPort", NO_MORE, switch["swID"]):
+                    pass
+    asker.ask("P4HWTableList")
+
+
+def flows(asker):
+    """The first pages of each lcore's flows."""
+    for switch in asker.switches:
+        for lcore in range(LCORE_BITS):
+            if switch["lcores"] >> lcore & 1:
+                start = 0
+                for _ in range(asker.flow_pages):
+                    page = asker.ask("DumpFlowTable", switch["swID"], lcore, start, *NO_FILTERS)
+                    if not page or not page["list"] or page["startIndex"] <= start:
+                        break
+                    start = page["startIndex"]
+
+
+def contexts(asker):
+    """The balancer's contexts alone: its ports take seconds on a large host."""
+    for switch in asker.switches:
+        asker.ask("DumpLBStats", switch["swID"], 0, 0, 0, LCORE_BITS)
+
+
+def balancer(asker):
+    """All of the balancer, and what it has noted of its decisions."""
+    for switch in asker.switches:
+        asker.ask("DumpLBDebugBuf", switch["swID"], 0)
+        asker.ask("DumpLBStats", switch["swID"], *EVERYTHING)
+
+
+def tables(asker):
+    """The hardware tables, as they are."""
+    for table in asker.ask("P4HWTableList") or []:
+        at_once = max(DUMP_BYTES // max(table["entrySize"], 1), 1)
+        for first in range(0, min(table["numEntries"], asker.table_entries), at_once):
+            if asker.ask("P4HWTableDump", table["tableId"], first, min(at_once, table["numEntries"] - first)) is None:
+                break
+
+
+# What every snapshot has, and what a bundle has on top.
+SECTIONS = (
+    ("switches", switches),
+    ("settings", settings),
+    ("lcores", lcores),
+    ("uplinks", uplinks),
+    ("contexts", contexts),
+    ("slowpath", slowpath),
+    ("nic", nic),
+    ("ports", ports),
+    ("macs", macs),
+    ("flows", flows),
+)
+MORE_SECTIONS = (("balancer", balancer), ("tables", tables))
+BY_NAME = dict(SECTIONS + MORE_SECTIONS)
