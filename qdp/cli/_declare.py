@@ -44,7 +44,10 @@ class Verb:
 
     methods: the methods of the module that this verb is the command for; each method has one
     selectors, options: what the command line names
+    reads_snapshots: whether it works with --from
     """
+
+    reads_snapshots = False
 
     def __init__(self, name, help, methods=(), selectors=(), options=()):
         self.name = name
@@ -65,6 +68,8 @@ class Read(Verb):
     narrow: the counters of 32 bits, or True for all
     order: the column that the rows are sorted by where nothing else is asked for, with - the highest first
     """
+
+    reads_snapshots = True
 
     def __init__(
         self, name, help, read, columns=(), identity=(), gauges=(), counts=True, narrow=(), order=None, **settings

@@ -6,7 +6,7 @@ import sys
 from . import load, object_names
 from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write_lines
 
-HEAD = "usage: qdp OBJECT [VERB] [SELECTORS] [OPTIONS]"
+HEAD = "usage: qdp [--from SNAPSHOT] OBJECT [VERB] [SELECTORS] [OPTIONS]"
 
 
 def main(arguments=None):
@@ -72,6 +72,9 @@ def run(arguments):
     if not arguments or arguments[0] in ("-h", "--help", "help"):
         write_lines(overview())
         return OK
+    snapshot = None
+    if arguments[0] == "--from" or arguments[0].startswith("--from="):
+        snapshot, arguments = from_file(arguments)
     name, rest = arguments[0], arguments[1:]
     if name not in object_names():
         raise UsageError("there is no object {!r}; there are {}".format(name, ", ".join(object_names())))
@@ -87,7 +90,31 @@ def run(arguments):
 
     options = parser_of(thing, verb).parse_args(prepared(rest[words:]))
     options.json = options.json or options.pretty
+    options.snapshot = None
+    if snapshot is not None:
+        answer_from(snapshot, thing, verb, options)
     return run_verb(verb, options)
+
+
+def from_file(arguments):
+    """The file of --from, and the arguments behind it."""
+    _, equals, file = arguments[0].partition("=")
+    rest = arguments[1:] if equals else arguments[2:]
+    file = file if equals else "".join(arguments[1:2])
+    if not file or not rest:
+        raise UsageError("--from takes the file of a snapshot, and what to show of it: `qdp --from FILE port show`")
+    return file, rest
+
+
+def answer_from(file, thing, verb, options):
+    """Lets a snapshot answer in place of this host."""
+    from ..snapshot.read import Snapshot
+
+    if not verb.reads_snapshots or getattr(options, "watch", None) is not None:
+        what = "{} {}{}".format(thing.name, verb.name, " --watch" if verb.reads_snapshots else "")
+        raise UsageError("`qdp {}` needs a host; a snapshot can only be read".format(what))
+    options.snapshot = Snapshot(file)
+    options.snapshot.answer()
 
 
 def run_verb(verb, options):

@@ -12,7 +12,7 @@ from .read import Snapshot
 from .write import replacing
 
 KEY_BYTES = 32
-MAC = re.compile(r"(?<![0-9A-Fa-f:])[0-9A-Fa-f]{2}(?:[:-][0-9A-Fa-f]{2}){5}(?![0-9A-Fa-f:])")
+MAC = re.compile(r"(?<![0-9A-Fa-f])[0-9A-Fa-f]{2}(?:[:-][0-9A-Fa-f]{2}){5}(?![0-9A-Fa-f])")
 IPV4 = re.compile(r"(?<![\w.])(?:\d{1,3}\.){3}\d{1,3}(?![\w.])")
 IPV6 = re.compile(r"(?<![\w:])(?=[0-9A-Fa-f:]*:[0-9A-Fa-f:]*:)[0-9A-Fa-f:]{2,39}(?:\.\d+){0,3}(?![\w:])")
 KEPT_MACS = frozenset(["00:00:00:00:00:00", "ff:ff:ff:ff:ff:ff"])

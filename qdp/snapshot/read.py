@@ -129,9 +129,12 @@ class Snapshot:
         self._file.seek(place)
         return lines.loaded(self._file.readline())
 
-    def call(self, method, arguments, reading=1):
-        """The result of a call, or the exception that it ended with when the snapshot was written."""
-        place = self._calls[reading - 1].get(lines.key_of(method, list(arguments)))
+    def call(self, method, arguments, reading=None):
+        """The result of a call, or the exception that it ended with when the snapshot was written: of that reading, or
+        of the last one that holds it."""
+        key = lines.key_of(method, list(arguments))
+        readings = reversed(self._calls) if reading is None else [self._calls[reading - 1]]
+        place = next((calls[key] for calls in readings if key in calls), None)
         if place is None:
             shown = "{}({})".format(method, ", ".join(map(repr, arguments)))
             raise SnapshotError("{} does not hold {}".format(self.path, shown), hint="it holds what `qdp snapshot` reads")
@@ -142,7 +145,7 @@ class Snapshot:
             raise failure(about["text"], method, tuple(arguments), about["hint"])
         return answer["result"]
 
-    def answer(self, reading=1):
+    def answer(self, reading=None):
         """Lets this snapshot answer all calls of this process from now on, with its aliases."""
         from ..aliases import Aliases
         from ..call import answer_from
