@@ -90,6 +90,7 @@ WRITTEN = {
     "mask": (lambda value: value if isinstance(value, str) else hex(value % (1 << 64)), True),
     "lcores": (lambda value: ranges(bits(value) if isinstance(value, int) else value), False),
     "flag": (lambda value: "yes" if value else "no", False),
+    "rate": ("{:,.1f}".format, True),
 }
 
 

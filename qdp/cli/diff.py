@@ -62,7 +62,7 @@ OBJECT = Object(
             Column("before", priority=8),
             Column("after", priority=8),
             Column("growth", "growth", "number", 7, help="of a counter; none where it was set to zero"),
-            Column("rate", "rate", "number", 7, unit="a second"),
+            Column("rate", "rate", "rate", 7, unit="a second"),
         ],
         identity=["kind", "path"],
         counts=False,

@@ -14,6 +14,7 @@ A snapshot is text, one JSON object a line:
 """
 
 import json
+import time
 
 VERSION = 1
 MAGIC = b'{"qdp-snapshot": '
@@ -57,6 +58,10 @@ def call_line(method, arguments, result, microseconds):
     if method in _WITH_TUPLES:
         result = _tagged(result)
     return dumped({"call": [method, arguments], "result": result, "us": microseconds})
+
+
+def section_line(reading, section):
+    return dumped({"reading": reading, "section": section, "time": time.time(), "clock": time.monotonic()})
 
 
 def error_line(method, arguments, error, microseconds):

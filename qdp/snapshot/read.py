@@ -8,6 +8,9 @@ import stat
 from .. import errors
 from . import lines
 
+# What comes of lines that no writer writes.
+_DAMAGE = (ValueError, KeyError, TypeError, AttributeError, RecursionError, IndexError)
+
 CHUNK = 1 << 20
 END_BYTES = 200  # the last line is shorter
 
@@ -31,8 +34,11 @@ class Snapshot:
             self._index()
         except OSError as error:
             raise self._wrong(error.strerror)
-        except (ValueError, KeyError, TypeError, AttributeError, RecursionError, IndexError) as error:
-            raise self._wrong("it is damaged: {}".format(type(error).__name__))
+        except _DAMAGE as error:
+            raise self._damaged(error)
+
+    def _damaged(self, error):
+        return self._wrong("it is damaged: {}".format(type(error).__name__))
 
     def _wrong(self, what):
         return SnapshotError("{}: {}".format(self.path, what))
@@ -79,6 +85,9 @@ class Snapshot:
         for place, line in self.lines():
             if line.startswith(lines.CALL):
                 key, _ = decoder.raw_decode(line[len(lines.CALL) :].decode())
+                method, arguments = key
+                if not isinstance(method, str) or not isinstance(arguments, list):
+                    raise TypeError(key)
                 self._calls[reading - 1].setdefault(json.dumps(key), place)
             elif line.startswith(lines.CAPTURE):
                 continue
@@ -127,7 +136,16 @@ class Snapshot:
 
     def _answer(self, place):
         self._file.seek(place)
-        return lines.loaded(self._file.readline())
+        try:
+            answer = lines.loaded(self._file.readline())
+            if "error" in answer:
+                error = answer["error"]
+                answer["error"] = {key: str(error[key]) for key in ("class", "text", "hint")}
+            elif "result" not in answer:
+                raise KeyError("result")
+        except _DAMAGE as error:
+            raise self._damaged(error)
+        return answer
 
     def call(self, method, arguments, reading=None):
         """The result of a call, or the exception that it ended with when the snapshot was written: of that reading, or
@@ -141,7 +159,7 @@ class Snapshot:
         answer = self._answer(place)
         if "error" in answer:
             about = answer["error"]
-            failure = getattr(errors, str(about["class"]), errors.Refused)
+            failure = _class_of(about["class"])
             raise failure(about["text"], method, tuple(arguments), about["hint"])
         return answer["result"]
 
@@ -158,6 +176,12 @@ class Snapshot:
         for _, line in self.lines():
             if line.startswith(lines.CAPTURE):
                 yield line[len(lines.CAPTURE) : -2] + b"\n"
+
+
+def _class_of(name):
+    """The exception class of that name; Refused for one that this version does not know."""
+    found = getattr(errors, name, None)
+    return found if isinstance(found, type) and issubclass(found, errors.QdpError) else errors.Refused
 
 
 def _open_without_waiting(path, flags):

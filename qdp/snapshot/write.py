@@ -91,12 +91,15 @@ class Supervisor:
         self._progress = progress
         self._capture = capture
         self._start = time.monotonic()
+        self._has_begun = False  # the section that is read first
 
     def run(self):
         while self._left:
             why = self._run_process()
             if self._left:  # it ended too soon: the section is given up, and another process reads the rest
-                _, section = self._left.pop(0)
+                reading, section = self._left.pop(0)
+                if not self._has_begun:
+                    self._sink.write(lines.section_line(reading, section))
                 self._sink.write(lines.dumped({"ended": section, "how": why}))
                 self._progress("{}: {}".format(section, why))
                 self._capture = None  # it would be begun anew
@@ -131,7 +134,7 @@ class Supervisor:
 
     def _copy(self, pipe):
         """Copies lines until the pipe ends. False where a section hangs."""
-        rest = b""
+        rest, self._has_begun = b"", False
         while True:
             # Between two readings the process waits.
             is_next = self._left and self._left[0][1] == self._options.names[0]
@@ -146,7 +149,9 @@ class Supervisor:
                 self._sink.write(line)
                 if line.startswith(b'{"ended": '):
                     self._left.pop(0)
+                    self._has_begun = False
                 elif line.startswith(b'{"reading": '):
+                    self._has_begun = True
                     self._progress("reading {}".format(self._left[0][1]))
 
 

@@ -1,4 +1,5 @@
-"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the marker `scenario` that chooses what it has.
+"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the markers `scenario` and `snapshot` that choose
+what it has.
 
 The plugin loads the stand-ins where the fixture is used. A test file that names it, itself or in a conftest.py, can import
 _libqdp at its top; in every other run _libqdp finds the libraries of the machine, or none.
@@ -49,6 +50,7 @@ _before_the_module = _BeforeTheModule()
 
 def pytest_configure(config: Any) -> None:
     config.addinivalue_line("markers", "scenario(name): the scenario, by file or by name, that the fixture qdp_host has")
+    config.addinivalue_line("markers", "snapshot(file): the snapshot of a host whose answers the fixture qdp_host replays")
     config.pluginmanager.register(_before_the_module, "qdp_host.before_the_module")
     sys.meta_path.insert(0, _before_the_module)
 
@@ -57,9 +59,23 @@ def pytest_unconfigure() -> None:
     sys.meta_path.remove(_before_the_module)
 
 
+def _capture_of(snapshot: str, folder: Any) -> str:
+    """The file of the capture that a snapshot holds."""
+    from qdp.snapshot.read import Snapshot
+
+    path = str(folder / "capture")
+    with open(path, "wb") as file:
+        file.writelines(Snapshot(snapshot).capture())
+    return path
+
+
 @pytest.fixture
 def qdp_host(request: Any) -> Iterator[_host.EmbeddedHost]:
-    """The embedded host, fresh for each test; `@pytest.mark.scenario("mux")` chooses a scenario."""
+    """The embedded host, fresh for each test; `@pytest.mark.scenario("mux")` chooses a scenario, and
+    `@pytest.mark.snapshot("customer.qdp")` lets it answer as that host has answered."""
     marker = request.node.get_closest_marker("scenario")
+    snapshot = request.node.get_closest_marker("snapshot")
     with _host.running(*(marker.args if marker else ()), **(marker.kwargs if marker else {})) as host:
+        if snapshot:
+            host.replay(_capture_of(snapshot.args[0], request.getfixturevalue("tmp_path")))
         yield host
