@@ -1,12 +1,16 @@
 """Exporters as processes of their own, on embedded hosts that misbehave as a test says."""
 
 import contextlib
+import json
 import os
 import re
 import signal
+import socket
 import subprocess
 import sys
 import time
+import urllib.error
+import urllib.parse
 import urllib.request
 
 HERE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "qdp", "exporter")
@@ -74,3 +78,82 @@ def exporting(environment, *options, command=COMMAND, listen="127.0.0.1:0"):
             process.kill()
             process.wait()
             process.stderr.close()
+
+
+SECONDS = 60  # at most, until Prometheus is ready, or an alert fires or resolves
+
+
+def free_port():
+    with socket.socket() as each:
+        each.bind(("127.0.0.1", 0))
+        return each.getsockname()[1]
+
+
+class Prometheus:
+    """A running Prometheus."""
+
+    def __init__(self, process, url):
+        self.process, self.url = process, url
+
+    def ask(self, path, **parameters):
+        with urllib.request.urlopen(self.url + path + "?" + urllib.parse.urlencode(parameters), timeout=10) as answer:
+            return json.load(answer)["data"]
+
+    def firing(self):
+        """{(alert, port)} of what fires."""
+        return {
+            (alert["labels"]["alertname"], alert["labels"].get("port"))
+            for alert in self.ask("/api/v1/alerts")["alerts"]
+            if alert["state"] == "firing"
+        }
+
+    def wait_for(self, wanted):
+        deadline = time.monotonic() + SECONDS
+        while time.monotonic() < deadline:
+            if wanted(self.firing()):
+                return
+            time.sleep(0.5)
+        raise AssertionError("after {} s these fire: {}".format(SECONDS, self.firing()))
+
+
+@contextlib.contextmanager
+def prometheus(folder, targets, interval=1, rules="groups: []"):
+    """A Prometheus that scrapes these and evaluates the rules, every `interval` seconds."""
+    (folder / "qdp.rules.yml").write_text(rules)
+    every = "{}s".format(interval)
+    (folder / "prometheus.yml").write_text(
+        json.dumps(
+            {
+                "global": {"scrape_interval": every, "scrape_timeout": every, "evaluation_interval": every},
+                "rule_files": ["qdp.rules.yml"],
+                "scrape_configs": [{"job_name": "qdp", "static_configs": [{"targets": targets}]}],
+            }
+        )
+    )
+    port = free_port()
+    with open(str(folder / "prometheus.log"), "w") as log:
+        process = subprocess.Popen(
+            [
+                "prometheus",
+                "--config.file=prometheus.yml",
+                "--storage.tsdb.path=data",
+                "--web.listen-address=127.0.0.1:{}".format(port),
+            ],
+            cwd=str(folder),
+            stdout=log,
+            stderr=log,
+        )
+    try:
+        each = Prometheus(process, "http://127.0.0.1:{}".format(port))
+        deadline = time.monotonic() + SECONDS
+        while True:
+            try:
+                urllib.request.urlopen(each.url + "/-/ready", timeout=5).close()
+                break
+            except OSError:
+                assert time.monotonic() < deadline and process.poll() is None, (folder / "prometheus.log").read_text()
+                time.sleep(0.2)
+        yield each
+    finally:
+        process.terminate()
+        process.wait(20)

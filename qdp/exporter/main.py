@@ -17,6 +17,7 @@ from . import collect, render
 from .source import Source
 
 FILE = "qdp.prom"
+POLL = 0.5  # seconds between two looks for connections whose time is over
 TIMEOUT = 8.0  # seconds for a sweep: less than a scraper's usual 10
 
 
@@ -83,7 +84,7 @@ def serve(address, options):
     signal.signal(signal.SIGTERM, lambda *_: threading.Thread(target=server.shutdown).start())
     try:
         print("Serving http://{}:{}/metrics".format(*server.server_address[:2]), file=sys.stderr, flush=True)
-        server.serve_forever(poll_interval=0.2)
+        server.serve_forever(poll_interval=POLL)
     except KeyboardInterrupt:
         pass
     finally:
