@@ -21,6 +21,9 @@ NOT_RUN = {
     "docs/install.md: script/package           # builds all of them into build/package; --test tests them as well": (
         "needs PyPI, and takes minutes"
     ),
+    "docs/exporter.md: qdp exporter                                     # serves http://127.0.0.1:9818/metrics": (
+        "runs until it is stopped; tests/qdp/exporter does, at ports of its own"
+    ),
     "docs/install.md: pip install .": "tests/package does, where there is a wheel",
     "docs/install.md: apt install ./build/package/python3-libqdp_*.deb     # the module and its stubs: all that a real "
     "host needs": "would install here; tests/package unpacks them",
