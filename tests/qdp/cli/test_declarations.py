@@ -68,7 +68,13 @@ SHOWN = {
     "port queues": ["0"],
     "port conf": ["0"],
 }
-READS = [("{} {}".format(name, verb.name), verb) for name, verb in VERBS if isinstance(verb, Read)]
+# What these show depends on two readings; test_snapshot.py has both.
+OF_TWO_READINGS = ("check", "diff")
+READS = [
+    ("{} {}".format(name, verb.name), verb)
+    for name, verb in VERBS
+    if isinstance(verb, Read) and name not in OF_TWO_READINGS
+]
 
 
 @pytest.mark.parametrize("words, verb", READS, ids=[words for words, _ in READS])

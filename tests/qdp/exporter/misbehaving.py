@@ -1,11 +1,13 @@
 """An exporter whose reading process has an embedded host that fails and hangs as a file says, read before each sweep.
 
-The file, named by MISBEHAVIOUR, holds JSON: {"fail": [operations], "delay": {operation: seconds}, "exit": true}.
+The file, named by MISBEHAVIOUR, holds JSON: {"fail": [operations], "delay": {operation: seconds}, "exit": true,
+"grow": {method: {key: growth a second}}, "set": {method: {key: value}}, "collect": true where all collections are on}.
 """
 
 import json
 import os
 import sys
+import time
 
 FILE = os.environ["MISBEHAVIOUR"]
 
@@ -18,17 +20,33 @@ def reader(arguments):
     from qdp.exporter import collect
     from qdp.exporter import reader as real
 
+    start, call = time.monotonic(), collect.qdp.call_raw
+
     def misbehave(sweep, read=collect.Sweep.read):
         with open(FILE) as file:
             wanted = json.load(file)
         if wanted.get("exit"):
             os._exit(3)
+        if wanted.get("collect"):
+            call("P4UKLatencySet", 1)
+            call("AdvStatsSetEnabled", 0, 1)
         for operation in host.operations():
             host.fail(operation, times=0) if operation in wanted.get("fail", []) else host.fail(operation, nth=1 << 30)
             seconds = wanted.get("delay", {}).get(operation)
             host.delay(operation, seconds or 0, nth=1 if seconds else 1 << 30)
         return read(sweep)
 
+    def changed(method, *arguments):
+        """The answer of a method with what the file changes of it."""
+        answer = call(method, *arguments)
+        with open(FILE) as file:
+            wanted = json.load(file)
+        for key, rate in wanted.get("grow", {}).get(method, {}).items():
+            answer[key] += int(rate * (time.monotonic() - start))
+        answer_keys = wanted.get("set", {}).get(method, {})
+        return dict(answer, **answer_keys) if answer_keys else answer
+
+    collect.qdp.call_raw = changed
     collect.Sweep.read = misbehave
     real.main(*arguments)
 

@@ -1,6 +1,8 @@
 """Tests of what the exporter reads, on the embedded host: which series, from which calls, and that nothing is written."""
 
+import gc
 import re
+import sys
 
 import pytest
 
@@ -233,3 +235,21 @@ def test_values_are_those_of_the_text(host):
             for labels, value in numbers[name]
         )
         assert sorted(text.splitlines()) == sorted(found[name].splitlines())
+
+
+@pytest.mark.parametrize("sweeps", [100, pytest.param(3000, marks=pytest.mark.long)])
+def test_sweeps_keep_nothing(host, sweeps):
+    host.freeze()
+    series = render.Series()
+
+    def read():
+        list(collect.Sweep(collect.Platform(), series, collect.Options()).read())
+
+    for _ in range(3):
+        read()
+    gc.collect()
+    before = sys.getallocatedblocks()
+    for _ in range(sweeps):
+        read()
+    gc.collect()
+    assert sys.getallocatedblocks() - before < 100

@@ -12,17 +12,37 @@ from qdp.exporter import dashboard, metrics, rules
 
 pytestmark = pytest.mark.long
 
+TROUBLE = os.path.join(HERE, "trouble.json")
 IMPATIENT = rules.text(window="10s", minutes=0)
 
 def test_alerts_fire_and_resolve(build, root, tmp_path):
     """An exporter on a host with trouble; then, at the same address, on a host without."""
     address = "127.0.0.1:{}".format(free_port())
-    environment = environment_of(build, root, QDP_HOST_SCENARIO=os.path.join(HERE, "trouble.json"))
-    brought = {("QdpPortDrops", "3"), ("QdpOffloadFailing", "0"), ("QdpOffloadTableFull", "0"), ("QdpUplinkErrors", "0")}
+    environment = environment_of(build, root, QDP_HOST_SCENARIO=TROUBLE)
+    brought = {("QdpPortDrops", "3"), ("QdpUplinkErrors", "0")}
     with prometheus(tmp_path, [address], rules=IMPATIENT) as server:
         with exporting(environment, listen=address):
             server.wait_for(lambda firing: firing >= brought)
         with exporting(environment_of(build, root), listen=address):
+            server.wait_for(lambda firing: not firing & brought)
+
+
+def test_offload_alerts_fire_and_resolve(build, root, tmp_path):
+    file = tmp_path / "misbehaviour"
+    file.write_text(
+        json.dumps(
+            {
+                "grow": {"GetFPOUplinkStats": {"numFailedCreateCalls": 5000}},
+                "set": {"GetFPOUplinkStatus": {"numFlowsOffloaded": 95, "maxFlowsSupported": 100}},
+            }
+        )
+    )
+    brought = {("QdpOffloadFailing", "0"), ("QdpOffloadTableFull", "0")}
+    environment = environment_of(build, root, MISBEHAVIOUR=str(file))
+    with exporting(environment, command=(os.path.join(HERE, "misbehaving.py"),)) as each:
+        with prometheus(tmp_path, [urllib.parse.urlsplit(each.url).netloc], rules=IMPATIENT) as server:
+            server.wait_for(lambda firing: firing >= brought)
+            file.write_text("{}")
             server.wait_for(lambda firing: not firing & brought)
 
 
@@ -38,9 +58,13 @@ def test_datapath_down_fires_and_resolves(build, root, tmp_path):
 
 
 def test_every_query_of_the_dashboard_has_an_answer(build, root, tmp_path):
-    environment = environment_of(build, root, QDP_HOST_SCENARIO=os.path.join(HERE, "trouble.json"))
-    with exporting(environment) as each, prometheus(tmp_path, [urllib.parse.urlsplit(each.url).netloc]) as server:
-        time.sleep(12)
-        for metric in metrics.METRICS:
-            query = dashboard.query(metric, "10s").replace("$instance", ".*")
-            assert server.ask("/api/v1/query", query=query)["result"], query
+    """On a host where all collections are on."""
+    file = tmp_path / "misbehaviour"
+    file.write_text(json.dumps({"collect": True}))
+    command = (os.path.join(HERE, "misbehaving.py"),)
+    with exporting(environment_of(build, root, MISBEHAVIOUR=str(file)), command=command) as each:
+        with prometheus(tmp_path, [urllib.parse.urlsplit(each.url).netloc]) as server:
+            time.sleep(12)
+            for metric in metrics.METRICS:
+                query = dashboard.query(metric, "10s").replace("$instance", ".*")
+                assert server.ask("/api/v1/query", query=query)["result"], query
