@@ -11,6 +11,7 @@
 `qdp-host run script.py` runs a script on it; with pytest, the fixture `qdp_host` is the host of a test.
 """
 
-from ._host import Call, Capacity, EmbeddedHost, HostError, NullBuffer, Snapshot, running
+from ._host import Call, Capacity, EmbeddedHost, NullBuffer, Snapshot, running
+from ._places import HostError
 
 __all__ = ["Call", "Capacity", "EmbeddedHost", "HostError", "NullBuffer", "Snapshot", "running"]
