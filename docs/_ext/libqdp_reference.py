@@ -3,9 +3,11 @@
     .. libqdp-section:: TITLE    the methods of one section of the stub, with their types
     .. libqdp-conventions::      what the stub says of all methods
     .. libqdp-silent::           the methods that can fail without a text
+    .. libqdp-texts::            the texts of failures, each with its methods
 """
 
 import ast
+import itertools
 import pathlib
 import re
 
@@ -50,10 +52,10 @@ class Writer:
         """An annotation, with links in place of the stub's own types."""
         text = re.sub(r"Literal\[(.*?)\]", lambda choice: choice[1].replace(", ", " | "), ast.unparse(node))
         text = text.replace("'", '"')
-        parts = re.split(r"(\b_\w+)", text)
-        parts[::2] = [f"``{part.strip()}``" if part.strip() else "" for part in parts[::2]]
-        parts[1::2] = [self._name(part) for part in parts[1::2]]
-        return r"\ ".join(filter(None, parts))
+        parts = re.split(r"(\b[A-Z]\w+)", text)
+        parts = ["".join(group) for _, group in itertools.groupby(parts, lambda part: part in self.stub.types)]
+        parts = [self._name(part) if part in self.stub.types else f"``{part.strip()}``" for part in parts if part.strip()]
+        return r"\ ".join(parts)
 
     @staticmethod
     def table(headings, rows):
@@ -163,6 +165,23 @@ class Writer:
         return [*IN_MODULE, *self.table(("Method", "Result", "When"), rows)]
 
 
+    def texts(self):
+        """Every text of a failure, with its methods."""
+        methods = {}
+        for method in self.stub.methods():
+            for text in texts_of(method):
+                methods.setdefault(text, []).append(self._name(method.name))
+        rows = [(f"``{text}``", ", ".join(found)) for text, found in sorted(methods.items())]
+        return [*IN_MODULE, *self.table(("Text", "Methods"), rows)]
+
+
+def texts_of(method):
+    """The texts that a method's failures show, as they are printed, without line ends; each once."""
+    seen = [text for failures in method.failures for row in failures.rows for text in row.seen]
+    found = [text.replace("\\n", " ").strip() for text in re.findall(r'"([^"]*)"', " ".join(seen))]
+    return list(dict.fromkeys(filter(None, found)))
+
+
 def _indented(lines):
     return ["   " + line if line else "" for line in lines]
 
@@ -202,6 +221,11 @@ class SilentDirective(StubDirective):
         return writer.silent()
 
 
+class TextsDirective(StubDirective):
+    def lines(self, writer):
+        return writer.texts()
+
+
 def warn_of_missing_methods(app, environment):
     documented = environment.get_domain("py").objects
     for section in Stub(STUB).sections:
@@ -214,5 +238,6 @@ def setup(app):
     app.add_directive("libqdp-section", SectionDirective)
     app.add_directive("libqdp-conventions", ConventionsDirective)
     app.add_directive("libqdp-silent", SilentDirective)
+    app.add_directive("libqdp-texts", TextsDirective)
     app.connect("env-check-consistency", warn_of_missing_methods)
     return {"parallel_read_safe": True}

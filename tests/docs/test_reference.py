@@ -2,7 +2,9 @@
 
 import ast
 import collections
+import html
 import inspect
+import json
 import pathlib
 import re
 import shutil
@@ -11,8 +13,10 @@ import typing
 
 import bs4
 import pytest
+from sphinx.search import js_index
 
 import _libqdp
+from qdp_host import EmbeddedHost
 from typings.stub import Stub, failures_in
 
 STUB_PATH = pathlib.Path(__file__).parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi"
@@ -163,9 +167,110 @@ def test_pages_load_nothing_from_elsewhere(pages):
         assert [each for each in loaded if "//" in each] == []
 
 
-def test_search_knows_every_method(built_docs):
-    index = (built_docs / "searchindex.js").read_text()
-    assert [name for name in method_names() if f'"{name}"' not in index] == []
+@pytest.fixture(scope="session")
+def search_index(built_docs):
+    return js_index.loads((built_docs / "searchindex.js").read_text())
+
+
+def found_by(index, words):
+    """Where the search leads to for these words among the objects: pages with their anchors. As its script does, it
+    wants each word in an object's full name or its page's title."""
+    found = set()
+    for prefix, objects in index["objects"].items():
+        for document, kind, _, anchor, name in objects:
+            full_name = f"{prefix}.{name}" if prefix else name
+            if all(word.lower() in html.unescape(full_name).lower() for word in words.split()):
+                found.add((index["docnames"][document], anchor))
+    return found
+
+
+def test_search_knows_every_method(search_index):
+    assert [name for name in method_names() if not found_by(search_index, f"_libqdp.{name}")] == []
+
+
+@pytest.mark.parametrize(
+    "words, method",
+    [
+        ("rxDrops", "GetPortStats"),
+        ("spRxDrops", "GetPortStats"),
+        ("MacLimit", "ListSwitchMACTable"),
+        ("Failed to retrieve list of ports", "ListPorts"),
+        ("not supported below 2.10.0.0", "DumpPortFlow"),
+        ("no group registered", "SlowpathAffinityGet"),
+    ],
+)
+def test_search_finds_a_method_by_a_key_or_a_text(search_index, entries, words, method):
+    if not any(words in entry.get_text() for _, entry in entries[method]):
+        pytest.fail(f"{method} does not say {words!r}")
+    assert f"_libqdp.{method}" in {anchor for _, anchor in found_by(search_index, words)}
+
+
+@pytest.mark.parametrize("name", method_names())
+def test_search_finds_a_method_by_each_key(search_index, name):
+    taken, result = STUB.annotations(name)
+    missing = {key for key in keys_of(result) if not found_by(search_index, f"{name}.{key}")}
+    assert missing == set()
+
+
+def test_each_text_of_a_failure_leads_to_its_methods(pages):
+    (table,) = pages["texts.html"].select("table")
+    listed = {}
+    for row in table.select("tbody tr"):
+        text, methods = row.select("td")
+        listed[" ".join(text.get_text().split())] = {link["href"].rpartition(".")[2] for link in methods.select("a")}
+    assert listed["Failed to retrieve list of ports."] == {"ListPorts"}
+    for name in method_names():
+        for failure in failures_in(STUB.documentation(name)):
+            shown = " ".join(failure.text.replace("\\n", " ").split())
+            assert any(shown in text and name in methods for text, methods in listed.items()), (name, failure.text)
+
+
+class TestScenarioKeys:
+    """The page of all keys, against the schema as it is."""
+
+    @pytest.fixture(scope="class")
+    def rows(self, pages):
+        page = pages["scenario-keys.html"]
+        return {
+            heading.get_text().rstrip("#"): [
+                [cell.get_text() for cell in row.select("td")] for row in heading.find_next("table").select("tbody tr")
+            ]
+            for heading in page.select("h2")
+        }
+
+    def test_every_key_of_the_schema(self, root, rows):
+        schema = json.loads((root / "host" / "scenarios" / "schema.json").read_text())
+        keys = set()
+
+        def collect(node):
+            if isinstance(node, dict):
+                if isinstance(node.get("properties"), dict):
+                    keys.update(node["properties"])
+                for value in node.values():
+                    collect(value)
+            elif isinstance(node, list):
+                for value in node:
+                    collect(value)
+
+        collect({name: value for name, value in schema.items() if name != "$defs"})
+        assert {row[0] for table in rows.values() for row in table} == keys - {"$schema", "comment", "repeat", "turns"}
+        assert len(keys) > 300
+
+    def test_a_key_has_type_range_default_and_meaning(self, rows):
+        of_a_switch = {row[0]: row[1:] for row in rows["/switches[]"]}
+        assert of_a_switch["alias"][:3] == ["text", "", "required"]
+        assert of_a_switch["number"][:2] == ["integer", "0 to 15"]
+        assert of_a_switch["mtu"][:3] == ["integer", "0 to 4294967295", "1500"]
+        assert of_a_switch["lcores"][:2] == ["list of: integer", "0 to 63"]
+        assert of_a_switch["lcores"][3] == "Those that forward its packets."
+        metric = {row[0]: row[1] for row in rows["/switches[]/balancer"]}["metric"]
+        assert metric.startswith('one of "none", "cpu", "count"')
+
+
+def test_the_embedded_hosts_page_has_every_method(pages):
+    public = {name for name in vars(EmbeddedHost) if not name.startswith("_")}
+    shown = {each["id"].rpartition(".")[2] for each in pages["embedded-host.html"].select("dl.method > dt[id], dl.property > dt[id], dl.attribute > dt[id]")}
+    assert public - shown == set() and len(public) > 12
 
 
 STUB_IN_ROOT = "typings/_libqdp-stubs/__init__.pyi"
@@ -200,8 +305,8 @@ def told_of_faults(root, tmp_path_factory):
     for part in ("docs", "typings"):
         shutil.copytree(root / part, folder / part)
     shutil.copy(root / "CMakeLists.txt", folder)
-    (folder / "host" / "scenarios").mkdir(parents=True)
-    shutil.copy(root / "host" / "scenarios" / "README.md", folder / "host" / "scenarios")  # which is a page
+    for part in ("host/scenarios", "host/python"):  # of which pages are made
+        shutil.copytree(root / part, folder / part)
     for file, old, new, _ in FAULTS.values():
         text = (folder / file).read_text()
         assert old in text
