@@ -26,7 +26,13 @@ Scripts on a hypervisor host import _libqdp to inspect and steer the
 datapath's virtual switches, ports, uplinks, lcores, flow caches, MAC tables
 and thread load balancer, and the SmartNIC pipeline behind it.
 
+The package qdp and its command qdp stand on it: typed records, failures as
+exceptions, tables and an exporter for Prometheus.
+
 The platform's libraries libqdp.so and libqmtPublic.so come with the host.")
+set(CPACK_DEBIAN_PYTHON3-LIBQDP_PACKAGE_SUGGESTS "python3-prometheus-client, qdp-host")
+set(CPACK_DEBIAN_PYTHON3-LIBQDP_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/package/debian/postinst ${PROJECT_SOURCE_DIR}/package/debian/prerm)
 
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_NAME qdp-host)
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_DEPENDS "python3 (>= 3.6), python3-libqdp (= ${PROJECT_VERSION})")
@@ -37,12 +43,11 @@ it, on any machine.")
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/package/debian/postinst ${PROJECT_SOURCE_DIR}/package/debian/prerm)
 
-# What only Debian's packages have: the metadata (version with the module, pytest plugin with the host), the command, the
-# documents.
+# What only Debian's packages have: the commands, the metadata (each package its own: commands, pytest plugin), the unit of
+# the exporter, the documents.
 set(documents ${PROJECT_BINARY_DIR}/package)
 string(TIMESTAMP QDP_CHANGELOG_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(package/debian/changelog.in ${documents}/changelog @ONLY)
-configure_file(package/debian/METADATA.in ${documents}/METADATA @ONLY)
 file(ARCHIVE_CREATE OUTPUT ${documents}/changelog.gz PATHS ${documents}/changelog FORMAT raw
     COMPRESSION GZip COMPRESSION_LEVEL 9)
 foreach(component module host)
@@ -55,22 +60,16 @@ install(FILES package/systemd/qdp-exporter.service
 install(FILES package/debian/lintian-overrides RENAME qdp-host
     DESTINATION share/lintian/overrides COMPONENT host_debian EXCLUDE_FROM_ALL)
 install(PROGRAMS package/debian/qdp-host DESTINATION bin COMPONENT host_debian EXCLUDE_FROM_ALL)
-# The command qdp, with its man page and completions, which script/package makes from the command's declarations.
 install(PROGRAMS package/debian/qdp DESTINATION bin COMPONENT module_debian EXCLUDE_FROM_ALL)
-foreach(file qdp.1.gz=man/man1 qdp.bash=bash-completion/completions _qdp=zsh/vendor-completions
-        qdp.fish=fish/vendor_completions.d)
-    string(REPLACE "=" ";" file_and_folder ${file})
-    list(GET file_and_folder 0 name)
-    list(GET file_and_folder 1 folder)
-    string(REGEX REPLACE "\\.bash$" "" installed ${name})
-    install(FILES ${documents}/command/${name} RENAME ${installed}
-        DESTINATION share/${folder} COMPONENT module_debian EXCLUDE_FROM_ALL)
+install(FILES package/systemd/qdp-exporter.service DESTINATION lib/systemd/system
+    COMPONENT module_debian EXCLUDE_FROM_ALL)
+set(module_metadata libqdp)
+set(host_metadata qdp_host)
+foreach(component module host)
+    configure_file(package/debian/${component}/METADATA.in ${documents}/${component}/METADATA @ONLY)
+    install(FILES ${documents}/${component}/METADATA package/debian/${component}/entry_points.txt
+        DESTINATION lib/python3/dist-packages/${${component}_metadata}-${PROJECT_VERSION}.dist-info
+        COMPONENT ${component}_debian EXCLUDE_FROM_ALL)
 endforeach()
-# Ansible finds modules in this folder of its own.
-file(GLOB ansible_modules ansible/*.py)
-install(FILES ${ansible_modules} DESTINATION share/ansible/plugins/modules COMPONENT module_debian EXCLUDE_FROM_ALL)
-set(metadata_folder lib/python3/dist-packages/${PROJECT_NAME}-${PROJECT_VERSION}.dist-info)
-install(FILES ${documents}/METADATA DESTINATION ${metadata_folder} COMPONENT module_debian EXCLUDE_FROM_ALL)
-install(FILES package/debian/entry_points.txt DESTINATION ${metadata_folder} COMPONENT host_debian EXCLUDE_FROM_ALL)
 
 include(CPack)

@@ -89,6 +89,12 @@ def test_everything_else_that_it_calls_is_the_platforms(binary, root):
     assert called and [name for name in called if name not in declared] == []
 
 
+@pytest.mark.parametrize("library", ["libqdp.so", "libqdpcapture.so", "libqdphost.so", "libqmtPublic.so"])
+def test_the_stand_ins_need_no_cxx_runtime(build, library):
+    needed = set(dynamic(build / "host" / library, "NEEDED"))
+    assert needed <= {"libqdphost.so", "libc.so.6", "libm.so.6", "ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1"}
+
+
 @pytest.mark.parametrize("library", ["libqdp.so", "libqmtPublic.so"])
 def test_the_stand_ins_carry_the_names_of_the_real_libraries(build, library):
     assert dynamic(build / "host" / library, "SONAME") == [library]

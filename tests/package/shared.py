@@ -22,9 +22,37 @@ def output(*command, **options):
 def host_files(root):
     """The files of the embedded host's package, as they are to be installed."""
     host = root / "host"
-    sources = {path.name for path in (host / "python" / "qdp_host").glob("*.py")}
+    package = host / "python" / "qdp_host"
+    sources = {path.relative_to(package).as_posix() for path in package.rglob("*") if path.suffix in (".py", ".typed")}
     stand_ins = {f"stand_ins/lib{name}.so" for name in ("qdp", "qdpcapture", "qdphost", "qmtPublic")}
-    return sources | stand_ins | {f"scenarios/{name}.json" for name in [*scenarios(root), "schema"]}
+    return sources | stand_ins | {"include/control.h"} | {f"scenarios/{name}.json" for name in [*scenarios(root), "schema"]}
+
+
+def layer_files(root):
+    """The files of the operator layer, as they are to be installed in its folder."""
+    layer = root / "qdp"
+    sources = {path.relative_to(layer).as_posix() for path in layer.rglob("*") if path.is_file()}
+    left_out = {name for name in sources if "__pycache__" in name or name.endswith((".cpp", ".in"))}
+    return sources - left_out | {"_call.abi3.so", "_version.py"}
+
+
+def command_documents(command):
+    """The man page and the completions of a command, below the share folder."""
+    completions = {f"bash-completion/completions/{command}", f"zsh/vendor-completions/_{command}"}
+    if command == "qdp":
+        completions.add("fish/vendor_completions.d/qdp.fish")
+    return completions | {f"man/man1/{command}.1.gz"}
+
+
+def ansible_modules(root):
+    """The modules for Ansible, below the share folder."""
+    return {f"ansible/plugins/modules/{path.name}" for path in (root / "ansible").glob("*.py")}
+
+
+def examples(root):
+    """The files of the examples, below the repository."""
+    found = (root / "examples").rglob("*")
+    return {path.relative_to(root).as_posix() for path in found if path.is_file() and "__pycache__" not in path.parts}
 
 
 def scenarios(root):

@@ -9,7 +9,7 @@ import zipfile
 import pytest
 
 from interpreters import interpreters
-from package.shared import host_files, output, ran, scenarios
+from package.shared import ansible_modules, command_documents, examples, host_files, layer_files, output, ran, scenarios
 
 (WHEEL,) = pathlib.Path(os.environ["QDP_PACKAGES"]).glob("*.whl")
 
@@ -53,13 +53,37 @@ class TestContents:
         with zipfile.ZipFile(WHEEL) as wheel:
             return [name for name in wheel.namelist() if ".dist-info/" not in name]
 
+    @pytest.fixture(scope="class")
+    def metadata(self):
+        with zipfile.ZipFile(WHEEL) as wheel:
+            (name,) = [name for name in wheel.namelist() if name.endswith(".dist-info/METADATA")]
+            return wheel.read(name).decode()
+
     def test_tag(self):
-        assert WHEEL.name.endswith(f"-cp36-abi3-linux_{platform.machine()}.whl")
+        """As auditwheel gives it: by the newest symbol of the C library that any file needs."""
+        assert re.search(rf"-cp36-abi3-(manylinux\w*\.)*manylinux_2_(\d+)_{platform.machine()}\.whl$", WHEEL.name)
 
     def test_files(self, names, root):
         stubs = [f"_libqdp-stubs/{name}" for name in ("__init__.pyi", "py.typed")]
         host = [f"qdp_host/{name}" for name in host_files(root)]
-        assert sorted(names) == sorted(["_libqdp.abi3.so", *stubs, *host])
+        layer = [f"qdp/{name}" for name in layer_files(root)]
+        shared = {f"doc/qdp-host/{name}" for name in examples(root)} | {"doc/python3-libqdp/CHANGELOG.md"}
+        shared |= command_documents("qdp") | command_documents("qdp-host") | ansible_modules(root)
+        (data,) = {name.split("/")[0] for name in names if ".data/" in name}
+        documents = [f"{data}/data/share/{name}" for name in shared]
+        assert sorted(names) == sorted(["_libqdp.abi3.so", *stubs, *host, *layer, *documents])
+
+    def test_metadata_leads_nowhere_inside_the_repository(self, metadata):
+        assert "\nAuthor-email: the libqdp developers <" in metadata
+        links = re.findall(r"\]\(([^)]*)\)", metadata)
+        assert [link for link in links if not link.startswith("https://")] == []
+
+    def test_the_files_are_those_of_the_build(self, build, tmp_path):
+        """Built once: the wheel's module is the build's, without what stripping leaves out."""
+        stripped = tmp_path / "stripped.so"
+        output("strip", "-o", stripped, build / "_libqdp.abi3.so")
+        with zipfile.ZipFile(WHEEL) as wheel:
+            assert wheel.read("_libqdp.abi3.so") == stripped.read_bytes()
 
     def test_the_module_finds_its_libraries_by_name_alone(self, tmp_path):
         with zipfile.ZipFile(WHEEL) as wheel:
@@ -96,6 +120,10 @@ class TestInEveryInterpreter:
         assert file == str(environment.packages() / "_libqdp.abi3.so")
         assert prefix == str(environment.folder)
         assert methods == "147"
+
+    def test_the_layers_command_runs(self, environment):
+        said = environment.run("qdp-host", "run", environment.folder / "bin" / "qdp", "switch", "show")
+        assert "portset-0" in said and "dvs-storage" in said
 
     def test_scenarios_come_along(self, environment, root):
         for name in scenarios(root):
