@@ -43,8 +43,8 @@ it, on any machine.")
 set(CPACK_DEBIAN_QDP-HOST_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/package/debian/postinst ${PROJECT_SOURCE_DIR}/package/debian/prerm)
 
-# What only Debian's packages have: the commands, the metadata (each package its own: commands, pytest plugin), the unit of
-# the exporter, the documents.
+# What only Debian's packages have: the commands, the metadata (each package its own), the unit of the exporter, the
+# documents.
 set(documents ${PROJECT_BINARY_DIR}/package)
 string(TIMESTAMP QDP_CHANGELOG_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(package/debian/changelog.in ${documents}/changelog @ONLY)

@@ -38,5 +38,6 @@ if(NOT QDP_SANITIZE AND NOT QDP_COVERAGE AND NOT QDP_CHECK_ONLY)
     add_custom_target(command_documents ALL DEPENDS ${command_documents}/made)
 endif()
 foreach(component module host)
-    install(DIRECTORY ${command_documents}/${component}/ DESTINATION ${QDP_SHARE_FOLDER} COMPONENT ${component} OPTIONAL)
+    install(DIRECTORY ${command_documents}/${component}/ DESTINATION ${QDP_SHARE_FOLDER}
+        COMPONENT ${component} OPTIONAL)
 endforeach()

@@ -10,6 +10,7 @@ install(CODE "
         execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND \"${CMAKE_COMMAND}\"
             --install \"${QDP_PREBUILT}\" --component \${component} --prefix \"\${stage}\" --strip)
     endforeach()
-    file(INSTALL \"\${stage}/lib/python3/dist-packages/\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}\" USE_SOURCE_PERMISSIONS)
+    file(INSTALL \"\${stage}/lib/python3/dist-packages/\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}\"
+        USE_SOURCE_PERMISSIONS)
     file(INSTALL \"\${stage}/share\" DESTINATION \"${SKBUILD_DATA_DIR}\" USE_SOURCE_PERMISSIONS)
 " COMPONENT module)

@@ -40,7 +40,8 @@ class Keys:
     def _resolved(self, described):
         """What a value may be, without references, and without that it may take turns."""
         if "$ref" in described:
-            return self._resolved({**self._definition(described["$ref"]), **{k: v for k, v in described.items() if k != "$ref"}})
+            own = {key: value for key, value in described.items() if key != "$ref"}
+            return self._resolved({**self._definition(described["$ref"]), **own})
         choices = [each for each in described.get("anyOf", []) if each.get("$ref") != TURNS]
         if len(choices) == 1:
             return self._resolved({**choices[0], **{key: value for key, value in described.items() if key != "anyOf"}})

@@ -25,7 +25,8 @@ def host_files(root):
     package = host / "python" / "qdp_host"
     sources = {path.relative_to(package).as_posix() for path in package.rglob("*") if path.suffix in (".py", ".typed")}
     stand_ins = {f"stand_ins/lib{name}.so" for name in ("qdp", "qdpcapture", "qdphost", "qmtPublic")}
-    return sources | stand_ins | {"include/control.h"} | {f"scenarios/{name}.json" for name in [*scenarios(root), "schema"]}
+    in_scenarios = {f"scenarios/{name}.json" for name in [*scenarios(root), "schema"]}
+    return sources | stand_ins | in_scenarios | {"include/control.h"}
 
 
 def layer_files(root):
