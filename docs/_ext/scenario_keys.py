@@ -31,7 +31,8 @@ class Keys:
         properties = {
             key: value for key, value in described["properties"].items() if key not in FROM_TURNS and key[0] != "$"
         }
-        yield place, [self.row(key, value, key in described.get("required", [])) for key, value in properties.items()]
+        required = {key for each in [described, *described.get("anyOf", [])] for key in each.get("required", [])}
+        yield place, [self.row(key, value, key in required) for key, value in properties.items()]
         for key, value in properties.items():
             inner, is_list = self._object_in(value)
             if inner:
