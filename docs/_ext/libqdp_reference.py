@@ -178,6 +178,7 @@ class Writer:
 def texts_of(method):
     """The texts that a method's failures show, as they are printed, without line ends; each once."""
     seen = [text for failures in method.failures for row in failures.rows for text in row.seen]
+    seen += [failures.said for failures in method.failures]
     found = [text.replace("\\n", " ").strip() for text in re.findall(r'"([^"]*)"', " ".join(seen))]
     return list(dict.fromkeys(filter(None, found)))
 
