@@ -83,6 +83,7 @@ def test_the_first_failure_shows_alike_on_every_python(environment, root, interp
     assert (is_as_shown(printed, block.shown), status) == (True, 0), printed
 
 
+@pytest.mark.xdist_group("commands")  # one after the other: some read what others write
 @pytest.mark.parametrize("block", runs("console", "sh"))
 def test_commands(block, environment, root):
     for command, shown in commands_of(block):
