@@ -139,12 +139,12 @@ class Host:
         for setting in self.settings.values():
             yield setting.path, setting
         for switch in self.switches():
-            has_alias = switch.alias is not None
+            has_alias, path = switch.alias is not None, switch.path
             for setting in switch.settings.values():
                 if has_alias or "alias" not in setting.row.by:
                     yield setting.path, setting
             for port in switch.ports():
-                for setting in port.settings.values():
+                for setting in switch.port_settings(port.number, path).values():
                     if port.number in setting.row.ports:
                         yield setting.path, setting
         for device in self.devices():

@@ -254,14 +254,15 @@ class Switch:
         """The settings of the switch."""
         return Settings("switch", self.path, self.part, lambda: [port.settings for port in self.ports()])
 
-    def port_settings(self, number: int) -> Settings:
-        """The settings of a port by its number, whether or not the port is listed."""
+    def port_settings(self, number: int, path: Optional[str] = None) -> Settings:
+        """The settings of a port by its number, whether or not the port is listed. `path` is the switch's, where the
+        caller has it already."""
         within("a port number", number, PORTS)
 
         def part(wanted: str) -> Any:
             return number if wanted == "port" else self.part(wanted)
 
-        return Settings("port", "{}/port/{}".format(self.path, number), part)
+        return Settings("port", "{}/port/{}".format(path or self.path, number), part)
 
     # --- What the switch consists of ---
 

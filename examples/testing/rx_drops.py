@@ -8,30 +8,9 @@ looked at.
 
 import argparse
 import sys
-import time
-from typing import Dict, Iterable, List, Optional, Tuple
+from typing import List, Optional
 
-import _libqdp
-
-Port = Tuple[int, int]  # numbers of switch and port
-
-
-def ports() -> Tuple[List[Port], bool]:
-    """Every port; and whether these are all."""
-    found: List[Port] = []
-    are_all = True
-    switches = _libqdp.ListSwitches()
-    for switch in switches or []:
-        listed = _libqdp.ListPorts(switch["swID"])
-        found += [(switch["swID"], port["portID"]) for port in listed or []]
-        are_all = are_all and listed is not None
-    return found, are_all and switches is not None
-
-
-def drops(watched: Iterable[Port]) -> Dict[Port, int]:
-    """The receive drops of the ports so far. A port that has gone meanwhile has none."""
-    counters = {port: _libqdp.GetPortStats(*port) for port in watched}
-    return {port: each["rxDrops"] for port, each in counters.items() if each}
+import qdp
 
 
 def main(arguments: Optional[List[str]] = None) -> int:
@@ -40,20 +19,19 @@ def main(arguments: Optional[List[str]] = None) -> int:
     parser.add_argument("--limit", type=float, default=1, help="drops a second that are no reason to worry")
     options = parser.parse_args(arguments)
 
-    watched, are_all = ports()
-    before = drops(watched)
-    time.sleep(options.seconds)
-    after = drops(before)
-
+    (sample,) = qdp.Host().rates(every=options.seconds, count=1)
     is_fine = True
-    for (switch, port), count in after.items():
-        grown = count - before[switch, port]
-        if grown < 0:
-            grown = count  # the counter began anew
-        if grown / options.seconds > options.limit:
+    for rates in sample.ports:
+        drops = rates["rxDrops"]
+        if drops is None:
+            drops = rates.after["rxDrops"] / options.seconds  # the counter began anew
+        if drops > options.limit:
             is_fine = False
-            print("switch {}, port {}: drops {:.1f} packets a second".format(switch, port, grown / options.seconds))
-    return 2 if not are_all else 0 if is_fine else 1
+            place = rates.port.switch.number, rates.port.number
+            print("switch {}, port {}: drops {:.1f} packets a second".format(*place, drops))
+    for failure in sample.failures:
+        print("rx_drops.py: {}".format(failure), file=sys.stderr)
+    return 2 if sample.failures else 0 if is_fine else 1
 
 
 if __name__ == "__main__":

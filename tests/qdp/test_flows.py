@@ -143,3 +143,12 @@ def test_request_is_as_long_as_the_platform_expects(layer, host):
         next(layer.switch(0).flows())
     (call,) = [call for call in calls if call.operation == "Qdp_Dump_Flow_Table"]
     assert len(call.arguments[0]) == 96 and call.arguments[1:] == [Capacity(size=10264)]
+
+
+@pytest.mark.parametrize("filters, starts", [({}, [0]), ({"source": "10.0.0.1"}, [0, 5])])
+def test_empty_page_ends_the_list_unless_a_filter_is_on(layer, host, filters, starts):
+    """The response has the next start index at 8, the number of flows at 12 and the number of valid bytes at 16."""
+    host.script("Qdp_Dump_Flow_Table", outputs=[struct.pack("<8xIIII", 5, 0, 24, 0)])
+    with host.recording() as calls:
+        list(layer.switch(0).flows(lcores=[0], **filters))
+    assert [start for _, _, start in requests(calls)] == starts

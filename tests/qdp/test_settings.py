@@ -364,6 +364,16 @@ def test_all_settings_have_paths_that_lead_to_them(layer):
         assert layer.setting(path).identity() == setting.identity()
 
 
+def test_ports_without_an_override_have_no_setting_for_it(layer, host, tmp_path):
+    scenario = tmp_path / "scenario.json"
+    scenario.write_text('{"switches": [{"alias": "edge", "ports": [{"repeat": 1025, "name": "vnic{0}"}]}]}')
+    host.load(str(scenario))
+    name = layer.switch(0).path
+    numbers = {"lro": range(1025), "rss-override": range(1023)}
+    found = [path for path, setting in layer.all_settings() if setting.row.scope == "port"]
+    assert sorted(found) == sorted(f"{name}/port/{port}/{each}" for each in numbers for port in numbers[each])
+
+
 def test_texts_of_values():
     texts = {
         "flow-timeout": [(64, "64")],

@@ -333,3 +333,18 @@ def test_balancer_gives_no_more_than_is_asked_for(layer):
     assert [port["port ID"] for port in ports] == list(range(2, 20))
     assert [context["ctx ID"] for context in contexts] == [2, 3, 4]
     assert switch.balancer_stats(0, 0, 0, 0) == ([], [], [])
+
+
+def test_contexts_behind_the_end_are_cut(layer, host):
+    """An answer: next port, next context, number of entries; then contexts, of which the type is 2."""
+
+    def answer(following, *contexts):
+        entries = [struct.pack("<IIiIIQQI", 2, context, -1, 0, 0, 0, 0, 0) for context in contexts]
+        return struct.pack("<III12x", 0xFFFFFFFF, following, len(contexts)) + b"".join(entries)
+
+    host.script("Qdp_DumpLBStats", outputs=[answer(4, 2, 3)])
+    host.script("Qdp_DumpLBStats", outputs=[answer(0xFFFFFFFF, 4, 5, 6)])
+    with host.recording() as calls:
+        _, _, contexts = layer.switch(0).balancer_stats(0, 0, 2, 3)
+    assert [context["ctx ID"] for context in contexts] == [2, 3, 4]
+    assert [arguments[3:5] for _, arguments in operations(calls, "Qdp_DumpLBStats")] == [[2, 3], [4, 3]]
