@@ -1,26 +1,24 @@
-"""Changes of the field tables: each row's place, its key and its order.
+"""Changes of the field tables: the place that each row names. Keys are texts, which mutate/texts.py changes.
 
-In the built file a table is its rows, then its converters, then its keys; a row finds the latter two by their distance.
-See src/core/fields.h, which this file follows."""
+In the built file a table is an array of rows: the pointer to the key, the place, and the pointer to the converter, which
+is null for an integer. See src/core/fields.h, which this file follows."""
 
 import struct
 from dataclasses import dataclass, replace
 
 from mutate.image import CONSTANTS, RELOCATED
 from mutate.mutants import Mutant
-from mutate.texts import PRINTABLE, altered
+from mutate.texts import text_at
 
-LAYOUT = struct.Struct("<HHHHBB?x")
+PLACE = struct.Struct("<HHBB?x")
+PLACE_OFFSET, CONVERTER_OFFSET, ROW_BYTES = 8, 16, 24
 WORD_BITS = 64
-ALIGNMENT = 8
 
-TEXT_CONVERTER = "field_text_object"
+TEXT_CONVERTER = "text_field_object"
 
 
 @dataclass(frozen=True)
-class Row:
-    key_distance: int
-    converter_distance: int
+class Place:
     offset: int
     size: int
     up: int
@@ -28,33 +26,37 @@ class Row:
     is_signed: bool
 
     def packed(self):
-        return LAYOUT.pack(*vars(self).values())
+        return PLACE.pack(*vars(self).values())
 
-    def moved(self, by):
-        """The row as it has to stand so many rows further."""
-        distance = by * LAYOUT.size
-        converter = self.converter_distance and self.converter_distance - distance
-        return replace(self, key_distance=self.key_distance - distance, converter_distance=converter)
+
+@dataclass(frozen=True)
+class Row:
+    address: int
+    key: str
+    place: Place
+    converter: int | None  # its address
+
+    def moved_to(self, place):
+        """The edit that gives the row another place."""
+        return self.address + PLACE_OFFSET, self.place.packed(), place.packed()
+
+
+def row_at(image, address):
+    """The row at an address; None when there is none."""
+    pointers = image.module.pointers
+    key = address in pointers and text_at(image, pointers[address])
+    place = image.module.read(address + PLACE_OFFSET, PLACE.size)
+    if not key or address + PLACE_OFFSET in pointers or place[-1] != 0 or place[-2] > 1:
+        return None
+    return Row(address, key.decode(), Place(*PLACE.unpack(place)), pointers.get(address + CONVERTER_OFFSET))
 
 
 def rows_at(image, symbol):
-    """The rows of the table that a symbol is, with their keys; none when it is no table: the keys lie one behind the
-    other up to the table's end."""
-    content = image.module.read(symbol.address, symbol.size)
-    rows, key_at = [], None
-    for at in range(0, len(content) - LAYOUT.size + 1, LAYOUT.size):
-        row = Row(*LAYOUT.unpack_from(content, at))
-        first = at + row.key_distance
-        if key_at not in (None, first) or first >= len(content):
-            break
-        end = content.find(b"\0", first)
-        key = content[first:end]
-        if end < 0 or not key or not PRINTABLE.issuperset(key):
-            return []
-        rows.append((row, key))
-        key_at = end + 1
-    is_table = rows and len(content) - ALIGNMENT < key_at <= len(content) and len(rows) * LAYOUT.size <= rows[0][0].key_distance
-    return rows if is_table else []
+    """The rows of the table that a symbol is; none when it is no table."""
+    if symbol.size % ROW_BYTES:
+        return []
+    rows = [row_at(image, symbol.address + at) for at in range(0, symbol.size, ROW_BYTES)]
+    return rows if all(rows) else []
 
 
 def tables(image):
@@ -65,38 +67,34 @@ def tables(image):
 
 
 def changed_places(row, is_text):
-    """(what is changed, the row with it). An integer's bits are told by two shifts: `down` by their number, `up` by
+    """(what is changed, the place with it). An integer's bits are told by two shifts: `down` by their number, `up` by
     their number and where they begin."""
-    yield "offset one higher", replace(row, offset=row.offset + 1)
+    place = row.place
+    yield "offset one higher", replace(place, offset=place.offset + 1)
     if is_text:
-        yield "size one higher", replace(row, size=row.size + 1)
-    if row.down < WORD_BITS:
+        yield "size one higher", replace(place, size=place.size + 1)
+    if place.down < WORD_BITS:
         for what, up, down in [
             ("shift one higher", -1, 0),
             ("shift one lower", 1, 0),
             ("width one higher", -1, -1),
             ("width one lower", 1, 1),
         ]:
-            if 0 <= row.up + up < WORD_BITS and 0 <= row.down + down < WORD_BITS:
-                yield what, replace(row, up=row.up + up, down=row.down + down)
-    if row.converter_distance == 0:
-        yield "sign changed", replace(row, is_signed=not row.is_signed)
+            if 0 <= place.up + up < WORD_BITS and 0 <= place.down + down < WORD_BITS:
+                yield what, replace(place, up=place.up + up, down=place.down + down)
+    if row.converter is None:
+        yield "sign changed", replace(place, is_signed=not place.is_signed)
 
 
 def row_mutants(image, sources):
     for symbol, rows in tables(image):
-        for i, (row, key) in enumerate(rows):
-            address = symbol.address + i * LAYOUT.size
-            converter = row.converter_distance and image.module.pointers[address + row.converter_distance]
-            is_text = converter and TEXT_CONVERTER in image.module.symbol_at(converter).name
-            changes = [
-                (what, ((address, row.packed(), changed.packed()),)) for what, changed in changed_places(row, is_text)
-            ]
-            changes.append(("key altered", altered(address + row.key_distance, key)))
-            if i + 1 < len(rows):
-                following, _ = rows[i + 1]
-                swapped = following.moved(-1).packed() + row.moved(1).packed()
-                changes.append(("swapped with the next", ((address, row.packed() + following.packed(), swapped),)))
-            file, line = sources.table(symbol, key.decode())
+        for i, row in enumerate(rows):
+            is_text = row.converter and TEXT_CONVERTER in image.module.symbol_at(row.converter).name
+            changes = [(what, (row.moved_to(place),)) for what, place in changed_places(row, is_text)]
+            following = rows[i + 1] if i + 1 < len(rows) else None
+            if following and following.converter == row.converter:
+                edits = (row.moved_to(following.place), following.moved_to(row.place))
+                changes.append(("place swapped with the next", edits))
+            file, line = sources.table(symbol, row.key)
             for what, edits in changes:
-                yield Mutant("rows", (file,), line, f'{symbol.plain_name} "{key.decode()}"', what, edits)
+                yield Mutant("rows", (file,), line, f'{symbol.plain_name} "{row.key}"', what, edits)

@@ -68,4 +68,11 @@ void set_system_error(const char* text)
     PyErr_SetString(PyExc_SystemError, text);
 }
 
+PyObject* built_or_none(PyRef result, bool complete)
+{
+    if (complete)
+        return result.release();
+    return PyErr_Occurred() && !PyErr_ExceptionMatches(PyExc_SystemError) ? nullptr : none();
+}
+
 }  // namespace qdp

@@ -21,6 +21,13 @@ struct FreeMemory {
 // A reference of our own, taken over from the call that created the object.
 using PyRef = std::unique_ptr<PyObject, DropReference>;
 
+// Another reference to an object that somebody else owns.
+inline PyRef new_reference(PyObject* object)
+{
+    Py_INCREF(object);
+    return PyRef{object};
+}
+
 template <class Record>
 using Owned = std::unique_ptr<Record, FreeMemory>;
 

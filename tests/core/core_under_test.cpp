@@ -1,5 +1,5 @@
 // The module's core as a Python extension of its own, so that its tests can hand it bytes of their own making.
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/features/fpo_defaults.h"
 #include "switchid/property.h"
@@ -29,7 +29,7 @@ PyObject* twice(Bytes record, const Field& field)
 }
 
 using R = Sample;
-constexpr auto member_fields = fields<sizeof(R)>(ROWS({
+constexpr auto member_fields = fields<sizeof(R)>({
     {"i64", AT(R, i64)},
     {"u8", AT(R, u8)},
     {"u16", AT(R, u16)},
@@ -44,11 +44,11 @@ constexpr auto member_fields = fields<sizeof(R)>(ROWS({
     {"mac", AT(R, mac_address), as_mac},
     {"numbers", AT(R, numbers), as_list<uint16_t, AT(R, count)>},
     {"second number", AT(R, numbers[1])},
-}));
+});
 
 constexpr size_t entry_bytes = 40;
 constexpr Names<3> layer_names{{"L2", "L3", "L4"}, "Unknown"};
-constexpr auto entry_fields = fields<entry_bytes>(ROWS({
+constexpr auto entry_fields = fields<entry_bytes>({
     {"bit 0", bits(0, 0, 1)},
     {"bit 7", bits(0, 7, 1)},
     {"across bytes", bits(0, 5, 17)},
@@ -65,7 +65,7 @@ constexpr auto entry_fields = fields<entry_bytes>(ROWS({
     {"address", bytes(17, 16), as_address<bits(16, 3, 1)>},
     {"mac", bytes(33, 6), as_mac},
     {"last", bytes(39, 1)},
-}));
+});
 
 // The bytes of an argument, in a block of exactly their size, so that the sanitizers see a read beyond them.
 struct Block {

@@ -4,7 +4,7 @@
 #include <bit>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/features/fpo_defaults.h"
 #include "switchid/property.h"
 
@@ -19,13 +19,13 @@ constexpr Place flag_at(uint32_t mask)
     return bits(offsetof(R, flags), static_cast<unsigned>(std::countr_zero(mask)), 1);
 }
 
-constexpr auto settings_fields = fields<sizeof(R)>(ROWS({
+constexpr auto settings_fields = fields<sizeof(R)>({
     {"enabled", flag_at(fpo_enabled)},
     {"geneveCritical", flag_at(fpo_geneve_critical)},
     {"ipDiscoveryDHCP", flag_at(fpo_ip_discovery_dhcp)},
     {"ipDiscoveryICMP6ND", flag_at(fpo_ip_discovery_icmp6_nd)},
     {"models", AT(R, models)},
-}));
+});
 
 // Reads the property, which has no version. Only a host that says that it has none gets the default; false, with the
 // message printed, for any other failure.

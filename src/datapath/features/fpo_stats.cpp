@@ -1,6 +1,6 @@
 // Counters of flow offload, by lcore and by uplink, and what an uplink can offload.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/features/features.h"
 #include "platform/fpo.h"
 #include "platform/qdp_control.h"
@@ -11,7 +11,7 @@ namespace {
 
 // Deliberately in two widths: the first six counters are reported modulo 2^32.
 using L = FpoLcoreStats;
-constexpr auto lcore_fields = fields<sizeof(L)>(ROWS({
+constexpr auto lcore_fields = fields<sizeof(L)>({
     {"lcoreID", AT(L, lcore)},
     {"hits", low_32(AT(L, hits))},
     {"markMismatched", low_32(AT(L, mark_mismatched))},
@@ -23,7 +23,7 @@ constexpr auto lcore_fields = fields<sizeof(L)>(ROWS({
     {"ctPktsInjectedtoHW", AT(L, conntrack_packets_injected), as_signed},
     {"ctPktsContinuedInSW", AT(L, conntrack_packets_in_software), as_signed},
     {"ctHwContextFailed", AT(L, conntrack_contexts_failed), as_signed},
-}));
+});
 
 struct Model {
     uint32_t bit;
@@ -55,7 +55,7 @@ PyObject* models_object(Bytes record, const Field& field)
 }
 
 using U = FpoUplinkStatus;
-constexpr auto uplink_status_fields = fields<sizeof(U)>(ROWS({
+constexpr auto uplink_status_fields = fields<sizeof(U)>({
     {"models", AT(U, models), models_object},
     {"numGroupSupported", AT(U, num_groups)},
     {"numPrioritySupported", AT(U, num_priorities)},
@@ -66,11 +66,11 @@ constexpr auto uplink_status_fields = fields<sizeof(U)>(ROWS({
     {"maxDecTTLActions", AT(U, max_dec_ttl_actions)},
     {"numFlowsOffloaded", AT(U, num_flows_offloaded)},
     {"actionsSupported", AT(U, actions), as_signed},
-}));
+});
 
 // In the record all flow calls that failed come after the bulk calls that succeeded; in the dict before them.
 using S = FpoUplinkStats;
-constexpr auto uplink_stats_fields = fields<sizeof(S)>(ROWS({
+constexpr auto uplink_stats_fields = fields<sizeof(S)>({
     {"ringFull", AT(S, ring_full), as_signed},
     {"creationFull", AT(S, creation_full), as_signed},
     {"destroyFull", AT(S, destroy_full), as_signed},
@@ -109,7 +109,7 @@ constexpr auto uplink_stats_fields = fields<sizeof(S)>(ROWS({
     {"numFPOUplinkEnableCalls", AT(S, num_enable_calls), as_signed},
     {"numFPOUplinkDisableCalls", AT(S, num_disable_calls), as_signed},
     {"numFPOCallsInDisabledState", AT(S, num_calls_while_disabled), as_signed},
-}));
+});
 
 }  // namespace
 
@@ -132,8 +132,9 @@ PyObject* PyQDP_Get_FPO_Stats(PyObject*, PyObject* args)
     PyRef list{PyList_New(record->count)};
     if (!list)
         return print_none(no_memory);
+    SharedKeys keys{record->count};
     const bool complete = fill_list(list.get(), record->count, [&](size_t i) {
-        return whole_dict(lcore_fields, entries_of(*record).from(i * sizeof(FpoLcoreStats)));
+        return keys.whole_dict(lcore_fields, entries_of(*record).from(i * sizeof(FpoLcoreStats)));
     });
     return built_or_none(std::move(list), complete);
 }

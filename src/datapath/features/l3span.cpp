@@ -1,7 +1,7 @@
 // How mirrored (L3 SPAN) traffic towards a destination address is encapsulated.
 #include "platform/l3span.h"
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
@@ -19,33 +19,33 @@ PyObject* address(Bytes record, const Field& field)
     return address_object(record, is_ipv6, field.where.offset, ipv4.offset);
 }
 
-constexpr auto validity_fields = fields<sizeof(R)>(ROWS({
+constexpr auto validity_fields = fields<sizeof(R)>({
     {"isValid", AT(R, is_valid)},
-}));
+});
 
-constexpr auto common_fields = fields<sizeof(R)>(ROWS({
+constexpr auto common_fields = fields<sizeof(R)>({
     {"srcPort", AT(R, source_port)},
     {"dstPort", AT(R, destination_port)},
     {"mtu", AT(R, mtu)},
     {"isGeneve", AT(R, is_geneve)},
-}));
+});
 
-constexpr auto geneve_fields = fields<sizeof(R)>(ROWS({
+constexpr auto geneve_fields = fields<sizeof(R)>({
     {"geneve_smac", AT(R, geneve.source_mac), as_mac},
     {"geneve_dmac", AT(R, geneve.destination_mac), as_mac},
     {"geneve_src", AT(R, geneve.addresses.ipv6.source),
      address<AT(R, geneve.addresses.ipv4.source), AT(R, geneve_is_ipv6)>},
     {"geneve_dst", AT(R, geneve.addresses.ipv6.destination),
      address<AT(R, geneve.addresses.ipv4.destination), AT(R, geneve_is_ipv6)>},
-}));
+});
 
-constexpr auto gre_fields = fields<sizeof(R)>(ROWS({
+constexpr auto gre_fields = fields<sizeof(R)>({
     {"gre_smac", AT(R, gre.source_mac), as_mac},
     {"gre_dmac", AT(R, gre.destination_mac), as_mac},
     {"gre_src", AT(R, gre.addresses.ipv6.source), address<AT(R, gre.addresses.ipv4.source), AT(R, gre_is_ipv6)>},
     {"gre_dst", AT(R, gre.addresses.ipv6.destination),
      address<AT(R, gre.addresses.ipv4.destination), AT(R, gre_is_ipv6)>},
-}));
+});
 
 // A record that is not valid shows nothing but that.
 bool fill_record(PyObject* dict, const L3SPANRecord& record)

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
 #include "platform/rss_engines.h"
@@ -22,7 +22,7 @@ PyObject* queue_ids(Bytes engine, const Field& field)
     return integers<uint16_t>(engine.from(field.where.offset), std::min<uint64_t>(count, max_queues));
 }
 
-constexpr auto engine_fields = fields<sizeof(R)>(ROWS({
+constexpr auto engine_fields = fields<sizeof(R)>({
     {"id", AT(R, id)},
     {"type", AT(R, type), as_name<engine_types>},
     {"memAffID", AT(R, affinity)},
@@ -33,7 +33,7 @@ constexpr auto engine_fields = fields<sizeof(R)>(ROWS({
     {"keySize", AT(R, key_size)},
     {"indSize", AT(R, indirection_size)},
     {"secQ", AT(R, queues), queue_ids},
-}));
+});
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 // Host-wide timing: when flows expire, and when offloaded flows and connections are looked at.
 #include "platform/timing.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
 
@@ -10,18 +10,18 @@ namespace {
 
 // The interval comes before the quota, here and in the setter's arguments; in the record behind it.
 using R = FpoRevalConfig;
-constexpr auto reval_fields = fields<sizeof(R)>(ROWS({
+constexpr auto reval_fields = fields<sizeof(R)>({
     {"enabled", AT(R, enabled)},
     {"injectPacket", AT(R, inject_packet)},
     {"revalInterval", AT(R, reval_interval)},
     {"flowScanQuota", AT(R, flow_scan_quota)},
-}));
+});
 
 using D = FpoConntrackDelay;
-constexpr auto conntrack_delay_fields = fields<sizeof(D)>(ROWS({
+constexpr auto conntrack_delay_fields = fields<sizeof(D)>({
     {"numPkts", AT(D, num_packets)},
     {"enabled", AT(D, enabled)},
-}));
+});
 
 // The connection-tracking delay deliberately borrows these texts.
 constexpr char cannot_get_reval_config[] = "Failed to get FPO revalidation config\n";

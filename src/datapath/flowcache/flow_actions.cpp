@@ -3,8 +3,8 @@
 
 #include <bit>
 
+#include "core/build.h"
 #include "core/fail.h"
-#include "core/fields.h"
 #include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
 #include "platform/flow_cache.h"

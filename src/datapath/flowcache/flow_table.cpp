@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
@@ -147,10 +147,11 @@ PyObject* PyQDP_Dump_Flow_Table(PyObject*, PyObject* args)
     PyRef page{PyDict_New()};
     if (!page)
         return print_none(no_memory);
-    PyObject* list = nullptr;  // the dict owns it
+    PyRef list;
     const bool complete =
         set_dict_item(page.get(), "startIndex", made(PyLong_FromUnsignedLong(response->next_start_index))) &&
-        set_dict_item(page.get(), "list", list = made(PyList_New(response->count))) && add_flows(list, *response);
+        (list = PyRef{made(PyList_New(response->count))}) &&
+        set_dict_item(page.get(), "list", new_reference(list.get()).release()) && add_flows(list.get(), *response);
     return built_or_none(std::move(page), complete);
 }
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/lb/lb.h"
 #include "platform/load_balancer.h"
 #include "platform/qdp_control.h"

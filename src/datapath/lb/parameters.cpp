@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/lb/lb.h"
 #include "platform/load_balancer.h"
 #include "platform/qdp_control.h"
@@ -14,7 +14,7 @@ namespace {
 
 // A row's position is the parameter's id.
 using R = LBParameters;
-constexpr auto parameter_fields = fields<sizeof(R)>(ROWS({
+constexpr auto parameter_fields = fields<sizeof(R)>({
     {"run_in_msec", AT(R, values[0])},
     {"cpuload_high", AT(R, values[1])},
     {"cpuload_low", AT(R, values[2])},
@@ -25,7 +25,7 @@ constexpr auto parameter_fields = fields<sizeof(R)>(ROWS({
     {"min_v2v_pps_bind", AT(R, values[7])},
     {"pps_var_sensitivity", AT(R, values[8])},
     {"cpu_var_sensitivity", AT(R, values[9])},
-}));
+});
 
 constexpr char no_parameters[] = "invalid parameter passed.";
 constexpr char no_such_switch[] = "cannot find dvs alias.";

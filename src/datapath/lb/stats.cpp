@@ -1,8 +1,9 @@
 // The load balancer's statistics: entries of ports, uplinks and contexts, which the library hands out in chunks.
 #include <iterator>
+#include <span>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/lb/lb.h"
 #include "platform/load_balancer.h"
 #include "platform/qdp_control.h"
@@ -11,59 +12,48 @@ namespace qdp {
 
 namespace {
 
-// A tuple with one dict an item of a group. A group may begin at any item, which then need not be the entry's own.
-template <const auto& item_fields, size_t head_bytes>
-PyObject* group_object(Bytes entry, const Field& field)
-{
-    const auto group = entry.load<LBItemGroup>(field.where.offset);
-    PyRef tuple{made(PyTuple_New(group.count))};
-    if (!tuple)
-        return nullptr;
-    for (uint64_t i = 0; i < group.count; ++i) {
-        const Bytes item = entry.from(head_bytes + (group.first + i) * item_fields.record_size);
-        if (!set_tuple_item(tuple.get(), i, dict_of(item_fields, item)))
-            return nullptr;
-    }
-    return tuple.release();
-}
-
-template <const auto& item_fields, class Entry>
-constexpr Kind as_group{group_object<item_fields, sizeof(Entry)>, false, false, sizeof(LBItemGroup)};
+// A key behind those of an entry's own fields: a tuple with one dict an item of the group at this offset.
+struct Group {
+    const char* key;
+    size_t offset;
+};
 
 using F = LBFeatureItem;
-constexpr auto feature_fields = fields<sizeof(F)>(ROWS({
+constexpr auto feature_fields = fields<sizeof(F)>({
     {"count load", AT(F, count_load)},
     {"feat ID", AT(F, feature)},
     {"ctx ID", AT(F, context)},
     {"pkts", AT(F, packets)},
     {"bytes", AT(F, bytes)},
-}));
+});
 
 using P = LBPortEntry;
-constexpr auto port_fields = fields<sizeof(P)>(ROWS({
+constexpr auto port_fields = fields<sizeof(P)>({
     {"port ID", AT(P, port)},
     {"mem affinity mask", AT(P, affinity_mask)},
     {"priority", AT(P, priority)},
-    {"vnicRxQ", AT(P, vnic_rx_queues), as_group<feature_fields, P>},
-    {"ofldRSS", AT(P, offload_rss), as_group<feature_fields, P>},
-    {"vnicTxQ", AT(P, vnic_tx_queues), as_group<feature_fields, P>},
-    {"filt", AT(P, filters), as_group<feature_fields, P>},
-}));
+});
+constexpr Group port_groups[] = {
+    {"vnicRxQ", offsetof(P, vnic_rx_queues)},
+    {"ofldRSS", offsetof(P, offload_rss)},
+    {"vnicTxQ", offsetof(P, vnic_tx_queues)},
+    {"filt", offsetof(P, filters)},
+};
 
 using Q = LBQueueItem;
-constexpr auto queue_fields = fields<sizeof(Q)>(ROWS({
+constexpr auto queue_fields = fields<sizeof(Q)>({
     {"count load", AT(Q, count_load)},
     {"ctx ID", AT(Q, context)},
     {"pkts", AT(Q, packets)},
     {"bytes", AT(Q, bytes)},
-}));
+});
 
 using U = LBUplinkEntry;
-constexpr auto uplink_fields = fields<sizeof(U)>(ROWS({
+constexpr auto uplink_fields = fields<sizeof(U)>({
     {"port ID", AT(U, port)},
     {"mem affinity ID", AT(U, affinity)},
-    {"uplinkRx", AT(U, rx_queues), as_group<queue_fields, U>},
-}));
+});
+constexpr Group uplink_groups[] = {{"uplinkRx", offsetof(U, rx_queues)}};
 
 // Deliberately widened with its sign and then shown unsigned: world -1 reads as 2^64 - 1.
 PyObject* world(Bytes entry, const Field& field)
@@ -72,7 +62,7 @@ PyObject* world(Bytes entry, const Field& field)
 }
 
 using C = LBContextEntry;
-constexpr auto context_fields = fields<sizeof(C)>(ROWS({
+constexpr auto context_fields = fields<sizeof(C)>({
     {"ctx ID", AT(C, context)},
     {"world ID", AT(C, world), world},
     {"biased CPU", AT(C, biased_cpu)},
@@ -80,40 +70,68 @@ constexpr auto context_fields = fields<sizeof(C)>(ROWS({
     {"pkts", AT(C, packets)},
     {"bytes", AT(C, bytes)},
     {"max pb load", AT(C, max_pb_load)},
-}));
-
-// The lengths of entries, their items included.
-uint64_t port_length(Bytes entry)
-{
-    const auto head = entry.load<LBPortEntry>(0);
-    uint64_t items = 0;
-    for (const LBItemGroup& group : {head.vnic_rx_queues, head.offload_rss, head.vnic_tx_queues, head.filters})
-        items += group.count;
-    return sizeof head + items * sizeof(LBFeatureItem);
-}
-
-uint64_t uplink_length(Bytes entry)
-{
-    const auto head = entry.load<LBUplinkEntry>(0);
-    return sizeof head + uint64_t{head.rx_queues.count} * sizeof(LBQueueItem);
-}
-
-uint64_t context_length(Bytes)
-{
-    return sizeof(LBContextEntry);
-}
+});
 
 struct EntryKind {
+    size_t head_bytes;
     Fields fields;
-    uint64_t (*length)(Bytes entry);
+    std::span<const Group> groups;
+    Fields item_fields;  // of all its groups
 };
 
 // By LBEntryType, which is also the position of the kind's list in the result.
 constexpr EntryKind kinds[] = {
-    {port_fields, port_length},
-    {uplink_fields, uplink_length},
-    {context_fields, context_length},
+    {sizeof(P), port_fields, port_groups, feature_fields},
+    {sizeof(U), uplink_fields, uplink_groups, queue_fields},
+    {sizeof(C), context_fields, {}, queue_fields},
 };
+
+LBItemGroup group_at(Bytes entry, const Group& group)
+{
+    return entry.load<LBItemGroup>(group.offset);
+}
+
+// The length of an entry, its items included.
+uint64_t length_of(Bytes entry, const EntryKind& kind)
+{
+    uint64_t items = 0;
+    for (const Group& group : kind.groups)
+        items += group_at(entry, group).count;
+    return kind.head_bytes + items * kind.item_fields.record_size;
+}
+
+// One kind's keys, the same objects in all dicts of a dump.
+struct Keys {
+    SharedKeys entries{UINT64_MAX};
+    SharedKeys items{UINT64_MAX};
+};
+
+// A group may begin at any item, which then need not be the entry's own.
+PyObject* group_object(Bytes entry, const EntryKind& kind, const Group& row, Keys& keys)
+{
+    const LBItemGroup group = group_at(entry, row);
+    PyRef tuple{made(PyTuple_New(group.count))};
+    if (!tuple)
+        return nullptr;
+    for (uint64_t i = 0; i < group.count; ++i) {
+        const Bytes item = entry.from(kind.head_bytes + (group.first + i) * kind.item_fields.record_size);
+        if (is_interrupted(group.count, i) ||
+            !set_tuple_item(tuple.get(), i, keys.items.dict_of(kind.item_fields, item)))
+            return nullptr;
+    }
+    return tuple.release();
+}
+
+bool fill_entry(PyObject* dict, Bytes entry, const EntryKind& kind, Keys& keys)
+{
+    if (!keys.entries.fill(dict, kind.fields, entry))
+        return false;
+    size_t position = kind.fields.count;
+    for (const Group& group : kind.groups)
+        if (!keys.entries.set(dict, position++, group.key, group_object(entry, kind, group, keys)))
+            return false;
+    return true;
+}
 
 // The result, whose lists are still empty. Null with its exception set.
 PyRef empty_lists()
@@ -127,29 +145,29 @@ PyRef empty_lists()
     return lists;
 }
 
-bool append_dict(PyObject* list, Fields fields, Bytes entry)
+bool append_dict(PyObject* list, Bytes entry, const EntryKind& kind, Keys& keys)
 {
     const PyRef dict{made(PyDict_New())};
     if (!dict)
         return false;
     if (PyList_Append(list, dict.get()) != 0)
         return building_failed(cannot_set_list_item);
-    return fill(dict.get(), fields, entry);
+    return fill_entry(dict.get(), entry, kind, keys);
 }
 
 // Appends the entries of a chunk to the lists of their kinds. False with its exception set, also for an entry that does
 // not lie in the chunk with its whole length.
-bool append_entries(PyObject* lists, const LBStatsChunk& chunk)
+bool append_entries(PyObject* lists, const LBStatsChunk& chunk, Keys (&keys)[std::size(kinds)])
 {
     Bytes rest = entries_of(chunk);
     for (uint32_t i = 0; i < chunk.count; ++i) {
         const auto type = rest.load<uint32_t>(0);
-        const uint64_t length = type < std::size(kinds) ? kinds[type].length(rest) : UINT64_MAX;
+        const uint64_t length = type < std::size(kinds) ? length_of(rest, kinds[type]) : UINT64_MAX;
         if (length > rest.size()) {
             raise(PyExc_OSError, "Invalid format in LB stats dump");
             return false;
         }
-        if (!append_dict(PyTuple_GetItem(lists, type), kinds[type].fields, rest))
+        if (!append_dict(PyTuple_GetItem(lists, type), rest, kinds[type], keys[type]))
             return false;
         rest = rest.from(length);
     }
@@ -193,12 +211,13 @@ PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
     if (!lists)
         return nullptr;
 
+    Keys keys[std::size(kinds)];
     const auto is_open = [&] { return ports.count != 0 || contexts.count != 0; };
     while (is_open()) {
         if (Qdp_DumpLBStats(switch_number, ports.first, ports.count, contexts.first, contexts.count, chunk.get(),
                             sizeof(LBStatsChunk)) != 0)
             return raise(PyExc_OSError, "Failed to dump LB stats. Please see hostcore.log");
-        if (!append_entries(lists.get(), *chunk))
+        if (!append_entries(lists.get(), *chunk, keys))
             return nullptr;
         ports.go_on(chunk->next_port);
         contexts.go_on(chunk->next_context);

@@ -1,7 +1,7 @@
 // The MAC tables of ports and switches: listing, clearing, and single entries. None of the methods checks the port; the
 // library does.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/mac/mac.h"
 #include "platform/mac.h"
 #include "platform/qdp_control.h"
@@ -11,12 +11,12 @@ namespace qdp {
 namespace {
 
 using E = MacEntry;
-constexpr auto entry_fields = fields<sizeof(E)>(ROWS({
+constexpr auto entry_fields = fields<sizeof(E)>({
     {"macAddr", AT(E, mac), as_mac},
     {"vlanID", AT(E, vlan)},
     {"qdpPortID", AT(E, qdp_port)},
     {"macGenDiff", AT(E, generation_difference)},
-}));
+});
 
 using H = MacTableHeader;
 
@@ -24,20 +24,21 @@ using H = MacTableHeader;
 PyObject* entries(Bytes table, const Field& count)
 {
     const Bytes rest = table.from(sizeof(H));
-    return list_of(table.unsigned_at(count.where),
-                   [&](size_t i) { return whole_dict(entry_fields, rest.from(i * sizeof(E))); });
+    const uint64_t length = table.unsigned_at(count.where);
+    SharedKeys keys{length};
+    return list_of(length, [&](size_t i) { return keys.whole_dict(entry_fields, rest.from(i * sizeof(E))); });
 }
 
-constexpr auto port_table_fields = fields<sizeof(H)>(ROWS({
+constexpr auto port_table_fields = fields<sizeof(H)>({
     {"MacLimit", AT(H, mac_limit)},
     {"LimitExceeded", AT(H, limit_exceeded)},
     {"MacTableList", AT(H, count), entries},
-}));
+});
 
-constexpr auto switch_table_fields = fields<sizeof(H)>(ROWS({
+constexpr auto switch_table_fields = fields<sizeof(H)>({
     {"MacLimit", AT(H, mac_limit)},
     {"MacTableList", AT(H, count), entries},
-}));
+});
 
 constexpr char cannot_clear[] = "Failed to clear mac table.\n";  // of a port and of a switch
 

@@ -1,5 +1,5 @@
 // The affinity of the physical NICs.
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
 #include "platform/uplink.h"
@@ -9,10 +9,10 @@ namespace qdp {
 namespace {
 
 using R = DeviceAffinity;
-constexpr auto device_fields = fields<sizeof(R)>(ROWS({
+constexpr auto device_fields = fields<sizeof(R)>({
     {"devname", AT(R, device), as_text},
     {"affinity", AT(R, affinity)},
-}));
+});
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // The lcores of the host.
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"

@@ -1,6 +1,6 @@
 // The inventory of the datapath: its switches, and the ports of a switch.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/ports/ports.h"
 #include "platform/ports.h"
 #include "platform/qdp_control.h"
@@ -10,7 +10,7 @@ namespace qdp {
 namespace {
 
 using S = SwitchListEntry;
-constexpr auto switch_fields = fields<sizeof(S)>(ROWS({
+constexpr auto switch_fields = fields<sizeof(S)>({
     {"name", AT(S, name), as_text},
     {"swID", AT(S, switch_number)},
     {"maxPorts", AT(S, max_ports)},
@@ -19,7 +19,7 @@ constexpr auto switch_fields = fields<sizeof(S)>(ROWS({
     {"mtu", AT(S, mtu)},
     {"numLcores", AT(S, num_lcores)},
     {"lcores", AT(S, lcore_mask), as_signed},  // a mask with lcore 63 reads negative
-}));
+});
 
 // Representors by type, plain and pass-through.
 constexpr Names<16> representor_names{{"REP.INV", "REP.M2VF", "REP.M2PHY", "REP.M2UPT", "REP.M3VF", "REP.M3PHY",
@@ -55,7 +55,7 @@ PyObject* client(Bytes port, const Field& field)
 }
 
 using P = PortListEntry;
-constexpr auto port_fields = fields<sizeof(P)>(ROWS({
+constexpr auto port_fields = fields<sizeof(P)>({
     {"portID", AT(P, port)},
     {"qdpPortID", AT(P, qdp_port)},
     {"numTxQ", AT(P, num_tx_queues)},
@@ -65,7 +65,7 @@ constexpr auto port_fields = fields<sizeof(P)>(ROWS({
     {"clientType", AT(P, client_type), client},
     {"txQLM", AT(P, tx_queue_lcores), as_list<uint8_t, AT(P, num_tx_queues)>},
     {"rxQLM", AT(P, rx_queue_lcores), as_list<uint8_t, AT(P, num_rx_queues)>},
-}));
+});
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // Lists that the hosting process has made from its own arrays: ports of a bitmap, VLAN ids.
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/ports/ports.h"
 
 namespace qdp {

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/ports/ports.h"
 #include "platform/port_conf.h"
@@ -68,7 +68,7 @@ constexpr Place feature(size_t byte, unsigned bit)
     return bits(offsetof(R, features) + byte, bit, 1);
 }
 
-constexpr auto conf_fields = fields<sizeof(R)>(ROWS({
+constexpr auto conf_fields = fields<sizeof(R)>({
     {"portID", AT(R, port)},
     {"flags", AT(R, receive_flags), receive_flags},
     {"hwAddr", AT(R, mac), as_mac},
@@ -106,7 +106,7 @@ constexpr auto conf_fields = fields<sizeof(R)>(ROWS({
     {"MirrorFilterOut", feature(3, 6)},
 
     {"metaFlow", AT(R, meta_flows), meta_flows},
-}));
+});
 
 struct FlagName {
     uint32_t flag;

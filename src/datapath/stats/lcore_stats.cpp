@@ -1,6 +1,6 @@
 // The counters of the lcores' flow caches.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/stats/stats.h"
 #include "platform/qdp_control.h"
 #include "platform/stats.h"
@@ -12,7 +12,7 @@ namespace {
 // All counters are shown modulo 2^32, and the two totals of backoff flows are not shown: deliberate, as the callers
 // know it. The hits of first lookups come last in the record, but behind the local hits in the dict.
 using R = LcoreFlowStats;
-constexpr auto flow_stats_fields = fields<sizeof(R)>(ROWS({
+constexpr auto flow_stats_fields = fields<sizeof(R)>({
     {"lcoreID", AT(R, lcore)},
     {"numFlows", AT(R, num_flows)},
     {"numModel2Flows", AT(R, num_model2_flows)},
@@ -40,7 +40,7 @@ constexpr auto flow_stats_fields = fields<sizeof(R)>(ROWS({
     {"fpoEphemeralFlows", low_32(AT(R, ephemeral_flows))},
     {"fpoTransientFlows", low_32(AT(R, transient_flows))},
     {"fpoBackoffTimes", low_32(AT(R, backoff_times))},
-}));
+});
 
 }  // namespace
 
@@ -64,8 +64,9 @@ PyObject* PyQDP_Get_Flow_Stats(PyObject*, PyObject* args)
     if (!list)
         return print_none(no_memory);
     const Bytes entries = entries_of(*record);
+    SharedKeys keys{record->count};
     const bool complete = fill_list(list.get(), record->count, [&](size_t i) {
-        return whole_dict(flow_stats_fields, entries.from(i * sizeof(R)));
+        return keys.whole_dict(flow_stats_fields, entries.from(i * sizeof(R)));
     });
     return built_or_none(std::move(list), complete);
 }

@@ -1,6 +1,6 @@
 // A port's traffic counters, of the fast path and of the slow path.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/stats/stats.h"
 #include "platform/qdp_control.h"
 #include "platform/stats.h"
@@ -11,7 +11,7 @@ namespace {
 
 // In the record bytes come before packets; in the dict packets come first. The counters are shown signed.
 using R = PortCounters;
-constexpr auto fast_path_fields = fields<sizeof(R)>(ROWS({
+constexpr auto fast_path_fields = fields<sizeof(R)>({
     {"txPkts", AT(R, tx.packets), as_signed},
     {"txBytes", AT(R, tx.bytes), as_signed},
     {"txMcastPkts", AT(R, tx.multicast_packets), as_signed},
@@ -28,9 +28,9 @@ constexpr auto fast_path_fields = fields<sizeof(R)>(ROWS({
     {"rxBcastBytes", AT(R, rx.broadcast_bytes), as_signed},
     {"rxDrops", AT(R, rx.drops), as_signed},
     {"rxErrors", AT(R, rx.errors), as_signed},
-}));
+});
 
-constexpr auto slow_path_fields = fields<sizeof(R)>(ROWS({
+constexpr auto slow_path_fields = fields<sizeof(R)>({
     {"spTxPkts", AT(R, tx.packets), as_signed},
     {"spTxBytes", AT(R, tx.bytes), as_signed},
     {"spTxMcastPkts", AT(R, tx.multicast_packets), as_signed},
@@ -47,7 +47,7 @@ constexpr auto slow_path_fields = fields<sizeof(R)>(ROWS({
     {"spRxBcastBytes", AT(R, rx.broadcast_bytes), as_signed},
     {"spRxDrops", AT(R, rx.drops), as_signed},
     {"spRxErrors", AT(R, rx.errors), as_signed},
-}));
+});
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 // An uplink's device counters, those of one of its queues, and the private statistics of its driver.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "datapath/stats/stats.h"
 #include "platform/qdp_control.h"
 #include "platform/stats.h"
@@ -11,7 +11,7 @@ namespace {
 
 // The counters are shown signed, in the order of the record.
 using R = UplinkCounters;
-constexpr auto counters = fields<sizeof(R)>(ROWS({
+constexpr auto counters = fields<sizeof(R)>({
     {"rxPkts", AT(R, rx_packets), as_signed},
     {"txPkts", AT(R, tx_packets), as_signed},
     {"rxBytes", AT(R, rx_bytes), as_signed},
@@ -36,7 +36,7 @@ constexpr auto counters = fields<sizeof(R)>(ROWS({
     {"txFifoErrors", AT(R, tx_fifo_errors), as_signed},
     {"txHeartbeatErrors", AT(R, tx_heartbeat_errors), as_signed},
     {"txWindowErrors", AT(R, tx_window_errors), as_signed},
-}));
+});
 
 // A list of (name, value) tuples; a failure is printed and makes it None.
 PyObject* counter_list(const UplinkCounters& record)
@@ -47,7 +47,7 @@ PyObject* counter_list(const UplinkCounters& record)
 
     Py_ssize_t position = 0;
     for (const Field& counter : counters.rows) {
-        PyObject* tuple = Py_BuildValue("(s, l)", counter.key(), bytes_of(record).signed_at(counter.where));
+        PyObject* tuple = Py_BuildValue("(s, l)", counter.key, bytes_of(record).signed_at(counter.where));
         if (!tuple)
             return print_none("Failed to allocate uplink stats counter.\n");
         if (PyList_SetItem(list.get(), position++, tuple) != 0)

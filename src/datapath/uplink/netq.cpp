@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "datapath/uplink/uplink.h"
 #include "platform/qdp_control.h"
@@ -61,24 +61,25 @@ PyObject* filter_text(Bytes filter, const Field& field)
 }
 
 using Q = NetQQueue;
-constexpr auto queue_fields = fields<sizeof(Q)>(ROWS({
+constexpr auto queue_fields = fields<sizeof(Q)>({
     {"qdpPortID", AT(Q, qdp_port)},
     {"qid", AT(Q, queue)},
     {"fid", AT(Q, filter_id)},
-}));
+});
 
 PyObject* queue_list(Bytes filter, const Field& field)
 {
     const Bytes queues = filter.from(queues_offset(head_of(filter)));
-    return list_of(filter.unsigned_at(field.where),
-                   [&](size_t i) { return dict_of(queue_fields, queues.from(i * sizeof(Q))); });
+    const uint64_t length = filter.unsigned_at(field.where);
+    SharedKeys keys{length};
+    return list_of(length, [&](size_t i) { return keys.dict_of(queue_fields, queues.from(i * sizeof(Q))); });
 }
 
 using F = NetQFilter;
-constexpr auto filter_fields = fields<sizeof(F)>(ROWS({
+constexpr auto filter_fields = fields<sizeof(F)>({
     {"rxf", AT(F, type), filter_text},
     {"qInfo", AT(F, num_queues), queue_list},
-}));
+});
 
 size_t filter_bytes(Bytes filter)
 {
@@ -91,21 +92,23 @@ size_t filter_bytes(Bytes filter)
 PyObject* filter_list(Bytes info, const Field& field)
 {
     Bytes filter = info.from(offsetof(NetQInfo, entries));
-    return list_of(info.unsigned_at(field.where), [&](size_t) {
-        PyObject* dict = dict_of(filter_fields, filter);
+    const uint64_t length = info.unsigned_at(field.where);
+    SharedKeys keys{length};
+    return list_of(length, [&](size_t) {
+        PyObject* dict = keys.dict_of(filter_fields, filter);
         filter = filter.from(filter_bytes(filter));
         return dict;
     });
 }
 
 using R = NetQInfo;
-constexpr auto info_fields = fields<sizeof(R)>(ROWS({
+constexpr auto info_fields = fields<sizeof(R)>({
     {"isUplink", AT(R, is_uplink)},
     {"isFlowFilter", AT(R, is_flow_filter)},
     {"swID", AT(R, switch_number)},
     {"qdpPortID", AT(R, qdp_port)},
     {"filters", AT(R, num_filters), filter_list},
-}));
+});
 
 }  // namespace
 

@@ -1,7 +1,7 @@
 // The SmartNIC's table memory: raw entries of a hardware table.
 #pragma once
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/table_memory.h"
 
 namespace qdp {

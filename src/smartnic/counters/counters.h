@@ -2,7 +2,7 @@
 // the block, so that the two can be compared key by key. All counters are shown signed.
 #pragma once
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/p4_counters.h"
 
 namespace qdp {
@@ -16,7 +16,7 @@ using E = P4EgressCounters;
 
 }  // namespace counters
 
-inline constexpr auto p4_port_counter_rows = ROWS({
+inline constexpr auto p4_port_counter_fields = fields<sizeof(P4PortCounters)>({
     {"rxUcastBytes", AT(counters::P, rx.unicast_bytes), as_signed},
     {"rxUcastPkts", AT(counters::P, rx.unicast_packets), as_signed},
     {"rxMcastBytes", AT(counters::P, rx.multicast_bytes), as_signed},
@@ -42,10 +42,9 @@ inline constexpr auto p4_port_counter_rows = ROWS({
     {"txBcastDropBytes", AT(counters::P, tx_drops.broadcast_bytes), as_signed},
     {"txBcastDropPkts", AT(counters::P, tx_drops.broadcast_packets), as_signed},
 });
-inline constexpr auto p4_port_counter_fields = fields<sizeof(P4PortCounters)>(p4_port_counter_rows);
 
 // A LIF's block begins with a port's.
-inline constexpr auto p4_lif_queue_rows = ROWS({
+inline constexpr auto p4_lif_queue_fields = fields<sizeof(P4LifCounters)>({
     {"rxQueueDisabled", AT(counters::L, rx_queue.disabled), as_signed},
     {"rxQueueEmpty", AT(counters::L, rx_queue.empty), as_signed},
     {"rxQueueError", AT(counters::L, rx_queue.error), as_signed},
@@ -57,18 +56,18 @@ inline constexpr auto p4_lif_queue_rows = ROWS({
     {"txDescDataError", AT(counters::L, tx_queue.descriptor_data_error), as_signed},
 });
 inline constexpr auto p4_lif_counter_fields =
-    fields<sizeof(P4LifCounters)>(joined(p4_port_counter_rows, p4_lif_queue_rows));
+    joined<sizeof(P4LifCounters)>(p4_port_counter_fields, p4_lif_queue_fields);
 
-inline constexpr auto p4_ingress_counter_fields = fields<sizeof(P4IngressCounters)>(ROWS({
+inline constexpr auto p4_ingress_counter_fields = fields<sizeof(P4IngressCounters)>({
     {"rxFromHost", AT(counters::I, from_host), as_signed},
     {"rxFromSwitch", AT(counters::I, from_switch), as_signed},
     {"rxFromCpu", AT(counters::I, from_cpu), as_signed},
     {"rxUserCsumErr", AT(counters::I, user_checksum_errors), as_signed},
     {"rxSubstrateCsumErr", AT(counters::I, substrate_checksum_errors), as_signed},
     {"rxMalformed", AT(counters::I, malformed), as_signed},
-}));
+});
 
-inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)>(ROWS({
+inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)>({
     {"txToHost", AT(counters::E, to_host), as_signed},
     {"txToSwitch", AT(counters::E, to_switch), as_signed},
     {"txToCpu", AT(counters::E, to_cpu), as_signed},
@@ -76,6 +75,6 @@ inline constexpr auto p4_egress_counter_fields = fields<sizeof(P4EgressCounters)
     {"connTrackRedir", AT(counters::E, conntrack_redirects), as_signed},
     {"wrongReinject", AT(counters::E, wrong_reinjects), as_signed},
     {"drop", AT(counters::E, drops), as_signed},
-}));
+});
 
 }  // namespace qdp

@@ -1,6 +1,6 @@
 // A switch's advanced statistics: why packets took the slow path, and why no action was generated for them.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
@@ -11,7 +11,7 @@ namespace {
 
 // The spelling of the keys is the system's, "spReaonVlanTF" and "spReasonInnerL2Incompt" included.
 using A = AdvancedCounters;
-constexpr auto advanced_fields = fields<sizeof(A)>(ROWS({
+constexpr auto advanced_fields = fields<sizeof(A)>({
     {"spReasonSpFlags", AT(A, counters[0]), as_signed},
     {"spReasonL3Incompat", AT(A, counters[1]), as_signed},
     {"spReasonL4Incompat", AT(A, counters[2]), as_signed},
@@ -49,7 +49,7 @@ constexpr auto advanced_fields = fields<sizeof(A)>(ROWS({
     {"parserDropInvalidGeneve", AT(A, counters[34]), as_signed},
     {"parserDropL2Invalid", AT(A, counters[35]), as_signed},
     {"parserDropL3L4Invalid", AT(A, counters[36]), as_signed},
-}));
+});
 
 constexpr const char* mode_names[advanced_stats_modes] = {"disable", "enable", "clear"};
 

@@ -1,5 +1,5 @@
 // The TCP state of offloaded connections: a raw entry of the connection-tracking table, and the context manager's view.
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "platform/table_memory.h"
@@ -21,7 +21,7 @@ constexpr Place scale_at(size_t state_and_scale)
 }
 
 using E = ConntrackEntry;
-constexpr auto conntrack_fields = fields<sizeof(E)>(ROWS({
+constexpr auto conntrack_fields = fields<sizeof(E)>({
     {"src_seqlo", AT(E, source.lowest_sequence), as_big_endian},
     {"src_seqhi", AT(E, source.highest_sequence), as_big_endian},
     {"src_max_win", AT(E, source.max_window), as_big_endian},
@@ -34,10 +34,10 @@ constexpr auto conntrack_fields = fields<sizeof(E)>(ROWS({
     {"dst_wscale", scale_at(offsetof(E, destination.state_and_scale))},
     {"sw_state", AT(E, software_state)},
     {"ct_log", AT(E, log)},
-}));
+});
 
 using C = FpoContext;
-constexpr auto context_fields = fields<sizeof(C)>(ROWS({
+constexpr auto context_fields = fields<sizeof(C)>({
     {"enable", AT(C, is_enabled)},
     {"disableWindowValidation", AT(C, disable_window_validation)},
     {"lseqlo", AT(C, local.lowest_sequence)},
@@ -52,7 +52,7 @@ constexpr auto context_fields = fields<sizeof(C)>(ROWS({
     {"rmaxWin", AT(C, remote.max_window)},
     {"rstate", AT(C, remote.state)},
     {"rwscale", AT(C, remote.window_scale)},
-}));
+});
 
 }  // namespace
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/qdp_control.h"
 #include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
@@ -22,12 +22,12 @@ PyObject* entry_size(Bytes descriptor, const Field& field)
     return made(PyLong_FromUnsignedLong(num_entries == 0 ? 0 : table_bytes / num_entries));
 }
 
-constexpr auto descriptor_fields = fields<sizeof(D)>(ROWS({
+constexpr auto descriptor_fields = fields<sizeof(D)>({
     {"tableId", AT(D, table)},
     {"pa", AT(D, address)},
     {"numEntries", AT(D, num_entries)},
     {"entrySize", AT(D, table_bytes), entry_size},
-}));
+});
 
 constexpr uint32_t bytes_a_line = 16;
 

@@ -1,5 +1,5 @@
 // The histogram of how long the programming of P4 tables took. A refusing library leaves None, and no message.
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/diag/diag.h"
@@ -10,7 +10,7 @@ namespace {
 
 // The bounds are uneven on purpose: steps of 100 microseconds, then of 200, 500 and 1000.
 using H = LatencyHistogram;
-constexpr auto histogram_fields = fields<sizeof(H)>(ROWS({
+constexpr auto histogram_fields = fields<sizeof(H)>({
     {"minLatency", AT(H, min)},
     {"maxLatency", AT(H, max)},
     {"100us", AT(H, buckets[0]), as_signed},
@@ -36,7 +36,7 @@ constexpr auto histogram_fields = fields<sizeof(H)>(ROWS({
     {"outOfBucket", AT(H, out_of_bucket), as_signed},
     {"totalSample", AT(H, total_samples), as_signed},
     {"totalTime", AT(H, total_time), as_signed},
-}));
+});
 
 }  // namespace
 

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "core/render.h"
 #include "platform/mirrors.h"
 #include "platform/qdp_control.h"

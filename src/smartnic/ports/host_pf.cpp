@@ -1,6 +1,6 @@
 // The host's physical functions, as the SmartNIC's pipeline knows them.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/ports.h"

@@ -15,7 +15,7 @@ constexpr Place flag(P4LifFlag field)
     return bits(offsetof(R, flags), field.lowest_bit, field.bits);
 }
 
-constexpr auto lif_fields = fields<sizeof(R)>(ROWS({
+constexpr auto lif_fields = fields<sizeof(R)>({
     {"lifID", AT(R, lif)},
     {"srcPort", AT(R, source_port)},
     {"repPort", AT(R, rep_port)},
@@ -24,7 +24,7 @@ constexpr auto lif_fields = fields<sizeof(R)>(ROWS({
     {"isMuxPF", flag(lif_is_mux_pf)},
     {"fwdMode", flag(lif_fwd_mode)},
     {"status", AT(R, status)},
-}));
+});
 
 }  // namespace
 

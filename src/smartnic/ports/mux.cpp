@@ -11,18 +11,18 @@ namespace {
 
 // The port comes last in the entry and first in the dict.
 using V = MuxVlanEntry;
-constexpr auto mux_vlan_fields = fields<sizeof(V)>(ROWS({
+constexpr auto mux_vlan_fields = fields<sizeof(V)>({
     {"portID", AT(V, port)},
     {"fcPortID", AT(V, fc_port)},
     {"vlanID", AT(V, vlan)},
-}));
+});
 
 using S = ShadowPortEntry;
-constexpr auto shadow_port_fields = fields<sizeof(S)>(ROWS({
+constexpr auto shadow_port_fields = fields<sizeof(S)>({
     {"fcPortID", AT(S, fc_port)},
     {"muxPFPortID", AT(S, mux_pf_port)},
     {"muxVLANID", AT(S, mux_vlan)},
-}));
+});
 
 // A page of a list, which starts at an FC port that the library alone checks.
 template <class Page>

@@ -10,7 +10,7 @@ namespace {
 
 // The tag comes second in the record and last in the dict.
 using R = P4OutputPort;
-constexpr auto output_port_fields = fields<sizeof(R)>(ROWS({
+constexpr auto output_port_fields = fields<sizeof(R)>({
     {"dstPort", AT(R, destination_port)},
     {"lifID", AT(R, lif)},
     {"defaultVLAN", bits(offsetof(R, default_vlan), 0, default_vlan_bits)},
@@ -18,7 +18,7 @@ constexpr auto output_port_fields = fields<sizeof(R)>(ROWS({
     {"lifType", AT(R, lif_type)},
     {"status", AT(R, status)},
     {"tag", AT(R, tag)},
-}));
+});
 
 }  // namespace
 

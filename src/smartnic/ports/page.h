@@ -1,7 +1,7 @@
 // A page of a list as a dict: the list of its entries, and where the next page starts.
 #pragma once
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/mux.h"
 #include "platform/p4_ports.h"
 

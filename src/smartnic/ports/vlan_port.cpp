@@ -9,7 +9,7 @@ namespace qdp {
 namespace {
 
 using R = P4VlanPort;
-constexpr auto vlan_port_fields = fields<sizeof(R)>(ROWS({
+constexpr auto vlan_port_fields = fields<sizeof(R)>({
     {"muxVLAN", AT(R, mux_vlan)},
     {"pfLif0", AT(R, pf_lifs[0])},
     {"pfLif1", AT(R, pf_lifs[1])},
@@ -17,7 +17,7 @@ constexpr auto vlan_port_fields = fields<sizeof(R)>(ROWS({
     {"repPort", AT(R, rep_port)},
     {"flowKeyType", AT(R, flow_key_type)},
     {"status", AT(R, status)},
-}));
+});
 
 }  // namespace
 

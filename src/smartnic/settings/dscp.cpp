@@ -1,6 +1,6 @@
 // The pipeline's DSCP configuration.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "smartnic/settings/settings.h"
@@ -10,10 +10,10 @@ namespace qdp {
 namespace {
 
 using D = DscpConfig;
-constexpr auto dscp_fields = fields<sizeof(D)>(ROWS({
+constexpr auto dscp_fields = fields<sizeof(D)>({
     {"dscp", AT(D, dscp)},
     {"mask", AT(D, mask)},
-}));
+});
 
 }  // namespace
 

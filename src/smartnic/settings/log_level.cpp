@@ -1,6 +1,6 @@
 // The log level of the SmartNIC's P4 application.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/p4_settings.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/settings/settings.h"
@@ -10,7 +10,7 @@ namespace qdp {
 namespace {
 
 using R = P4LogLevel;
-constexpr auto log_level_fields = fields<sizeof(R)>(ROWS({{"level", AT(R, level)}}));
+constexpr auto log_level_fields = fields<sizeof(R)>({{"level", AT(R, level)}});
 
 }  // namespace
 

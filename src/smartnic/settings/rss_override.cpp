@@ -1,6 +1,6 @@
 // The RSS override of a vNIC port: the queue that takes the port's packets instead of the one that RSS chooses.
 #include "core/arguments.h"
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/p4_settings.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/settings/settings.h"
@@ -10,12 +10,12 @@ namespace qdp {
 namespace {
 
 using R = P4RssOverride;
-constexpr auto rss_override_fields = fields<sizeof(R)>(ROWS({
+constexpr auto rss_override_fields = fields<sizeof(R)>({
     {"swID", AT(R, switch_number)},
     {"fcPortID", AT(R, port)},
     {"rssOverrideQid", AT(R, queue)},
     {"rssOverride", AT(R, is_override)},
-}));
+});
 
 }  // namespace
 

@@ -7,11 +7,11 @@ namespace qdp {
 namespace {
 
 using E = IpfixEntry;
-constexpr auto flow_fields = fields<sizeof(E)>(ROWS({
+constexpr auto flow_fields = fields<sizeof(E)>({
     {"pcnt", AT(E, packets), as_signed_big_endian},
     {"bcnt", AT(E, bytes), as_signed_big_endian},
     {"tcp_flags", AT(E, tcp_flags)},
-}));
+});
 
 }  // namespace
 

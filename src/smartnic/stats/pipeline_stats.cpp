@@ -9,7 +9,7 @@ namespace qdp {
 namespace {
 
 using C = P4ConntrackCounters;
-constexpr auto conntrack_counter_fields = fields<sizeof(C)>(ROWS({
+constexpr auto conntrack_counter_fields = fields<sizeof(C)>({
     {"txPassBytes", AT(C, tx_pass_bytes), as_signed},
     {"txPassPkts", AT(C, tx_pass_packets), as_signed},
     {"txDropBytes", AT(C, tx_drop_bytes), as_signed},
@@ -18,7 +18,7 @@ constexpr auto conntrack_counter_fields = fields<sizeof(C)>(ROWS({
     {"rxPassPkts", AT(C, rx_pass_packets), as_signed},
     {"rxDropBytes", AT(C, rx_drop_bytes), as_signed},
     {"rxDropPkts", AT(C, rx_drop_packets), as_signed},
-}));
+});
 
 }  // namespace
 

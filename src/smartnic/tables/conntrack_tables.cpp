@@ -6,13 +6,13 @@ namespace qdp {
 
 namespace {
 
-constexpr auto ipfix = table<P4Table::ipfix>(ROWS({
+constexpr auto ipfix = table<P4Table::ipfix>({
     {"pkts", bytes(0, 8), as_signed},
     {"bytes", bytes(8, 8), as_signed},
     {"tcpFlags", bytes(16, 1)},
-}));
+});
 
-constexpr auto ct_counters = table<P4Table::ct_counters>(ROWS({
+constexpr auto ct_counters = table<P4Table::ct_counters>({
     {"passBytes0", bytes(0, 8), as_signed},
     {"passPkts0", bytes(8, 8), as_signed},
     {"dropBytes0", bytes(16, 8), as_signed},
@@ -21,10 +21,10 @@ constexpr auto ct_counters = table<P4Table::ct_counters>(ROWS({
     {"passPkts1", bytes(40, 8), as_signed},
     {"dropBytes1", bytes(48, 8), as_signed},
     {"dropPkts1", bytes(56, 8), as_signed},
-}));
+});
 
 // States and window scales of both ends lie together in bytes 10 and 11.
-constexpr auto ct_state = table<P4Table::ct_state>(ROWS({
+constexpr auto ct_state = table<P4Table::ct_state>({
     {"sloppy", bits(23, 1, 1)},
     {"srcSeqlo", bytes(0, 4)},
     {"srcSeqhi", bytes(4, 4)},
@@ -38,7 +38,7 @@ constexpr auto ct_state = table<P4Table::ct_state>(ROWS({
     {"dstWscale", bits(11, 4, 4)},
     {"swState", bytes(22, 1)},
     {"ctLog", bits(23, 0, 1)},
-}));
+});
 
 }  // namespace
 

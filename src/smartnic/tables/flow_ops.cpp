@@ -28,7 +28,7 @@ PyObject* list_of_levels(Bytes entry, const Field& field)
 }
 
 // Words 17 and 18 stand where words 0 and 4 would: deliberate. These two, 11 and 12 are not shown.
-constexpr auto flow_operations = table<P4Table::flow_operations>(ROWS({
+constexpr auto flow_operations = table<P4Table::flow_operations>({
     {"insert", word(17), as_signed},
     {"duplicateInsert", word(1), as_signed},
     {"failedInsert", word(2), as_signed},
@@ -48,7 +48,7 @@ constexpr auto flow_operations = table<P4Table::flow_operations>(ROWS({
     {"collisions", word(16), as_signed},
     {"insertLevel", words(21, levels), list_of_levels},
     {"removeLevel", words(29, levels), list_of_levels},
-}));
+});
 
 }  // namespace
 

@@ -9,11 +9,11 @@ namespace qdp {
 
 namespace {
 
-constexpr auto flow_key = table<P4Table::flow_key>(ROWS({
+constexpr auto flow_key = table<P4Table::flow_key>({
     {"flowIndex", bytes(0, 4)},
-}));
+});
 
-constexpr auto flow_info = table<P4Table::flow_info>(ROWS({
+constexpr auto flow_info = table<P4Table::flow_info>({
     {"flowIdx", bytes(0, 4)},
     {"dstPort", bytes(4, 2)},
     {"count", bytes(8, 8), as_signed},
@@ -47,10 +47,10 @@ constexpr auto flow_info = table<P4Table::flow_info>(ROWS({
     {"ctEgressIdx", bytes(44, 4)},
     {"ipfixIngressIdx", bytes(48, 4)},
     {"ipfixEgressIdx", bytes(52, 4)},
-}));
+});
 
 // clang-format off
-constexpr auto flow_rewrite = table<P4Table::flow_rewrite>(ROWS({
+constexpr auto flow_rewrite = table<P4Table::flow_rewrite>({
     {"vlanPop", bits(0, 0, 1)},
     {"vlanPush", bits(0, 1, 1)},
     {"vlanSet", bits(0, 2, 1)},
@@ -70,7 +70,7 @@ constexpr auto flow_rewrite = table<P4Table::flow_rewrite>(ROWS({
     {"flowCookie", bytes(28, 4)},
     {"smac", bytes(14, 6), as_mac},
     {"dmac", bytes(20, 6), as_mac},
-}));
+});
 // clang-format on
 
 }  // namespace

@@ -6,7 +6,7 @@ namespace qdp {
 
 namespace {
 
-constexpr auto mirror = table<P4Table::mirror>(ROWS({
+constexpr auto mirror = table<P4Table::mirror>({
     {"dstPort", bytes(0, 2)},
     {"reason", bits(8, 0, 8)},
     {"tunnelVNI", bits(8, 8, 24)},
@@ -22,10 +22,10 @@ constexpr auto mirror = table<P4Table::mirror>(ROWS({
     {"uplinkLport0", bytes(20, 2)},
     {"uplinkLport1", bytes(22, 2)},
     {"geneveOptionDMAC", bytes(2, 6), as_mac},
-}));
+});
 
 constexpr Place l3_is_ipv6 = bits(2, 2, 1);
-constexpr auto mirror_l3 = table<P4Table::mirror_l3>(ROWS({
+constexpr auto mirror_l3 = table<P4Table::mirror_l3>({
     {"l3Idx", bytes(0, 2)},
     {"mirrorType", bits(2, 0, 2)},
     {"isIpv6", l3_is_ipv6},
@@ -45,7 +45,7 @@ constexpr auto mirror_l3 = table<P4Table::mirror_l3>(ROWS({
     {"dmac", bytes(10, 6), as_mac},
     {"ipsa", bytes(32, 16), as_address<l3_is_ipv6>},
     {"ipda", bytes(48, 16), as_address<l3_is_ipv6>},
-}));
+});
 
 }  // namespace
 

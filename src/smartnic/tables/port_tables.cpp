@@ -18,7 +18,7 @@ constexpr Names<12> applications{{"default", "classic nic", "rdma", "tcptls", "i
 
 // What a packet from a LIF is tagged with. An entry without a valid port of the host has the first keys only.
 constexpr Place is_wyx_valid = bits(17, 0, 1);
-constexpr auto invalid_input_rows = ROWS({
+constexpr auto invalid_input = fields<p4_table_shape(P4Table::input).entry_bytes>({
     {"lifId", bytes(0, 2)},
     {"portId", bytes(2, 2)},
     {"pinnedPortId", bytes(10, 2)},
@@ -28,8 +28,7 @@ constexpr auto invalid_input_rows = ROWS({
     {"skipUkucRepl", bits(17, 3, 1)},
     {"isWyxValid", is_wyx_valid},
 });
-constexpr auto invalid_input = table<P4Table::input>(invalid_input_rows);
-constexpr auto valid_input_rows = ROWS({
+constexpr auto more_of_valid_input = fields<p4_table_shape(P4Table::input).entry_bytes>({
     {"wyxPortId", bytes(4, 2)},
     {"repPortId", bytes(6, 2)},
     {"srcTag", bytes(8, 2)},
@@ -38,10 +37,10 @@ constexpr auto valid_input_rows = ROWS({
     {"flowKeyType", bits(16, 0, 3), as_name<flow_key_types>},
     {"fwdMode", bits(16, 5, 3), as_name<forwarding_modes>},
 });
-constexpr auto input = table<P4Table::input>(joined(invalid_input_rows, valid_input_rows));
+constexpr auto input = joined<p4_table_shape(P4Table::input).entry_bytes>(invalid_input, more_of_valid_input);
 
 // How a packet that leaves by a port is edited, and where it goes.
-constexpr auto output = table<P4Table::output>(ROWS({
+constexpr auto output = table<P4Table::output>({
     {"portId", bytes(0, 2)},
     {"lifId", bytes(2, 2)},
     {"dstTag", bytes(4, 2)},
@@ -58,9 +57,9 @@ constexpr auto output = table<P4Table::output>(ROWS({
     {"rssOverride", bytes(14, 1)},
     {"rssOverrideQid", bytes(15, 1)},
     {"p4plusAppId", bytes(7, 1), as_name<applications>},
-}));
+});
 
-constexpr auto mux_vlan = table<P4Table::mux_vlan>(ROWS({
+constexpr auto mux_vlan = table<P4Table::mux_vlan>({
     {"vlanId", bytes(0, 2)},
     {"valid", bits(12, 4, 1)},
     {"lif0", bytes(2, 2)},
@@ -70,26 +69,26 @@ constexpr auto mux_vlan = table<P4Table::mux_vlan>(ROWS({
     {"srcTag", bytes(8, 2)},
     {"pktCapture", bits(12, 3, 1)},
     {"flowKeyType", bits(12, 0, 3), as_name<flow_key_types>},
-}));
+});
 
-constexpr auto vlan_map = table<P4Table::vlan_map>(ROWS({
+constexpr auto vlan_map = table<P4Table::vlan_map>({
     {"rmac_vrf", bytes(0, 2)},
     {"l2Seg", bytes(2, 2)},
-}));
+});
 
-constexpr auto l2_segment = table<P4Table::l2_segment>(ROWS({
+constexpr auto l2_segment = table<P4Table::l2_segment>({
     {"host_rcvr_ukuc", bits(0, 0, 1)},
     {"host_rcvr_ukmc", bits(0, 1, 1)},
     {"host_rcvr_bcast", bits(0, 2, 1)},
     {"replicate_idx", bytes(2, 2)},
-}));
+});
 
-constexpr auto registered_mac = table<P4Table::registered_mac>(ROWS({
+constexpr auto registered_mac = table<P4Table::registered_mac>({
     {"dstPort", bytes(0, 2)},
     {"dstPinnedPort", bits(2, 0, 15)},
     {"multicastEn", bits(2, 15, 1)},
     {"qid", bytes(4, 4)},
-}));
+});
 
 }  // namespace
 
@@ -103,7 +102,7 @@ PyObject* PyQDP_TableInputGet(PyObject*, PyObject* args)
     if (!entry.read_at(lif))
         return none();
     const bool is_valid = entry.bytes().unsigned_at(is_wyx_valid) != 0;
-    return dict_or_none(is_valid ? Fields{input.fields} : Fields{invalid_input.fields}, entry.bytes());
+    return dict_or_none(is_valid ? Fields{input} : Fields{invalid_input}, entry.bytes());
 }
 
 PyObject* PyQDP_TableOutputGet(PyObject*, PyObject* args)

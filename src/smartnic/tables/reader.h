@@ -1,6 +1,6 @@
 // How a hardware table is read: a reader is its bounds, its table, and the fields of the table's entry.
 //
-//     constexpr auto flow_info = table<P4Table::flow_info>(ROWS({
+//     constexpr auto flow_info = table<P4Table::flow_info>({
 //         {"flowIdx", bytes(0, 4)},
 //         {"dstPort", bytes(4, 2)},
 //     }));
@@ -11,7 +11,7 @@
 //     }
 #pragma once
 
-#include "core/fields.h"
+#include "core/build.h"
 #include "platform/p4_tables.h"
 #include "smartnic/channel/table_read.h"
 
@@ -23,19 +23,18 @@ struct HardwareTable {
     Table fields;
 };
 
-template <P4Table id, class MakeRows>
-consteval auto table(MakeRows rows)
+template <P4Table id, size_t count>
+constexpr auto table(const Field (&rows)[count])
 {
     const auto checked = fields<p4_table_shape(id).entry_bytes>(rows);
     return HardwareTable<id, decltype(checked)>{checked};
 }
 
-// The same with a table that lies elsewhere.
-template <P4Table id, size_t entry_bytes, size_t count, size_t converters_room, size_t keys_room>
-consteval auto table(const FieldTable<entry_bytes, count, converters_room, keys_room>& fields)
+// The same with fields that lie elsewhere.
+template <P4Table id, size_t count>
+constexpr auto table(const FieldTable<p4_table_shape(id).entry_bytes, count>& entry_fields)
 {
-    static_assert(entry_bytes == p4_table_shape(id).entry_bytes);
-    return HardwareTable<id, decltype(fields)>{fields};
+    return HardwareTable<id, decltype(entry_fields)>{entry_fields};
 }
 
 // One entry, on the stack. It is zeroed before it is read, so that a short answer decodes as zeros. Reading it is false

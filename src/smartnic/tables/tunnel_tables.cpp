@@ -8,18 +8,18 @@ namespace qdp {
 
 namespace {
 
-constexpr auto tunnel_termination = table<P4Table::tunnel_termination>(ROWS({
+constexpr auto tunnel_termination = table<P4Table::tunnel_termination>({
     {"vtepIdx", bytes(0, 1)},
     {"valid", bytes(1, 1)},
-}));
+});
 
-constexpr auto tunnel_sa = table<P4Table::tunnel_sa>(ROWS({
+constexpr auto tunnel_sa = table<P4Table::tunnel_sa>({
     {"outerFlowId", bytes(0, 2)},
     {"valid", bytes(2, 1)},
-}));
+});
 
 constexpr Place is_ipv6 = bits(0, 0, 1);
-constexpr auto tunnel_rewrite = table<P4Table::tunnel_rewrite>(ROWS({
+constexpr auto tunnel_rewrite = table<P4Table::tunnel_rewrite>({
     {"isIpv6", is_ipv6},
     {"geneve", bits(0, 1, 1)},
     {"vlanVld", bits(0, 2, 1)},
@@ -34,7 +34,7 @@ constexpr auto tunnel_rewrite = table<P4Table::tunnel_rewrite>(ROWS({
     {"dmac", bytes(14, 6), as_mac},
     {"ipsa", bytes(20, 16), as_address<is_ipv6>},
     {"ipda", bytes(36, 16), as_address<is_ipv6>},
-}));
+});
 
 // A VLAN and its valid bit; without a VLAN both are 0.
 constexpr uint16_t vlan_bits(uint32_t vlan)

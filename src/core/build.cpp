@@ -1,0 +1,139 @@
+// Building results: the interpreter of field tables, dicts and lists.
+#include "core/build.h"
+
+namespace qdp {
+
+namespace {
+
+// What is set for a key, taken over; it may be null.
+template <class Set>
+bool set_value(PyObject* value, Set set)
+{
+    const PyRef owned{value};
+    if (!owned) [[unlikely]]
+        return false;
+    if (set() != 0) [[unlikely]]
+        return building_failed(cannot_set_dict_item);
+    return true;
+}
+
+}  // namespace
+
+bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
+{
+    return set_value(value, [&] { return PyDict_SetItemString(dict, key, value); });
+}
+
+bool fill(PyObject* dict, Fields fields, Bytes record)
+{
+    for (const Field& field : fields)
+        if (!set_dict_item(dict, field.key, field_object(record, field))) [[unlikely]]
+            return false;
+    return true;
+}
+
+PyObject* dict_of(Fields fields, Bytes record)
+{
+    PyRef dict{made(PyDict_New())};
+    return dict && fill(dict.get(), fields, record) ? dict.release() : nullptr;
+}
+
+SharedKeys::~SharedKeys()
+{
+    while (count_ != 0)
+        PyRef{keys_[--count_]};
+}
+
+// The key that has just been set is the next of the first dict, unless a collector's callback has changed the dict.
+void SharedKeys::take_over(PyObject* first, const char* key)
+{
+    PyObject *object, *value;
+    if (PyDict_Next(first, &next_, &object, &value) && PyUnicode_CheckExact(object) &&
+        PyUnicode_CompareWithASCIIString(object, key) == 0)
+        keys_[count_++] = new_reference(object).release();
+    else
+        is_shared_ = false;
+}
+
+bool SharedKeys::set(PyObject* dict, size_t position, const char* key, PyObject* value)
+{
+    if (position < count_) [[likely]]
+        return set_value(value, [&] { return PyDict_SetItem(dict, keys_[position], value); });
+    if (!set_dict_item(dict, key, value))
+        return false;
+    if (is_shared_ && position < most)
+        take_over(dict, key);
+    return true;
+}
+
+bool SharedKeys::fill(PyObject* dict, Fields fields, Bytes record)
+{
+    size_t position = 0;
+    for (const Field& field : fields)
+        if (!set(dict, position++, field.key, field_object(record, field))) [[unlikely]]
+            return false;
+    return true;
+}
+
+PyObject* SharedKeys::dict_of(Fields fields, Bytes record)
+{
+    PyRef dict{made(PyDict_New())};
+    return dict && fill(dict.get(), fields, record) ? dict.release() : nullptr;
+}
+
+template <class Element>
+PyObject* integers(Bytes elements, uint64_t length)
+{
+    return list_of(length, [elements](size_t i) {
+        return made(PyLong_FromUnsignedLong(elements.load<Element>(i * sizeof(Element))));
+    });
+}
+
+template PyObject* integers<uint8_t>(Bytes elements, uint64_t length);
+template PyObject* integers<uint16_t>(Bytes elements, uint64_t length);
+
+bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries)
+{
+    SharedKeys keys{length};
+    for (size_t i = 0; i < length; ++i) {
+        const PyRef dict{made(PyDict_New())};
+        if (is_interrupted(length, i) || !dict || !set_list_item(list, i, new_reference(dict.get()).release()) ||
+            !keys.fill(dict.get(), fields, entries.from(i * fields.record_size)))
+            return false;
+    }
+    return true;
+}
+
+PyObject* dict_or_none(Fields fields, Bytes record, const char* no_dict)
+{
+    PyRef dict{PyDict_New()};
+    if (!dict)
+        return print_none(no_dict);
+    const bool complete = fill(dict.get(), fields, record);
+    return built_or_none(std::move(dict), complete);
+}
+
+PyObject* dict_or_null(Fields fields, Bytes record)
+{
+    PyRef dict{PyDict_New()};
+    if (!dict)
+        return print_none(no_buffer);
+    return fill(dict.get(), fields, record) ? dict.release() : nullptr;
+}
+
+PyObject* dict_or_no_memory(Fields fields, Bytes record)
+{
+    PyObject* dict = dict_of(fields, record);
+    return dict ? dict : PyErr_NoMemory();
+}
+
+PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list)
+{
+    PyRef list{PyList_New(count)};
+    if (!list)
+        return print_none(no_list);
+    const bool complete = fill_dicts(list.get(), count, fields, entries);
+    return built_or_none(std::move(list), complete);
+}
+
+}  // namespace qdp
