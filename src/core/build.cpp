@@ -127,13 +127,4 @@ PyObject* dict_or_no_memory(Fields fields, Bytes record)
     return dict ? dict : PyErr_NoMemory();
 }
 
-PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list)
-{
-    PyRef list{PyList_New(count)};
-    if (!list)
-        return print_none(no_list);
-    const bool complete = fill_dicts(list.get(), count, fields, entries);
-    return built_or_none(std::move(list), complete);
-}
-
 }  // namespace qdp

@@ -120,6 +120,13 @@ PyObject* dict_or_no_memory(Fields fields, Bytes record);
 
 // A list with one dict an entry. A list that cannot be made is a text on standard error and None; what cannot be put
 // into it is SystemError beside None.
-PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list = no_buffer);
+inline PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, const char* no_list = no_buffer)
+{
+    PyRef list{PyList_New(count)};
+    if (!list)
+        return print_none(no_list);
+    const bool complete = fill_dicts(list.get(), count, fields, entries);
+    return built_or_none(std::move(list), complete);
+}
 
 }  // namespace qdp

@@ -68,10 +68,8 @@ void set_system_error(const char* text)
     PyErr_SetString(PyExc_SystemError, text);
 }
 
-PyObject* built_or_none(PyRef result, bool complete)
+PyObject* not_built()
 {
-    if (complete)
-        return result.release();
     return PyErr_Occurred() && !PyErr_ExceptionMatches(PyExc_SystemError) ? nullptr : none();
 }
 

@@ -60,6 +60,10 @@ inline PyObject* made(PyObject* object)
 
 // A result that has been built, or None when that failed: SystemError stays set beside None, which is what the
 // callers of most methods rely on. NULL with the exception of a signal's handler, which interrupted the building.
-PyObject* built_or_none(PyRef result, bool complete);
+PyObject* not_built();
+inline PyObject* built_or_none(PyRef result, bool complete)
+{
+    return complete ? result.release() : not_built();
+}
 
 }  // namespace qdp

@@ -42,6 +42,20 @@ Owned<Record> allocate(size_t cleared = sizeof(Record))
     return record;
 }
 
+// Zeroes a block of many pages without touching them: the kernel gives zero pages when they are first used.
+void clear_large(void* memory, size_t size);
+
+// A record of megabytes that is all zero, or null. The library rarely fills it, so that clearing it would cost more than
+// the call.
+template <class Record>
+Owned<Record> allocate_large()
+{
+    Owned<Record> record{static_cast<Record*>(std::malloc(sizeof(Record)))};
+    if (record)
+        clear_large(record.get(), sizeof(Record));
+    return record;
+}
+
 // A list record of megabytes, of which only the header before `entries` is zeroed, or null: clearing what the library
 // rarely fills would cost more than the call. What a wrong library counts and does not write is undefined there.
 template <class Record>

@@ -3,15 +3,30 @@
 
 #include <arpa/inet.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
+#include <cstring>
 
 namespace qdp {
 
 namespace {
 
-// As wide as the longest IPv6 text.
-constexpr char column_format[] = "  %-45s";
-static_assert(INET6_ADDRSTRLEN == 45 + 1);
+// Two blanks, and as wide as the longest IPv6 text.
+constexpr size_t column_width = 2 + INET6_ADDRSTRLEN - 1;
+static_assert(column_width == 47);
+
+int address_column(const char* text, char* out, uint32_t size)
+{
+    char column[column_width];
+    std::memset(column, ' ', sizeof column);
+    std::memcpy(column + 2, text, std::strlen(text));
+    if (size != 0) {
+        const size_t length = std::min<size_t>(size - 1, sizeof column);
+        std::memcpy(out, column, length);
+        out[length] = '\0';
+    }
+    return column_width;
+}
 
 }  // namespace
 
@@ -20,15 +35,20 @@ int ipv4_column(uint32_t address, char* out, uint32_t size)
     uint8_t part[sizeof address];
     std::memcpy(part, &address, sizeof address);
     char text[INET_ADDRSTRLEN];
-    std::snprintf(text, sizeof text, "%u.%u.%u.%u", part[0], part[1], part[2], part[3]);
-    return std::snprintf(out, size, column_format, text);
+    char* end = text;
+    for (const uint8_t byte : part) {
+        end = std::to_chars(end, std::end(text), byte).ptr;
+        *end++ = '.';
+    }
+    end[-1] = '\0';
+    return address_column(text, out, size);
 }
 
 int ipv6_column(const void* address, char* out, uint32_t size)
 {
     char text[INET6_ADDRSTRLEN] = "";
     inet_ntop(AF_INET6, address, text, sizeof text);
-    return std::snprintf(out, size, column_format, text);
+    return address_column(text, out, size);
 }
 
 int parse_address(uint32_t version, const char* text, void* address)

@@ -1,13 +1,21 @@
 // A text that is written piece by piece into a buffer of fixed size.
 #pragma once
 
-#include <cstdarg>
-#include <cstddef>
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
 
 namespace qdp {
 
-// What does not fit is cut, and the text is full then.
+// A number as hexadecimal digits; all but 0 follow "0x".
+struct Hex {
+    uint64_t number;
+};
+
+// What does not fit is cut, and the text is full then. Written without printf, which would take three quarters of the
+// time of a flow dump.
 struct CutText {
     char* cursor;
     char* end;
@@ -23,13 +31,44 @@ struct CutText {
         return length;
     }
 
-    [[gnu::format(printf, 2, 3)]] int print(const char* format, ...)
+    [[gnu::noinline]] CutText& operator<<(std::string_view piece)
     {
-        va_list values;
-        va_start(values, format);
-        const int length = std::vsnprintf(cursor, room(), format, values);
-        va_end(values);
-        return written(length);
+        if (is_full())
+            return *this;
+        const size_t fitting = std::min(piece.size(), room() - 1);
+        std::memcpy(cursor, piece.data(), fitting);
+        cursor[fitting] = '\0';
+        written(static_cast<int>(piece.size()));
+        return *this;
+    }
+
+    CutText& operator<<(uint64_t number) { return write_digits(number, 10); }
+    CutText& operator<<(Hex hex)
+    {
+        if (hex.number != 0)
+            *this << "0x";
+        return write_digits(hex.number, 16);
+    }
+
+    // Two blanks and a number, followed by blanks up to a width. Returns the length of the uncut column.
+    int column(uint32_t number, size_t width)
+    {
+        char text[column_bytes];
+        std::memset(text, ' ', sizeof text);
+        const size_t digits = static_cast<size_t>(std::to_chars(text + 2, std::end(text), number).ptr - text) - 2;
+        const size_t length = 2 + std::max(digits, width);
+        *this << std::string_view{text, length};
+        return static_cast<int>(length);
+    }
+
+private:
+    static constexpr size_t column_bytes = 16;  // of the widest column and of the longest number
+
+    [[gnu::noinline]] CutText& write_digits(uint64_t number, int base)
+    {
+        char digits[20];
+        const char* last = std::to_chars(digits, std::end(digits), number, base).ptr;
+        return *this << std::string_view{digits, static_cast<size_t>(last - digits)};
     }
 };
 

@@ -36,48 +36,56 @@ void write_offload(Bytes area, CutText& text)
     const uint32_t flags = number(area, AT(A, offload_flags));
     if (!(flags & offload_is_offloaded))
         return;
-    text.print("OL; ");
+    text << "OL; ";
     if (!(flags & offload_has_indexes))
         return;
     if (flags & offload_software_index_is_pointer) {
-        const uint64_t pointer = word(area, AT(A, software_index));
-        text.print("swFlowIdx: %p; hwFlowIdx: N/A; ", reinterpret_cast<void*>(static_cast<uintptr_t>(pointer)));
+        text << "swFlowIdx: ";
+        if (const uint64_t pointer = word(area, AT(A, software_index)))
+            text << Hex{pointer};
+        else
+            text << "(nil)";
+        text << "; hwFlowIdx: N/A; ";
     } else {
-        text.print("swFlowIdx: %u; hwFlowIdx: %u; ", number(area, AT(A, software_index)),
-                   number(area, AT(A, hardware_index)));
+        text << "swFlowIdx: " << number(area, AT(A, software_index));
+        text << "; hwFlowIdx: " << number(area, AT(A, hardware_index)) << "; ";
     }
 }
 
 void write_multicast(Bytes area, CutText& text)
 {
-    text.print("MC: inval(s):%u cg:%lu len:%u; flag %#x n_ag:%u n_dp:%u", number(area, AT(A, num_invalidations)),
-               word(area, AT(A, generation)), number(area, AT(A, length)), number(area, AT(A, group_flags)),
-               number(area, AT(A, num_groups)), number(area, AT(A, num_destination_ports)));
+    text << "MC: inval(s):" << number(area, AT(A, num_invalidations));
+    text << " cg:" << word(area, AT(A, generation));
+    text << " len:" << number(area, AT(A, length));
+    text << "; flag " << Hex{number(area, AT(A, group_flags))};
+    text << " n_ag:" << number(area, AT(A, num_groups));
+    text << " n_dp:" << number(area, AT(A, num_destination_ports));
 }
 
 void write_header(Bytes area, Bytes group, CutText& text)
 {
     const uint64_t bitmap = word(group, AT(G, bitmap));
-    const uint32_t invalidations = number(area, AT(A, num_invalidations));
-    const uint64_t generation = word(area, AT(A, generation));
-    const uint32_t length = number(area, AT(A, length));
+    text << "bmap:" << Hex{bitmap};
+    text << " inval(s):" << number(area, AT(A, num_invalidations));
+    text << " cg:" << word(area, AT(A, generation));
+    text << " dp:";
     if (bitmap & action_bit(FlowAction::destination_port))
-        text.print("bmap:%#lx inval(s):%u cg:%lu dp:%#x len:%u; ", bitmap, invalidations, generation,
-                   number(group, AT(G, destination_port)), length);
+        text << Hex{number(group, AT(G, destination_port))};
     else
-        text.print("bmap:%#lx inval(s):%u cg:%lu dp:- len:%u; ", bitmap, invalidations, generation, length);
+        text << "-";
+    text << " len:" << number(area, AT(A, length)) << "; ";
 }
 
 // False when the output ended before the last instance.
 bool write_routing(Bytes tail, CutText& text)
 {
     const uint32_t count = number(tail, AT(T, num_instances));
-    text.print("VDR inst: %u; ", count);
+    text << "VDR inst: " << count << "; ";
     for (uint32_t i = 0; i < count; ++i) {
         if (text.is_full())
             return false;
         const auto value = tail.load<uint32_t>(offsetof(T, instances) + i * routing_instance_bytes);
-        text.print("INST %u: 0x%x; ", i + 1, value);
+        text << "INST " << i + 1 << (value == 0 ? ": 0x" : ": ") << Hex{value} << "; ";
     }
     return true;
 }
@@ -95,95 +103,95 @@ bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
     const Bytes group = flow.group;
     switch (action) {
     case FlowAction::input_child_port:
-        text.print("KCPInputChildPort: %u; ", number(group, AT(G, input_child_port)));
+        text << "KCPInputChildPort: " << number(group, AT(G, input_child_port)) << "; ";
         return true;
     case FlowAction::lro:
-        text.print("LRO; ");
+        text << "LRO; ";
         return true;
     case FlowAction::ipfix_ingress:
-        text.print("IPFIX Ingress; ");
+        text << "IPFIX Ingress; ";
         return true;
     case FlowAction::drop:
-        text.print("DROP; ");
+        text << "DROP; ";
         return true;
     case FlowAction::firewall_source:
         if (number(flow.entry, AT(E, source_has_context)) != 0)
-            text.print("DFW on srcPort, ctCtxId: %#lx; ", word(flow.entry, AT(E, source_context)));
+            text << "DFW on srcPort, ctCtxId: " << Hex{word(flow.entry, AT(E, source_context))} << "; ";
         else
-            text.print("DFW on srcPort; ");
+            text << "DFW on srcPort; ";
         return true;
     case FlowAction::slow_path:
-        text.print("SP; ");
+        text << "SP; ";
         return true;
     case FlowAction::vlan_insert:
-        text.print("VI: %u; ", number(group, AT(G, vlan)));
+        text << "VI: " << number(group, AT(G, vlan)) << "; ";
         return true;
     case FlowAction::vlan_remove:
-        text.print("VR; ");
+        text << "VR; ";
         return true;
     case FlowAction::port_insert:
-        text.print("PI: %u; ", number(group, AT(G, port_index)));
+        text << "PI: " << number(group, AT(G, port_index)) << "; ";
         return true;
     case FlowAction::port_remove:
-        text.print("PR; ");
+        text << "PR; ";
         return true;
     case FlowAction::guest_vlan_insert:
-        text.print("GVLAN Insert; ");
+        text << "GVLAN Insert; ";
         return true;
     case FlowAction::mirror_ingress:
-        text.print("Mirror Ingress: %u; ", number(group, AT(G, ingress_mirror)));
+        text << "Mirror Ingress: " << number(group, AT(G, ingress_mirror)) << "; ";
         return true;
     case FlowAction::destination_mac:
-        text.print("DMAC; ");
+        text << "DMAC; ";
         return true;
     case FlowAction::routing:
         return write_routing(flow.tail, text);
     case FlowAction::vni:
-        text.print("VNI: %u; ", number(group, AT(G, vni)));
+        text << "VNI: " << number(group, AT(G, vni)) << "; ";
         return true;
     case FlowAction::geneve_decap:
-        text.print("GENEVE DECAP; ");
+        text << "GENEVE DECAP; ";
         return true;
     case FlowAction::vxlan_decap:
-        text.print("VXLAN DECAP; ");
+        text << "VXLAN DECAP; ";
         return true;
     case FlowAction::geneve_encap:
-        text.print("VNI: %u; ", number(group, AT(G, vni)));
-        text.print("GENEVE ENCAP VNI: %u; ", vni_at(flow.tail, offsetof(T, geneve_vni)));
+        text << "VNI: " << number(group, AT(G, vni)) << "; ";
+        text << "GENEVE ENCAP VNI: " << vni_at(flow.tail, offsetof(T, geneve_vni)) << "; ";
         return true;
     case FlowAction::vxlan_encap:
-        text.print("VNI: %u; ", number(group, AT(G, vni)));
-        text.print("VXLAN ENCAP VNI: %u; ", vni_at(flow.tail, offsetof(T, vxlan_vni)));
+        text << "VNI: " << number(group, AT(G, vni)) << "; ";
+        text << "VXLAN ENCAP VNI: " << vni_at(flow.tail, offsetof(T, vxlan_vni)) << "; ";
         return true;
     case FlowAction::guest_vlan_remove:
-        text.print("GVLAN Remove; ");
+        text << "GVLAN Remove; ";
         return true;
     case FlowAction::ipfix_egress:
-        text.print("IPFIX Egress; ");
+        text << "IPFIX Egress; ";
         return true;
     case FlowAction::firewall_destination:
         if (number(flow.entry, AT(E, destination_has_context)) != 0)
-            text.print("DFW on dstPort, ctCtxId: %#lx; ", word(flow.entry, AT(E, destination_context)));
+            text << "DFW on dstPort, ctCtxId: " << Hex{word(flow.entry, AT(E, destination_context))} << "; ";
         else
-            text.print("DFW on dstPort; ");
+            text << "DFW on dstPort; ";
         return true;
     case FlowAction::mirror_egress:
-        text.print("Mirror Egress: %u; ", number(group, AT(G, egress_mirror)));
+        text << "Mirror Egress: " << number(group, AT(G, egress_mirror)) << "; ";
         return true;
     case FlowAction::output_vlan:
-        text.print("KCPOutputVLAN: %u; ", number(group, AT(G, output_vlan)));
+        text << "KCPOutputVLAN: " << number(group, AT(G, output_vlan)) << "; ";
         return true;
     case FlowAction::inner_lookup:
-        text.print("InnerLookup; ");
+        text << "InnerLookup; ";
         return true;
     case FlowAction::l3_vlan_routed:
-        text.print("L3 Vlan Routed; ");
+        text << "L3 Vlan Routed; ";
         return true;
     case FlowAction::lta:
-        text.print("LTA; ");
+        text << "LTA; ";
         return true;
     case FlowAction::meta_flow:
-        text.print("MetaFlow; ");
+        text << "MetaFlow; ";
         return true;
     case FlowAction::destination_port:
         return true;

@@ -44,6 +44,21 @@ void write_addresses(const FlowKey& key, CutText& text)
     }
 }
 
+uint32_t vlan_of(const FlowKey& key)
+{
+    return uint32_t{key.vlan_high} << 4 | key.flags_and_vlan >> 4;
+}
+
+uint32_t tag_of(const FlowKey& key)
+{
+    return (key.tag_high & 0x7fu) << 8 | key.tag_low;
+}
+
+uint32_t vni_of(const FlowKey& key)
+{
+    return uint32_t{key.vni_high} << 16 | key.vni_low;
+}
+
 uint32_t shown_port(const FlowKey& key, uint16_t port)
 {
     const bool is_icmp = key.protocol == protocol_icmp || key.protocol == protocol_icmpv6;
@@ -64,15 +79,14 @@ int FCFlowKeyToStr(void* key, char* out)
     std::memcpy(key, &shown, sizeof shown);
 
     CutText text{out, out + flow_key_text_bytes};
-    const uint8_t* first = shown.first_mac;
-    const uint8_t* second = shown.second_mac;
-    text.print("L%u  %02x:%02x:%02x:%02x:%02x:%02x  %02x:%02x:%02x:%02x:%02x:%02x  %-4u  %-7u", layer_of(shown),
-               first[0], first[1], first[2], first[3], first[4], first[5], second[0], second[1], second[2], second[3],
-               second[4], second[5], shown.vlan_high << 4 | shown.flags_and_vlan >> 4,
-               (shown.tag_high & 0x7f) << 8 | shown.tag_low);
+    char first_mac[mac_text_bytes], second_mac[mac_text_bytes];
+    text << "L" << layer_of(shown);
+    text << "  " << MACToStr(shown.first_mac, first_mac) << "  " << MACToStr(shown.second_mac, second_mac);
+    text.column(vlan_of(shown), 4);
+    text.column(tag_of(shown), 7);
     write_addresses(shown, text);
-    text.print("  %-5u", shown.protocol);
-    text.print("  %-7u", shown.vni_high << 16 | shown.vni_low);
-    text.print("  %-12u", shown_port(shown, shown.first_port));
-    return text.print("  %-12u", shown_port(shown, shown.second_port));
+    text.column(shown.protocol, 5);
+    text.column(vni_of(shown), 7);
+    text.column(shown_port(shown, shown.first_port), 12);
+    return text.column(shown_port(shown, shown.second_port), 12);
 }

@@ -101,7 +101,7 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "IO", &switch_number, &loads) || !PyTuple_Check(loads))
         return print_none(invalid_parameter_blank_line);
 
-    const auto ports = allocate<PortList>();
+    const auto ports = allocate_large<PortList>();
     if (!ports)
         return print_none(no_traffic_memory);
     uint32_t size = sizeof(PortList);

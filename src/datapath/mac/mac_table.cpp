@@ -66,7 +66,7 @@ PyObject* PyQDP_List_Switch_MACTable(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
         return print_none(invalid_parameter);
 
-    const auto record = allocate<SwitchMacTable>();
+    const auto record = allocate_large<SwitchMacTable>();
     if (!record)
         return print_none(no_memory);
 

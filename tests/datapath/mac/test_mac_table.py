@@ -146,6 +146,13 @@ class TestListSwitchMACTable:
             {"MacLimit": 32768, "MacTableList": LISTED}, calls=[self.call()]
         )
 
+    def test_entries_that_are_counted_and_not_written_are_not_those_of_an_earlier_call(self, host, qdp):
+        host.script("Qdp_Dump_Switch_MAC_Table", outputs=[table(*[entry(b"\x11" * 6, 7)] * 60000)])
+        host.script("Qdp_Dump_Switch_MAC_Table", outputs=[table(entry(b"\x22" * 6), count=60000)])
+        qdp.result("ListSwitchMACTable", 0)
+        listed = qdp.result("ListSwitchMACTable", 0)["MacTableList"]
+        assert [each["macAddr"] for each in listed] == ["22:22:22:22:22:22"] + ["00:00:00:00:00:00"] * 59999
+
     def test_an_empty_table(self, host, qdp):
         host.script("Qdp_Dump_Switch_MAC_Table", outputs=[table(limit=0xFFFFFFFF)])
         assert qdp.call("ListSwitchMACTable", 3) == Outcome(
