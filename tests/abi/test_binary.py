@@ -1,5 +1,6 @@
 """The built file: what it needs, what it shows, and what it may call."""
 
+import platform
 import re
 import subprocess
 
@@ -87,6 +88,61 @@ def test_everything_else_that_it_calls_is_the_platforms(binary, root):
         if "@" not in name and not name.startswith(("Py", "_Py")) and name not in OPTIONAL
     ]
     assert called and [name for name in called if name not in declared] == []
+
+
+STAND_INS = [f"host/lib{name}.so" for name in ("qdp", "qdpcapture", "qdphost", "qmtPublic")]
+HARDENED = ["_libqdp.abi3.so", "qdp/_call.abi3.so", *STAND_INS]
+
+
+@pytest.mark.parametrize("file", HARDENED)
+class TestHardening:
+    """Each file is built with the protections that distributions build with."""
+
+    @pytest.fixture
+    def segments(self, build, file):
+        """The kinds of the file's segments, with their flags."""
+        listed = run("readelf", "-lW", str(build / file))
+        found = re.findall(r"^  (\w+) +(?:0x\w+ +){5}([RWE ]{3}) ", listed, re.MULTILINE)
+        assert {kind for kind, _ in found} >= {"LOAD", "DYNAMIC"}
+        return found
+
+    def test_symbols_are_bound_before_the_first_call_and_read_only_from_then_on(self, build, file, segments):
+        flags = re.findall(r"\((?:FLAGS|FLAGS_1)\) +(.*)", run("readelf", "-dW", str(build / file)))
+        assert "NOW" in " ".join(flags)
+        assert ("GNU_RELRO", "R  ") in segments
+
+    def test_nothing_is_writable_and_executable(self, segments):
+        assert [flags for _, flags in segments if "W" in flags and "E" in flags] == []
+        assert ("GNU_STACK", "RW ") in segments
+
+    def test_code_has_a_mapping_of_its_own(self, segments):
+        loaded = [flags for kind, flags in segments if kind == "LOAD"]
+        assert loaded.count("R E") == 1 and loaded[0] == "R  "
+
+    def test_stacks_are_guarded(self, build, file):
+        assert "__stack_chk_fail" in run("nm", "-D", "--undefined-only", str(build / file))
+
+    def test_functions_are_marked_as_targets_of_indirect_branches(self, build, file):
+        if platform.machine() != "x86_64":
+            pytest.skip("only x86 marks them with an instruction")
+        defined = run("nm", "-D", "--defined-only", str(build / file))
+        starts = {int(place, 16) for place in re.findall(r"^(\w+) T ", defined, re.MULTILINE)}
+        code = run("objdump", "-d", "--no-show-raw-insn", str(build / file))
+        marked = {int(place, 16) for place in re.findall(r"^ *([0-9a-f]+):\s+endbr64", code, re.MULTILINE)}
+        assert starts and starts - marked == set()
+
+
+def test_large_frames_are_probed_page_by_page(binary):
+    """Some methods have records of more than a page on their stack."""
+    assert re.search(r"\tor[bwlq]? +\$0x0,(?:0x\w+)?\(%rsp\)", run("objdump", "-d", "--no-show-raw-insn", str(binary)))
+
+
+@pytest.mark.parametrize("file", ["_libqdp.abi3.so", "host/libqdpcapture.so", "host/libqdphost.so"])
+def test_copies_and_formats_are_checked(build, file):
+    called = symbols(build / file, "--undefined-only")
+    assert [name for name in called if re.match(r"__\w+_chk@", name)]
+    if file == "_libqdp.abi3.so":  # the others hold parts of the C++ runtime, which are built as they are
+        assert [name for name in called if re.match(r"v?(?:f|s)?printf@|strcpy@|strcat@", name)] == []
 
 
 @pytest.mark.parametrize("library", ["libqdp.so", "libqdpcapture.so", "libqdphost.so", "libqmtPublic.so"])
