@@ -3,27 +3,6 @@
 
 namespace qdp {
 
-namespace {
-
-// What is set for a key, taken over; it may be null.
-template <class Set>
-bool set_value(PyObject* value, Set set)
-{
-    const PyRef owned{value};
-    if (!owned) [[unlikely]]
-        return false;
-    if (set() != 0) [[unlikely]]
-        return building_failed(cannot_set_dict_item);
-    return true;
-}
-
-}  // namespace
-
-bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
-{
-    return set_value(value, [&] { return PyDict_SetItemString(dict, key, value); });
-}
-
 bool fill(PyObject* dict, Fields fields, Bytes record)
 {
     for (const Field& field : fields)
@@ -57,8 +36,14 @@ void SharedKeys::take_over(PyObject* first, const char* key)
 
 bool SharedKeys::set(PyObject* dict, size_t position, const char* key, PyObject* value)
 {
-    if (position < count_) [[likely]]
-        return set_value(value, [&] { return PyDict_SetItem(dict, keys_[position], value); });
+    if (position < count_) [[likely]] {
+        const PyRef owned{value};
+        if (!owned) [[unlikely]]
+            return false;
+        if (PyDict_SetItem(dict, keys_[position], value) != 0) [[unlikely]]
+            return building_failed(cannot_set_dict_item);
+        return true;
+    }
     if (!set_dict_item(dict, key, value))
         return false;
     if (is_shared_ && position < most)

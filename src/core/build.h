@@ -19,7 +19,15 @@ PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t
 // --- Items. Each takes the object over, which may be null after a failure of its own. What it is set in is owned by
 // the caller meanwhile: the collector may run, and its callbacks may empty what they find. ---
 
-bool set_dict_item(PyObject* dict, const char* key, PyObject* value);
+inline bool set_dict_item(PyObject* dict, const char* key, PyObject* value)
+{
+    const PyRef owned{value};
+    if (!owned) [[unlikely]]
+        return false;
+    if (PyDict_SetItemString(dict, key, value) != 0) [[unlikely]]
+        return building_failed(cannot_set_dict_item);
+    return true;
+}
 inline bool set_list_item(PyObject* list, size_t position, PyObject* item)
 {
     if (!item) [[unlikely]]
@@ -39,8 +47,19 @@ inline bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
 
 // --- Dicts ---
 
+// The integer whose bits are the highest of a word.
+inline PyObject* highest_bits(uint64_t word, const Place& where)
+{
+    return made(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
+                                : PyLong_FromUnsignedLong(word >> where.down));
+}
+
 // The object of a row.
-PyObject* field_object(Bytes record, const Field& field);
+inline PyObject* field_object(Bytes record, const Field& field)
+{
+    return field.convert ? field.convert(record, field)
+                         : highest_bits(record.load<uint64_t>(field.where.offset) << field.where.up, field.where);
+}
 
 // Sets a table's keys from the record at the start of `record`.
 bool fill(PyObject* dict, Fields fields, Bytes record);
@@ -125,7 +144,7 @@ inline PyObject* dicts_or_none(uint32_t count, Fields fields, Bytes entries, con
     PyRef list{PyList_New(count)};
     if (!list)
         return print_none(no_list);
-    const bool complete = fill_dicts(list.get(), count, fields, entries);
+    const bool complete = count == 0 || fill_dicts(list.get(), count, fields, entries);
     return built_or_none(std::move(list), complete);
 }
 

@@ -6,23 +6,6 @@
 
 namespace qdp {
 
-namespace {
-
-// The integer whose bits are the highest of a word.
-PyObject* highest(uint64_t word, const Place& where)
-{
-    return made(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
-                                : PyLong_FromUnsignedLong(word >> where.down));
-}
-
-}  // namespace
-
-PyObject* field_object(Bytes record, const Field& field)
-{
-    return field.convert ? field.convert(record, field)
-                         : highest(record.load<uint64_t>(field.where.offset) << field.where.up, field.where);
-}
-
 PyObject* text_object(std::string_view text)
 {
     return made(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
@@ -48,7 +31,7 @@ PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t
 
 PyObject* big_endian_object(Bytes record, const Field& field)
 {
-    return highest(__builtin_bswap64(record.unsigned_at(field.where)), field.where);
+    return highest_bits(__builtin_bswap64(record.unsigned_at(field.where)), field.where);
 }
 
 PyObject* text_field_object(Bytes record, const Field& field)
