@@ -45,8 +45,8 @@ Owned<Record> allocate(size_t cleared = sizeof(Record))
 // Zeroes a block of many pages without touching them: the kernel gives zero pages when they are first used.
 void clear_large(void* memory, size_t size);
 
-// A record of megabytes that is all zero, or null. The library rarely fills it, so that clearing it would cost more than
-// the call.
+// A record of megabytes that is all zero, or null. The library rarely fills it: clearing it by memset would cost more
+// than the call.
 template <class Record>
 Owned<Record> allocate_large()
 {

@@ -1,5 +1,5 @@
 // The operations of the datapath control library, libqdp.so. Each returns 0 for success. A size pointer behind a record
-// points to the record's capacity in bytes before the call. Whoever calls an operation includes the header of its record.
+// points to the record's capacity in bytes before the call. A caller of an operation includes the header of its record.
 #pragma once
 
 #include <cstdint>

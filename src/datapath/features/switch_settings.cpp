@@ -21,8 +21,8 @@ struct SwitchSetting {
     PyObject* (*object)(uint32_t value);
 };
 
-// The datapath's own value, found by the switch's portset name. A datapath that refuses is met with silence. Kept out of
-// its caller, which most switches leave before.
+// The datapath's own value, found by the switch's portset name. Nothing is printed when the datapath refuses. Not
+// inlined: most switches have the property and never come here.
 template <uint32_t (*get_value)(const char* portset_name, uint32_t* value)>
 [[gnu::noinline]] bool ask_datapath(const char* alias, uint32_t& value)
 {

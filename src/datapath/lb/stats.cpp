@@ -181,8 +181,8 @@ struct Range {
 
     bool is_within(uint32_t most) const { return first < most && first + count <= most; }
 
-    // The count deliberately stays: the next call asks for as many from the new start. A dump that has finished names an
-    // index that no range reaches.
+    // The count deliberately stays: the next call asks for as many from the new start. A dump that has finished names
+    // an index that no range reaches.
     void go_on(uint32_t next)
     {
         static_assert(lb_stats_finished == UINT32_MAX);
