@@ -318,6 +318,8 @@ int set_up(PyObject*)
 int visit_all(PyObject* module, visitproc visit, void* arg)
 {
     const State* state = state_of(module);
+    if (!state)  // before CPython 3.9, a collection may meet the module before it has its state
+        return 0;
     Py_VISIT(state->rows);
     Py_VISIT(state->other_row);
     Py_VISIT(state->settle);
@@ -327,6 +329,8 @@ int visit_all(PyObject* module, visitproc visit, void* arg)
 int drop_all(PyObject* module)
 {
     State* state = state_of(module);
+    if (!state)
+        return 0;
     const PyRef dropped[] = {PyRef{state->rows}, PyRef{state->other_row}, PyRef{state->settle}};
     *state = {};
     return 0;

@@ -37,10 +37,15 @@ def test_instructions_are_near_the_floor(counts, workload):
     assert counts["_libqdp", workload] <= MOST_OF_FLOOR * counts["floor", workload]
 
 
+# Instructions by which an entry of a long list may cost more than one of a short list: the collector of garbage looks at
+# what is there already.
+MOST_GROWTH = 200
+
+
 @pytest.mark.parametrize("method", GROWING)
 def test_every_further_entry_costs_the_same(build, method):
     lists = GROWING[method]
     counts = instructions.measured(build, [("_libqdp", workload) for workload in lists.values()], rounds=1)
     points = [(count, counts["_libqdp", workload]) for count, workload in lists.items()]
     costs = [(more - less) / (longer - shorter) for (shorter, less), (longer, more) in itertools.pairwise(points)]
-    assert max(costs) <= 1.02 * min(costs)
+    assert max(costs) - min(costs) <= MOST_GROWTH

@@ -418,7 +418,7 @@ class TestFixture:
         metadata = tmp_path / "libqdp-1.dist-info"
         metadata.mkdir()
         (metadata / "METADATA").write_text("Metadata-Version: 2.1\nName: libqdp\nVersion: 1\n")
-        shutil.copy(root / "package" / "debian" / "entry_points.txt", metadata)
+        shutil.copy(root / "package" / "debian" / "host" / "entry_points.txt", metadata)
         (tmp_path / "test_script.py").write_text(TESTS)
         path = f"{tmp_path}:{PACKAGES}:{build}"
         for named in (["-p", "qdp_host.pytest_plugin"], []):
