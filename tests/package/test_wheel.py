@@ -18,6 +18,9 @@ def can_make_environments(interpreter):
     return ran(interpreter, "-c", "import ensurepip, venv").returncode == 0
 
 
+OLD_PIP = "pip==21.3.1"  # the last one of CPython 3.6
+
+
 class Environment:
     """A fresh virtual environment with the wheel in it."""
 
@@ -25,7 +28,8 @@ class Environment:
         self.variables = variables
         self.folder = folder
         output(interpreter, "-m", "venv", *options, folder, env=variables)
-        self.run("python", "-m", "pip", "install", "-q", "--upgrade", "pip")  # the first ones do not know the wheel's tag
+        if ran(interpreter, "-c", "import sys; sys.exit(sys.version_info < (3, 7))").returncode:
+            self.run("python", "-m", "pip", "install", "-q", OLD_PIP)  # its own does not know the wheel's tag
         self.run("python", "-m", "pip", "install", "-q", "--no-index", "--no-deps", WHEEL)
 
     def run(self, command, *arguments):
