@@ -1,5 +1,6 @@
 """Which tests concern a source, and in which order they are tried."""
 
+import pathlib
 import re
 
 # The folders of tests that call the module in their own process, where a change is made. Others look at the built file,
@@ -8,6 +9,10 @@ FOLDERS = ["core", "datapath", "host", "methods", "smartnic", "switchid", "tortu
 
 # The fixture of tests that judge times, which trials beside each other spoil.
 OF_TIMES = "release_only"
+
+# The table of all methods stands above the rooms; its tests stand with the core's.
+ROOF = pathlib.PurePosixPath("module.cpp")
+CORE = pathlib.PurePosixPath("core")
 
 # The code that all rooms share, whose functions are also told by who calls them; and how many callers are too many.
 SHARED = "src/core/"
@@ -77,8 +82,9 @@ class Concern:
         return {method for methods in self._methods.values() for method in methods}
 
     def _mirror(self, file):
-        room, name = file.removeprefix("src/").rsplit("/", 1)
-        path = self._sources.root / "tests" / room / f"test_{name.rsplit('.', 1)[0]}.py"
+        within = pathlib.PurePosixPath(file).relative_to("src")
+        room = within.parent if within != ROOF else CORE
+        path = self._sources.root / "tests" / room / f"test_{within.stem}.py"
         if path in self._items:
             return self._items[path]
         folder = [items for path, items in self._items.items() if path.parent == self._sources.root / "tests" / room]
