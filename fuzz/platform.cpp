@@ -9,7 +9,7 @@
 
 #include "fuzz/fault.h"
 #include "fuzz/texts.h"
-#include "host/call.h"
+#include "host/call/operations.h"
 #include "platform/fpo.h"
 #include "platform/load_balancer.h"
 #include "platform/settings.h"
@@ -22,7 +22,6 @@ namespace host {
 class Operation {
 public:
     std::string_view name;
-    bool returns_pointer;
     uint64_t (*answer)(Operation& operation, std::span<const Argument> arguments);
 };
 
@@ -183,7 +182,7 @@ void answer_outputs(std::span<const Argument> arguments, uint32_t status)
         if (argument.kind == Argument::Kind::output)
             answer_output(argument.output);
         if (argument.kind == Argument::Kind::value_output && status == host::success)
-            answer_value(argument.handed);
+            answer_value(argument.value_output);
     }
 }
 
@@ -270,12 +269,12 @@ constexpr Special specials[] = {
     {"DVSData_Name", answer_text},
 };
 
-decltype(Operation::answer) answer_of(std::string_view name, bool returns_pointer)
+decltype(Operation::answer) answer_of(const host::Signature& signature)
 {
     for (const Special& special : specials)
-        if (special.name == name)
+        if (special.name == signature.name)
             return special.answer;
-    return returns_pointer ? answer_handle : answer_status;
+    return signature.returns_pointer() ? answer_handle : answer_status;
 }
 
 }  // namespace
@@ -298,16 +297,16 @@ void end_platform()
 
 namespace host {
 
-Operation& operation(const char* name, bool returns_pointer)
+Operation& operation(const Signature& signature)
 {
-    return *new Operation{name, returns_pointer, fuzz::answer_of(name, returns_pointer)};  // once for each operation
+    return *new Operation{signature.name, fuzz::answer_of(signature)};  // once for each operation
 }
 
-uint64_t dispatch(Operation& operation, std::initializer_list<Argument> arguments)
+uint64_t dispatch(Operation& operation, Arguments arguments)
 {
     for (const Argument& argument : arguments)
         fuzz::look_at(argument);
-    return operation.answer(operation, {arguments.begin(), arguments.size()});
+    return operation.answer(operation, arguments);
 }
 
 }  // namespace host

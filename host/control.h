@@ -7,9 +7,14 @@
 
 extern "C" {
 
+// Every function may be called by any thread at any time; a text is valid until the same thread calls the same function
+// again.
+
 // Puts the host back to its scenario: its state, a real clock, no scripted answers, no failures, no delays, no recorded
 // calls. The scenario is the one that QDP_HOST_SCENARIO names, else the default one; a capture that QDP_HOST_REPLAY names
-// answers in its place, from its first answers on. The files are read when they are needed first.
+// answers in its place, from its first answers on. The files are read at the first call that needs them. What the switch
+// state library returned before a reset (handles, texts, values of its own) is invalid after it; a load, a replay and a
+// restore leave it valid.
 void qdp_host_reset(void);
 
 // Replaces the host by the one that the scenario in this file describes; null is the default scenario. What is scripted
@@ -19,12 +24,18 @@ int qdp_host_load(const char* path);
 // Answers from this capture file in the place of the scenario's host; null ends that. Returns as qdp_host_load does.
 int qdp_host_replay(const char* path);
 
+// What is wrong with a capture file, or null; nothing changes.
+const char* qdp_host_check_capture(const char* path);
+
+// Whether a capture answers. There is no state then: no scenario, no summary, no snapshot, and nothing to restore.
+int qdp_host_is_replaying(void);
+
 // What was wrong with the scenario or the capture, or null: "FILE: PLACE: ...". The first operation that fails for it
 // prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
 const char* qdp_host_error(void);
 
 // The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema of
-// scenarios. Valid until the next call of the same function.
+// scenarios.
 const char* qdp_host_scenario(void);
 const char* qdp_host_summary(void);
 const char* qdp_host_schema(void);
@@ -42,8 +53,8 @@ const char* qdp_host_check(const char* scenario);
 const char* qdp_host_completed(const char* scenario, int* is_valid);
 
 // Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
-// as often as wanted, which returns 0, or -1 when there is no such copy; forgets it. Scripted answers, failures and delays
-// are not part of it.
+// as often as wanted, which returns 0, or -1 when there is no such copy or no state; forgets it. Scripted answers, failures
+// and delays are not part of it.
 uint64_t qdp_host_snapshot(void);
 int qdp_host_restore(uint64_t snapshot);
 void qdp_host_forget(uint64_t snapshot);
@@ -70,16 +81,20 @@ int qdp_host_delay(const char* operation, uint64_t nanoseconds, unsigned nth, un
 // Starts recording calls anew, or stops.
 void qdp_host_record(int on);
 
-// The recorded calls as a JSON array of {"operation": name, "arguments": [...]}; valid until the next call of this
-// function. An argument is a number; a text or null; {"bytes": hex}; {"capacity": n} for an output, null without one.
+// The recorded calls as a JSON array of {"operation": name, "arguments": [...], "result": ..., "outputs": [...]}. An
+// argument is a number; a text or null; {"bytes": hex}; {"capacity": n, "is_null": is} for an output. A result is a status,
+// {"bytes": hex} of a text, a handle, or null. An output is {"bytes": hex}, or null when the call failed.
 const char* qdp_host_calls(void);
 
-// The names of the operations that are answered from the state, as a JSON array; valid until the next call of this
-// function.
+// What is known of an operation, {"result": "none", "status", "text" or "handle", "outputs": how many} as JSON, or null for
+// an unknown one.
+const char* qdp_host_operation(const char* name);
+
+// The names of the operations that are answered from the state, as a JSON array.
 const char* qdp_host_operations(void);
 
-// Values that the switch state library handed out and has not got back.
-size_t qdp_host_values_out(void);
+// How many values of the switch state library their callers have not released.
+size_t qdp_host_unreleased_values(void);
 
 // Stops the clock, at a full second; and moves it on, whether it is stopped or not.
 void qdp_host_freeze_time(void);

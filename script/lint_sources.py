@@ -23,7 +23,17 @@ ALLOWED = {
 # Folders that their siblings may include: the named, shared pieces.
 SHARED = ["smartnic/channel", "smartnic/counters"]
 # Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
-BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/operations_"]}
+BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/call/"]}
+# The rooms of host/ that each of them may include: call <- state <- answers, scenario, capture <- process. A capture is
+# recorded on real hosts, where there is no state.
+HOST_ROOMS = {
+    "call": [],
+    "state": ["call"],
+    "answers": ["call", "state"],
+    "scenario": ["call", "state"],
+    "capture": ["call"],
+    "process": ["call", "state", "answers", "scenario", "capture", "control.h"],
+}
 MAP = "module.cpp"
 
 # The layers of qdp/, from the ground up: a file imports from its own and from those below. Every file that is not named
@@ -65,6 +75,18 @@ def inclusions():
                     if not included.startswith((f"{room}/", *shared)):
                         path = file.relative_to(ROOT)
                         yield f"{path}: may not include {included}; {room}/ shares {', '.join(shared)} only"
+
+
+def host_inclusions():
+    for file in sorted((ROOT / "host").rglob("*.*")):
+        path = file.relative_to(ROOT)
+        if file.suffix not in (".cpp", ".h", ".def", ".in"):
+            continue
+        room = path.parts[1]
+        allowed = [room, *HOST_ROOMS.get(room, [])]
+        for included in re.findall(r'^#include "host/([^/"]*)', file.read_text(), re.MULTILINE):
+            if included not in allowed:
+                yield f"{path}: may not include host/{included}; see HOST_ROOMS in script/lint_sources.py"
 
 
 def layer_of(name):
@@ -168,7 +190,7 @@ def names():
 
 
 def main():
-    faults = [*inclusions(), *layers(), *map_of_methods(), *openings(), *names()]
+    faults = [*inclusions(), *host_inclusions(), *layers(), *map_of_methods(), *openings(), *names()]
     for fault in faults:
         print(fault, file=sys.stderr)
     sys.exit(1 if faults else 0)

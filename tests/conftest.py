@@ -36,9 +36,9 @@ def root():
 def host():
     """The embedded host of the default scenario. Fails the test when a value of the switch state library is not released."""
     the_host.reset()
-    before = the_host.values_out()
+    before = the_host.unreleased_values()
     yield the_host
-    assert the_host.values_out() == before, "a value of the switch state library was not released"
+    assert the_host.unreleased_values() == before, "a value of the switch state library was not released"
     the_host.reset()
 
 

@@ -1,12 +1,13 @@
 // The operations of the datapath control library that have no fixed answer refuse.
 #include "bench/fixed/marks.h"
+#include "host/call/define_operations.h"
 #include "platform/qdp_control.h"
 #include "platform/qdp_records.h"
 
-#define OPERATION(name, parameters, ...)   \
-    [[gnu::weak]] uint32_t name parameters \
-    {                                      \
-        return fixed_refusal;              \
+#define OPERATION(name, ...)                        \
+    [[gnu::weak]] OPERATION_HEAD(name, __VA_ARGS__) \
+    {                                               \
+        return fixed_refusal;                       \
     }
 
-#include "host/operations_qdp.def"
+#include "host/call/operations_qdp.def"

@@ -1,6 +1,7 @@
 // The operations of the switch state library that have no fixed answer find nothing.
 #include <type_traits>
 
+#include "host/call/define_operations.h"
 #include "platform/switch_state.h"
 
 namespace {
@@ -21,10 +22,10 @@ void nothing<void>()
 
 }  // namespace
 
-#define OPERATION(Result, name, parameters, ...) \
-    [[gnu::weak]] Result name parameters         \
-    {                                            \
-        return nothing<Result>();                \
+#define OPERATION(name, ...)                                     \
+    [[gnu::weak]] OPERATION_HEAD(name, __VA_ARGS__)              \
+    {                                                            \
+        return nothing<host::TypesOf<decltype(name)>::Result>(); \
     }
 
-#include "host/operations_switch_state.def"
+#include "host/call/operations_switch_state.def"

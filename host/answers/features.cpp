@@ -1,5 +1,6 @@
 // Answers about the features of switches and of their ports.
-#include "host/property.h"
+#include "host/answers/answer.h"
+#include "host/state/property.h"
 #include "platform/switch_state.h"
 
 namespace host {

@@ -1,5 +1,6 @@
 // Answers about flow offload. Its counters follow from the lcore or the uplink and the clock.
-#include "host/property.h"
+#include "host/answers/answer.h"
+#include "host/state/property.h"
 
 namespace host {
 
@@ -59,7 +60,7 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
         output.write(end, bytes_of(lcore_stats(host, *owner, lcore)));
         end += sizeof(FpoLcoreStats);
     }
-    output.reported(end);
+    output.set_size(end);
     return success;
 }
 

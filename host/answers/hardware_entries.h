@@ -2,8 +2,8 @@
 // one that nothing uses is all zeros; by key an entry may be absent.
 #pragma once
 
-#include "host/host.h"
 #include "host/state/hardware_entries.h"
+#include "host/state/host.h"
 
 namespace host::hardware {
 

@@ -1,7 +1,7 @@
 // Answers table reads: finds the table and its entry, by index or by key. Both tables of a pair show the same: what
 // comes in here goes out there.
 #include "host/answers/hardware_entries.h"
-#include "host/p4.h"
+#include "host/answers/p4_answer.h"
 
 namespace host::hardware {
 

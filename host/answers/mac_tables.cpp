@@ -1,7 +1,7 @@
 // Answers about the datapath's MAC tables.
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

@@ -1,5 +1,5 @@
 // Answers about the SmartNIC's offload and DSCP settings.
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

@@ -1,5 +1,5 @@
 // The command channel: takes a command's framing apart and hands its payload to the answer of its opcode.
-#include "host/p4.h"
+#include "host/answers/p4_answer.h"
 
 namespace host {
 

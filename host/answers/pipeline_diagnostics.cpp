@@ -1,5 +1,5 @@
 // Answers of the pipeline's diagnostics: the P4 application, the latency histogram, advanced statistics.
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

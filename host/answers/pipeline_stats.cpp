@@ -1,5 +1,5 @@
 // Answers about the counters of the SmartNIC's pipeline.
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

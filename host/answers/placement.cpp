@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

@@ -1,7 +1,7 @@
 // Answers to commands on ports and switches, and about how ports are configured.
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 #include "platform/qdp_control.h"
 
 namespace host {

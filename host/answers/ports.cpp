@@ -1,5 +1,5 @@
 // Answers about the datapath's switches and ports.
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 
@@ -30,7 +30,7 @@ uint32_t get_port_list(Host& host, uint32_t switch_number, Output output)
         output.write(end, bytes_of(port.entry));
         end += sizeof port.entry;
     }
-    output.reported(end);
+    output.set_size(end);
     return success;
 }
 

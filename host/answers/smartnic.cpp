@@ -1,7 +1,7 @@
 // Answers about the SmartNIC's port model, of operations and of the command channel's opcodes.
 #include <iterator>
 
-#include "host/p4.h"
+#include "host/answers/p4_answer.h"
 #include "platform/limits.h"
 
 namespace host {

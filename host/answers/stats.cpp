@@ -1,6 +1,6 @@
 // Answers about the datapath's counters. All follow from a port's traffic and the clock.
-#include "host/host.h"
-#include "host/shares.h"
+#include "host/answers/answer.h"
+#include "host/state/traffic.h"
 
 namespace host {
 

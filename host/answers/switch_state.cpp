@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 #include "platform/switch_state.h"
 
 namespace host {
@@ -47,11 +47,11 @@ Properties deserialised(const Json& properties)
 
 uint32_t config_reset(Host& host)
 {
-    host.loaded.clear();
+    host.loaded = std::make_shared<const LoadedSwitches>();
     return success;
 }
 
-uint32_t state_get(Host& host, ValueOutput state)
+uint32_t state_get(Host& host, ValueSlot state)
 {
     Json all = Json::array();
     for (const Switch& each : host.switches)
@@ -61,8 +61,7 @@ uint32_t state_get(Host& host, ValueOutput state)
                        {"host", serialised(each.config.host_properties)},
                        {"global", serialised(each.config.global_properties)}});
     const std::vector<uint8_t> bytes = Json::to_cbor(all);
-    hand_out(state, std::as_bytes(std::span{bytes}));
-    return success;
+    return state.put(std::as_bytes(std::span{bytes}));
 }
 
 uint32_t config_deserialize(Host& host, ByteSpan state)
@@ -72,7 +71,7 @@ uint32_t config_deserialize(Host& host, ByteSpan state)
     if (!all.is_array())
         return refused;
     try {
-        std::vector<LoadedSwitch> loaded;
+        LoadedSwitches loaded;
         for (const Json& each : all) {
             LoadedSwitch made{{each.at("alias"), each.at("id"), each.at("class"), deserialised(each.at("host")),
                                deserialised(each.at("global"))},
@@ -80,7 +79,7 @@ uint32_t config_deserialize(Host& host, ByteSpan state)
             made.readable_id.resize(std::max(made.id.size(), switch_id_bytes));
             loaded.push_back(std::move(made));
         }
-        host.loaded = std::move(loaded);
+        host.loaded = std::make_shared<const LoadedSwitches>(std::move(loaded));
     } catch (const Json::exception&) {
         return refused;
     }
@@ -89,15 +88,14 @@ uint32_t config_deserialize(Host& host, ByteSpan state)
 
 const LoadedSwitch* switch_find_by_alias(Host& host, std::string_view alias)
 {
-    const auto found = std::ranges::find(host.loaded, alias, &LoadedSwitch::alias);
-    return found == host.loaded.end() ? nullptr : &*found;
+    const auto found = std::ranges::find(*host.loaded, alias, &LoadedSwitch::alias);
+    return found == host.loaded->end() ? nullptr : &*found;
 }
 
-void switch_for_each(Host& host, DVSSwitchCallback* callback, void* context)
+void switch_for_each(Host& host, Walk& walk, const void*)
 {
-    for (LoadedSwitch& config : host.loaded)
-        if (callback(reinterpret_cast<DVSSwitch*>(&config), context) != 0)
-            return;
+    for (const LoadedSwitch& config : *host.loaded)
+        walk.add(&config);
 }
 
 const char* switch_id(Host&, const void* handle)
@@ -113,8 +111,8 @@ const char* class_name(Host&, const void* handle)
 uint32_t property_lookup(Host& host, Properties SwitchConfig::*kind, std::string_view id, std::string_view key,
                          const Output& data)
 {
-    const auto owner = std::ranges::find(host.loaded, id, &LoadedSwitch::id);
-    if (owner == host.loaded.end())
+    const auto owner = std::ranges::find(*host.loaded, id, &LoadedSwitch::id);
+    if (owner == host.loaded->end())
         return not_found;
     const Properties& properties = (*owner).*kind;
     const auto found = properties.find(key);
@@ -134,13 +132,10 @@ uint32_t global_property_lookup(Host& host, std::string_view id, std::string_vie
     return property_lookup(host, &SwitchConfig::global_properties, id, key, data);
 }
 
-void global_property_for_each(Host&, const void* handle, DVSPropertyCallback* callback, void* context)
+void global_property_for_each(Host&, const void* handle, Walk& walk, const void*)
 {
-    for (const Property& property : config_of(handle)->global_properties) {
-        void* data = const_cast<Property*>(&property);
-        if (callback(static_cast<DVSData*>(data), context) != 0)
-            return;
-    }
+    for (const Property& property : config_of(handle)->global_properties)
+        walk.add(&property);
 }
 
 const char* data_name(Host&, const Property* property)
@@ -148,10 +143,11 @@ const char* data_name(Host&, const Property* property)
     return property->first.c_str();
 }
 
-uint32_t data_value(Host&, const Property* property, ValueOutput value)
+// The value stays where it is: it belongs to the library.
+uint32_t data_value(Host&, const Property* property, ValueSlot value)
 {
-    *value.pointer = property->second.data();
-    *value.length = static_cast<uint32_t>(property->second.size());
+    *value.output.pointer = property->second.data();
+    *value.output.length = static_cast<uint32_t>(property->second.size());
     return success;
 }
 
@@ -165,7 +161,7 @@ const Port* port_find(Host& host, const char* id, const char* name, uintptr_t, u
     return found == owner->ports.end() ? nullptr : &*found;
 }
 
-uint32_t host_property_get(Host& host, std::string_view id, std::string_view key, ValueOutput value)
+uint32_t host_property_get(Host& host, std::string_view id, std::string_view key, ValueSlot value)
 {
     const Switch* owner = host.switch_by_id(id);
     if (!owner)
@@ -173,8 +169,7 @@ uint32_t host_property_get(Host& host, std::string_view id, std::string_view key
     const auto found = owner->config.host_properties.find(key);
     if (found == owner->config.host_properties.end())
         return not_found;
-    hand_out(value, found->second);
-    return success;
+    return value.put(found->second);
 }
 
 uint32_t host_property_set(Host& host, std::string_view id, std::string_view key, ByteSpan value, uint32_t)
@@ -202,7 +197,7 @@ Port* port_by_name(Host& host, std::string_view switch_text, std::string_view po
 }
 
 uint32_t port_data_get(Host& host, std::string_view switch_text, std::string_view port_text, std::string_view key,
-                       ValueOutput value)
+                       ValueSlot value)
 {
     const Port* port = port_by_name(host, switch_text, port_text);
     if (!port)
@@ -210,8 +205,7 @@ uint32_t port_data_get(Host& host, std::string_view switch_text, std::string_vie
     const auto found = port->data.find(key);
     if (found == port->data.end())
         return not_found;
-    hand_out(value, found->second);
-    return success;
+    return value.put(found->second);
 }
 
 uint32_t port_data_set(Host& host, std::string_view switch_text, std::string_view port_text, std::string_view key,
@@ -224,9 +218,9 @@ uint32_t port_data_set(Host& host, std::string_view switch_text, std::string_vie
     return success;
 }
 
-void data_free(Host&, void* value)
+void data_free(Host&, ReleasedValue value)
 {
-    release(value);
+    value.values.release(value.value);
 }
 
 const Answer answers[] = {

@@ -1,5 +1,5 @@
 // Answers about the host-wide timing of flows and of their offload: what was set last.
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 

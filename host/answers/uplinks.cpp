@@ -2,8 +2,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/property.h"
-#include "host/shares.h"
+#include "host/answers/answer.h"
+#include "host/state/property.h"
+#include "host/state/traffic.h"
 #include "platform/qdp_control.h"
 
 namespace host {

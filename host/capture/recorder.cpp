@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,9 +12,10 @@
 #include <cerrno>
 #include <map>
 #include <mutex>
+#include <optional>
 
+#include "host/call/hex.h"
 #include "host/capture/trace.h"
-#include "host/hex.h"
 
 namespace host {
 
@@ -22,7 +24,7 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr char file_variable[] = "QDP_HOST_CAPTURE";
-constexpr uint32_t no_length = UINT32_MAX;  // stays in a value's length word when the library tells no length
+constexpr uint32_t no_length = UINT32_MAX;  // stays in a value's length word when the library reports no length
 
 // One process records into one file, from its first call on.
 class CaptureFile {
@@ -46,7 +48,7 @@ public:
     // A child that was forked leaves the file to its parent.
     bool is_open() const { return file_ >= 0 && getpid() == owner_; }
 
-    // A line is written at once, so that what is there is whole whatever happens to the process.
+    // A line is written at once, so that the file is whole whatever happens to the process.
     void write(const nlohmann::ordered_json& line)
     {
         const std::string text = line.dump() + '\n';
@@ -76,21 +78,28 @@ private:
 
 struct Recorder {
     std::mutex mutex;
-    CaptureFile file;
+    std::optional<CaptureFile> file;  // opened at the first call
     std::map<uint64_t, uint64_t> tokens{{0, 0}};
+
+    bool is_recording()
+    {
+        if (!file)
+            file.emplace();
+        return file->is_open();
+    }
 };
 
-Recorder& recorder()
-{
-    static auto* recorder = new Recorder;  // never destroyed: calls may come at any time before the process ends
-    return *recorder;
-}
+// Made when the library is loaded, and never destroyed: calls may come until the process ends.
+Recorder& recorder = *new Recorder;
+
+// A child that is forked while another thread records gets the lock free.
+[[maybe_unused]] const int fork_handlers =
+    pthread_atfork([] { recorder.mutex.lock(); }, [] { recorder.mutex.unlock(); }, [] { recorder.mutex.unlock(); });
 
 // With the recorder's mutex held.
 uint64_t token_of(uint64_t handle)
 {
-    auto& tokens = recorder().tokens;
-    return tokens.try_emplace(handle, tokens.size()).first->second;
+    return recorder.tokens.try_emplace(handle, recorder.tokens.size()).first->second;
 }
 
 uint64_t token_of(const void* handle)
@@ -98,8 +107,8 @@ uint64_t token_of(const void* handle)
     return token_of(reinterpret_cast<uint64_t>(handle));
 }
 
-// What lies in a buffer after a call that went well: as much as the library says. Zeros at the end are only counted, since
-// a library may leave the size word at the capacity of a buffer that is mostly empty.
+// The content of a buffer after a successful call, as long as the library says. Zeros at the end are only counted: a library
+// may leave the size word at the capacity of a buffer that is mostly empty.
 Json answer_in(const Output& output, Argument::Meaning meaning)
 {
     if (!output.data)
@@ -121,32 +130,33 @@ Json answer_in(const Output& output, Argument::Meaning meaning)
 
 }  // namespace
 
-void* real_definition(const char* library, const char* operation)
+void* RealFunction::lookup(const char* library, const char* operation)
 {
     // By its soname, the library that the process has loaded is found, wherever it lies.
     void* loaded = dlopen(library, RTLD_LAZY);
     void* definition = loaded ? dlsym(loaded, operation) : nullptr;
     if (!definition)
         std::fprintf(stderr, "qdp-host: %s\n", dlerror());
+    definition_.store(definition, std::memory_order_release);
     return definition;
 }
 
-PassingCall::PassingCall(const char* operation, std::initializer_list<Argument> arguments)
-    : operation_{operation}, arguments_{arguments}, is_recorded_{recorder().file.is_open()}
+RecordedCall::RecordedCall(const char* operation, Arguments arguments)
+    : operation_{operation}, arguments_{arguments.begin(), arguments.end()}
 {
     for (const Argument& argument : arguments_) {
         parameters_.push_back(argument.value);
         if (argument.second_parameter)
             parameters_.push_back(*argument.second_parameter);
     }
+    const std::lock_guard lock{recorder.mutex};
+    is_recorded_ = recorder.is_recording();
     if (!is_recorded_)
         return;
-
-    const std::lock_guard lock{recorder().mutex};
     inputs_ = inputs_json(arguments_, [](uint64_t handle) { return token_of(handle); });
-    look_at_outputs();
+    note_outputs();
 
-    // A walk goes by the recorder. Its callback and context are parameters of one word each, the context the last one.
+    // The recorder stands between a walk and its callback. Its callback and context are parameters of one word each, the context the last one.
     const auto walk = std::ranges::find(arguments_, Argument::Meaning::callback, &Argument::meaning);
     if (walk != arguments_.end() && walk->value != 0) {
         callback_ = reinterpret_cast<uint32_t (*)(void*, void*)>(walk->value);
@@ -156,23 +166,23 @@ PassingCall::PassingCall(const char* operation, std::initializer_list<Argument> 
     }
 }
 
-uint32_t PassingCall::step(void* handle, void* call)
+uint32_t RecordedCall::step(void* handle, void* call)
 {
-    auto& self = *static_cast<PassingCall*>(call);
+    auto& self = *static_cast<RecordedCall*>(call);
     {
-        const std::lock_guard lock{recorder().mutex};
+        const std::lock_guard lock{recorder.mutex};
         self.steps_.push_back(token_of(handle));
     }
     return self.callback_(handle, self.context_);
 }
 
-void PassingCall::look_at_outputs()
+void RecordedCall::note_outputs()
 {
     for (const Argument& argument : arguments_) {
         Before before{};
         if (argument.kind == Argument::Kind::value_output) {
-            before.pointer = argument.value ? *argument.handed.pointer : nullptr;
-            before.length = argument.handed.length ? *argument.handed.length : no_length;
+            before.pointer = argument.value ? *argument.value_output.pointer : nullptr;
+            before.length = argument.value_output.length ? *argument.value_output.length : no_length;
         } else if (argument.kind == Argument::Kind::output && argument.output.size_word) {
             before.length = *argument.output.size_word;
         }
@@ -180,8 +190,8 @@ void PassingCall::look_at_outputs()
     }
 }
 
-// A call that failed has answered nothing, as far as anyone can know; but its size words may say something.
-Json PassingCall::outputs(bool is_success) const
+// A failed call leaves its buffers undefined; its size words may still be set.
+Json RecordedCall::outputs(bool is_success) const
 {
     Json outputs = Json::array();
     for (size_t i = 0; i < arguments_.size(); ++i) {
@@ -194,8 +204,8 @@ Json PassingCall::outputs(bool is_success) const
             if (is_success)
                 answer = answer_in(argument.output, argument.meaning);
         } else if (argument.kind == Argument::Kind::value_output) {
-            length = argument.handed.length;
-            const void* value = argument.value ? *argument.handed.pointer : nullptr;
+            length = argument.value_output.length;
+            const void* value = argument.value ? *argument.value_output.pointer : nullptr;
             if (value && (is_success || value != before.pointer)) {
                 const auto* bytes = static_cast<const std::byte*>(value);
                 const bool is_text = !length || *length == no_length;
@@ -212,7 +222,7 @@ Json PassingCall::outputs(bool is_success) const
     return outputs;
 }
 
-void PassingCall::write(bool is_success, const Json& result)
+void RecordedCall::write(bool is_success, const Json& result)
 {
     nlohmann::ordered_json line;
     line["operation"] = operation_;
@@ -221,34 +231,34 @@ void PassingCall::write(bool is_success, const Json& result)
     line["result"] = result;
     if (callback_)
         line["steps"] = steps_;
-    if (recorder().file.is_open())
-        recorder().file.write(line);
+    if (recorder.is_recording())
+        recorder.file->write(line);
 }
 
-void PassingCall::returned()
+void RecordedCall::returned()
 {
-    const std::lock_guard lock{recorder().mutex};
+    const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
         write(true, nullptr);
 }
 
-void PassingCall::returned_status(uint32_t status)
+void RecordedCall::returned_status(uint32_t status)
 {
-    const std::lock_guard lock{recorder().mutex};
+    const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
         write(status == success, status);
 }
 
-void PassingCall::returned_text(const char* text)
+void RecordedCall::returned_text(const char* text)
 {
-    const std::lock_guard lock{recorder().mutex};
+    const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
         write(text != nullptr, text ? text_json(text) : Json());
 }
 
-void PassingCall::returned_handle(const void* handle)
+void RecordedCall::returned_handle(const void* handle)
 {
-    const std::lock_guard lock{recorder().mutex};
+    const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
         write(handle != nullptr, handle_json(token_of(handle)));
 }

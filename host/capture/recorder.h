@@ -1,28 +1,39 @@
 // The recorder: writes each call of a platform operation into a capture file, and lets it through unchanged.
 #pragma once
 
-#include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
-#include <span>
 #include <utility>
 #include <vector>
 
-#include "host/call.h"
+#include "host/call/call.h"
 
 namespace host {
 
-// The real library's definition; null, and a message, where it has none.
-void* real_definition(const char* library, const char* operation);
-
-// A call on its way through. What goes in is looked at before the call, what came out afterwards; a process without a
-// capture file of its own just passes.
-class PassingCall {
+// The real library's function of an operation, looked up at the first call. Null, after a message, where it has none.
+class RealFunction {
 public:
-    PassingCall(const char* operation, std::initializer_list<Argument> arguments);
+    void* of(const char* library, const char* operation)
+    {
+        void* definition = definition_.load(std::memory_order_acquire);
+        return definition == this ? lookup(library, operation) : definition;
+    }
 
-    // The parameters to go on with.
+private:
+    void* lookup(const char* library, const char* operation);
+
+    std::atomic<void*> definition_{this};  // itself: not looked up yet
+};
+
+// A call that goes on to the real library. Its inputs are taken down before the call, its outputs after it; a process
+// without a capture file of its own takes nothing down.
+class RecordedCall {
+public:
+    RecordedCall(const char* operation, Arguments arguments);
+
+    // The words for the parameters of the real function.
     const std::vector<uint64_t>& parameters() const { return parameters_; }
 
     void returned();
@@ -37,14 +48,14 @@ private:
     };
 
     static uint32_t step(void* handle, void* call);
-    void look_at_outputs();
+    void note_outputs();
     nlohmann::json outputs(bool is_success) const;
     void write(bool is_success, const nlohmann::json& result);
 
     const char* operation_;
     std::vector<Argument> arguments_;
     std::vector<uint64_t> parameters_;
-    bool is_recorded_;
+    bool is_recorded_ = false;
     nlohmann::json inputs_;
     std::vector<Before> before_;  // of each argument: what stood in its words
 
@@ -64,21 +75,17 @@ Parameter parameter_as(uint64_t value)
 }
 
 template <class Result, class... Parameters>
-Result go_on(Result (*function)(Parameters...), const std::vector<uint64_t>& parameters)
+Result call_with_words(Result (*function)(Parameters...), const std::vector<uint64_t>& words)
 {
-    if (parameters.size() != sizeof...(Parameters)) {
-        std::fputs("qdp-host: an operation's arguments are not its parameters; see host/operations_*.def\n", stderr);
-        std::abort();
-    }
     return [&]<size_t... i>(std::index_sequence<i...>)->Result
     {
-        return function(parameter_as<Parameters>(parameters[i])...);
+        return function(parameter_as<Parameters>(words[i])...);
     }
     (std::index_sequence_for<Parameters...>{});
 }
 
 template <class Result, class... Parameters>
-Result pass_through(const char* operation, Result (*real)(Parameters...), std::initializer_list<Argument> arguments)
+Result pass_through(const char* operation, Result (*real)(Parameters...), Arguments arguments)
 {
     if (!real) {
         if constexpr (std::is_same_v<Result, uint32_t>)
@@ -86,12 +93,12 @@ Result pass_through(const char* operation, Result (*real)(Parameters...), std::i
         else
             return Result();
     }
-    PassingCall call{operation, arguments};
+    RecordedCall call{operation, arguments};
     if constexpr (std::is_void_v<Result>) {
-        go_on(real, call.parameters());
+        call_with_words(real, call.parameters());
         call.returned();
     } else {
-        const Result result = go_on(real, call.parameters());
+        const Result result = call_with_words(real, call.parameters());
         if constexpr (std::is_same_v<Result, const char*>)
             call.returned_text(result);
         else if constexpr (std::is_pointer_v<Result>)

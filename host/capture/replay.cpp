@@ -1,4 +1,4 @@
-// Replay: reads a capture file, and answers from it.
+// Replay: reads and checks a capture file, and answers from it.
 #include "host/capture/replay.h"
 
 #include <algorithm>
@@ -6,8 +6,9 @@
 #include <cstdio>
 #include <fstream>
 
+#include "host/call/file.h"
+#include "host/call/hex.h"
 #include "host/capture/trace.h"
-#include "host/hex.h"
 #include "platform/switch_state.h"
 
 namespace host {
@@ -17,28 +18,61 @@ namespace {
 using Json = nlohmann::json;
 
 // What makes two calls equal.
-std::string key_of(const std::string& operation, const Json& inputs)
+std::string key_of(std::string_view operation, const Json& inputs)
 {
-    return operation + inputs.dump();
+    return std::string{operation} + inputs.dump();
 }
 
-// --- A line's parts; each throws BrokenCapture, or nlohmann's exception, for something else ---
+// --- The parts of a line; each throws BrokenCapture for something that no recorder writes ---
+
+[[noreturn]] void refuse(const std::string& expected, const Json& found)
+{
+    const std::string shown = found.is_structured() ? found.is_array() ? "an array" : "an object" : found.dump();
+    throw BrokenCapture{"expected " + expected + ", not " + shown};
+}
 
 uint64_t number_in(const Json& json, uint64_t most)
 {
     if (!json.is_number_unsigned() || json.get<uint64_t>() > most)
-        throw BrokenCapture{"expected a number up to " + std::to_string(most) + ", not " + json.dump()};
+        refuse("a number up to " + std::to_string(most), json);
     return json.get<uint64_t>();
+}
+
+const Json& member(const Json& object, const char* key)
+{
+    if (!object.is_object() || !object.contains(key))
+        throw BrokenCapture{"expected an object with \"" + std::string{key} + '"'};
+    return object[key];
+}
+
+const Json& array_in(const Json& line, const char* key)
+{
+    const Json& array = member(line, key);
+    if (!array.is_array())
+        refuse('"' + std::string{key} + "\" to be an array", array);
+    return array;
+}
+
+void expect_keys(const Json& object, std::initializer_list<std::string_view> known)
+{
+    for (const auto& [key, value] : object.items())
+        if (std::ranges::find(known, key) == known.end())
+            throw BrokenCapture{"unknown key " + Json(key).dump()};
 }
 
 uint64_t handle_in(const Json& json)
 {
-    return number_in(json.at("handle"), UINT64_MAX);
+    const Json& handle = member(json, "handle");
+    expect_keys(json, {"handle"});
+    return number_in(handle, UINT64_MAX);
 }
 
 Value bytes_in(const Json& json)
 {
-    auto bytes = from_hex(json.at("bytes").get<std::string>());
+    const Json& digits = member(json, "bytes");
+    if (!digits.is_string())
+        refuse("\"bytes\" to be a text", digits);
+    auto bytes = from_hex(digits.get_ref<const std::string&>());
     if (!bytes)
         throw BrokenCapture{"\"bytes\" are not hexadecimal digits"};
     return std::move(*bytes);
@@ -49,6 +83,9 @@ RecordedAnswer::Output output_in(const Json& json)
     RecordedAnswer::Output output;
     if (json.is_null())
         return output;
+    if (!json.is_object())
+        refuse("an output to be an object or null", json);
+    expect_keys(json, {"handle", "bytes", "zeros", "size"});
     if (json.contains("handle"))
         output.handle = handle_in(json);
     if (json.contains("bytes"))
@@ -60,23 +97,109 @@ RecordedAnswer::Output output_in(const Json& json)
     return output;
 }
 
-// A text with its NUL. Whoever reads a switch id looks at so many bytes, however short it is.
+// A text with its NUL. Callers read a switch id as a buffer of switch_id_bytes, however short it is.
 Value readable_text(Value text)
 {
     text.resize(std::max(text.size() + 1, switch_id_bytes));
     return text;
 }
 
-void take_result(const Json& result, RecordedAnswer& answer)
+Value text_in(const Json& json)
 {
-    if (result.is_string())
-        answer.text = readable_text(value_of(std::as_bytes(std::span{result.get_ref<const std::string&>()})));
-    else if (result.is_object() && result.contains("bytes"))
-        answer.text = readable_text(bytes_in(result));
-    else if (result.is_object())
-        answer.result = handle_in(result);
-    else if (!result.is_null())
+    if (json.is_string())
+        return value_of(std::as_bytes(std::span{json.get_ref<const std::string&>()}));
+    Value bytes = bytes_in(json);
+    expect_keys(json, {"bytes"});
+    return bytes;
+}
+
+void take_result(const Json& result, ResultKind kind, RecordedAnswer& answer)
+{
+    switch (kind) {
+    case ResultKind::none:
+        if (!result.is_null())
+            refuse("\"result\" to be null", result);
+        return;
+    case ResultKind::status:
         answer.result = number_in(result, UINT32_MAX);
+        return;
+    case ResultKind::text:
+        if (!result.is_null())
+            answer.text = readable_text(text_in(result));
+        return;
+    case ResultKind::handle:
+        if (!result.is_null())
+            answer.result = handle_in(result);
+        return;
+    }
+}
+
+// --- Whether they fit the operation ---
+
+void check_input(Role role, const Json& input)
+{
+    switch (role) {
+    case Role::in:
+        number_in(input, UINT64_MAX);
+        break;
+    case Role::handle:
+        handle_in(input);
+        break;
+    case Role::text:
+        if (!input.is_null())
+            text_in(input);
+        break;
+    default:
+        if (!input.is_null())
+            bytes_in(input);
+        break;
+    }
+}
+
+void check_output(Role role, const RecordedAnswer::Output& output, bool is_success)
+{
+    const bool is_value = is_value_output(role);
+    if (output.handle && role != Role::handle_out)
+        throw BrokenCapture{"a \"handle\" in an output that receives none"};
+    if (output.content && role == Role::handle_out)
+        throw BrokenCapture{"\"bytes\" in an output that receives a handle"};
+    if (output.size && role != Role::sized_out && !is_value)
+        throw BrokenCapture{"a \"size\" in an output that has none"};
+    if (output.zeros != 0 && (is_value || !output.content))
+        throw BrokenCapture{"\"zeros\" without \"bytes\" before them"};
+    if (!is_value)
+        return;
+    const size_t held = output.content ? output.content->size() : 0;
+    if (output.size && *output.size > held && (output.content || is_success))
+        throw BrokenCapture{"\"size\" " + std::to_string(*output.size) + " beyond " + std::to_string(held) + " bytes"};
+    if (output.content && !output.size && std::ranges::find(*output.content, std::byte{0}) == output.content->end())
+        throw BrokenCapture{"a value without \"size\" and without a NUL at its end"};
+}
+
+void check_count(const char* key, size_t expected, size_t found)
+{
+    if (expected != found)
+        throw BrokenCapture{"expected \"" + std::string{key} + "\" with " + std::to_string(expected) +
+                            " entries, not " + std::to_string(found)};
+}
+
+void check_inputs(const Signature& signature, const Json& inputs)
+{
+    std::vector<Role> roles;
+    std::ranges::copy_if(signature.roles(), std::back_inserter(roles), is_recorded_input);
+    check_count("in", roles.size(), inputs.size());
+    for (size_t i = 0; i < roles.size(); ++i)
+        check_input(roles[i], inputs[i]);
+}
+
+void check_answer(const Signature& signature, const RecordedAnswer& answer)
+{
+    std::vector<Role> roles;
+    std::ranges::copy_if(signature.roles(), std::back_inserter(roles), is_output);
+    check_count("out", roles.size(), answer.outputs.size());
+    const bool is_success = signature.result != ResultKind::status || answer.result == success;
+    for (size_t i = 0; i < roles.size(); ++i)
+        check_output(roles[i], answer.outputs[i], is_success);
 }
 
 // --- An answer ---
@@ -92,49 +215,45 @@ void put(const Output& output, const RecordedAnswer::Output& recorded)
                         std::min(recorded.zeros, output.capacity - recorded.content->size()));
     }
     if (recorded.size)
-        output.reported(*recorded.size);
+        output.set_size(*recorded.size);
 }
 
-void put(const ValueOutput& output, const RecordedAnswer::Output& recorded)
+void put(const ValueOutput& output, const RecordedAnswer::Output& recorded, Values& values)
 {
     if (recorded.content && output.owner == ValueOutput::Owner::library)
         *output.pointer = recorded.content->data();
     else if (recorded.content)
-        hand_out({output.pointer, nullptr, output.owner}, *recorded.content);
+        values.put({output.pointer, nullptr, output.owner}, *recorded.content);
     if (recorded.size && output.length)
         *output.length = *recorded.size;
 }
 
-void put_outputs(const RecordedAnswer& answer, std::initializer_list<Argument> arguments)
+void put_outputs(const RecordedAnswer& answer, Arguments arguments, Values& values)
 {
     auto output = answer.outputs.begin();
     for (const Argument& argument : arguments) {
-        if (output == answer.outputs.end())
-            return;
         if (argument.kind == Argument::Kind::output)
             put(argument.output, *output++);
         else if (argument.kind == Argument::Kind::value_output)
-            put(argument.handed, *output++);
+            put(argument.value_output, *output++, values);
     }
 }
 
-// The context is the argument behind the callback.
-void walk(const RecordedAnswer& answer, std::initializer_list<Argument> arguments)
+void check_header(const std::string& line)
 {
-    const auto called = std::ranges::find(arguments, Argument::Meaning::callback, &Argument::meaning);
-    if (called == arguments.end())
-        return;
-    const auto callback = reinterpret_cast<uint32_t (*)(void* handle, void* context)>(called->value);
-    auto* context = reinterpret_cast<void*>(called[1].value);
-    for (const uint64_t handle : answer.steps)
-        if (callback(reinterpret_cast<void*>(handle), context) != 0)
-            return;
+    const Json header = Json::parse(line, nullptr, false);
+    if (!header.is_object() || !header.contains(capture_version_key))
+        throw BrokenCapture{"not a capture"};
+    if (header[capture_version_key] != capture_version)
+        throw BrokenCapture{"a capture of a version that is not known here"};
 }
 
 }  // namespace
 
 Replay::Replay(const std::string& path) : path_{path}
 {
+    if (const char* kind = irregular(path))
+        throw BrokenCapture{path + ": not a capture: " + kind};
     std::ifstream file{path};
     if (!file)
         throw BrokenCapture{path + ": " + std::strerror(errno)};
@@ -142,16 +261,16 @@ Replay::Replay(const std::string& path) : path_{path}
     size_t number = 0;
     for (std::string line; std::getline(file, line);) {
         ++number;
-        // A line that a process wrote in vain is the last one, and has no end.
-        if (file.eof() && !Json::accept(line)) {
-            std::fprintf(stderr, "qdp-host: %s: line %zu is cut off, and left out\n", path.c_str(), number);
+        // A process that ended while it recorded leaves a last line without its end.
+        if (number > 1 && file.eof() && !Json::accept(line)) {
+            truncated_line_ = number;
             break;
         }
         try {
-            if (number > 1)
+            if (number == 1)
+                check_header(line);
+            else
                 add(line);
-            else if (Json::parse(line).at(capture_version_key) != capture_version)
-                throw BrokenCapture{"a capture of a version that is not known here"};
         } catch (const std::exception& error) {
             throw BrokenCapture{path + ": line " + std::to_string(number) + ": " + error.what()};
         }
@@ -160,45 +279,53 @@ Replay::Replay(const std::string& path) : path_{path}
         throw BrokenCapture{path + ": line 1: not a capture: the file is empty"};
 }
 
+void Replay::print_truncated_line() const
+{
+    if (truncated_line_)
+        std::fprintf(stderr, "qdp-host: %s: line %zu is cut off, and left out\n", path_.c_str(), *truncated_line_);
+}
+
 void Replay::add(const std::string& line)
 {
     const Json call = Json::parse(line);
+    const Json& name = member(call, "operation");
+    if (!name.is_string())
+        refuse("\"operation\" to be a name", name);
+    const Signature* signature = find_signature(name.get_ref<const std::string&>());
+    if (!signature)
+        throw BrokenCapture{"the platform has no operation " + name.dump()};
+
     RecordedAnswer answer;
-    for (const Json& output : call.at("out"))
+    for (const Json& output : array_in(call, "out"))
         answer.outputs.push_back(output_in(output));
-    take_result(call.at("result"), answer);
-    if (call.contains("steps"))
-        for (const Json& step : call["steps"])
+    take_result(member(call, "result"), signature->result, answer);
+    if (call.contains("steps")) {
+        if (std::ranges::find(signature->roles(), Role::callback) == signature->roles().end())
+            throw BrokenCapture{"\"steps\" of an operation that walks over nothing"};
+        for (const Json& step : array_in(call, "steps"))
             answer.steps.push_back(number_in(step, UINT64_MAX));
-
-    const std::string operation = call.at("operation").get<std::string>();
-    if (!is_operation(operation))
-        throw BrokenCapture{"the platform has no operation " + Json(operation).dump()};
-    calls_[key_of(operation, call.at("in"))].answers.push_back(std::move(answer));
+    }
+    const Json& inputs = array_in(call, "in");
+    check_inputs(*signature, inputs);
+    check_answer(*signature, answer);
+    calls_[key_of(signature->name, inputs)].answers.push_back(std::move(answer));
 }
 
-void Replay::rewind()
+uint64_t Replay::answer(const Signature& signature, Arguments arguments, Values& values, std::vector<void*>& steps)
 {
-    for (auto& [key, recorded] : calls_)
-        recorded.next = 0;
-    unknown_.clear();
-}
-
-uint64_t Replay::answer(const std::string& operation, bool returns_pointer, std::initializer_list<Argument> arguments)
-{
-    // A value that is given back was handed out here, not where the calls were recorded.
+    // A value that is given back comes from this process, not from the one that was recorded.
     for (const Argument& argument : arguments)
-        if (argument.meaning == Argument::Meaning::given_back) {
-            release(reinterpret_cast<void*>(argument.value));
+        if (argument.meaning == Argument::Meaning::release) {
+            values.release(reinterpret_cast<void*>(argument.value));
             return success;
         }
 
-    const std::string key = key_of(operation, inputs_json(arguments, [](uint64_t handle) { return handle; }));
+    const std::string key = key_of(signature.name, inputs_json(arguments, [](uint64_t handle) { return handle; }));
     const auto found = calls_.find(key);
     if (found == calls_.end()) {
         if (unknown_.insert(key).second)
             std::fprintf(stderr, "qdp-host: %s: not recorded: %s\n", path_.c_str(), key.c_str());
-        return returns_pointer ? 0 : refused;
+        return signature.returns_pointer() ? 0 : refused;
     }
 
     Recorded& recorded = found->second;
@@ -206,9 +333,10 @@ uint64_t Replay::answer(const std::string& operation, bool returns_pointer, std:
     if (recorded.next + 1 < recorded.answers.size())
         ++recorded.next;
 
-    put_outputs(answer, arguments);
-    walk(answer, arguments);
-    return answer.text ? reinterpret_cast<uint64_t>(answer.text->data()) : answer.result;
+    put_outputs(answer, arguments, values);
+    for (const uint64_t handle : answer.steps)
+        steps.push_back(reinterpret_cast<void*>(handle));
+    return answer.text ? word_of(answer.text->data()) : answer.result;
 }
 
 }  // namespace host

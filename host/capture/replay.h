@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "host/host.h"
+#include "host/call/operations.h"
+#include "host/call/values.h"
 
 namespace host {
 
@@ -35,15 +36,18 @@ struct RecordedAnswer {
 
 class Replay {
 public:
-    // Throws BrokenCapture. A last line that was cut off is left out, which is said on standard error.
+    // Checks the whole file, and throws BrokenCapture for what no recorder writes. A last line that was cut off is left
+    // out.
     explicit Replay(const std::string& path);
 
-    // Calls are matched by their operation and what goes in. Equal calls get the answers in the order in which they were
-    // recorded, and then the last one again. A call that was never recorded is refused, which is said once.
-    uint64_t answer(const std::string& operation, bool returns_pointer, std::initializer_list<Argument> arguments);
+    // The number of a last line that was left out; prints that it was.
+    std::optional<size_t> truncated_line() const { return truncated_line_; }
+    void print_truncated_line() const;
 
-    // Goes back to the first answers.
-    void rewind();
+    // Calls are matched by their operation and what goes in. Equal calls get the answers in the order in which they were
+    // recorded, and then the last one again. A call that was never recorded is refused, which is printed once. A walk's
+    // handles are appended to `steps`.
+    uint64_t answer(const Signature& signature, Arguments arguments, Values& values, std::vector<void*>& steps);
 
 private:
     struct Recorded {
@@ -54,6 +58,7 @@ private:
     void add(const std::string& line);
 
     std::string path_;
+    std::optional<size_t> truncated_line_;
     std::map<std::string, Recorded> calls_;
     std::set<std::string> unknown_;
 };

@@ -1,7 +1,7 @@
 // What a capture file holds.
 #include "host/capture/trace.h"
 
-#include "host/hex.h"
+#include "host/call/hex.h"
 
 namespace host {
 
@@ -11,14 +11,14 @@ Json text_json(std::string_view text)
 {
     try {
         Json made = text;
-        static_cast<void>(made.dump());  // which looks at the encoding
+        static_cast<void>(made.dump());  // throws for a text that is not UTF-8
         return made;
     } catch (const Json::type_error&) {
         return {{"bytes", hex(std::as_bytes(std::span{text}))}};
     }
 }
 
-Json inputs_json(std::span<const Argument> arguments, const Tokens& token_of)
+Json inputs_json(Arguments arguments, const Tokens& token_of)
 {
     Json inputs = Json::array();
     for (const Argument& argument : arguments) {

@@ -15,9 +15,8 @@
 
 #include <functional>
 #include <nlohmann/json.hpp>
-#include <span>
 
-#include "host/call.h"
+#include "host/call/call.h"
 
 namespace host {
 
@@ -35,6 +34,6 @@ inline nlohmann::json handle_json(uint64_t token)
 nlohmann::json text_json(std::string_view text);
 
 // The "in" of a call.
-nlohmann::json inputs_json(std::span<const Argument> arguments, const Tokens& token_of);
+nlohmann::json inputs_json(Arguments arguments, const Tokens& token_of);
 
 }  // namespace host

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/host.h"
 #include "host/scenario/visitors.h"
+#include "host/state/host.h"
 
 namespace host::scenario {
 

@@ -56,13 +56,13 @@ inline void derive_configuration(Port& port, const Switch& owner, Order& order)
     for (const uint32_t number : order.uplinks)
         uplinks.push_back(find_port(owner, number));
     const std::vector<uint16_t> numbers(order.uplinks.begin(), order.uplinks.end());
-    port.setting.conf = usual_conf(port.entry);
-    port.setting.tx_uplinks = usual_tx_uplinks(port.entry, numbers);
+    port.setting.conf = default_conf(port.entry);
+    port.setting.tx_uplinks = default_tx_uplinks(port.entry, numbers);
     if (is_a(port, ClientType::vnic))
-        port.filters = {usual_filter(uplinks, port, order.next_filter)};
+        port.filters = {default_filter(uplinks, port, order.next_filter)};
     if (is_a(port, ClientType::uplink)) {
-        port.rss_engines = usual_rss_engines(port);
-        port.private_counters = usual_private_counters(port);
+        port.rss_engines = default_rss_engines(port);
+        port.private_counters = default_private_counters(port);
     }
 }
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host::scenario {
 

@@ -45,7 +45,7 @@ void describe_nic(V& v, FpoUplinkStatus& nic)
     uint32_t known = nic.models;
     v.optional("models", known, Bits{models}, "The offload models that it knows; the rest follows.");
     FpoUplinkStatus made = nic;
-    v.derive([&] { made = usual_nic(known); });
+    v.derive([&] { made = default_nic(known); });
     uint32_t flows = made.max_flows, counters = made.max_counters;
     uint64_t actions = made.actions;
     v.derived("maxFlows", flows, number(), "Absent: follows from the models.");
@@ -145,7 +145,7 @@ inline size_t most_of_a_port(const MacTable& table)
 // What a switch has learned of its ports, within the table's limits.
 inline std::vector<Mac> learned_macs(const Switch& owner)
 {
-    std::vector<Mac> macs = usual_macs(owner, mac_generation(Host{}));
+    std::vector<Mac> macs = default_macs(owner, mac_generation(Host{}));
     std::map<uint32_t, uint32_t> counts;
     std::erase_if(macs, [&](const Mac& mac) { return ++counts[mac.port] > owner.mac_table.port_limit; });
     macs.resize(std::min<size_t>(macs.size(), owner.mac_table.limit));
@@ -253,7 +253,7 @@ void describe_datapath_switch(V& v, Switch& owner, const Host& host, Order& orde
                object_format([](auto& w, SwitchSetting& setting) { describe_setting(w, setting); }), "");
     v.optional("features", owner.features,
                object_format([](auto& w, SwitchFeatures& features) { describe_features(w, features); }), "");
-    v.derive([&] { owner.balancer.debug_text = usual_debug_text(owner); });
+    v.derive([&] { owner.balancer.debug_text = default_debug_text(owner); });
     v.optional("balancer", owner.balancer,
                object_format([&](auto& w, SwitchBalancer& balancer) { describe_balancer(w, balancer, owner); }), "");
     v.derive([&] { owner.mac_table.macs = learned_macs(owner); });

@@ -3,7 +3,7 @@
 
 namespace host {
 
-FpoUplinkStatus usual_nic(uint32_t models)
+FpoUplinkStatus default_nic(uint32_t models)
 {
     if (models == 0)
         return {};

@@ -20,6 +20,6 @@ struct SwitchFeatures {
 };
 
 // A NIC that knows these models; none at all offloads nothing.
-FpoUplinkStatus usual_nic(uint32_t models);
+FpoUplinkStatus default_nic(uint32_t models);
 
 }  // namespace host

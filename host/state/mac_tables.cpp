@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 
@@ -74,7 +74,7 @@ void relearn_macs(Host& host, Switch& owner, const Port& port)
         });
 }
 
-std::vector<Mac> usual_macs(const Switch& owner, uint64_t generation)
+std::vector<Mac> default_macs(const Switch& owner, uint64_t generation)
 {
     std::vector<Mac> made;
     std::unordered_set<uint64_t> known;

@@ -37,7 +37,7 @@ bool is_same_address(const MacEntry& one, const MacEntry& other);
 void relearn_macs(Host& host, Switch& owner, const Port& port);
 
 // What a switch has learned of its ports when nobody describes it.
-std::vector<Mac> usual_macs(const Switch& owner, uint64_t generation);
+std::vector<Mac> default_macs(const Switch& owner, uint64_t generation);
 
 // The age of entries is counted in generations.
 uint64_t mac_generation(const Host& host);

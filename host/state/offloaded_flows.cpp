@@ -1,7 +1,7 @@
 // What the SmartNIC keeps of an offloaded flow: its counters and its connection.
 #include "host/state/offloaded_flows.h"
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 

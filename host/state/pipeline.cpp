@@ -1,8 +1,8 @@
 // The SmartNIC's pipeline: counters, offload settings, memory, mirrors, contexts, latency, advanced statistics.
 #include "host/state/pipeline.h"
 
-#include "host/host.h"
-#include "host/shares.h"
+#include "host/state/host.h"
+#include "host/state/traffic.h"
 
 namespace host {
 

@@ -40,7 +40,7 @@ void enable(PortConf& conf, const PortFeature& feature)
     conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
 }
 
-PortConf usual_conf(const PortListEntry& entry)
+PortConf default_conf(const PortListEntry& entry)
 {
     PortConf conf{};
     conf.port = entry.port;
@@ -83,7 +83,7 @@ PortConf usual_conf(const PortListEntry& entry)
 }
 
 // The kinds of teaming take turns over the ports; an uplink transmits on itself.
-TxUplinks usual_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks)
+TxUplinks default_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks)
 {
     TxUplinks made{};
     const auto use = [&](TxUplinkType type, size_t most) {

@@ -33,7 +33,7 @@ struct SwitchSetting {
 };
 
 // What a port has whose configuration nobody describes: it follows from the port's number.
-PortConf usual_conf(const PortListEntry& entry);
-TxUplinks usual_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks);
+PortConf default_conf(const PortListEntry& entry);
+TxUplinks default_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks);
 
 }  // namespace host

@@ -1,7 +1,7 @@
-// The receive-side scaling engines of the uplinks, and the encapsulations of mirrored (L3 SPAN) traffic.
+// The receive-side scaling engines of the uplinks.
 #include "host/state/rss_engines.h"
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 
@@ -30,7 +30,7 @@ RSSEngine engine(uint32_t id, RSSEngineType type, uint32_t first, uint32_t count
 
 }  // namespace
 
-std::vector<RSSEngine> usual_rss_engines(const Port& uplink)
+std::vector<RSSEngine> default_rss_engines(const Port& uplink)
 {
     const uint32_t affinity = uplink.entry.port % 2;
     return {

@@ -1,12 +1,9 @@
-// The receive-side scaling engines of the uplinks, and the encapsulations of mirrored (L3 SPAN) traffic.
+// The receive-side scaling engines of the uplinks.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <map>
 #include <vector>
 
-#include "platform/l3span.h"
 #include "platform/rss_engines.h"
 
 namespace host {
@@ -14,19 +11,6 @@ namespace host {
 struct Port;
 
 // Of an uplink whose engines nobody describes.
-std::vector<RSSEngine> usual_rss_engines(const Port& uplink);
-
-// A destination of mirrored traffic; IPv4 addresses are followed by zeros.
-struct L3SpanDestination {
-    uint32_t switch_number;
-    bool is_ipv6;
-    std::array<uint8_t, 16> address;
-
-    auto operator<=>(const L3SpanDestination&) const = default;
-};
-
-struct L3SpanRecords {
-    std::map<L3SpanDestination, L3SPANRecord> records;
-};
+std::vector<RSSEngine> default_rss_engines(const Port& uplink);
 
 }  // namespace host

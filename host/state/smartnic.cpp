@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/shares.h"
+#include "host/state/traffic.h"
 #include "platform/mux.h"
 #include "platform/p4_ports.h"
 #include "platform/p4_settings.h"

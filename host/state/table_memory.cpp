@@ -3,7 +3,7 @@
 
 #include <bit>
 
-#include "host/host.h"
+#include "host/state/host.h"
 #include "host/state/offloaded_flows.h"
 
 namespace host {

@@ -1,7 +1,7 @@
 // Uplinks: their private statistics, the filters that steer traffic to their queues, filter classes.
 #include "host/state/uplinks.h"
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 
@@ -12,7 +12,7 @@ constexpr uint32_t last_vlan = 4094;
 
 }  // namespace
 
-std::vector<PrivateCounter> usual_private_counters(const Port& uplink)
+std::vector<PrivateCounter> default_private_counters(const Port& uplink)
 {
     std::vector<PrivateCounter> made{{"link_resets", 0}, {"rx_buffer_refills", uplink.rx.packets / 32}};
     for (uint32_t queue = 0; queue < uplink.entry.num_rx_queues; ++queue)
@@ -31,7 +31,7 @@ std::vector<const Port*> uplinks_of(const Switch& owner)
 }
 
 // The kinds take turns. A MAC filter steers to one uplink; a tunnel's may come in on any.
-ReceiveFilter usual_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id)
+ReceiveFilter default_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id)
 {
     const uint32_t number = vnic.entry.port;
     ReceiveFilter made{};

@@ -39,7 +39,7 @@ inline bool is_tunnel(NetQFilterType type)
 std::vector<const Port*> uplinks_of(const Switch& owner);
 
 // What an uplink's driver counts, and the filter of a vNIC, when nobody describes them.
-std::vector<PrivateCounter> usual_private_counters(const Port& uplink);
-ReceiveFilter usual_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id);
+std::vector<PrivateCounter> default_private_counters(const Port& uplink);
+ReceiveFilter default_filter(const std::vector<const Port*>& uplinks, const Port& vnic, int64_t filter_id);
 
 }  // namespace host

@@ -392,7 +392,7 @@ class TestReplay:
         value, length, library = ctypes.c_void_p(), ctypes.c_uint32(), host.libqmtPublic
         for _ in range(2):
             assert library.DVSHCK_HostPropGet(b"an id", b"key", ctypes.byref(value), ctypes.byref(length)) == 0
-            assert (ctypes.string_at(value, 2), length.value, host.values_out()) == (b"ab", 2, 1)
+            assert (ctypes.string_at(value, 2), length.value, host.unreleased_values()) == (b"ab", 2, 1)
             library.DVSHCK_DataFree(value)
 
     def test_failures_and_scripted_answers_go_first(self, host, replay):
@@ -427,8 +427,14 @@ class TestBrokenCaptures:
         ({"out": [{"size": 1 << 32}]}, "expected a number up to 4294967295, not 4294967296"),
         ({"out": [{"handle": "one"}]}, 'expected a number up to 18446744073709551615, not "one"'),
         ({"result": 1.5}, "expected a number up to 4294967295, not 1.5"),
-        ({"result": {"handle": None}}, "expected a number up to 18446744073709551615, not null"),
-        ({"steps": ["one"]}, 'expected a number up to 18446744073709551615, not "one"'),
+        (
+            {"operation": "DVSState_SwitchFindByAlias", "in": ["a"], "result": {"handle": None}},
+            "expected a number up to 18446744073709551615, not null",
+        ),
+        (
+            {"operation": "DVSState_SwitchForEach", "in": [], "result": None, "steps": ["one"]},
+            'expected a number up to 18446744073709551615, not "one"',
+        ),
     ]
 
     def refuses(self, host, path, message):
@@ -446,6 +452,74 @@ class TestBrokenCaptures:
         call = {"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": 0}
         replayable(tmp_path / "capture", call, {**call, **change})
         self.refuses(host, tmp_path / "capture", f"line 3: {message}")
+
+    FIT = [
+        ({"operation": "DVS_ClassName", "in": [{"handle": 1}], "out": [], "result": 2}, "expected an object with \"bytes\""),
+        ({"operation": "DVS_SwitchId", "in": [{"handle": 1}], "out": [], "result": 2}, "expected an object with \"bytes\""),
+        ({"operation": "DVSData_Name", "in": [{"handle": 1}], "out": [], "result": {"handle": 2}}, "expected an object with"),
+        (
+            {"operation": "DVSData_Data", "in": [{"handle": 1}], "out": [{"bytes": "6162", "size": 3}], "result": 0},
+            '"size" 3 beyond 2 bytes',
+        ),
+        (
+            {"operation": "DVSData_Data", "in": [{"handle": 1}], "out": [{"size": 3}], "result": 0},
+            '"size" 3 beyond 0 bytes',
+        ),
+        (
+            {"operation": "DVSData_Data", "in": [{"handle": 1}], "out": [{"bytes": "6162"}], "result": 0},
+            'a value without "size" and without a NUL at its end',
+        ),
+        (
+            {"operation": "DVSData_Data", "in": [{"handle": 1}], "out": [], "result": 0},
+            'expected "out" with 1 entries, not 0',
+        ),
+        (
+            {"operation": "DVSData_Data", "in": ["1"], "out": [None], "result": 0},
+            'expected an object with "handle"',
+        ),
+        (
+            {"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"handle": 1}], "result": 0},
+            'a "handle" in an output that receives none',
+        ),
+        (
+            {"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"bytes": "01", "size": 1}], "result": 0},
+            'a "size" in an output that has none',
+        ),
+        (
+            {"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"zeros": 4}], "result": 0},
+            '"zeros" without "bytes" before them',
+        ),
+        (
+            {"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"bite": "01"}], "result": 0},
+            'unknown key "bite"',
+        ),
+        (
+            {"operation": "Qdp_Set_Flow_Timeout", "in": [1, 2], "out": [], "result": 0},
+            'expected "in" with 1 entries, not 2',
+        ),
+        (
+            {"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": "text"},
+            'expected a number up to 4294967295, not "text"',
+        ),
+        (
+            {"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": 0, "steps": [1]},
+            '"steps" of an operation that walks over nothing',
+        ),
+        (
+            {"operation": "DVSHCK_DataFree", "in": [], "out": [], "result": 0},
+            'expected "result" to be null, not 0',
+        ),
+    ]
+
+    @pytest.mark.parametrize("call, message", FIT)
+    def test_a_call_that_does_not_fit_its_operation(self, host, tmp_path, call, message):
+        replayable(tmp_path / "capture", call)
+        self.refuses(host, tmp_path / "capture", f"line 2: {message}")
+
+    def test_a_deeply_nested_line(self, host, tmp_path):
+        call = '{"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": ' + "[" * 100000 + "]" * 100000 + "}"
+        (tmp_path / "capture").write_text(json.dumps(HEADER) + "\n" + call + "\n")
+        self.refuses(host, tmp_path / "capture", "line 2: expected a number up to 4294967295, not an array")
 
     @pytest.mark.parametrize("key", ["operation", "in", "out", "result"])
     def test_a_key_that_is_missing(self, host, tmp_path, key):

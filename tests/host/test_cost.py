@@ -88,3 +88,35 @@ def test_a_sweep_over_a_flow_table_takes_linear_time(load_flows, host):
 def test_loading(control, scenarios, name, most):
     path = scenarios / name
     assert least_seconds(lambda: control.load(path), times=1 if name == "large.json" else 3) < most
+
+
+def test_balancer_statistics_follow_the_page_and_not_the_switch(control, host, tmp_path):
+    """A page about the same few ports costs the same on a switch of sixteen times as many ports."""
+    chunk = ctypes.create_string_buffer(4096)
+    seconds = {}
+    for ports in (1024, 16384):
+        path = tmp_path / "ports.json"
+        path.write_text('{"switches": [{"alias": "a", "ports": [{"repeat": %d, "txQueues": 4, "rxQueues": 4}]}]}' % ports)
+        assert control.load(path) == 0
+
+        def pages():
+            for _ in range(100):
+                assert host.libqdp.Qdp_DumpLBStats(0, ports - 8, 8, 0, 0, chunk, 4096) == 0
+
+        seconds[ports] = least_seconds(pages)
+    assert seconds[16384] < 3 * seconds[1024]
+
+
+def test_a_whole_dump_of_balancer_statistics_is_mostly_the_modules(control, host, qdp, tmp_path):
+    path = tmp_path / "ports.json"
+    path.write_text('{"switches": [{"alias": "a", "ports": [{"repeat": 16384, "txQueues": 2, "rxQueues": 2}]}]}')
+    assert control.load(path) == 0
+    chunk = ctypes.create_string_buffer(4096)
+
+    def stand_in():
+        port, context = 0, 0
+        while port != NO_MORE or context != NO_MORE:
+            assert host.libqdp.Qdp_DumpLBStats(0, port, 16384, context, 64, chunk, 4096) == 0
+            port, context = struct.unpack_from("<2I", chunk)
+
+    assert least_seconds(stand_in, 2) < least_seconds(lambda: qdp.module.DumpLBStats(0, 0, 16384, 0, 64), 2)

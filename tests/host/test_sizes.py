@@ -11,20 +11,24 @@ from qdp_host import Capacity, NullBuffer
 from contract import RECIPES
 from recipes import is_made_of
 
-OPERATION = re.compile(r"^OPERATION\((Qdp_\w+),\s*\((.*?)\)(?:,\s*(.*?))?\)$", re.MULTILINE | re.DOTALL)
-ARGUMENT = re.compile(r"(sized_out|out|in|text|record|items|bytes|bytes<\w+>)\(((?:[^()]|\([^()]*\))*)\)")
+OPERATION = re.compile(r"^OPERATION\((Qdp_\w+)(?:, (.*))?\)$", re.MULTILINE)
+# Roles of parameters that belong to the argument of the parameter before them.
+SECOND = ("count", "capacity", "size")
 
 # Hands out as many entries as fit.
 WHAT_FITS = {"Qdp_P4_HWTable_Dump": 16}
 
 
 def table_of_operations(root):
-    """For each operation: the names of its C parameters, and its arguments as (kind, expression)."""
-    text = re.sub(r"//.*", "", (root / "host" / "operations_qdp.def").read_text())
+    """For each operation: its arguments as lists of the roles of their one or two parameters."""
     made = {}
-    for name, parameters, arguments in OPERATION.findall(text):
-        names = [re.search(r"(\w+)$", each.strip())[1] for each in parameters.split(",") if each.strip()]
-        made[name] = names, ARGUMENT.findall(arguments or "")
+    for name, roles in OPERATION.findall((root / "host" / "call" / "operations_qdp.def").read_text()):
+        made[name] = arguments = []
+        for role in roles.split(", ") if roles else []:
+            if role in SECOND:
+                arguments[-1].append(role)
+            else:
+                arguments.append([role])
     return made
 
 
@@ -33,36 +37,32 @@ class Call:
 
     def __init__(self, host, table, call):
         self.function = getattr(host.libqdp, call.operation)
-        self.names, self.kinds = table[call.operation]
+        self.kinds = table[call.operation]
         self.arguments = call.arguments
         assert len(self.kinds) == len(self.arguments), call
 
     def output(self):
         """The kind and the capacity of its one output, or None."""
-        for (kind, _), argument in zip(self.kinds, self.arguments):
+        for kind, argument in zip(self.kinds, self.arguments):
             if isinstance(argument, Capacity):
-                return kind, argument.size
+                return kind[0], argument.size
         return None
 
     def make(self, capacity=None, request=None, before=b""):
         """Status, what stands in the output's buffer, and its size word."""
-        values, size, room = {}, ctypes.c_uint32(), None
-        for (kind, expression), argument in zip(self.kinds, self.arguments):
-            words = list(dict.fromkeys(word for word in re.findall(r"\w+", expression) if word in self.names))
+        values, size, room = [], ctypes.c_uint32(), None
+        for kind, argument in zip(self.kinds, self.arguments):
             if isinstance(argument, (Capacity, NullBuffer)):
                 size.value = argument.size if capacity is None else capacity
                 room = ctypes.create_string_buffer(before.ljust(argument.size, b"#"), argument.size)
-                values[words[0]] = room
-                if len(words) > 1:
-                    values[words[1]] = ctypes.byref(size) if kind == "sized_out" else size.value
-            elif kind in ("bytes", "bytes<mac_bytes>", "items", "record"):
+                pair = [room, ctypes.byref(size) if kind[0] == "sized_out" else size.value]
+            elif kind[0] in ("bytes", "mac", "items", "record"):
                 data = (argument or b"") if request is None else request
-                values[words[0]] = data
-                for word in words[1:]:
-                    values[word] = len(data) // 4 if kind == "items" else len(data)
+                pair = [data, len(data) // 4 if kind[0] == "items" else len(data)]
             else:
-                values[words[0]] = argument.encode() if isinstance(argument, str) else argument
-        status = self.function(*[values[name] for name in self.names])
+                pair = [argument.encode() if isinstance(argument, str) else argument]
+            values += pair[: len(kind)]
+        status = self.function(*values)
         return status & 0xFFFFFFFF, room.raw if room else b"", size.value
 
 
@@ -106,8 +106,8 @@ def test_an_answer_that_does_not_fit_is_not_given(calls):
 
 def test_a_request_of_another_size_is_refused(calls):
     for call in calls:
-        for (kind, _), argument in zip(call.kinds, call.arguments):
-            if kind == "bytes" and isinstance(argument, bytes):
+        for kind, argument in zip(call.kinds, call.arguments):
+            if kind[0] == "bytes" and isinstance(argument, bytes):
                 for data in (argument[:-1], argument + b"\0", b""):
                     status, written, _ = call.make(request=data, before=first_bytes(call))
                     assert status != 0, (call.function.__name__, len(data))

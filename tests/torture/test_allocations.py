@@ -71,7 +71,7 @@ def test_failing_allocations(frozen, tortured, tally, young, name, records, fore
                 frozen.script(operation, outputs=[answers[records]])
 
     def out():
-        return torture.blocks_out(), frozen.values_out()
+        return torture.blocks_out(), frozen.unreleased_values()
 
     def shoot(nth):
         arguments = () if name in EXPORTED else is_made_of(RECIPES[name], module)

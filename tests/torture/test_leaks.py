@@ -92,7 +92,7 @@ def grows_nothing(frozen, tortured, young):
     def measure(own):
         return {
             "module's blocks": torture.blocks_out(),
-            "values": frozen.values_out(),
+            "values": frozen.unreleased_values(),
             "files": len(os.listdir("/proc/self/fd")),
             "shared": [sys.getrefcount(each) for each in SHARED_OBJECTS],
             "arguments": [sys.getrefcount(each) for each in own],

@@ -151,7 +151,7 @@ def choose_answers(options: argparse.Namespace, environment: Dict[str, str]) -> 
     if options.replay:
         environment["QDP_HOST_REPLAY"] = os.path.abspath(options.replay)
     if environment.get("QDP_HOST_REPLAY"):
-        _host.the_host().replay(environment["QDP_HOST_REPLAY"])
+        _host.the_host().check_capture(environment["QDP_HOST_REPLAY"])
     elif environment.get("QDP_HOST_SCENARIO"):
         _host.the_host().check(environment["QDP_HOST_SCENARIO"])
 

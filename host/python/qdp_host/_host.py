@@ -5,6 +5,7 @@ import ctypes
 import json
 import os
 import sys
+import tempfile
 import weakref
 from collections import namedtuple
 
@@ -14,10 +15,27 @@ from ._places import HostError
 NANOSECONDS_A_SECOND = 1000000000
 MOST_NANOSECONDS = 2**63 - 1
 
-# A call of a platform operation: its name and its arguments, in order. A buffer and its size word are one argument.
-# Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
-# for an answer is a Capacity; a null pointer is None.
-Call = namedtuple("Call", "operation arguments")
+LARGEST_STATUS = 2**32 - 1
+LARGEST_RESULT = 2**64 - 1
+
+
+class Call(namedtuple("Call", "operation arguments")):
+    """A call of a platform operation: its name and its arguments, in order; a buffer and its size word are one argument.
+
+    Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
+    for an answer is a Capacity; a null pointer is None.
+
+    result: the status; the bytes of a text; a handle as an int; None for a null pointer and where nothing is returned.
+    outputs: the bytes that each output holds after the call, as many as its size word says; None after a failure.
+
+    Equality compares operation and arguments only: what a caller asked, not what it was answered.
+    """
+
+    def __new__(cls, operation, arguments, result=None, outputs=()):
+        call = super().__new__(cls, operation, arguments)
+        call.result = result
+        call.outputs = list(outputs)
+        return call
 
 # A buffer for an answer: the number of bytes that the caller said it holds.
 Capacity = namedtuple("Capacity", "size")
@@ -32,6 +50,15 @@ def _argument(described):
     if "bytes" in described:
         return bytes.fromhex(described["bytes"])
     return (NullBuffer if described["is_null"] else Capacity)(described["capacity"])
+
+
+def _recorded_call(described):
+    return Call(
+        described["operation"],
+        [_argument(each) for each in described["arguments"]],
+        _argument(described["result"]),
+        [_argument(each) for each in described["outputs"]],
+    )
 
 
 def _refuse_other_libraries(folder):
@@ -54,17 +81,41 @@ def _loaded(folder, name):
         raise HostError("{} cannot be loaded: {}".format(path, error)) from error
 
 
+def _integer(name, value, least, most, meaning):
+    if isinstance(value, bool) or not isinstance(value, int):
+        raise TypeError("{} is {}: give an int, not {!r}".format(name, meaning, value))
+    if not least <= value <= most:
+        raise ValueError("{} is {}: {} to {}, not {!r}".format(name, meaning, least, most, value))
+    return value
+
+
 def _nanoseconds(seconds):
-    nanoseconds = round(seconds * NANOSECONDS_A_SECOND)
-    if not 0 <= nanoseconds <= MOST_NANOSECONDS:
+    if isinstance(seconds, bool) or not isinstance(seconds, (int, float)):
+        raise TypeError("seconds: give a number, not {!r}".format(seconds))
+    if not 0 <= seconds * NANOSECONDS_A_SECOND <= MOST_NANOSECONDS:
         raise ValueError("{!r} seconds: time goes on only, and for less than 292 years".format(seconds))
-    return nanoseconds
+    return round(seconds * NANOSECONDS_A_SECOND)
 
 
 def _chosen_calls(nth, times):
-    if nth < 1 or times < 0:
-        raise ValueError("nth counts from 1, and times from 0, which is for ever; not {!r} and {!r}".format(nth, times))
+    _integer("nth", nth, 1, 2**32 - 1, "the first of the calls, counted from 1")
+    _integer("times", times, 0, 2**32 - 1, "how many calls, 0 for ever")
     return nth, times
+
+
+def _bytes(name, value):
+    if isinstance(value, (str, int)) or value is None:
+        raise TypeError("{}: give bytes, not {!r}".format(name, value))
+    try:
+        return bytes(value)
+    except (TypeError, ValueError):
+        raise TypeError("{}: give bytes, not {!r}".format(name, value)) from None
+
+
+def _path(name, value, other=""):
+    if not isinstance(value, (str, os.PathLike)):
+        raise TypeError("{}: give a path as a str or a pathlib.Path{}, not {!r}".format(name, other, value))
+    return os.fspath(value)
 
 
 class Snapshot:
@@ -73,7 +124,7 @@ class Snapshot:
     def __init__(self, control):
         self.number = control.qdp_host_snapshot()
         if not self.number:
-            raise HostError("there is no state to keep: a capture answers, or nothing does")
+            raise HostError("there is no state to keep: nothing answers")
         weakref.finalize(self, control.qdp_host_forget, self.number).atexit = False
 
 
@@ -99,6 +150,8 @@ class EmbeddedHost:
             ("check", text, text),
             ("completed", text, text, ctypes.POINTER(ctypes.c_int)),
             ("replay", ctypes.c_int, text),
+            ("check_capture", text, text),
+            ("is_replaying", ctypes.c_int),
             ("error", text),
             ("snapshot", ctypes.c_uint64),
             ("restore", ctypes.c_int, ctypes.c_uint64),
@@ -112,13 +165,15 @@ class EmbeddedHost:
             ("record", None, ctypes.c_int),
             ("calls", ctypes.c_char_p),
             ("operations", ctypes.c_char_p),
-            ("values_out", size),
+            ("operation", ctypes.c_char_p, text),
+            ("unreleased_values", size),
             ("freeze_time", None),
             ("advance_time", None, ctypes.c_uint64),
         ]:
             function = getattr(self._control, "qdp_host_" + name)
             function.restype = result
             function.argtypes = parameters
+        self._recording = 0  # blocks of recording() that are open
 
     @staticmethod
     def _add_module_path(folder):
@@ -126,27 +181,58 @@ class EmbeddedHost:
         if module and module not in sys.path:
             sys.path.insert(0, module)
 
-    def _call(self, function, operation, *arguments):
-        if getattr(self._control, "qdp_host_" + function)(operation.encode(), *arguments) != 0:
-            raise LookupError(f"the platform has no operation {operation!r}; see EmbeddedHost.operations()")
+    def _operation(self, operation):
+        """The encoded name of an operation, and what it returns and how many outputs it has."""
+        if not isinstance(operation, str):
+            raise TypeError("operation: give a name as a str, not {!r}".format(operation))
+        name = operation.encode()
+        described = self._control.qdp_host_operation(name)
+        if described is None:
+            raise LookupError(
+                "the platform has no operation {!r}; see EmbeddedHost.operations()".format(operation)
+            )
+        return name, json.loads(described)
 
     def _take(self, function, path):
         encoded = None if path is None else os.fsencode(path)
         if getattr(self._control, "qdp_host_" + function)(encoded) != 0:
             raise HostError(self._control.qdp_host_error().decode(errors="replace"))
 
+    def _expect_state(self):
+        if self._control.qdp_host_is_replaying():
+            raise HostError("a capture answers, not a state; replay(None) goes back to the state")
+
     def reset(self):
         """Be the host again that the process began as: state, real clock, nothing scripted, failing or recorded."""
         self._control.qdp_host_reset()
 
     def load(self, scenario=None):
-        """Become the host of a scenario: a file, or the name of one that comes along; None is the default one.
+        """Become the host of a scenario: a file, the name of one that comes along, or a dict; None is the default one.
 
         A scenario that is not valid raises a HostError that says where; every operation fails then, until a reset.
         """
-        self._take("load", None if scenario is None else _places.scenario_file(scenario))
+        if scenario is None:
+            self._take("load", None)
+        elif isinstance(scenario, dict):
+            self._load_dict(scenario)
+        else:
+            self._take("load", _places.scenario_file(_path("scenario", scenario, ", a name or a dict")))
+
+    def _load_dict(self, scenario):
+        try:
+            text = json.dumps(scenario, allow_nan=False)
+        except (TypeError, ValueError) as error:
+            raise HostError("scenario: {}".format(error)) from None
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            file.write(text)
+            file.flush()
+            try:
+                self._take("load", file.name)
+            except HostError as error:
+                raise HostError(str(error).replace(file.name, "scenario", 1)) from None
 
     def _text(self, function):
+        self._expect_state()
         text = getattr(self._control, "qdp_host_" + function)()
         if text is None:
             raise HostError((self._control.qdp_host_error() or b"there is not enough memory").decode(errors="replace"))
@@ -157,7 +243,7 @@ class EmbeddedHost:
         return self._text("scenario")
 
     def scenario(self):
-        """The present state as a scenario, which load() takes when it is in a file."""
+        """The present state as a scenario, which load() takes."""
         return json.loads(self.scenario_text())
 
     def summary(self):
@@ -187,14 +273,24 @@ class EmbeddedHost:
 
     def replay(self, capture):
         """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""
-        self._take("replay", None if capture is None else os.path.abspath(capture))
+        self._take("replay", None if capture is None else os.path.abspath(_path("capture", capture)))
+
+    def check_capture(self, capture):
+        """Raise a HostError that says what is wrong with a capture file; nothing changes."""
+        error = self._control.qdp_host_check_capture(os.fsencode(os.path.abspath(_path("capture", capture))))
+        if error is not None:
+            raise HostError(error.decode(errors="replace"))
 
     def snapshot(self):
         """Keep the present state with its clock, for restore()."""
+        self._expect_state()
         return Snapshot(self._control)
 
     def restore(self, snapshot):
         """Go back to a state, as often as wanted. What is scripted, failing or delayed stays so."""
+        if not isinstance(snapshot, Snapshot):
+            raise TypeError("snapshot: give what EmbeddedHost.snapshot() returned, not {!r}".format(snapshot))
+        self._expect_state()
         if self._control.qdp_host_restore(snapshot.number) != 0:
             raise HostError("there is no state to go back to: nothing answers")
 
@@ -207,18 +303,48 @@ class EmbeddedHost:
         sizes: {output: number} to report in a size word instead of the number of bytes.
         text: bytes to return a pointer to, for an operation that returns a text.
         """
-        self._call("script", operation, status)
+        name, described = self._operation(operation)
+        most = LARGEST_RESULT if described["result"] == "handle" else LARGEST_STATUS
+        _integer("status", status, 0, most, "what {} returns".format(operation))
+        outputs, sizes = self._checked_outputs(operation, described["outputs"], outputs, sizes)
         if text is not None:
-            self._call("script_text", operation, text, len(text))
-        for index, output in enumerate(outputs):
-            if output is not None:
-                self._call("script_output", operation, index, bytes(output), len(output))
+            if described["result"] != "text":
+                raise ValueError("text: {} returns no text".format(operation))
+            text = _bytes("text", text)
+
+        self._control.qdp_host_script(name, status)
+        if text is not None:
+            self._control.qdp_host_script_text(name, text, len(text))
+        for index, output in outputs.items():
+            self._control.qdp_host_script_output(name, index, output, len(output))
+        for index, size in sizes.items():
+            self._control.qdp_host_script_size(name, index, size)
+
+    @staticmethod
+    def _checked_outputs(operation, num_outputs, outputs, sizes):
+        """The bytes and the reported sizes of outputs, by index."""
+        if not isinstance(outputs, (list, tuple)):
+            raise TypeError("outputs: give a list of bytes, one for each output, not {!r}".format(outputs))
+        if len(outputs) > num_outputs:
+            raise ValueError("outputs: {} has {}, not {}".format(operation, num_outputs, len(outputs)))
+        if not isinstance(sizes, (dict, type(None))):
+            raise TypeError("sizes: give a dict of an output's index and its size, not {!r}".format(sizes))
         for index, size in (sizes or {}).items():
-            self._call("script_size", operation, index, size)
+            _integer("sizes[{!r}]".format(index), size, 0, 2**32 - 1, "the size that an output reports")
+            if isinstance(index, bool) or not isinstance(index, int) or not 0 <= index < num_outputs:
+                raise ValueError("sizes: {} has {} outputs, none of index {!r}".format(operation, num_outputs, index))
+        given = {
+            index: _bytes("outputs[{}]".format(index), output)
+            for index, output in enumerate(outputs)
+            if output is not None
+        }
+        return given, sizes or {}
 
     def fail(self, operation, status=1, nth=1, times=1):
         """Fail `operation` with `status` from its nth call from now on, `times` times; 0 times is for ever."""
-        self._call("fail", operation, status, *_chosen_calls(nth, times))
+        name, _ = self._operation(operation)
+        _integer("status", status, 1, LARGEST_STATUS, "the status of a failure")
+        self._control.qdp_host_fail(name, status, *_chosen_calls(nth, times))
 
     def delay(self, operation, seconds, nth=1, times=1):
         """Let `operation` take so much longer from its nth call from now on, `times` times; 0 times is for ever.
@@ -226,27 +352,35 @@ class EmbeddedHost:
         The time is real, whether the host's clock is stopped or not. The module keeps the interpreter lock during a
         call, as it does on a real host: other threads of Python wait as well.
         """
-        self._call("delay", operation, _nanoseconds(seconds), *_chosen_calls(nth, times))
+        name, _ = self._operation(operation)
+        self._control.qdp_host_delay(name, _nanoseconds(seconds), *_chosen_calls(nth, times))
 
     @contextlib.contextmanager
     def recording(self):
-        """Record the platform calls of the block into the list that is its target."""
+        """Record the platform calls of the block into the list that is its target. Blocks may be nested."""
         calls = []
-        self._control.qdp_host_record(1)
+        if self._recording == 0:
+            self._control.qdp_host_record(1)
+        self._recording += 1
+        before = len(self._recorded())
         try:
             yield calls
         finally:
-            for call in json.loads(self._control.qdp_host_calls()):
-                calls.append(Call(call["operation"], [_argument(each) for each in call["arguments"]]))
-            self._control.qdp_host_record(0)
+            calls.extend(_recorded_call(call) for call in self._recorded()[before:])
+            self._recording -= 1
+            if self._recording == 0:
+                self._control.qdp_host_record(0)
+
+    def _recorded(self):
+        return json.loads(self._control.qdp_host_calls())
 
     def operations(self):
         """The names of the operations that the host answers from its state."""
         return json.loads(self._control.qdp_host_operations())
 
-    def values_out(self):
-        """How many values of the switch state library are with their callers, not yet released."""
-        return self._control.qdp_host_values_out()
+    def unreleased_values(self):
+        """How many values of the switch state library their callers have not released."""
+        return self._control.qdp_host_unreleased_values()
 
     def freeze(self):
         """Stop the clock, so that counters change only with advance()."""
@@ -272,11 +406,13 @@ def the_host():
 def running(scenario=None, replay=None):
     """The embedded host, fresh at the begin of the block and reset at its end.
 
-    scenario: a file, or the name of a scenario that comes along.
+    scenario: a file, the name of a scenario that comes along, or a dict.
     replay: a capture file to answer from instead.
 
     The stand-ins have to be there before _libqdp is imported for the first time; they stay until the process ends.
     """
+    if scenario is not None and replay is not None:
+        raise ValueError("scenario and replay exclude each other")
     host = the_host()
     host.reset()
     try:

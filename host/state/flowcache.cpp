@@ -1,9 +1,9 @@
 // The flow caches of the lcores.
-#include "host/state/flow_caches.h"
+#include "host/state/flowcache.h"
 
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 

@@ -1,10 +1,12 @@
 // Answers of the thread load balancer about its statistics. All follow from the ports' traffic, what was injected, and
 // the clock.
 #include <algorithm>
+#include <array>
 #include <bit>
-#include <numeric>
+#include <map>
+#include <optional>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 
@@ -54,26 +56,49 @@ void add_injected(std::vector<Load>& queues, uint32_t queue, const InjectedTraff
     load.bytes += milliseconds * injected.traffic.byte_rate / 1000;
 }
 
-// Of every port, in the order of the port list. What an uplink receives enters the switch, what any other port
-// receives leaves it.
-std::vector<PortLoads> port_loads(const Clock& clock, const Switch& owner)
+// Injected traffic by the position of its source or destination port.
+using InjectedByPort = std::multimap<uint32_t, const InjectedTraffic*>;
+
+InjectedByPort by_port(const std::vector<InjectedTraffic>& injected, uint32_t LBTraffic::*port)
 {
-    std::vector<PortLoads> loads;
-    for (const Port& port : owner.ports)
-        loads.push_back(
-            {queue_loads(clock, port.rx, port.rx_queue_rates, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
-             queue_loads(clock, port.tx, port.tx_queue_rates, port.entry.tx_queue_lcores, port.entry.num_tx_queues)});
-    const auto enters = [&](uint32_t port) { return is_a(owner.ports[port], ClientType::uplink); };
-    for (const InjectedTraffic& injected : owner.balancer.injected) {
-        const LBTraffic& traffic = injected.traffic;
-        PortLoads& source = loads[traffic.source_port];
-        PortLoads& destination = loads[traffic.destination_port];
-        add_injected(enters(traffic.source_port) ? source.rx : source.tx, traffic.source_queue, injected, clock);
-        add_injected(enters(traffic.destination_port) ? destination.tx : destination.rx, traffic.destination_queue,
-                     injected, clock);
-    }
-    return loads;
+    InjectedByPort made;
+    for (const InjectedTraffic& each : injected)
+        made.emplace(each.traffic.*port, &each);
+    return made;
 }
+
+// The loads of a switch's ports at one time. What an uplink receives enters the switch, what any other port receives leaves
+// it.
+class SwitchLoads {
+public:
+    SwitchLoads(const Clock& clock, const Switch& owner)
+        : clock_{clock}, owner_{owner}, from_{by_port(owner.balancer.injected, &LBTraffic::source_port)},
+          to_{by_port(owner.balancer.injected, &LBTraffic::destination_port)}
+    {
+    }
+
+    size_t num_ports() const { return owner_.ports.size(); }
+    const Port& port(uint32_t position) const { return owner_.ports[position]; }
+
+    PortLoads of(uint32_t position) const
+    {
+        const Port& port = owner_.ports[position];
+        PortLoads loads{
+            queue_loads(clock_, port.rx, port.rx_queue_rates, port.entry.rx_queue_lcores, port.entry.num_rx_queues),
+            queue_loads(clock_, port.tx, port.tx_queue_rates, port.entry.tx_queue_lcores, port.entry.num_tx_queues)};
+        const bool enters = is_a(port, ClientType::uplink);
+        for (auto [each, end] = from_.equal_range(position); each != end; ++each)
+            add_injected(enters ? loads.rx : loads.tx, each->second->traffic.source_queue, *each->second, clock_);
+        for (auto [each, end] = to_.equal_range(position); each != end; ++each)
+            add_injected(enters ? loads.tx : loads.rx, each->second->traffic.destination_queue, *each->second, clock_);
+        return loads;
+    }
+
+private:
+    const Clock& clock_;
+    const Switch& owner_;
+    InjectedByPort from_, to_;
+};
 
 Load sum(const std::vector<Load>& loads)
 {
@@ -96,12 +121,14 @@ struct Chunk {
     LBStatsChunk record{};
     size_t used = 0;
 
+    bool fits(size_t size) const { return used + size <= sizeof record.entries; }
+
     // Puts an entry behind the ones that are there. False when it does not fit.
     template <class Head, class Item>
     bool add(const Head& head, const std::vector<Item>& items)
     {
         const ByteSpan parts[] = {bytes_of(head), std::as_bytes(std::span{items})};
-        if (used + parts[0].size() + parts[1].size() > sizeof record.entries)
+        if (!fits(parts[0].size() + parts[1].size()))
             return false;
         for (const ByteSpan part : parts) {
             std::ranges::copy(part, reinterpret_cast<std::byte*>(record.entries) + used);
@@ -161,26 +188,47 @@ bool add_uplink(Chunk& chunk, const PortListEntry& port, const PortLoads& loads)
     return chunk.add(head, items);
 }
 
-// A context runs the queues of all ports that are placed on it; one without queues has no world.
-bool add_context(Chunk& chunk, uint32_t context, const std::vector<PortLoads>& ports, std::optional<uint32_t> cpu)
-{
-    std::vector<Load> placed;
-    for (const PortLoads& port : ports)
-        for (const auto& queues : {port.rx, port.tx})
-            std::ranges::copy_if(queues, std::back_inserter(placed),
-                                 [&](const Load& each) { return each.context == context; });
-    const Load total = sum(placed);
+// What runs on a context: the queues of all ports that are placed on it.
+struct ContextLoad {
+    size_t num_queues = 0;
+    uint64_t rate = 0, packets = 0, bytes = 0;
+    uint64_t max_rate = 0;
+};
 
+using ContextLoads = std::array<ContextLoad, max_lb_contexts>;
+
+ContextLoads context_loads(const SwitchLoads& loads)
+{
+    ContextLoads made;
+    for (uint32_t i = 0; i < loads.num_ports(); ++i) {
+        const PortLoads port = loads.of(i);
+        for (const std::vector<Load>* queues : {&port.rx, &port.tx})
+            for (const Load& queue : *queues) {
+                if (queue.context >= made.size())
+                    continue;
+                ContextLoad& context = made[queue.context];
+                ++context.num_queues;
+                context.rate += queue.rate;
+                context.packets += queue.packets;
+                context.bytes += queue.bytes;
+                context.max_rate = std::max(context.max_rate, queue.rate);
+            }
+    }
+    return made;
+}
+
+// A context without queues has no world.
+bool add_context(Chunk& chunk, uint32_t context, const ContextLoad& load, std::optional<uint32_t> cpu)
+{
     LBContextEntry head{};
     head.type = static_cast<uint32_t>(LBEntryType::context);
     head.context = context;
-    head.world = placed.empty() ? no_world : first_world + static_cast<int32_t>(context);
-    head.raw_cpu = cpu.value_or(std::min(word(total.rate * most_percent / context_packet_rate), most_percent));
+    head.world = load.num_queues == 0 ? no_world : first_world + static_cast<int32_t>(context);
+    head.raw_cpu = cpu.value_or(std::min(word(load.rate * most_percent / context_packet_rate), most_percent));
     head.biased_cpu = std::min(head.raw_cpu + head.raw_cpu / 10, most_percent);
-    head.packets = total.packets;
-    head.bytes = total.bytes;
-    for (const Load& each : placed)
-        head.max_pb_load = std::max<uint32_t>(head.max_pb_load, word(each.rate));
+    head.packets = load.packets;
+    head.bytes = load.bytes;
+    head.max_pb_load = word(load.max_rate);
     return chunk.add(head, std::vector<LBQueueItem>{});
 }
 
@@ -211,16 +259,20 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
     if (!owner)
         return not_found;
 
-    const std::vector<PortLoads> loads = port_loads(host.clock, *owner);
+    const SwitchLoads loads{host.clock, *owner};
     Chunk chunk;
-    chunk.record.next_port = add_range(first_port, port_count, loads.size(), [&](uint32_t i) {
-        const Port& port = owner->ports[i];
-        return is_a(port, ClientType::uplink) ? add_uplink(chunk, port.entry, loads[i])
-                                              : add_port(chunk, port.entry, loads[i]);
+    chunk.record.next_port = add_range(first_port, port_count, loads.num_ports(), [&](uint32_t i) {
+        const PortListEntry& port = loads.port(i).entry;
+        return is_a(loads.port(i), ClientType::uplink) ? add_uplink(chunk, port, loads.of(i))
+                                                       : add_port(chunk, port, loads.of(i));
     });
+    std::optional<ContextLoads> contexts;  // of all ports, so only where a context fits into the chunk
     chunk.record.next_context = add_range(first_context, context_count, owner->entry->num_lcores, [&](uint32_t i) {
-        const auto cpu = host.placement.load(lcore_of(*owner, i)).cpu;
-        return add_context(chunk, i, loads, cpu);
+        if (!chunk.fits(sizeof(LBContextEntry)))
+            return false;
+        if (!contexts)
+            contexts = context_loads(loads);
+        return add_context(chunk, i, contexts->at(i), host.placement.load(lcore_of(*owner, i)).cpu);
     });
     return output.put(chunk.record);
 }

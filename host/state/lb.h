@@ -28,6 +28,6 @@ struct SwitchBalancer {
 };
 
 // Of a switch whose ports stand already: how it was placed, to begin with.
-std::string usual_debug_text(const Switch& owner);
+std::string default_debug_text(const Switch& owner);
 
 }  // namespace host

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "host/host.h"
+#include "host/state/host.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
 
@@ -14,11 +14,7 @@ template <class Record>
 std::optional<Record> property(const Switch& owner, std::string_view key)
 {
     const auto found = owner.config.host_properties.find(key);
-    if (found == owner.config.host_properties.end() || found->second.size() != sizeof(Record))
-        return std::nullopt;
-    Record record;
-    std::memcpy(&record, found->second.data(), sizeof record);
-    return record;
+    return found == owner.config.host_properties.end() ? std::nullopt : record_in<Record>(found->second);
 }
 
 // The value of a record with a version; none when the version is unknown.

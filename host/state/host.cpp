@@ -1,52 +1,11 @@
 // The state of the embedded host.
-#include "host/host.h"
+#include "host/state/host.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "platform/switch_state.h"
 
 namespace host {
-
-namespace {
-
-constexpr uint64_t past = 3600 * nanoseconds_a_second;
-
-uint64_t real_nanoseconds()
-{
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<uint64_t>(std::chrono::nanoseconds{now}.count());
-}
-
-}  // namespace
-
-Clock::Clock() : start_{real_nanoseconds() - past} {}
-
-uint64_t Clock::nanoseconds() const
-{
-    return frozen_ ? *frozen_ : real_nanoseconds() - start_;
-}
-
-void Clock::freeze()
-{
-    if (!frozen_)
-        frozen_ = nanoseconds() / nanoseconds_a_second * nanoseconds_a_second;
-}
-
-void Clock::advance(uint64_t nanoseconds)
-{
-    if (frozen_)
-        *frozen_ += nanoseconds;
-    else
-        start_ -= nanoseconds;
-}
-
-uint64_t Clock::grown(uint64_t per_second, uint64_t since) const
-{
-    constexpr uint64_t second = nanoseconds_a_second;
-    const uint64_t time = nanoseconds() - since;
-    return time / second * per_second + time % second * per_second / second;
-}
 
 const Port* find_port(const Switch& owner, uint32_t number)
 {
@@ -87,18 +46,6 @@ Switch* Host::switch_by_portset(std::string_view portset_name)
                                                                    strnlen(candidate.entry->name, portset_name_bytes)};
     });
     return found == switches.end() ? nullptr : &*found;
-}
-
-Value value_of(ByteSpan bytes)
-{
-    return {bytes.begin(), bytes.end()};
-}
-
-Value value_of(std::string_view text)
-{
-    Value value = value_of(std::as_bytes(std::span{text}));
-    value.push_back(std::byte{0});
-    return value;
 }
 
 }  // namespace host

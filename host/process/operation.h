@@ -1,4 +1,4 @@
-// An operation of the platform libraries in the embedded host, and what is to happen to its next calls.
+// An operation in this process: its answer, and what a test has planned for its next calls.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 
 namespace host {
 
@@ -23,7 +23,7 @@ struct ScriptedAnswer {
     bool result_is_text = false;
 };
 
-// The calls that something happens to: from the n-th from now on, so many times; 0 times is for ever.
+// Calls counted from now: the n-th and those after it, so many times; 0 times is for ever.
 class ChosenCalls {
 public:
     ChosenCalls(unsigned nth, unsigned times)
@@ -31,7 +31,7 @@ public:
     {
     }
 
-    // Whether the present call is one of them.
+    // Counts the present call; whether it is one of them.
     bool take()
     {
         if (before_ > 0) {
@@ -60,20 +60,24 @@ struct Delay {
     ChosenCalls calls;
 };
 
-// An operation as the stand-ins call it, and what a test wants of its next calls.
 class Operation {
 public:
-    std::string name;
-    void (*function)() = nullptr;
-    Handler handler = nullptr;
-    size_t parameters = 0;
-    bool returns_pointer = false;  // a failure is a null pointer then
+    const Signature* signature = nullptr;
+    const RegisteredAnswer* answer = nullptr;
 
     std::deque<ScriptedAnswer> script;
     std::optional<Failure> failure;
     std::optional<Delay> delay;
 
-    uint64_t failed(uint32_t status) const { return returns_pointer ? 0 : status; }
+    // The result of a call that fails.
+    uint64_t failed(uint32_t status) const { return signature->returns_pointer() ? 0 : status; }
+
+    void clear_plans()
+    {
+        script.clear();
+        failure.reset();
+        delay.reset();
+    }
 };
 
 }  // namespace host

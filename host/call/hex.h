@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/call.h"
+#include "host/call/call.h"
 
 namespace host {
 

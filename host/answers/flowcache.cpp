@@ -1,7 +1,7 @@
 // Answers about the flow caches: pages of the flow tables, and the counters of the lcores.
 #include <algorithm>
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 #include "platform/qdp_control.h"
 
 namespace host {

@@ -1,7 +1,7 @@
 // The SmartNIC behind the command channel: how a command is answered.
 #pragma once
 
-#include "host/host.h"
+#include "host/answers/answer.h"
 #include "platform/p4_command.h"
 
 namespace host {
@@ -36,11 +36,8 @@ private:
         if constexpr (std::is_same_v<Payload, ByteSpan>) {
             return typed(host, bytes, response);
         } else {
-            if (bytes.size() != sizeof(Payload))
-                return refused;
-            Payload payload;
-            std::memcpy(&payload, bytes.data(), sizeof payload);
-            return typed(host, payload, response);
+            const auto payload = record_in<Payload>(bytes);
+            return payload ? typed(host, *payload, response) : refused;
         }
     }
 

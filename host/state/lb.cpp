@@ -1,9 +1,9 @@
 // The thread load balancer: parameters, statistics, injected traffic, debug buffers.
-#include "host/state/balancer.h"
+#include "host/state/lb.h"
 
 #include <cstdio>
 
-#include "host/host.h"
+#include "host/state/host.h"
 
 namespace host {
 
@@ -32,7 +32,7 @@ void SwitchBalancer::log(uint64_t nanoseconds, const std::string& line)
     keep_newest_lines(debug_text);
 }
 
-std::string usual_debug_text(const Switch& owner)
+std::string default_debug_text(const Switch& owner)
 {
     const SwitchListEntry& entry = *owner.entry;
     const std::string name{entry.name, strnlen(entry.name, sizeof entry.name)};

@@ -1,7 +1,8 @@
 // Answers of the thread load balancer about its settings, its debug buffers and injected traffic.
 #include <algorithm>
 
-#include "host/property.h"
+#include "host/answers/answer.h"
+#include "host/state/property.h"
 
 namespace host {
 

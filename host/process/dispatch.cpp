@@ -1,0 +1,207 @@
+// Dispatch of calls: planned delays, failures and scripted answers first, then the capture or the state.
+#include <thread>
+
+#include "host/call/hex.h"
+#include "host/process/process.h"
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::json;
+
+Json bytes_json(ByteSpan bytes)
+{
+    return {{"bytes", hex(bytes)}};
+}
+
+// An argument as it goes in.
+Json argument_json(const Argument& argument)
+{
+    switch (argument.kind) {
+    case Argument::Kind::value:
+        return argument.value;
+    case Argument::Kind::text:
+        return argument.value ? Json(reinterpret_cast<const char*>(argument.value)) : Json();
+    case Argument::Kind::bytes:
+        return argument.value ? bytes_json(argument.bytes) : Json();
+    case Argument::Kind::output:
+        return {{"capacity", argument.output.size_word ? *argument.output.size_word : argument.output.capacity},
+                {"is_null", argument.value == 0}};
+    case Argument::Kind::value_output:
+        return {{"capacity", 0}, {"is_null", argument.value == 0}};
+    }
+    return {};
+}
+
+// What an output holds after the call: as much as its size word says, or null.
+Json output_json(const Argument& argument)
+{
+    if (argument.kind == Argument::Kind::output) {
+        const Output& output = argument.output;
+        if (!output.data)
+            return nullptr;
+        return bytes_json(
+            {output.data, std::min(output.size_word ? *output.size_word : output.capacity, output.capacity)});
+    }
+    const ValueOutput& output = argument.value_output;
+    if (!output.pointer || !*output.pointer || !output.length)
+        return nullptr;
+    return bytes_json({static_cast<const std::byte*>(*output.pointer), *output.length});
+}
+
+Json arguments_json(Arguments arguments)
+{
+    Json all = Json::array();
+    for (const Argument& argument : arguments)
+        all.push_back(argument_json(argument));
+    return all;
+}
+
+bool is_output(const Argument& argument)
+{
+    return argument.kind == Argument::Kind::output || argument.kind == Argument::Kind::value_output;
+}
+
+// A failed call has written nothing that its caller may look at.
+Json outputs_json(Arguments arguments, bool is_success)
+{
+    Json all = Json::array();
+    for (const Argument& argument : arguments)
+        if (is_output(argument))
+            all.push_back(is_success ? output_json(argument) : Json());
+    return all;
+}
+
+Json result_json(const Signature& signature, uint64_t result)
+{
+    switch (signature.result) {
+    case ResultKind::none:
+        return nullptr;
+    case ResultKind::status:
+        return static_cast<uint32_t>(result);
+    case ResultKind::text:
+        return result ? bytes_json(std::as_bytes(std::span{std::string_view{reinterpret_cast<const char*>(result)}}))
+                      : Json();
+    case ResultKind::handle:
+        return result;
+    }
+    return nullptr;
+}
+
+// The time passes without the lock: other threads' calls go on.
+void wait_if_planned(Operation& operation, LockedProcess& process)
+{
+    if (!operation.delay || !operation.delay->calls.take())
+        return;
+    const auto time = operation.delay->time;
+    process.unlock();
+    std::this_thread::sleep_for(time);
+    process.lock();
+}
+
+void put_scripted(const Argument& argument, const ScriptedOutput& scripted, Values& values)
+{
+    if (argument.kind == Argument::Kind::output) {
+        argument.output.write(0, scripted.bytes);
+        if (scripted.is_set)
+            argument.output.set_size(scripted.bytes.size());
+        if (scripted.size)
+            argument.output.set_size(*scripted.size);
+    } else {
+        if (scripted.is_set)
+            values.put(argument.value_output, scripted.bytes);
+        if (scripted.size && argument.value_output.length)
+            *argument.value_output.length = *scripted.size;
+    }
+}
+
+uint64_t scripted_answer(Operation& operation, Arguments arguments, Values& values)
+{
+    ScriptedAnswer answer = std::move(operation.script.front());
+    operation.script.pop_front();
+    if (answer.result_is_text)
+        return word_of(values.keep(std::move(answer.outputs[0].bytes)).data());
+
+    unsigned index = 0;
+    for (const Argument& argument : arguments)
+        if (is_output(argument))
+            put_scripted(argument, answer.outputs[index++], values);
+    return answer.result;
+}
+
+// From the capture or from the state.
+uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess& process, Walk& walk)
+{
+    if (Replay* replay = process->replay())
+        return replay->answer(*operation.signature, arguments, process->values, walk.handles);
+    Host* host = process->host();
+    if (!host) {
+        process->print_error();
+        return operation.failed(refused);
+    }
+    return (*operation.answer)(*host, arguments, {process->values, walk});
+}
+
+// Callers are C: an exception ends here.
+uint64_t answer(Operation& operation, Arguments arguments, LockedProcess& process, Walk& walk)
+{
+    if (operation.failure && operation.failure->calls.take())
+        return operation.failed(operation.failure->status);
+    try {
+        if (!operation.script.empty())
+            return scripted_answer(operation, arguments, process->values);
+        return source_answer(operation, arguments, process, walk);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qdp-host: %s: the answer failed: %s\n", operation.signature->name.data(), error.what());
+        return operation.failed(refused);
+    }
+}
+
+// Calls the caller's function for each handle until it returns something else than 0. The lock is free: the function makes
+// calls of its own.
+void run(const Walk& walk, Arguments arguments)
+{
+    const auto called = std::ranges::find(arguments, Argument::Meaning::callback, &Argument::meaning);
+    if (called == arguments.end() || called->value == 0)
+        return;
+    const auto callback = reinterpret_cast<uint32_t (*)(void* handle, void* context)>(called->value);
+    auto* context = reinterpret_cast<void*>(called[1].value);
+    for (void* handle : walk.handles)
+        if (callback(handle, context) != 0)
+            return;
+}
+
+}  // namespace
+
+Operation& operation(const Signature& signature)
+{
+    const LockedProcess process;
+    Operation& operation = process->operations.at(signature.name);
+    operation.answer = answer_of(signature.name);
+    return operation;
+}
+
+uint64_t dispatch(Operation& operation, Arguments arguments)
+{
+    Walk walk;
+    uint64_t result;
+    {
+        LockedProcess process;
+        wait_if_planned(operation, process);
+        Json call;
+        if (process->is_recording)
+            call = {{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}};
+        result = answer(operation, arguments, process, walk);
+        if (!call.is_null()) {
+            const bool is_success = operation.signature->result != ResultKind::status || result == success;
+            call["result"] = result_json(*operation.signature, result);
+            call["outputs"] = outputs_json(arguments, is_success);
+            process->calls.push_back(std::move(call));
+        }
+    }
+    run(walk, arguments);
+    return result;
+}
+
+}  // namespace host

@@ -1,0 +1,97 @@
+// The embedded host of this process: what answers, the operations and what tests have planned for them, and one lock.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "host/call/values.h"
+#include "host/capture/replay.h"
+#include "host/process/operation.h"
+#include "host/state/host.h"
+
+namespace host {
+
+// What a reader made, or null and what was wrong.
+template <class Read>
+auto attempt(Read read) -> std::pair<decltype(read()), std::string>
+{
+    try {
+        return std::make_pair(read(), std::string{});
+    } catch (const std::exception& error) {
+        return std::make_pair(nullptr, error.what());
+    }
+}
+
+// Reads a scenario file; null is the default scenario.
+std::pair<std::shared_ptr<const Host>, std::string> read_scenario(const char* path);
+
+// All of it is reached through LockedProcess alone.
+class Process {
+public:
+    Process();
+
+    // What answers: the capture, or else the host. The environment is asked at the first call and after every reset. Both
+    // are null when nothing can answer; error() then says why.
+    Replay* replay();
+    Host* host();
+    const std::string& error() const { return error_; }
+
+    // Makes a scenario or a capture that was read the one that answers. Null with an error: nothing answers.
+    void set_scenario(std::shared_ptr<const Host> scenario, std::string error);
+    void set_replay(std::unique_ptr<Replay> replay, std::string error);
+
+    // Prints the error, once a process.
+    void print_error();
+
+    uint64_t take_snapshot();
+    bool restore(uint64_t snapshot);
+    void forget(uint64_t snapshot) { snapshots_.erase(snapshot); }
+
+    void reset();
+
+    std::map<std::string_view, Operation> operations;
+    Values values;
+    bool is_recording = false;
+    std::vector<nlohmann::json> calls;
+
+    // Texts that callers in C look at, by thread and function.
+    std::map<std::pair<std::thread::id, std::string>, std::string> kept_texts;
+
+private:
+    void retire_handles();
+
+    std::shared_ptr<const Host> scenario_of_environment_;
+    std::shared_ptr<const Host> scenario_;  // as it was read
+    std::optional<Host> host_;              // as it stands
+    std::unique_ptr<Replay> replay_;
+    bool has_asked_environment_ = false;
+    std::string error_;
+    bool is_error_printed_ = false;
+
+    std::map<uint64_t, Host> snapshots_;
+    uint64_t snapshots_taken_ = 0;
+
+    // Answers whose handles and texts callers may still hold: those of hosts and captures that were replaced.
+    std::set<std::shared_ptr<const void>> retired_;
+};
+
+// The process's host, for as long as the lock is held. Callers' code never runs under it.
+class LockedProcess {
+public:
+    LockedProcess();
+    Process* operator->() const;
+
+    void unlock() { lock_.unlock(); }
+    void lock() { lock_.lock(); }
+
+private:
+    std::unique_lock<std::mutex> lock_;
+};
+
+}  // namespace host
