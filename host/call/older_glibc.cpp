@@ -100,9 +100,8 @@ HIDDEN int getentropy(void* bytes, size_t size)
 
 HIDDEN uint32_t arc4random() noexcept
 {
-    uint32_t number = 0;
-    getentropy(&number, sizeof number);
-    return number;
+    uint32_t number;
+    return getentropy(&number, sizeof number) == 0 ? number : 0;  // the first kernels have no such call
 }
 
 #ifdef DLFO_STRUCT_HAS_EH_DBASE
