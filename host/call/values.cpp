@@ -23,12 +23,26 @@ void Values::put(const ValueOutput& output, ByteSpan value)
     *output.pointer = memory;
     if (output.length)
         *output.length = static_cast<uint32_t>(value.size());
+    put_.emplace_back(output.pointer, ByteSpan{static_cast<const std::byte*>(memory), memory ? value.size() : 0});
+}
+
+std::optional<ByteSpan> Values::value_put(const ValueOutput& output) const
+{
+    const auto found = std::ranges::find(put_, output.pointer, &std::pair<const void**, ByteSpan>::first);
+    return found == put_.end() ? std::nullopt : std::optional{found->second};
 }
 
 const Value& Values::keep(Value value)
 {
     value.reserve(1);  // an empty value has an address too
     return kept_.emplace_back(std::move(value));
+}
+
+std::string_view Values::text_at(const char* text) const
+{
+    if (!kept_.empty() && reinterpret_cast<const char*>(kept_.back().data()) == text)
+        return {text, strnlen(text, kept_.back().size())};
+    return text;
 }
 
 void Values::release(void* value)

@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <set>
+#include <utility>
 
 #include "host/call/call.h"
 
@@ -13,8 +14,15 @@ public:
     // Copies a value into memory of the output's owner, and sets the caller's words.
     void put(const ValueOutput& output, ByteSpan value);
 
+    // Forgets what was put; and the value that was put into an output since, none when the output was left alone.
+    void begin_call() { put_.clear(); }
+    std::optional<ByteSpan> value_put(const ValueOutput& output) const;
+
     // Keeps a value of the library's own; it stays where it is until forget_kept.
     const Value& keep(Value value);
+
+    // The text at an address, without its NUL. One that was kept last may have none, and ends with its bytes.
+    std::string_view text_at(const char* text) const;
     void forget_kept() { kept_.clear(); }
 
     // Frees a value that its caller gives back. A pointer that no caller holds ends the process.
@@ -25,6 +33,7 @@ public:
 private:
     std::deque<Value> kept_;
     std::set<void*> unreleased_;
+    std::vector<std::pair<const void**, ByteSpan>> put_;  // in the present call
 };
 
 }  // namespace host

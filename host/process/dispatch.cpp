@@ -34,8 +34,9 @@ Json argument_json(const Argument& argument)
     return {};
 }
 
-// What an output holds after the call: as much as its size word says, or null.
-Json output_json(const Argument& argument)
+// What an output holds after the call: as much as its size word says and there is, or null. A scripted size may be beyond
+// the bytes, and a scripted answer may leave the caller's words as they were.
+Json output_json(const Argument& argument, const Values& values)
 {
     if (argument.kind == Argument::Kind::output) {
         const Output& output = argument.output;
@@ -44,10 +45,10 @@ Json output_json(const Argument& argument)
         return bytes_json(
             {output.data, std::min(output.size_word ? *output.size_word : output.capacity, output.capacity)});
     }
-    const ValueOutput& output = argument.value_output;
-    if (!output.pointer || !*output.pointer || !output.length)
+    const auto value = values.value_put(argument.value_output);
+    if (!value || !argument.value_output.length)
         return nullptr;
-    return bytes_json({static_cast<const std::byte*>(*output.pointer), *output.length});
+    return bytes_json(value->first(std::min<size_t>(*argument.value_output.length, value->size())));
 }
 
 Json arguments_json(Arguments arguments)
@@ -64,16 +65,16 @@ bool is_output(const Argument& argument)
 }
 
 // A failed call has written nothing that its caller may look at.
-Json outputs_json(Arguments arguments, bool is_success)
+Json outputs_json(Arguments arguments, const Values& values, bool is_success)
 {
     Json all = Json::array();
     for (const Argument& argument : arguments)
         if (is_output(argument))
-            all.push_back(is_success ? output_json(argument) : Json());
+            all.push_back(is_success ? output_json(argument, values) : Json());
     return all;
 }
 
-Json result_json(const Signature& signature, uint64_t result)
+Json result_json(const Signature& signature, uint64_t result, const Values& values)
 {
     switch (signature.result) {
     case ResultKind::none:
@@ -81,7 +82,7 @@ Json result_json(const Signature& signature, uint64_t result)
     case ResultKind::status:
         return static_cast<uint32_t>(result);
     case ResultKind::text:
-        return result ? bytes_json(std::as_bytes(std::span{std::string_view{reinterpret_cast<const char*>(result)}}))
+        return result ? bytes_json(std::as_bytes(std::span{values.text_at(reinterpret_cast<const char*>(result))}))
                       : Json();
     case ResultKind::handle:
         return result;
@@ -192,11 +193,12 @@ uint64_t dispatch(Operation& operation, Arguments arguments)
         Json call;
         if (process->is_recording)
             call = {{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}};
+        process->values.begin_call();
         result = answer(operation, arguments, process, walk);
         if (!call.is_null()) {
             const bool is_success = operation.signature->result != ResultKind::status || result == success;
-            call["result"] = result_json(*operation.signature, result);
-            call["outputs"] = outputs_json(arguments, is_success);
+            call["result"] = result_json(*operation.signature, result, process->values);
+            call["outputs"] = outputs_json(arguments, process->values, is_success);
             process->calls.push_back(std::move(call));
         }
     }

@@ -66,6 +66,15 @@ def test_fail_checks_its_arguments_and_plans_nothing(host, arguments, options, e
     assert (str(raised.value), status_of(host)) == (message, 0)
 
 
+def test_a_pointer_fails_with_null_whatever_the_status(host):
+    host.fail(TEXT, 0)
+    with host.recording() as calls:
+        host.libqmtPublic.DVS_ClassName(None)
+    assert [call.result for call in calls] == [None]
+    with pytest.raises(ValueError, match="^status is the status of a failure: 0 to 4294967295, not -1$"):
+        host.fail(TEXT, -1)
+
+
 @pytest.mark.parametrize(
     "call, error, message",
     [
@@ -118,6 +127,32 @@ class TestRecording:
             host.fail(TEXT)
             host.libqmtPublic.DVS_ClassName(None)
         assert [(call.result, call.outputs) for call in calls] == [(b"vswitch", []), (None, [])]
+
+    def test_a_text_without_its_nul_ends_with_its_bytes(self, host):
+        host.script(TEXT, text=b"i" * 72)
+        with host.recording() as calls:
+            host.libqmtPublic.DVS_ClassName(None)
+        assert [call.result for call in calls] == [b"i" * 72]
+
+    @pytest.mark.parametrize(
+        "script, word, recorded",
+        [
+            ({"outputs": [b"value"]}, 5, b"value"),
+            ({"outputs": [b"value"], "sizes": {0: 2}}, 2, b"va"),
+            ({"outputs": [b"value"], "sizes": {0: 0xFFFFFFFF}}, 0xFFFFFFFF, b"value"),
+            ({"outputs": [b""]}, 0, b""),
+            ({"sizes": {0: 9}}, 9, None),
+            ({}, 3, None),
+        ],
+    )
+    def test_a_value_is_recorded_as_far_as_there_are_bytes(self, host, script, word, recorded):
+        host.script("DVSData_Data", **script)
+        # The caller's words before the call: an address that nothing lies at, and 3.
+        value, length = ctypes.c_void_p(8), ctypes.c_uint32(3)
+        with host.recording() as calls:
+            host.libqmtPublic.DVSData_Data(None, ctypes.byref(value), ctypes.byref(length))
+        assert (length.value, value.value == 8) == (word, recorded is None)
+        assert [call.outputs for call in calls] == [[recorded]]
 
 
 class TestScenarioAsDict:

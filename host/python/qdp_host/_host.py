@@ -341,9 +341,13 @@ class EmbeddedHost:
         return given, sizes or {}
 
     def fail(self, operation, status=1, nth=1, times=1):
-        """Fail `operation` with `status` from its nth call from now on, `times` times; 0 times is for ever."""
-        name, _ = self._operation(operation)
-        _integer("status", status, 1, LARGEST_STATUS, "the status of a failure")
+        """Fail `operation` with `status` from its nth call from now on, `times` times; 0 times is for ever.
+
+        An operation that returns a pointer fails with a null pointer, whatever the status.
+        """
+        name, described = self._operation(operation)
+        least = 1 if described["result"] == "status" else 0
+        _integer("status", status, least, LARGEST_STATUS, "the status of a failure")
         self._control.qdp_host_fail(name, status, *_chosen_calls(nth, times))
 
     def delay(self, operation, seconds, nth=1, times=1):
