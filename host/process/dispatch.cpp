@@ -34,8 +34,8 @@ Json argument_json(const Argument& argument)
     return {};
 }
 
-// What an output holds after the call: as much as its size word says and there is, or null. A scripted size may be beyond
-// the bytes, and a scripted answer may leave the caller's words as they were.
+// What an output holds after the call: as much as its size word says and there is, or null. A scripted size may be
+// beyond the bytes, and a scripted answer may leave the caller's words as they were.
 Json output_json(const Argument& argument, const Values& values)
 {
     if (argument.kind == Argument::Kind::output) {

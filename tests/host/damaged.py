@@ -14,7 +14,8 @@ import tempfile
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent))
 
-from recipes import RECIPES, is_made_of  # noqa: E402
+from contract import RECIPES  # noqa: E402
+from recipes import is_made_of  # noqa: E402
 
 # What takes the place of a value in a line.
 STRANGE = [None, True, 0, 1, 2, -1, 2**31, 2**32 - 1, 2**32, 2**63, 2**64, 1.5, "", "x", "\u0000", [], {}, [[]]]
@@ -83,7 +84,8 @@ def replay(capture, methods, times):
         content = file.read()
     header = content[: content.index(b"\n") + 1]
     ranges = json.loads(open(methods).read())
-    init = content[slice(*ranges.pop("LibraryInit"))].splitlines(True)
+    # The header comes with the first call, which is one of LibraryInit's.
+    init = content[len(header) : ranges.pop("LibraryInit")[1]].splitlines(True)
     refused = answered = 0
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "capture")

@@ -14,6 +14,8 @@ from qdp_host import HostError
 # Qdp_Get_Port_List has one output; DVS_ClassName returns a text and has none.
 LIST, TEXT = "Qdp_Get_Port_List", "DVS_ClassName"
 
+FROM = "nth counts from 1, and times from 0, which is for ever; "
+
 
 def status_of(host):
     """What the host answers to the operation that the tests script: 0, unless something is planned."""
@@ -56,8 +58,10 @@ def test_script_checks_its_arguments_and_queues_nothing(host, arguments, options
         ((LIST,), {"status": 1 << 40}, ValueError, "status is the status of a failure: 1 to 4294967295, not 1099511627776"),
         ((LIST,), {"status": "x"}, TypeError, "status is the status of a failure: give an int, not 'x'"),
         ((None,), {}, TypeError, "operation: give a name as a str, not None"),
-        ((LIST,), {"nth": 0}, ValueError, "nth is the first of the calls, counted from 1: 1 to 4294967295, not 0"),
-        ((LIST,), {"times": -1}, ValueError, "times is how many calls, 0 for ever: 0 to 4294967295, not -1"),
+        ((LIST,), {"nth": 0}, ValueError, FROM + "not 0 and 1"),
+        ((LIST,), {"nth": 1 << 32}, ValueError, FROM + "not 4294967296 and 1"),
+        ((LIST,), {"times": -1}, ValueError, FROM + "not 1 and -1"),
+        ((LIST,), {"times": 1.5}, TypeError, "times counts calls: give an int, not 1.5"),
     ],
 )
 def test_fail_checks_its_arguments_and_plans_nothing(host, arguments, options, error, message):

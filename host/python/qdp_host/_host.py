@@ -98,8 +98,11 @@ def _nanoseconds(seconds):
 
 
 def _chosen_calls(nth, times):
-    _integer("nth", nth, 1, 2**32 - 1, "the first of the calls, counted from 1")
-    _integer("times", times, 0, 2**32 - 1, "how many calls, 0 for ever")
+    for name, number in ("nth", nth), ("times", times):
+        if isinstance(number, bool) or not isinstance(number, int):
+            raise TypeError("{} counts calls: give an int, not {!r}".format(name, number))
+    if not 1 <= nth < 2**32 or not 0 <= times < 2**32:
+        raise ValueError("nth counts from 1, and times from 0, which is for ever; not {!r} and {!r}".format(nth, times))
     return nth, times
 
 
