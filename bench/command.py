@@ -9,7 +9,11 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 ARGPARSE = ["-c", "import argparse"]
-LINES = {"qdp port show": ["port", "show", "0"], "qdp port stats": ["port", "stats", "0", "-j"]}
+LINES = {
+    "qdp switch show": ["switch", "show"],
+    "qdp port show": ["port", "show", "0"],
+    "qdp port stats": ["port", "stats", "0", "-j"],
+}
 TAB = """
 source "$1"
 COMP_WORDS=(qdp port show d); COMP_CWORD=3; COMPREPLY=()

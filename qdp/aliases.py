@@ -1,8 +1,10 @@
 """The aliases of switches, from the snapshot of the switch configuration that LibraryInit loads into the process."""
 
-from typing import Any, Dict, Optional
-
 from .errors import Refused
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Dict, Optional
 
 NAME_BYTES = 128  # of a portset name or an alias; one that is as long has no end of its own
 
@@ -10,11 +12,11 @@ NAME_BYTES = 128  # of a portset name or an alias; one that is as long has no en
 class Aliases:
     """Loads the snapshot when it is first needed, and once more where an alias is unknown."""
 
-    known: Optional[Dict[str, str]] = None  # aliases by portset name, where no snapshot is to be loaded
+    known = None  # type: Optional[Dict[str, str]]  # aliases by portset name, where no snapshot is to be loaded
 
     def __init__(self) -> None:
-        self._library: Any = None
-        self._given: Dict[str, str] = {}  # by portset name: aliases that led to it
+        self._library = None  # type: Any
+        self._given = {}  # type: Dict[str, str]  # by portset name: aliases that led to it
 
     def load(self) -> None:
         """Loads the snapshot, as it is now."""
@@ -22,7 +24,7 @@ class Aliases:
         if status:
             raise Refused("LibraryInit: status {:#x}".format(status), hint="the switch configuration cannot be read")
 
-    def _exported(self) -> Any:
+    def _exported(self) -> "Any":
         if self._library is None:
             import ctypes
 
@@ -54,7 +56,7 @@ class Aliases:
             return ""
         return name.value.decode("utf-8", "surrogateescape")
 
-    def portset_of(self, alias: str) -> Optional[str]:
+    def portset_of(self, alias: str) -> "Optional[str]":
         """The portset name of the switch with that alias; None where there is no such switch."""
         if self.known is not None:
             return next((portset for portset, each in self.known.items() if each == alias), None)
@@ -67,7 +69,7 @@ class Aliases:
             self._given[portset] = alias
         return portset or None
 
-    def alias_of(self, portset: str) -> Optional[str]:
+    def alias_of(self, portset: str) -> "Optional[str]":
         """The alias of the switch with that portset name.
 
         None where it cannot be told: for a switch without a portset property whose portset name is not its alias, and

@@ -2,8 +2,6 @@
 back."""
 
 import contextlib
-import difflib
-import logging
 from typing import (
     Any,
     Callable,
@@ -483,6 +481,8 @@ def row_of(scope: str, name: str) -> Row:
     row = ROWS.get((scope, plain))
     if row is None or (":" in name and "selector" not in row.by):
         names = [each.name for each in SETTINGS if each.scope == scope]
+        import difflib
+
         near = difflib.get_close_matches(plain, names, 3)
         raise NotFound(
             "a {} has no setting {!r}".format(scope, name),
@@ -726,6 +726,8 @@ class Plan:
                     raise Unsupported("{} {}".format(setting.path, UNVERIFIED))
                 setting._change(before, [])
             except QdpError as error:
+                import logging
+
                 logging.getLogger("qdp").warning("%s is not set back: %s", setting.path, error)
                 failed.append(setting.path)
         return failed

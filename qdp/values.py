@@ -1,12 +1,15 @@
 """Values as callers write them, checked before any call and packed as the module takes them."""
 
-import ipaddress
 import operator
-from typing import Any, Container, List, NoReturn, Tuple, Union
+from typing import TYPE_CHECKING, Any, Container, List, NoReturn, Tuple
 
 from .errors import InvalidArgument
 
-Address = Union[ipaddress.IPv4Address, ipaddress.IPv6Address]
+if TYPE_CHECKING:
+    from ipaddress import IPv4Address, IPv6Address
+    from typing import Union
+
+    Address = Union[IPv4Address, IPv6Address]
 
 MAC_BYTES = 6
 WORD = range(1 << 32)  # what a 32-bit argument holds
@@ -74,9 +77,11 @@ def mac_number_reversed(mac: str) -> int:
     return int.from_bytes(mac_bytes(mac), "little")
 
 
-def ip_address(address: Any) -> Address:
+def ip_address(address: Any) -> "Address":
     """An address, or a text that is one."""
     if not isinstance(address, int):
+        import ipaddress
+
         try:
             return ipaddress.ip_address(address)
         except ValueError:
@@ -84,7 +89,7 @@ def ip_address(address: Any) -> Address:
     refuse("an address", "an IPv4 or IPv6 address", address)
 
 
-def address_halves(address: Address) -> Tuple[int, int]:
+def address_halves(address: "Address") -> Tuple[int, int]:
     """The low and the high 64 bits of an address, as the signed numbers that the module takes."""
     number = int(address)
     low, high = (half - (1 << 64) if half >> 63 else half for half in (number & (1 << 64) - 1, number >> 64))

@@ -2,6 +2,7 @@
 
 import sys
 
+from ..errors import QdpError
 from . import _table
 from ._context import Context
 from ._declare import Column
@@ -52,8 +53,9 @@ def run_write(verb, options):
                 continue
             context.call(step.method, *step.arguments)
             rows.append(step.row(before, step.look() if step.look else None, True))
-    finally:
-        show_changes(rows, options)
+    except QdpError as error:
+        context.refuse(error)
+    show_changes(rows, options)
     return context.code
 
 

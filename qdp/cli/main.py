@@ -4,7 +4,7 @@ import os
 import sys
 
 from . import load, object_names
-from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write_lines
+from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write_json, write_lines
 
 HEAD = "usage: qdp [--from SNAPSHOT] OBJECT [VERB] [SELECTORS] [OPTIONS]"
 
@@ -118,6 +118,7 @@ def answer_from(file, thing, verb, options):
 
 
 def run_verb(verb, options):
+    from ..errors import QdpError
     from ._declare import Read, Write
     from ._rows import UnknownColumn
 
@@ -135,6 +136,11 @@ def run_verb(verb, options):
         return verb.run(Context(verb, options))
     except UnknownColumn as error:
         raise UsageError(str(error))
+    except (QdpError, CommandError) as error:
+        # Whoever reads JSON gets an array, even where nothing could be read. A watch has its own documents.
+        if options.json and getattr(options, "watch", None) is None and not isinstance(error, UsageError):
+            write_json([], options.pretty)
+        raise
 
 
 def overview():

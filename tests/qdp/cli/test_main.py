@@ -50,9 +50,35 @@ def test_platform_error_has_text_and_hint(qdp_command):
 
 
 def test_platform_error_as_json(qdp_command):
-    code, text = qdp_command.error("call", "ListPorts", "9", "-j")
+    code, out, err = qdp_command("call", "ListPorts", "9", "-j")
     about = {"method": "ListPorts", "arguments": [9], "text": "Failed to retrieve list of ports.", "class": "Refused"}
-    assert (code, json.loads(text)) == (2, {"error": about})
+    assert (code, out, json.loads(err)) == (2, "[]\n", {"error": about})
+
+
+@pytest.mark.parametrize(
+    "line",
+    [
+        "port show nosuch",
+        "port show 0 99",
+        "mac find 02:10:00:00:00:99",
+        "balancer debug nosuch",
+        "port reset 0 99",
+        "setting set nosuch 1",
+    ],
+)
+def test_refusal_is_an_empty_array(qdp_command, line):
+    code, out, err = qdp_command(*line.split(), "-j")
+    assert (code, out) == (2, "[]\n")
+    assert err.count("\n") == 1 and set(json.loads(err)["error"]) == {"method", "arguments", "text", "class"}
+
+
+@pytest.mark.parametrize("line", ["switch", "port show 0", "port stats", "mac show", "uplink stats", "nic lif"])
+def test_host_that_refuses_everything_is_an_empty_array(qdp_command, line):
+    for operation in qdp_command.host.operations():
+        qdp_command.host.fail(operation, times=0)
+    code, out, err = qdp_command(*line.split(), "-j")
+    assert (code, out) == (2, "[]\n")
+    assert all(set(json.loads(each)) == {"error"} for each in err.splitlines()) and err
 
 
 def test_usage_error_as_json(qdp_command):
@@ -112,6 +138,20 @@ def test_module_runs_as_a_process(run_process):
     done = run_process("switch", "show", "-j")
     assert (done.returncode, done.stderr) == (0, "")
     assert [row["swID"] for row in json.loads(done.stdout)] == [0, 1, 2]
+
+
+@pytest.mark.parametrize("line", ["switch show", "port stats 0 -j", "lcore", "mac find 02:10:00:00:00:03"])
+def test_start_loads_no_more_than_it_needs(process, line):
+    """Each of these costs a start milliseconds."""
+    (python, script, *words), environment = process(*line.split())
+    program = "import sys; from qdp.cli.main import main; main(sys.argv[1:]); print(*sys.modules, file=sys.stderr)"
+    # -S: what is installed beside the interpreter may load anything.
+    line = [python, "-S", "-c", program, *words]
+    done = subprocess.run(line, env=environment, cwd="/", stdout=-1, stderr=-1, timeout=60)
+    loaded = set(done.stderr.decode().split())
+    assert {"qdp.cli.main", "qdp._call", "argparse"} <= loaded
+    heavy = {"typing", "logging", "difflib", "ipaddress", "tempfile", "subprocess", "inspect", "qdp.methods"}
+    assert loaded & heavy == set()
 
 
 def test_closed_pipe_is_quiet(process):

@@ -119,7 +119,7 @@ def test_apply_rolls_back_when_one_fails(qdp_command, desired):
     qdp_command.host.fail("Qdp_Set_Offload_ICMP_Echo", status=7)
     wanted = not _libqdp.GetOffloadICMPEcho()
     code, out, err = qdp_command("setting", "apply", desired({"flow-timeout": 33, "offload-icmp-echo": wanted}), "-j")
-    assert (code, out) == (2, "")
+    assert (code, out) == (2, "[]\n")
     assert json.loads(err)["error"]["method"] == "SetOffloadICMPEcho"
     assert timeout() == before
 
