@@ -7,10 +7,13 @@ import os
 import sys
 import tempfile
 import weakref
-from collections import namedtuple
+from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Sequence, Tuple, TYPE_CHECKING, Union
 
 from . import _places
-from ._places import HostError
+from ._places import HostError, Path
+
+if TYPE_CHECKING:
+    from _typeshed import ReadableBuffer
 
 NANOSECONDS_A_SECOND = 1000000000
 MOST_NANOSECONDS = 2**63 - 1
@@ -19,7 +22,20 @@ LARGEST_STATUS = 2**32 - 1
 LARGEST_RESULT = 2**64 - 1
 
 
-class Call(namedtuple("Call", "operation arguments")):
+# A buffer for an answer: the number of bytes that the caller said it holds.
+Capacity = NamedTuple("Capacity", [("size", int)])
+
+# No buffer for an answer: a null pointer, and what stood in its size word.
+NullBuffer = NamedTuple("NullBuffer", [("size", int)])
+
+Argument = Union[int, str, bytes, Capacity, NullBuffer, None]
+Result = Union[int, bytes, None]
+Output = Optional[bytes]
+
+_Asked = NamedTuple("_Asked", [("operation", str), ("arguments", List[Argument])])
+
+
+class Call(_Asked):
     """A call of a platform operation: its name and its arguments, in order; a buffer and its size word are one argument.
 
     Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
@@ -31,20 +47,19 @@ class Call(namedtuple("Call", "operation arguments")):
     Equality compares operation and arguments only: what a caller asked, not what it was answered.
     """
 
-    def __new__(cls, operation, arguments, result=None, outputs=()):
+    result = None  # type: Result
+    outputs = []  # type: List[Output]
+
+    def __new__(
+        cls, operation: str, arguments: List[Argument], result: Result = None, outputs: Sequence[Output] = ()
+    ) -> "Call":
         call = super().__new__(cls, operation, arguments)
         call.result = result
         call.outputs = list(outputs)
         return call
 
-# A buffer for an answer: the number of bytes that the caller said it holds.
-Capacity = namedtuple("Capacity", "size")
 
-# No buffer for an answer: a null pointer, and what stood in its size word.
-NullBuffer = namedtuple("NullBuffer", "size")
-
-
-def _argument(described):
+def _argument(described: Any) -> Any:
     if not isinstance(described, dict):
         return described
     if "bytes" in described:
@@ -52,7 +67,7 @@ def _argument(described):
     return (NullBuffer if described["is_null"] else Capacity)(described["capacity"])
 
 
-def _recorded_call(described):
+def _recorded_call(described: Dict[str, Any]) -> Call:
     return Call(
         described["operation"],
         [_argument(each) for each in described["arguments"]],
@@ -61,7 +76,7 @@ def _recorded_call(described):
     )
 
 
-def _refuse_other_libraries(folder):
+def _refuse_other_libraries(folder: str) -> None:
     """The module that has found other libraries keeps to them."""
     with open("/proc/self/maps") as maps:
         loaded = {os.path.realpath(line.split(None, 5)[5].rstrip("\n")) for line in maps if "/" in line}
@@ -73,7 +88,7 @@ def _refuse_other_libraries(folder):
             )
 
 
-def _loaded(folder, name):
+def _loaded(folder: str, name: str) -> ctypes.PyDLL:
     path = _places.library(folder, name)
     try:
         return ctypes.PyDLL(path)
@@ -81,7 +96,7 @@ def _loaded(folder, name):
         raise HostError("{} cannot be loaded: {}".format(path, error)) from error
 
 
-def _integer(name, value, least, most, meaning):
+def _integer(name: str, value: int, least: int, most: int, meaning: str) -> int:
     if isinstance(value, bool) or not isinstance(value, int):
         raise TypeError("{} is {}: give an int, not {!r}".format(name, meaning, value))
     if not least <= value <= most:
@@ -89,7 +104,7 @@ def _integer(name, value, least, most, meaning):
     return value
 
 
-def _nanoseconds(seconds):
+def _nanoseconds(seconds: float) -> int:
     if isinstance(seconds, bool) or not isinstance(seconds, (int, float)):
         raise TypeError("seconds: give a number, not {!r}".format(seconds))
     if not 0 <= seconds * NANOSECONDS_A_SECOND <= MOST_NANOSECONDS:
@@ -97,7 +112,7 @@ def _nanoseconds(seconds):
     return round(seconds * NANOSECONDS_A_SECOND)
 
 
-def _chosen_calls(nth, times):
+def _chosen_calls(nth: int, times: int) -> Tuple[int, int]:
     for name, number in ("nth", nth), ("times", times):
         if isinstance(number, bool) or not isinstance(number, int):
             raise TypeError("{} counts calls: give an int, not {!r}".format(name, number))
@@ -106,7 +121,7 @@ def _chosen_calls(nth, times):
     return nth, times
 
 
-def _bytes(name, value):
+def _bytes(name: str, value: "ReadableBuffer") -> bytes:
     if isinstance(value, (str, int)) or value is None:
         raise TypeError("{}: give bytes, not {!r}".format(name, value))
     try:
@@ -115,7 +130,7 @@ def _bytes(name, value):
         raise TypeError("{}: give bytes, not {!r}".format(name, value)) from None
 
 
-def _path(name, value, other=""):
+def _path(name: str, value: Path, other: str = "") -> str:
     if not isinstance(value, (str, os.PathLike)):
         raise TypeError("{}: give a path as a str or a pathlib.Path{}, not {!r}".format(name, other, value))
     return os.fspath(value)
@@ -124,8 +139,8 @@ def _path(name, value, other=""):
 class Snapshot:
     """A state of the host, for EmbeddedHost.restore()."""
 
-    def __init__(self, control):
-        self.number = control.qdp_host_snapshot()
+    def __init__(self, control: ctypes.PyDLL) -> None:
+        self.number = control.qdp_host_snapshot()  # type: int
         if not self.number:
             raise HostError("there is no state to keep: nothing answers")
         weakref.finalize(self, control.qdp_host_forget, self.number).atexit = False
@@ -134,7 +149,7 @@ class Snapshot:
 class EmbeddedHost:
     """The host of this process. `folder` holds the stand-ins; they stay loaded until the process ends."""
 
-    def __init__(self, folder=None):
+    def __init__(self, folder: Optional[str] = None) -> None:
         folder = os.path.abspath(folder or _places.libraries())
         _refuse_other_libraries(folder)
         # Loaded by path and before the module: the loader then takes them for the libraries the module asks for.
@@ -143,7 +158,7 @@ class EmbeddedHost:
         self.libqdp = _loaded(folder, "libqdp.so")
         self._add_module_path(folder)
         text, size = ctypes.c_char_p, ctypes.c_size_t
-        for name, result, *parameters in [
+        functions = [
             ("reset", None),
             ("load", ctypes.c_int, text),
             ("scenario", text),
@@ -172,19 +187,20 @@ class EmbeddedHost:
             ("unreleased_values", size),
             ("freeze_time", None),
             ("advance_time", None, ctypes.c_uint64),
-        ]:
+        ]  # type: List[Tuple[Any, ...]]
+        for name, result, *parameters in functions:
             function = getattr(self._control, "qdp_host_" + name)
             function.restype = result
             function.argtypes = parameters
         self._recording = 0  # blocks of recording() that are open
 
     @staticmethod
-    def _add_module_path(folder):
+    def _add_module_path(folder: str) -> None:
         module = _places.module_folder(folder)
         if module and module not in sys.path:
             sys.path.insert(0, module)
 
-    def _operation(self, operation):
+    def _operation(self, operation: str) -> Tuple[bytes, Dict[str, Any]]:
         """The encoded name of an operation, and what it returns and how many outputs it has."""
         if not isinstance(operation, str):
             raise TypeError("operation: give a name as a str, not {!r}".format(operation))
@@ -196,20 +212,20 @@ class EmbeddedHost:
             )
         return name, json.loads(described)
 
-    def _take(self, function, path):
+    def _take(self, function: str, path: Optional[str]) -> None:
         encoded = None if path is None else os.fsencode(path)
         if getattr(self._control, "qdp_host_" + function)(encoded) != 0:
             raise HostError(self._control.qdp_host_error().decode(errors="replace"))
 
-    def _expect_state(self):
+    def _expect_state(self) -> None:
         if self._control.qdp_host_is_replaying():
             raise HostError("a capture answers, not a state; replay(None) goes back to the state")
 
-    def reset(self):
+    def reset(self) -> None:
         """Be the host again that the process began as: state, real clock, nothing scripted, failing or recorded."""
         self._control.qdp_host_reset()
 
-    def load(self, scenario=None):
+    def load(self, scenario: Union[Path, Dict[str, Any], None] = None) -> None:
         """Become the host of a scenario: a file, the name of one that comes along, or a dict; None is the default one.
 
         A scenario that is not valid raises a HostError that says where; every operation fails then, until a reset.
@@ -221,7 +237,7 @@ class EmbeddedHost:
         else:
             self._take("load", _places.scenario_file(_path("scenario", scenario, ", a name or a dict")))
 
-    def _load_dict(self, scenario):
+    def _load_dict(self, scenario: Dict[str, Any]) -> None:
         try:
             text = json.dumps(scenario, allow_nan=False)
         except (TypeError, ValueError) as error:
@@ -234,62 +250,66 @@ class EmbeddedHost:
             except HostError as error:
                 raise HostError(str(error).replace(file.name, "scenario", 1)) from None
 
-    def _text(self, function):
+    def _text(self, function: str) -> str:
         self._expect_state()
-        text = getattr(self._control, "qdp_host_" + function)()
+        text = getattr(self._control, "qdp_host_" + function)()  # type: Optional[bytes]
         if text is None:
             raise HostError((self._control.qdp_host_error() or b"there is not enough memory").decode(errors="replace"))
         return text.decode()
 
-    def scenario_text(self):
+    def scenario_text(self) -> str:
         """The present state as the text of a scenario file."""
         return self._text("scenario")
 
-    def scenario(self):
+    def scenario(self) -> Dict[str, Any]:
         """The present state as a scenario, which load() takes."""
-        return json.loads(self.scenario_text())
+        scenario = json.loads(self.scenario_text())  # type: Dict[str, Any]
+        return scenario
 
-    def summary(self):
+    def summary(self) -> Dict[str, Any]:
         """How many switches, ports, flows and so on the host has at present."""
-        return json.loads(self._text("summary"))
+        summary = json.loads(self._text("summary"))  # type: Dict[str, Any]
+        return summary
 
-    def version(self):
+    def version(self) -> str:
         """The version of the stand-ins."""
-        return self._control.qdp_host_version().decode()
+        version = self._control.qdp_host_version()  # type: bytes
+        return version.decode()
 
-    def check(self, scenario):
+    def check(self, scenario: Path) -> None:
         """Raise a HostError that says what is wrong with a scenario, as load() does; the host stays as it is."""
         wrong = self._control.qdp_host_check(os.fsencode(_places.scenario_file(scenario)))
         if wrong is not None:
             raise HostError(wrong.decode(errors="replace"))
 
-    def completed(self, scenario):
+    def completed(self, scenario: Path) -> bytes:
         """A scenario with all that follows from it written out, as the bytes of a file; the host stays as it is.
 
         Lists whose entries repeat very often stay as they are. Fails as load() does.
         """
         is_valid = ctypes.c_int()
-        text = self._control.qdp_host_completed(os.fsencode(_places.scenario_file(scenario)), is_valid)
+        file = os.fsencode(_places.scenario_file(scenario))
+        text = self._control.qdp_host_completed(file, is_valid)  # type: bytes
         if not is_valid.value:
             raise HostError(text.decode(errors="replace"))
         return text
 
-    def replay(self, capture):
+    def replay(self, capture: Optional[Path]) -> None:
         """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""
         self._take("replay", None if capture is None else os.path.abspath(_path("capture", capture)))
 
-    def check_capture(self, capture):
+    def check_capture(self, capture: Path) -> None:
         """Raise a HostError that says what is wrong with a capture file; nothing changes."""
         error = self._control.qdp_host_check_capture(os.fsencode(os.path.abspath(_path("capture", capture))))
         if error is not None:
             raise HostError(error.decode(errors="replace"))
 
-    def snapshot(self):
+    def snapshot(self) -> Snapshot:
         """Keep the present state with its clock, for restore()."""
         self._expect_state()
         return Snapshot(self._control)
 
-    def restore(self, snapshot):
+    def restore(self, snapshot: Snapshot) -> None:
         """Go back to a state, as often as wanted. What is scripted, failing or delayed stays so."""
         if not isinstance(snapshot, Snapshot):
             raise TypeError("snapshot: give what EmbeddedHost.snapshot() returned, not {!r}".format(snapshot))
@@ -297,7 +317,14 @@ class EmbeddedHost:
         if self._control.qdp_host_restore(snapshot.number) != 0:
             raise HostError("there is no state to go back to: nothing answers")
 
-    def script(self, operation, status=0, outputs=(), sizes=None, text=None):
+    def script(
+        self,
+        operation: str,
+        status: int = 0,
+        outputs: "Sequence[Optional[ReadableBuffer]]" = (),
+        sizes: Optional[Dict[int, int]] = None,
+        text: "Optional[ReadableBuffer]" = None,
+    ) -> None:
         """Script the next answer of `operation`; answers queue up, and the state answers again after the last one.
 
         status: what the operation returns.
@@ -309,7 +336,7 @@ class EmbeddedHost:
         name, described = self._operation(operation)
         most = LARGEST_RESULT if described["result"] == "handle" else LARGEST_STATUS
         _integer("status", status, 0, most, "what {} returns".format(operation))
-        outputs, sizes = self._checked_outputs(operation, described["outputs"], outputs, sizes)
+        given, sizes = self._checked_outputs(operation, described["outputs"], outputs, sizes)
         if text is not None:
             if described["result"] != "text":
                 raise ValueError("text: {} returns no text".format(operation))
@@ -318,13 +345,18 @@ class EmbeddedHost:
         self._control.qdp_host_script(name, status)
         if text is not None:
             self._control.qdp_host_script_text(name, text, len(text))
-        for index, output in outputs.items():
+        for index, output in given.items():
             self._control.qdp_host_script_output(name, index, output, len(output))
         for index, size in sizes.items():
             self._control.qdp_host_script_size(name, index, size)
 
     @staticmethod
-    def _checked_outputs(operation, num_outputs, outputs, sizes):
+    def _checked_outputs(
+        operation: str,
+        num_outputs: int,
+        outputs: "Sequence[Optional[ReadableBuffer]]",
+        sizes: Optional[Dict[int, int]],
+    ) -> Tuple[Dict[int, bytes], Dict[int, int]]:
         """The bytes and the reported sizes of outputs, by index."""
         if not isinstance(outputs, (list, tuple)):
             raise TypeError("outputs: give a list of bytes, one for each output, not {!r}".format(outputs))
@@ -343,7 +375,7 @@ class EmbeddedHost:
         }
         return given, sizes or {}
 
-    def fail(self, operation, status=1, nth=1, times=1):
+    def fail(self, operation: str, status: int = 1, nth: int = 1, times: int = 1) -> None:
         """Fail `operation` with `status` from its nth call from now on, `times` times; 0 times is for ever.
 
         An operation that returns a pointer fails with a null pointer, whatever the status.
@@ -353,7 +385,7 @@ class EmbeddedHost:
         _integer("status", status, least, LARGEST_STATUS, "the status of a failure")
         self._control.qdp_host_fail(name, status, *_chosen_calls(nth, times))
 
-    def delay(self, operation, seconds, nth=1, times=1):
+    def delay(self, operation: str, seconds: float, nth: int = 1, times: int = 1) -> None:
         """Let `operation` take so much longer from its nth call from now on, `times` times; 0 times is for ever.
 
         The time is real, whether the host's clock is stopped or not. The module keeps the interpreter lock during a
@@ -363,9 +395,9 @@ class EmbeddedHost:
         self._control.qdp_host_delay(name, _nanoseconds(seconds), *_chosen_calls(nth, times))
 
     @contextlib.contextmanager
-    def recording(self):
+    def recording(self) -> Iterator[List[Call]]:
         """Record the platform calls of the block into the list that is its target. Blocks may be nested."""
-        calls = []
+        calls = []  # type: List[Call]
         if self._recording == 0:
             self._control.qdp_host_record(1)
         self._recording += 1
@@ -378,30 +410,33 @@ class EmbeddedHost:
             if self._recording == 0:
                 self._control.qdp_host_record(0)
 
-    def _recorded(self):
-        return json.loads(self._control.qdp_host_calls())
+    def _recorded(self) -> List[Dict[str, Any]]:
+        calls = json.loads(self._control.qdp_host_calls())  # type: List[Dict[str, Any]]
+        return calls
 
-    def operations(self):
+    def operations(self) -> List[str]:
         """The names of the operations that the host answers from its state."""
-        return json.loads(self._control.qdp_host_operations())
+        names = json.loads(self._control.qdp_host_operations())  # type: List[str]
+        return names
 
-    def unreleased_values(self):
+    def unreleased_values(self) -> int:
         """How many values of the switch state library their callers have not released."""
-        return self._control.qdp_host_unreleased_values()
+        count = self._control.qdp_host_unreleased_values()  # type: int
+        return count
 
-    def freeze(self):
+    def freeze(self) -> None:
         """Stop the clock, so that counters change only with advance()."""
         self._control.qdp_host_freeze_time()
 
-    def advance(self, seconds):
+    def advance(self, seconds: float) -> None:
         """Move the clock on."""
         self._control.qdp_host_advance_time(_nanoseconds(seconds))
 
 
-_the_host = None
+_the_host = None  # type: Optional[EmbeddedHost]
 
 
-def the_host():
+def the_host() -> EmbeddedHost:
     """The host of this process, for those who share it."""
     global _the_host
     if _the_host is None:
@@ -410,7 +445,9 @@ def the_host():
 
 
 @contextlib.contextmanager
-def running(scenario=None, replay=None):
+def running(
+    scenario: Union[Path, Dict[str, Any], None] = None, replay: Optional[Path] = None
+) -> Iterator[EmbeddedHost]:
     """The embedded host, fresh at the begin of the block and reset at its end.
 
     scenario: a file, the name of a scenario that comes along, or a dict.

@@ -5,6 +5,7 @@ The plugin loads the stand-ins where the fixture is used. A test file that names
 _libqdp at its top; in every other run _libqdp finds the libraries of the machine, or none.
 """
 
+import importlib
 import os
 import sys
 from typing import Any, Iterator, Optional, Sequence
@@ -61,11 +62,10 @@ def pytest_unconfigure() -> None:
 
 def _capture_of(snapshot: str, folder: Any) -> str:
     """The file of the capture that a snapshot holds."""
-    from qdp.snapshot.read import Snapshot
-
+    reader = importlib.import_module("qdp.snapshot.read")  # only a test with a snapshot needs the layer
     path = str(folder / "capture")
     with open(path, "wb") as file:
-        file.writelines(Snapshot(snapshot).capture())
+        file.writelines(reader.Snapshot(snapshot).capture())
     return path
 
 
