@@ -21,6 +21,9 @@ void qdp_host_reset(void);
 // and recorded stays. Returns 0, or -1 when the scenario could not be read: every operation fails then.
 int qdp_host_load(const char* path);
 
+// Does so with the text of a scenario, which errors call "scenario".
+int qdp_host_load_text(const char* text);
+
 // Answers from this capture file in the place of the scenario's host; null ends that. Returns as qdp_host_load does.
 int qdp_host_replay(const char* path);
 

@@ -67,6 +67,13 @@ int change_last_answer(const char* name, Change change)
     });
 }
 
+int set_scenario(std::pair<std::shared_ptr<const Host>, std::string> read)
+{
+    const bool is_valid = read.first != nullptr;
+    LockedProcess()->set_scenario(std::move(read.first), std::move(read.second));
+    return is_valid ? 0 : -1;
+}
+
 void set_output(ScriptedOutput& output, const void* bytes, size_t size)
 {
     output.bytes = value_of(ByteSpan{static_cast<const std::byte*>(bytes), size});
@@ -84,10 +91,12 @@ void qdp_host_reset(void)
 
 int qdp_host_load(const char* path)
 {
-    auto [scenario, error] = read_scenario(path);
-    const bool is_valid = scenario != nullptr;
-    LockedProcess()->set_scenario(std::move(scenario), std::move(error));
-    return is_valid ? 0 : -1;
+    return set_scenario(read_scenario(path));
+}
+
+int qdp_host_load_text(const char* text)
+{
+    return set_scenario(attempt([&] { return std::make_shared<const Host>(scenario::load_text(text)); }));
 }
 
 int qdp_host_replay(const char* path)

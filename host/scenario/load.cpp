@@ -63,17 +63,24 @@ std::string text_of_scenario(const std::string& scenario)
     return found == std::end(built_in) ? contents_of(scenario) : found->text;
 }
 
-// What `use` makes of a scenario; what is wrong with it is named with its file.
-template <class Use>
-auto with_json_of(const std::string& scenario, Use use)
+// What `use` makes of a scenario, whose text `text` gives; what is wrong with it is said of `name`.
+template <class Text, class Use>
+auto with_json_named(const std::string& name, Text text, Use use)
 {
     try {
-        const Json json = Json::parsed(text_of_scenario(scenario));
+        const Json json = Json::parsed(text());
         return use(json);
     } catch (const Error& error) {
         const std::string message = error.what();
-        throw Error(scenario + (message.starts_with(": ") ? "" : ": ") + message);
+        throw Error(name + (message.starts_with(": ") ? "" : ": ") + message);
     }
+}
+
+template <class Use>
+auto with_json_of(const std::string& scenario, Use use)
+{
+    return with_json_named(
+        scenario, [&] { return text_of_scenario(scenario); }, use);
 }
 
 Host read(const Json& json, bool keeps_repeated_flows)
@@ -90,6 +97,12 @@ Host read(const Json& json, bool keeps_repeated_flows)
 Host load(const std::string& scenario)
 {
     return with_json_of(scenario, [](const Json& json) { return read(json, true); });
+}
+
+Host load_text(const std::string& text)
+{
+    return with_json_named(
+        "scenario", [&] { return text; }, [](const Json& json) { return read(json, true); });
 }
 
 void check(const std::string& scenario)

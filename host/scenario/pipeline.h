@@ -194,7 +194,7 @@ struct OffloadedPortset {
 
 // What is switched on counts from the start on.
 template <class V>
-void describe_switched_on(V& v, Pipeline& pipeline, const Clock& clock)
+void describe_switched_on(V& v, Pipeline& pipeline, const Host& host)
 {
     std::vector<OffloadedPortset> offloaded;
     for (const auto& [portset, is_enabled] : pipeline.offloaded)
@@ -214,18 +214,20 @@ void describe_switched_on(V& v, Pipeline& pipeline, const Clock& clock)
             advanced.push_back(switch_number);
     v.optional("advancedStats", advanced, list(number(0, max_switches - 1), max_switches),
                "The switches that keep them.");
+    v.check(std::ranges::all_of(advanced, [&](uint32_t each) { return has_datapath_switch(host, each); }),
+            "advancedStats", "numbers of switches of the datapath");
     v.derive([&] {
         for (const OffloadedPortset& each : offloaded)
             pipeline.offloaded[each.portset] = each.is_enabled;
         if (has_latency)
-            pipeline.latency.turn(true, clock);
+            pipeline.latency.turn(true, host.clock);
         for (const uint32_t switch_number : advanced)
-            pipeline.advanced_stats[switch_number].turn(true, clock);
+            pipeline.advanced_stats[switch_number].turn(true, host.clock);
     });
 }
 
 template <class V>
-void describe_pipeline(V& v, Pipeline& pipeline, const Clock& clock)
+void describe_pipeline(V& v, Pipeline& pipeline, const Host& host)
 {
     v.derived("packets", pipeline.packet_rate, number(),
               "From the host, a second. Absent: 100000, or 0 on a host without a SmartNIC.");
@@ -239,7 +241,7 @@ void describe_pipeline(V& v, Pipeline& pipeline, const Clock& clock)
         }),
         "What is done with its flows, a second.");
     describe_settings(v, pipeline);
-    describe_switched_on(v, pipeline, clock);
+    describe_switched_on(v, pipeline, host);
     v.optional("tables", pipeline.tables,
                list(object_format([&](auto& w, MemoryTable& table) {
                         describe_memory_table(w, table, free_table_memory(pipeline.tables));

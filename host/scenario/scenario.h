@@ -11,6 +11,9 @@ namespace host::scenario {
 // text says what is wrong and where.
 Host load(const std::string& scenario);
 
+// The host that the text of a scenario describes. What is wrong with it is said of "scenario".
+Host load_text(const std::string& text);
+
 inline constexpr char default_scenario[] = "default";
 
 // Throws as load does when the scenario is not valid.

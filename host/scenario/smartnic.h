@@ -148,16 +148,19 @@ void describe_mux_switches(V& v, SmartNic& nic, const Host& host)
 }
 
 template <class V>
-void describe_rss_overrides(V& v, SmartNic& nic)
+void describe_rss_overrides(V& v, SmartNic& nic, const Host& host)
 {
     auto overrides = values_of(nic.rss_overrides);
     v.optional("rssOverrides", overrides,
-               list(object_format([](auto& w, P4RssOverride& setting) {
+               list(object_format([&](auto& w, P4RssOverride& setting) {
                         w.required("switch", setting.switch_number, number(0, max_switches - 1), "");
+                        w.check(has_datapath_switch(host, setting.switch_number), "switch", existing_switch);
                         w.required("port", setting.port, number(0, max_rss_ports - 1), "The switch's port.");
-                        w.required("queue", setting.queue, number(0, max_rss_queues - 1), "");
+                        w.required("queue", setting.queue, number(), "0 to 63; any where there is no override.");
                         w.defaults([&] { setting.is_override = 1; });
                         w.optional("isOverride", setting.is_override, number(0, 1), "");
+                        w.check(!setting.is_override || setting.queue < max_rss_queues, "queue",
+                                "a queue from 0 to 63");
                     }),
                     max_switches * max_rss_ports),
                "Where ports' packets go instead of the queue that RSS chooses.");
@@ -240,7 +243,7 @@ void describe_smartnic(V& v, SmartNic& nic, const Host& host)
     v.derive([&] { derive_fc_ports(nic, host); });
     describe_pairs(v, "fcPorts", nic.fc_ports, "port", "fcPort", max_ports - 1,
                    "The switch's ports behind the SmartNIC's. Absent: follows from muxSwitches and lifs.", true);
-    describe_rss_overrides(v, nic);
+    describe_rss_overrides(v, nic, host);
     v.optional("logLevel", nic.log_level.level, number(0, max_log_levels - 1), "");
     describe_pairs(v, "agingIntervals", nic.aging_intervals, "selector", "interval", UINT32_MAX, "That were set.");
     describe_p4_traffic(v, nic);

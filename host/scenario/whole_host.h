@@ -211,7 +211,7 @@ void describe_host(V& v, Host& host, bool keeps_repeated_flows)
         }
     });
     v.optional("pipeline", host.pipeline,
-               object_format([&](auto& w, Pipeline& pipeline) { describe_pipeline(w, pipeline, host.clock); }),
+               object_format([&](auto& w, Pipeline& pipeline) { describe_pipeline(w, pipeline, host); }),
                "Of the SmartNIC.");
     v.optional("hardwareTables", host.hardware_tables,
                object_format([](auto& w, HardwareTables& tables) { describe_hardware_tables(w, tables); }),

@@ -90,6 +90,8 @@ def test_a_pointer_fails_with_null_whatever_the_status(host):
             TypeError,
             "scenario: give a path as a str or a pathlib.Path, a name or a dict, not b'mux'",
         ),
+        (lambda host: host.check(3), TypeError, "scenario: give a path as a str or a pathlib.Path or a name, not 3"),
+        (lambda host: host.completed(None), TypeError, "scenario: give a path as a str or a pathlib.Path or a name, not None"),
         (lambda host: host.replay(7), TypeError, "capture: give a path as a str or a pathlib.Path, not 7"),
         (
             lambda host: package.running("mux", "capture").__enter__(),
@@ -167,6 +169,14 @@ class TestScenarioAsDict:
     def test_what_is_wrong_names_the_place(self, host):
         with pytest.raises(HostError, match="^scenario: /switches: expected a list, found 3$"):
             host.load({"switches": 3})
+
+    def test_what_is_wrong_is_said_as_long_as_nothing_answers(self, host):
+        with pytest.raises(HostError):
+            host.load({"switches": [{"alias": "lab", "mtu": "large"}]})
+        wrong = 'scenario: /switches/0/mtu: expected a whole number from 0 to 4294967295, found "large"'
+        with pytest.raises(HostError) as raised:
+            host.summary()
+        assert str(raised.value) == wrong and status_of(host) != 0
 
     def test_what_json_cannot_say(self, host):
         with pytest.raises(HostError, match="^scenario: Object of type set is not JSON serializable$"):

@@ -230,6 +230,18 @@ FAULTS = {
         {**switch(), "smartnic": {"muxSwitches": [{"switch": 3}]}},
         "/smartnic/muxSwitches/0/switch: expected the number of a switch of the datapath, found 3",
     ),
+    "an RSS override of no switch": (
+        {**switch(), "smartnic": {"rssOverrides": [{"switch": 0, "port": 1, "queue": 2}, {"switch": 2, "port": 1, "queue": 2}]}},
+        "/smartnic/rssOverrides/1/switch: expected the number of a switch of the datapath, found 2",
+    ),
+    "an RSS override to no queue": (
+        {**switch(), "smartnic": {"rssOverrides": [{"switch": 0, "port": 1, "queue": 64}]}},
+        "/smartnic/rssOverrides/0/queue: expected a queue from 0 to 63, found 64",
+    ),
+    "statistics of no switch": (
+        {**switch(), "pipeline": {"advancedStats": [0, 9]}},
+        "/pipeline/advancedStats: expected numbers of switches of the datapath, found a list of 2",
+    ),
     "an L3 SPAN of no switch": (
         {"l3span": [{"switch": 0}]},
         "/l3span/0/switch: expected the number of a switch of the datapath, found 0",
@@ -560,6 +572,14 @@ class TestWritten:
     )
     def test_corner_cases(self, load, control, scenario):
         self.assert_it_comes_back(load, control, scenario)
+
+    def test_an_override_that_was_taken_back_is_written(self, load, control, qdp):
+        """Its queue may be any number, and says nothing."""
+        assert load({**switch(ports=[{}]), "smartnic": {}}) is None
+        assert qdp.result("P4RssOverrideSet", 0, 5, 0, 255) is True
+        written = json.loads(control.scenario())
+        assert written["smartnic"]["rssOverrides"] == [{"switch": 0, "port": 5, "queue": 255, "isOverride": 0}]
+        self.assert_it_comes_back(load, control, written)
 
     def test_vlans_of_4000_ports_filters_are_vlans(self, load, qdp):
         assert load(switch(ports=[{"client": "UPLINK"}, {"repeat": 4500}])) is None

@@ -5,7 +5,6 @@ import ctypes
 import json
 import os
 import sys
-import tempfile
 import weakref
 from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Sequence, Tuple, TYPE_CHECKING, Union
 
@@ -136,6 +135,15 @@ def _path(name: str, value: Path, other: str = "") -> str:
     return os.fspath(value)
 
 
+def _scenario(value: Path, other: str = " or a name") -> bytes:
+    """The file of a scenario, as the host takes it."""
+    return os.fsencode(_places.scenario_file(_path("scenario", value, other)))
+
+
+def _capture(value: Path) -> bytes:
+    return os.fsencode(os.path.abspath(_path("capture", value)))
+
+
 class Snapshot:
     """A state of the host, for EmbeddedHost.restore()."""
 
@@ -161,6 +169,7 @@ class EmbeddedHost:
         functions = [
             ("reset", None),
             ("load", ctypes.c_int, text),
+            ("load_text", ctypes.c_int, text),
             ("scenario", text),
             ("summary", text),
             ("schema", text),
@@ -212,9 +221,8 @@ class EmbeddedHost:
             )
         return name, json.loads(described)
 
-    def _take(self, function: str, path: Optional[str]) -> None:
-        encoded = None if path is None else os.fsencode(path)
-        if getattr(self._control, "qdp_host_" + function)(encoded) != 0:
+    def _take(self, function: str, given: Optional[bytes]) -> None:
+        if getattr(self._control, "qdp_host_" + function)(given) != 0:
             raise HostError(self._control.qdp_host_error().decode(errors="replace"))
 
     def _expect_state(self) -> None:
@@ -235,20 +243,14 @@ class EmbeddedHost:
         elif isinstance(scenario, dict):
             self._load_dict(scenario)
         else:
-            self._take("load", _places.scenario_file(_path("scenario", scenario, ", a name or a dict")))
+            self._take("load", _scenario(scenario, ", a name or a dict"))
 
     def _load_dict(self, scenario: Dict[str, Any]) -> None:
         try:
             text = json.dumps(scenario, allow_nan=False)
         except (TypeError, ValueError) as error:
             raise HostError("scenario: {}".format(error)) from None
-        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
-            file.write(text)
-            file.flush()
-            try:
-                self._take("load", file.name)
-            except HostError as error:
-                raise HostError(str(error).replace(file.name, "scenario", 1)) from None
+        self._take("load_text", text.encode())
 
     def _text(self, function: str) -> str:
         self._expect_state()
@@ -278,7 +280,7 @@ class EmbeddedHost:
 
     def check(self, scenario: Path) -> None:
         """Raise a HostError that says what is wrong with a scenario, as load() does; the host stays as it is."""
-        wrong = self._control.qdp_host_check(os.fsencode(_places.scenario_file(scenario)))
+        wrong = self._control.qdp_host_check(_scenario(scenario))
         if wrong is not None:
             raise HostError(wrong.decode(errors="replace"))
 
@@ -288,19 +290,18 @@ class EmbeddedHost:
         Lists whose entries repeat very often stay as they are. Fails as load() does.
         """
         is_valid = ctypes.c_int()
-        file = os.fsencode(_places.scenario_file(scenario))
-        text = self._control.qdp_host_completed(file, is_valid)  # type: bytes
+        text = self._control.qdp_host_completed(_scenario(scenario), is_valid)  # type: bytes
         if not is_valid.value:
             raise HostError(text.decode(errors="replace"))
         return text
 
     def replay(self, capture: Optional[Path]) -> None:
         """Answer from a capture file instead of the state; None goes back to the state. Fails as load() does."""
-        self._take("replay", None if capture is None else os.path.abspath(_path("capture", capture)))
+        self._take("replay", None if capture is None else _capture(capture))
 
     def check_capture(self, capture: Path) -> None:
         """Raise a HostError that says what is wrong with a capture file; nothing changes."""
-        error = self._control.qdp_host_check_capture(os.fsencode(os.path.abspath(_path("capture", capture))))
+        error = self._control.qdp_host_check_capture(_capture(capture))
         if error is not None:
             raise HostError(error.decode(errors="replace"))
 
