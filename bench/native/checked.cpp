@@ -1,6 +1,7 @@
 // The whole contract written by hand, as a careful C programmer does: every argument, every call and every object
 // checked, every failure with its text, buffers cleared where an answer may be short, nothing read outside of them, and
-// everything released on one way out. A field is a line of code here, with its key and its member: no table is read.
+// everything released on one way out. The later dicts of a list take over the key objects of the first, all owned while
+// they are in use. A field is a line of code here, with its key and its member: no table is read.
 #include <Python.h>
 
 #include "bench/native/flow_text.h"
@@ -22,31 +23,68 @@
         PyErr_SetString(PyExc_SystemError, text); \
         goto fail;                                \
     } while (0)
-#define SET(dict, key, object)                              \
-    do {                                                    \
-        PyObject* value_ = object;                          \
-        if (!value_)                                        \
-            FAIL("Failed to allocate buffer.\n");           \
-        if (PyDict_SetItemString(dict, key, value_) != 0) { \
-            Py_DECREF(value_);                              \
-            FAIL("Failed to set dict item.\n");             \
-        }                                                   \
-        Py_DECREF(value_);                                  \
+// Sets the value that `setting` names value_, by an expression that is 0 for success.
+#define SET_BY(setting, object, no_object)      \
+    do {                                        \
+        PyObject* value_ = object;              \
+        if (!value_)                            \
+            no_object;                          \
+        if ((setting) != 0) {                   \
+            Py_DECREF(value_);                  \
+            FAIL("Failed to set dict item.\n"); \
+        }                                       \
+        Py_DECREF(value_);                      \
     } while (0)
+#define SET(dict, key, object) \
+    SET_BY(PyDict_SetItemString(dict, key, value_), object, FAIL("Failed to allocate buffer.\n"))
 #define SET_SIGNED(dict, key, number) SET(dict, key, PyLong_FromLong(static_cast<long>(number)))
 #define SET_UNSIGNED(dict, key, number) SET(dict, key, PyLong_FromUnsignedLong(number))
+// The same with a key that the dicts of a list share, at this position in each.
+#define SET_SHARED(keys, position, dict, key, object) \
+    SET_BY(set_shared(keys, dict, position, key, value_), object, FAIL("Failed to allocate buffer.\n"))
+#define SET_SHARED_UNSIGNED(keys, position, dict, key, number) \
+    SET_SHARED(keys, position, dict, key, PyLong_FromUnsignedLong(number))
 // An object that another function made, which has set the exception when there is none.
-#define SET_MADE(dict, key, object)                        \
-    do {                                                   \
-        PyObject* made_ = object;                          \
-        if (!made_)                                        \
-            goto fail;                                     \
-        if (PyDict_SetItemString(dict, key, made_) != 0) { \
-            Py_DECREF(made_);                              \
-            FAIL("Failed to set dict item.\n");            \
-        }                                                  \
-        Py_DECREF(made_);                                  \
-    } while (0)
+#define SET_SHARED_MADE(keys, position, dict, key, object) \
+    SET_BY(set_shared(keys, dict, position, key, value_), object, goto fail)
+
+// Key objects of the first dict of a table in a result. None are taken from a dict that something else has changed.
+struct Keys {
+    PyObject* objects[9];
+    int count;
+    Py_ssize_t next;
+    bool is_changed;
+};
+
+static int set_first(Keys* keys, PyObject* dict, const char* key, PyObject* value)
+{
+    PyObject *object, *found;
+    if (PyDict_SetItemString(dict, key, value) != 0)
+        return -1;
+    if (keys->is_changed)
+        return 0;
+    if (PyDict_Next(dict, &keys->next, &object, &found) && PyUnicode_CheckExact(object) &&
+        PyUnicode_CompareWithASCIIString(object, key) == 0) {
+        Py_INCREF(object);
+        keys->objects[keys->count++] = object;
+    } else {
+        keys->is_changed = true;
+    }
+    return 0;
+}
+
+static inline int set_shared(Keys* keys, PyObject* dict, int position, const char* key, PyObject* value)
+{
+    if (position < keys->count)
+        return PyDict_SetItem(dict, keys->objects[position], value);
+    return set_first(keys, dict, key, value);
+}
+
+static void release_keys(Keys* keys)
+{
+    for (int i = 0; i < keys->count; ++i)
+        Py_DECREF(keys->objects[i]);
+}
 
 static PyObject* none()
 {
@@ -153,7 +191,8 @@ static PyObject* list_ports(PyObject*, PyObject* args)
     unsigned switch_number;
     PortList* ports = nullptr;
     const PortListEntry* entry;
-    PyObject *list = nullptr, *dict;
+    PyObject *list = nullptr, *dict = nullptr;
+    Keys keys = {};
     uint32_t size = sizeof *ports;
     if (!PyArg_ParseTuple(args, "I", &switch_number) || switch_number >= max_switches)
         RETURN_NONE("TypeError: Invalid switch ID passed.\n");
@@ -171,28 +210,37 @@ static PyObject* list_ports(PyObject*, PyObject* args)
         goto fail;
     }
     for (uint32_t i = 0; i < ports->count; ++i) {
+        if (ports->count > 65536 && i % 4096 == 0 && PyErr_CheckSignals() != 0)
+            goto fail;
         entry = i < max_ports ? &ports->entries[i] : &zeros;
         dict = PyDict_New();
         if (!dict)
             FAIL("Failed to allocate buffer.\n");
+        Py_INCREF(dict);
         if (PyList_SetItem(list, i, dict) != 0)
             FAIL("Failed to set list item.\n");
-        SET_UNSIGNED(dict, "portID", entry->port);
-        SET_UNSIGNED(dict, "qdpPortID", entry->qdp_port);
-        SET_UNSIGNED(dict, "numTxQ", entry->num_tx_queues);
-        SET_UNSIGNED(dict, "numRxQ", entry->num_rx_queues);
-        SET(dict, "hwAddr", mac_object(entry->mac));
-        SET_UNSIGNED(dict, "numMACs", entry->num_macs);
-        SET(dict, "clientType", PyUnicode_FromString(client_name(*entry)));
-        SET_MADE(dict, "txQLM", queue_list(entry->tx_queue_lcores, entry->num_tx_queues));
-        SET_MADE(dict, "rxQLM", queue_list(entry->rx_queue_lcores, entry->num_rx_queues));
+        SET_SHARED_UNSIGNED(&keys, 0, dict, "portID", entry->port);
+        SET_SHARED_UNSIGNED(&keys, 1, dict, "qdpPortID", entry->qdp_port);
+        SET_SHARED_UNSIGNED(&keys, 2, dict, "numTxQ", entry->num_tx_queues);
+        SET_SHARED_UNSIGNED(&keys, 3, dict, "numRxQ", entry->num_rx_queues);
+        SET_SHARED(&keys, 4, dict, "hwAddr", mac_object(entry->mac));
+        SET_SHARED_UNSIGNED(&keys, 5, dict, "numMACs", entry->num_macs);
+        SET_SHARED(&keys, 6, dict, "clientType", PyUnicode_FromString(client_name(*entry)));
+        SET_SHARED_MADE(&keys, 7, dict, "txQLM", queue_list(entry->tx_queue_lcores, entry->num_tx_queues));
+        SET_SHARED_MADE(&keys, 8, dict, "rxQLM", queue_list(entry->rx_queue_lcores, entry->num_rx_queues));
+        Py_CLEAR(dict);
     }
+    release_keys(&keys);
     free(ports);
     return list;
 
 fail:
+    release_keys(&keys);
+    Py_XDECREF(dict);
     Py_XDECREF(list);
     free(ports);
+    if (PyErr_Occurred() && !PyErr_ExceptionMatches(PyExc_SystemError))
+        return nullptr;
     return none();
 }
 
@@ -211,7 +259,7 @@ static PyObject* dump_flow_table(PyObject*, PyObject* args)
     const FlowEntry* flow;
     const uint8_t* entry;
     char key[flow_text::key_bytes], actions[flow_text::actions_bytes];
-    PyObject *page = nullptr, *list, *item;
+    PyObject *page = nullptr, *list = nullptr, *item;
     uint32_t size = sizeof *response;
     size_t offset, end;
     if (!PyArg_ParseTuple(args, "IIIIIsIsIsIsiiiii", &selector, &lcore, &start_index, &option, &source_mac,
@@ -261,7 +309,11 @@ static PyObject* dump_flow_table(PyObject*, PyObject* args)
         goto fail;
     }
     SET_UNSIGNED(page, "startIndex", response->next_start_index);
-    SET(page, "list", (list = PyList_New(response->count)));
+    list = PyList_New(response->count);
+    if (!list)
+        FAIL("Failed to allocate buffer.\n");
+    if (PyDict_SetItemString(page, "list", list) != 0)
+        FAIL("Failed to set dict item.\n");
     offset = offsetof(FlowTableResponse, entries);
     end = response->valid_bytes < sizeof *response ? response->valid_bytes : sizeof *response;
     for (uint32_t i = 0; i < response->count; ++i) {
@@ -292,11 +344,13 @@ static PyObject* dump_flow_table(PyObject*, PyObject* args)
             FAIL("Failed to set list item.\n");
         offset += offsetof(FlowEntry, area) + flow->area.length;
     }
+    Py_DECREF(list);
     free(request);
     free(response);
     return page;
 
 fail:
+    Py_XDECREF(list);
     Py_XDECREF(page);
     free(request);
     free(response);
@@ -368,10 +422,10 @@ static void read_record(void* record, size_t size, const LBStatsChunk* chunk, si
     }
 }
 
-static PyObject* features(const LBStatsChunk* chunk, size_t offset, LBItemGroup group)
+static PyObject* features(const LBStatsChunk* chunk, size_t offset, LBItemGroup group, Keys* keys)
 {
     LBFeatureItem item;
-    PyObject *dict, *tuple = PyTuple_New(group.count);
+    PyObject *dict = nullptr, *tuple = PyTuple_New(group.count);
     if (!tuple)
         FAIL("Failed to allocate buffer.\n");
     for (uint32_t i = 0; i < group.count; ++i) {
@@ -379,25 +433,28 @@ static PyObject* features(const LBStatsChunk* chunk, size_t offset, LBItemGroup 
         dict = PyDict_New();
         if (!dict)
             FAIL("Failed to allocate buffer.\n");
+        Py_INCREF(dict);
         if (PyTuple_SetItem(tuple, i, dict) != 0)
             FAIL("Failed to set tuple item.\n");
-        SET_UNSIGNED(dict, "count load", item.count_load);
-        SET_UNSIGNED(dict, "feat ID", item.feature);
-        SET_UNSIGNED(dict, "ctx ID", item.context);
-        SET_UNSIGNED(dict, "pkts", item.packets);
-        SET_UNSIGNED(dict, "bytes", item.bytes);
+        SET_SHARED_UNSIGNED(keys, 0, dict, "count load", item.count_load);
+        SET_SHARED_UNSIGNED(keys, 1, dict, "feat ID", item.feature);
+        SET_SHARED_UNSIGNED(keys, 2, dict, "ctx ID", item.context);
+        SET_SHARED_UNSIGNED(keys, 3, dict, "pkts", item.packets);
+        SET_SHARED_UNSIGNED(keys, 4, dict, "bytes", item.bytes);
+        Py_CLEAR(dict);
     }
     return tuple;
 
 fail:
+    Py_XDECREF(dict);
     Py_XDECREF(tuple);
     return nullptr;
 }
 
-static PyObject* queues(const LBStatsChunk* chunk, size_t offset, LBItemGroup group)
+static PyObject* queues(const LBStatsChunk* chunk, size_t offset, LBItemGroup group, Keys* keys)
 {
     LBQueueItem item;
-    PyObject *dict, *tuple = PyTuple_New(group.count);
+    PyObject *dict = nullptr, *tuple = PyTuple_New(group.count);
     if (!tuple)
         FAIL("Failed to allocate buffer.\n");
     for (uint32_t i = 0; i < group.count; ++i) {
@@ -405,22 +462,38 @@ static PyObject* queues(const LBStatsChunk* chunk, size_t offset, LBItemGroup gr
         dict = PyDict_New();
         if (!dict)
             FAIL("Failed to allocate buffer.\n");
+        Py_INCREF(dict);
         if (PyTuple_SetItem(tuple, i, dict) != 0)
             FAIL("Failed to set tuple item.\n");
-        SET_UNSIGNED(dict, "count load", item.count_load);
-        SET_UNSIGNED(dict, "ctx ID", item.context);
-        SET_UNSIGNED(dict, "pkts", item.packets);
-        SET_UNSIGNED(dict, "bytes", item.bytes);
+        SET_SHARED_UNSIGNED(keys, 0, dict, "count load", item.count_load);
+        SET_SHARED_UNSIGNED(keys, 1, dict, "ctx ID", item.context);
+        SET_SHARED_UNSIGNED(keys, 2, dict, "pkts", item.packets);
+        SET_SHARED_UNSIGNED(keys, 3, dict, "bytes", item.bytes);
+        Py_CLEAR(dict);
     }
     return tuple;
 
 fail:
+    Py_XDECREF(dict);
     Py_XDECREF(tuple);
     return nullptr;
+}
+
+// One kind's keys in all dicts of a dump.
+struct KindKeys {
+    Keys entries, items;
+};
+
+static void release_kinds(KindKeys* keys)
+{
+    for (int i = 0; i < 3; ++i) {
+        release_keys(&keys[i].entries);
+        release_keys(&keys[i].items);
+    }
 }
 
 // The length of the entry; 0 with an exception set.
-static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t offset)
+static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t offset, KindKeys* all_keys)
 {
     uint32_t type;
     LBPortEntry port;
@@ -428,6 +501,7 @@ static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t off
     LBContextEntry context;
     uint64_t length;
     PyObject* dict = nullptr;
+    KindKeys* keys;
     read_record(&type, sizeof type, chunk, offset);
     switch (static_cast<LBEntryType>(type)) {
     case LBEntryType::port:
@@ -451,6 +525,7 @@ static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t off
         PyErr_SetString(PyExc_OSError, "Invalid format in LB stats dump");
         return 0;
     }
+    keys = &all_keys[type];
     dict = PyDict_New();
     if (!dict)
         FAIL("Failed to allocate buffer.\n");
@@ -459,27 +534,28 @@ static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t off
     switch (static_cast<LBEntryType>(type)) {
     case LBEntryType::port:
         offset += sizeof port;
-        SET_UNSIGNED(dict, "port ID", port.port);
-        SET_UNSIGNED(dict, "mem affinity mask", port.affinity_mask);
-        SET_UNSIGNED(dict, "priority", port.priority);
-        SET_MADE(dict, "vnicRxQ", features(chunk, offset, port.vnic_rx_queues));
-        SET_MADE(dict, "ofldRSS", features(chunk, offset, port.offload_rss));
-        SET_MADE(dict, "vnicTxQ", features(chunk, offset, port.vnic_tx_queues));
-        SET_MADE(dict, "filt", features(chunk, offset, port.filters));
+        SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "port ID", port.port);
+        SET_SHARED_UNSIGNED(&keys->entries, 1, dict, "mem affinity mask", port.affinity_mask);
+        SET_SHARED_UNSIGNED(&keys->entries, 2, dict, "priority", port.priority);
+        SET_SHARED_MADE(&keys->entries, 3, dict, "vnicRxQ", features(chunk, offset, port.vnic_rx_queues, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 4, dict, "ofldRSS", features(chunk, offset, port.offload_rss, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 5, dict, "vnicTxQ", features(chunk, offset, port.vnic_tx_queues, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 6, dict, "filt", features(chunk, offset, port.filters, &keys->items));
         break;
     case LBEntryType::uplink:
-        SET_UNSIGNED(dict, "port ID", uplink.port);
-        SET_UNSIGNED(dict, "mem affinity ID", uplink.affinity);
-        SET_MADE(dict, "uplinkRx", queues(chunk, offset + sizeof uplink, uplink.rx_queues));
+        SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "port ID", uplink.port);
+        SET_SHARED_UNSIGNED(&keys->entries, 1, dict, "mem affinity ID", uplink.affinity);
+        SET_SHARED_MADE(&keys->entries, 2, dict, "uplinkRx",
+                        queues(chunk, offset + sizeof uplink, uplink.rx_queues, &keys->items));
         break;
     case LBEntryType::context:
-        SET_UNSIGNED(dict, "ctx ID", context.context);
-        SET_UNSIGNED(dict, "world ID", static_cast<unsigned long>(long{context.world}));
-        SET_UNSIGNED(dict, "biased CPU", context.biased_cpu);
-        SET_UNSIGNED(dict, "raw CPU", context.raw_cpu);
-        SET_UNSIGNED(dict, "pkts", context.packets);
-        SET_UNSIGNED(dict, "bytes", context.bytes);
-        SET_UNSIGNED(dict, "max pb load", context.max_pb_load);
+        SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "ctx ID", context.context);
+        SET_SHARED_UNSIGNED(&keys->entries, 1, dict, "world ID", static_cast<unsigned long>(long{context.world}));
+        SET_SHARED_UNSIGNED(&keys->entries, 2, dict, "biased CPU", context.biased_cpu);
+        SET_SHARED_UNSIGNED(&keys->entries, 3, dict, "raw CPU", context.raw_cpu);
+        SET_SHARED_UNSIGNED(&keys->entries, 4, dict, "pkts", context.packets);
+        SET_SHARED_UNSIGNED(&keys->entries, 5, dict, "bytes", context.bytes);
+        SET_SHARED_UNSIGNED(&keys->entries, 6, dict, "max pb load", context.max_pb_load);
         break;
     }
     Py_DECREF(dict);
@@ -495,6 +571,7 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
     unsigned switch_number, port, ports, context, contexts;
     LBStatsChunk* chunk = nullptr;
     PyObject *list, *lists = nullptr;
+    KindKeys keys[3] = {};
     size_t offset;
     uint64_t length;
     if (!PyArg_ParseTuple(args, "IIIII", &switch_number, &port, &ports, &context, &contexts))
@@ -529,7 +606,7 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
         }
         offset = offsetof(LBStatsChunk, entries);
         for (uint32_t i = 0; i < chunk->count; ++i) {
-            length = add_entry(lists, chunk, offset);
+            length = add_entry(lists, chunk, offset, keys);
             if (length == 0)
                 goto fail;
             offset += length;
@@ -545,10 +622,12 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
         if (PyErr_CheckSignals() != 0)
             goto fail;
     }
+    release_kinds(keys);
     free(chunk);
     return lists;
 
 fail:
+    release_kinds(keys);
     Py_XDECREF(lists);
     free(chunk);
     return nullptr;

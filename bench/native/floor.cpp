@@ -1,9 +1,11 @@
 // The floor: the calls of the interpreter and of the platform that a successful call of the contract is made of,
-// written out. Every argument is parsed, every record lies in a buffer of its own, every key is set from its text, a
-// switch id is copied to a text of its own, and what the platform hands out is released.
+// written out. Every argument is parsed, every record lies in a buffer of its own, a switch id is copied to a text of
+// its own, and what the platform hands out is released. The keys of a single dict, and of the first dict of a list, are
+// set from their texts; the later dicts of the list take over these key objects.
 //
 // Left out is all that a successful call could do without: looking at arguments, statuses, counts, versions and
-// lengths, comparing a switch's class, clearing buffers before they are filled, seeing whether an object could be made.
+// lengths, comparing a switch's class, clearing buffers before they are filled, seeing whether an object could be made,
+// owning what the result owns already.
 #include <Python.h>
 
 #include "bench/native/flow_text.h"
@@ -22,6 +24,35 @@
     } while (0)
 #define SET_SIGNED(dict, key, number) SET(dict, key, PyLong_FromLong(static_cast<long>(number)))
 #define SET_UNSIGNED(dict, key, number) SET(dict, key, PyLong_FromUnsignedLong(number))
+
+// The key objects of the first dict of a table in a result, which holds that dict.
+struct Keys {
+    PyObject* objects[9];
+    bool are_known = false;
+
+    void set(PyObject* dict, int position, const char* key, PyObject* value)
+    {
+        if (are_known)
+            PyDict_SetItem(dict, objects[position], value);
+        else
+            PyDict_SetItemString(dict, key, value);
+        Py_DECREF(value);
+    }
+    void set_unsigned(PyObject* dict, int position, const char* key, unsigned long number)
+    {
+        set(dict, position, key, PyLong_FromUnsignedLong(number));
+    }
+    void take(PyObject* first)
+    {
+        if (are_known)
+            return;
+        PyObject* value;
+        Py_ssize_t next = 0;
+        for (PyObject** key = objects; PyDict_Next(first, &next, key, &value); ++key)
+            ;
+        are_known = true;
+    }
+};
 
 static PyObject* get_port_stats(PyObject*, PyObject* args)
 {
@@ -81,19 +112,21 @@ static PyObject* list_ports(PyObject*, PyObject* args)
     uint32_t size = sizeof *ports;
     Qdp_Get_Port_List(switch_number, ports, &size);
     PyObject* list = PyList_New(ports->count);
+    Keys keys;
     for (uint32_t i = 0; i < ports->count; ++i) {
         const PortListEntry& entry = ports->entries[i];
         PyObject* dict = PyDict_New();
         PyList_SetItem(list, i, dict);
-        SET_UNSIGNED(dict, "portID", entry.port);
-        SET_UNSIGNED(dict, "qdpPortID", entry.qdp_port);
-        SET_UNSIGNED(dict, "numTxQ", entry.num_tx_queues);
-        SET_UNSIGNED(dict, "numRxQ", entry.num_rx_queues);
-        SET(dict, "hwAddr", mac_object(entry.mac));
-        SET_UNSIGNED(dict, "numMACs", entry.num_macs);
-        SET(dict, "clientType", PyUnicode_FromString(client_name(entry)));
-        SET(dict, "txQLM", queue_list(entry.tx_queue_lcores, entry.num_tx_queues));
-        SET(dict, "rxQLM", queue_list(entry.rx_queue_lcores, entry.num_rx_queues));
+        keys.set_unsigned(dict, 0, "portID", entry.port);
+        keys.set_unsigned(dict, 1, "qdpPortID", entry.qdp_port);
+        keys.set_unsigned(dict, 2, "numTxQ", entry.num_tx_queues);
+        keys.set_unsigned(dict, 3, "numRxQ", entry.num_rx_queues);
+        keys.set(dict, 4, "hwAddr", mac_object(entry.mac));
+        keys.set_unsigned(dict, 5, "numMACs", entry.num_macs);
+        keys.set(dict, 6, "clientType", PyUnicode_FromString(client_name(entry)));
+        keys.set(dict, 7, "txQLM", queue_list(entry.tx_queue_lcores, entry.num_tx_queues));
+        keys.set(dict, 8, "rxQLM", queue_list(entry.rx_queue_lcores, entry.num_rx_queues));
+        keys.take(dict);
     }
     free(ports);
     return list;
@@ -149,71 +182,82 @@ static PyObject* get_switch_burst_size(PyObject*, PyObject* args)
     return PyLong_FromUnsignedLong(burst_size);
 }
 
-static PyObject* features(const uint8_t* items, LBItemGroup group)
+static PyObject* features(const uint8_t* items, LBItemGroup group, Keys& keys)
 {
     PyObject* tuple = PyTuple_New(group.count);
     const auto* item = reinterpret_cast<const LBFeatureItem*>(items) + group.first;
     for (uint32_t i = 0; i < group.count; ++i, ++item) {
         PyObject* dict = PyDict_New();
         PyTuple_SetItem(tuple, i, dict);
-        SET_UNSIGNED(dict, "count load", item->count_load);
-        SET_UNSIGNED(dict, "feat ID", item->feature);
-        SET_UNSIGNED(dict, "ctx ID", item->context);
-        SET_UNSIGNED(dict, "pkts", item->packets);
-        SET_UNSIGNED(dict, "bytes", item->bytes);
+        keys.set_unsigned(dict, 0, "count load", item->count_load);
+        keys.set_unsigned(dict, 1, "feat ID", item->feature);
+        keys.set_unsigned(dict, 2, "ctx ID", item->context);
+        keys.set_unsigned(dict, 3, "pkts", item->packets);
+        keys.set_unsigned(dict, 4, "bytes", item->bytes);
+        keys.take(dict);
     }
     return tuple;
 }
 
-static PyObject* queues(const uint8_t* items, LBItemGroup group)
+static PyObject* queues(const uint8_t* items, LBItemGroup group, Keys& keys)
 {
     PyObject* tuple = PyTuple_New(group.count);
     const auto* item = reinterpret_cast<const LBQueueItem*>(items) + group.first;
     for (uint32_t i = 0; i < group.count; ++i, ++item) {
         PyObject* dict = PyDict_New();
         PyTuple_SetItem(tuple, i, dict);
-        SET_UNSIGNED(dict, "count load", item->count_load);
-        SET_UNSIGNED(dict, "ctx ID", item->context);
-        SET_UNSIGNED(dict, "pkts", item->packets);
-        SET_UNSIGNED(dict, "bytes", item->bytes);
+        keys.set_unsigned(dict, 0, "count load", item->count_load);
+        keys.set_unsigned(dict, 1, "ctx ID", item->context);
+        keys.set_unsigned(dict, 2, "pkts", item->packets);
+        keys.set_unsigned(dict, 3, "bytes", item->bytes);
+        keys.take(dict);
     }
     return tuple;
 }
 
-static size_t add_entry(PyObject* lists, const uint8_t* bytes)
+// One kind's keys in all dicts of a dump.
+struct KindKeys {
+    Keys entries, items;
+};
+
+static size_t add_entry(PyObject* lists, const uint8_t* bytes, KindKeys* keys)
 {
     const auto type = *reinterpret_cast<const uint32_t*>(bytes);
+    Keys& entry_keys = keys[type].entries;
     PyObject* dict = PyDict_New();
     PyList_Append(PyTuple_GetItem(lists, type), dict);
     Py_DECREF(dict);
     if (type == static_cast<uint32_t>(LBEntryType::port)) {
         const auto& port = *reinterpret_cast<const LBPortEntry*>(bytes);
         const uint8_t* items = bytes + sizeof port;
-        SET_UNSIGNED(dict, "port ID", port.port);
-        SET_UNSIGNED(dict, "mem affinity mask", port.affinity_mask);
-        SET_UNSIGNED(dict, "priority", port.priority);
-        SET(dict, "vnicRxQ", features(items, port.vnic_rx_queues));
-        SET(dict, "ofldRSS", features(items, port.offload_rss));
-        SET(dict, "vnicTxQ", features(items, port.vnic_tx_queues));
-        SET(dict, "filt", features(items, port.filters));
+        entry_keys.set_unsigned(dict, 0, "port ID", port.port);
+        entry_keys.set_unsigned(dict, 1, "mem affinity mask", port.affinity_mask);
+        entry_keys.set_unsigned(dict, 2, "priority", port.priority);
+        entry_keys.set(dict, 3, "vnicRxQ", features(items, port.vnic_rx_queues, keys[type].items));
+        entry_keys.set(dict, 4, "ofldRSS", features(items, port.offload_rss, keys[type].items));
+        entry_keys.set(dict, 5, "vnicTxQ", features(items, port.vnic_tx_queues, keys[type].items));
+        entry_keys.set(dict, 6, "filt", features(items, port.filters, keys[type].items));
+        entry_keys.take(dict);
         return sizeof port + sizeof(LBFeatureItem) * (port.vnic_rx_queues.count + port.offload_rss.count +
                                                       port.vnic_tx_queues.count + port.filters.count);
     }
     if (type == static_cast<uint32_t>(LBEntryType::uplink)) {
         const auto& uplink = *reinterpret_cast<const LBUplinkEntry*>(bytes);
-        SET_UNSIGNED(dict, "port ID", uplink.port);
-        SET_UNSIGNED(dict, "mem affinity ID", uplink.affinity);
-        SET(dict, "uplinkRx", queues(bytes + sizeof uplink, uplink.rx_queues));
+        entry_keys.set_unsigned(dict, 0, "port ID", uplink.port);
+        entry_keys.set_unsigned(dict, 1, "mem affinity ID", uplink.affinity);
+        entry_keys.set(dict, 2, "uplinkRx", queues(bytes + sizeof uplink, uplink.rx_queues, keys[type].items));
+        entry_keys.take(dict);
         return sizeof uplink + sizeof(LBQueueItem) * uplink.rx_queues.count;
     }
     const auto& context = *reinterpret_cast<const LBContextEntry*>(bytes);
-    SET_UNSIGNED(dict, "ctx ID", context.context);
-    SET_UNSIGNED(dict, "world ID", static_cast<unsigned long>(long{context.world}));
-    SET_UNSIGNED(dict, "biased CPU", context.biased_cpu);
-    SET_UNSIGNED(dict, "raw CPU", context.raw_cpu);
-    SET_UNSIGNED(dict, "pkts", context.packets);
-    SET_UNSIGNED(dict, "bytes", context.bytes);
-    SET_UNSIGNED(dict, "max pb load", context.max_pb_load);
+    entry_keys.set_unsigned(dict, 0, "ctx ID", context.context);
+    entry_keys.set_unsigned(dict, 1, "world ID", static_cast<unsigned long>(long{context.world}));
+    entry_keys.set_unsigned(dict, 2, "biased CPU", context.biased_cpu);
+    entry_keys.set_unsigned(dict, 3, "raw CPU", context.raw_cpu);
+    entry_keys.set_unsigned(dict, 4, "pkts", context.packets);
+    entry_keys.set_unsigned(dict, 5, "bytes", context.bytes);
+    entry_keys.set_unsigned(dict, 6, "max pb load", context.max_pb_load);
+    entry_keys.take(dict);
     return sizeof context;
 }
 
@@ -225,11 +269,12 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
     PyObject* lists = PyTuple_New(3);
     for (int i = 0; i < 3; ++i)
         PyTuple_SetItem(lists, i, PyList_New(0));
+    KindKeys keys[3];
     while (ports || contexts) {
         Qdp_DumpLBStats(switch_number, port, ports, context, contexts, chunk, sizeof *chunk);
         const uint8_t* entry = chunk->entries;
         for (uint32_t i = 0; i < chunk->count; ++i)
-            entry += add_entry(lists, entry);
+            entry += add_entry(lists, entry, keys);
         if (chunk->next_port < port + ports)
             port = chunk->next_port;
         else
