@@ -57,8 +57,9 @@ inline PyObject* highest_bits(uint64_t word, const Place& where)
 // The object of a row.
 inline PyObject* field_object(Bytes record, const Field& field)
 {
-    return field.convert ? field.convert(record, field)
-                         : highest_bits(record.load<uint64_t>(field.where.offset) << field.where.up, field.where);
+    if (field.convert) [[unlikely]]
+        return field.convert(record, field);
+    return highest_bits(record.load<uint64_t>(field.where.offset) << field.where.up, field.where);
 }
 
 // Sets a table's keys from the record at the start of `record`.
@@ -69,6 +70,8 @@ PyObject* dict_of(Fields fields, Bytes record);
 
 // The keys of `count` dicts of one table in one result: the later dicts take over the key objects of the first.
 class SharedKeys {
+    friend bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries);
+
 public:
     explicit SharedKeys(uint64_t dicts) : is_shared_{dicts > 1} {}
     SharedKeys(const SharedKeys&) = delete;
@@ -86,6 +89,8 @@ private:
     static constexpr size_t most = 32;  // keys beyond these are set one by one
 
     void take_over(PyObject* first, const char* key);
+    bool fill_inline(PyObject* dict, Fields fields, Bytes record);
+    bool fill_first(PyObject* dict, Fields fields, Bytes record);
 
     bool is_shared_;
     Py_ssize_t next_ = 0;  // of the first dict
@@ -104,10 +109,10 @@ inline bool is_interrupted(uint64_t length, size_t position)
 
 // Fills a list, made with its length, with what `make(position)` makes: a new reference, or null with SystemError set.
 template <class Make>
-bool fill_list(PyObject* list, size_t length, Make make)
+[[gnu::always_inline]] inline bool fill_list(PyObject* list, size_t length, Make make)
 {
     for (size_t i = 0; i < length; ++i)
-        if (is_interrupted(length, i) || !set_list_item(list, i, make(i)))
+        if (is_interrupted(length, i) || !set_list_item(list, i, make(i))) [[unlikely]]
             return false;
     return true;
 }
@@ -119,10 +124,6 @@ PyObject* list_of(uint64_t length, Make make)
     PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
     return list && fill_list(list.get(), length, make) ? list.release() : nullptr;
 }
-
-// A list of `length` unsigned integers, which lie back to back.
-template <class Element>
-PyObject* integers(Bytes elements, uint64_t length);
 
 // Fills a list, made with its length, with one dict an entry; the entries lie back to back.
 bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries);

@@ -10,4 +10,11 @@ void Bytes::copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t co
     std::memset(static_cast<unsigned char*>(out) + rest.size_, 0, count - rest.size_);
 }
 
+uint64_t Bytes::word_across_the_end(Bytes bytes, size_t offset)
+{
+    uint64_t word;
+    bytes.copy(offset, &word, sizeof word);
+    return word;
+}
+
 }  // namespace qdp

@@ -50,6 +50,9 @@ public:
     Value load(size_t offset) const
     {
         static_assert(std::is_trivially_copyable_v<Value>);
+        if constexpr (std::is_integral_v<Value>)
+            if (offset + sizeof(Value) > size_) [[unlikely]]
+                return static_cast<Value>(word_across_the_end(*this, offset));
         Value value;
         copy(offset, &value, sizeof value);
         return value;
@@ -72,6 +75,8 @@ public:
     }
 
 private:
+    // By value, so that callers whose values stay in registers need no stack.
+    static uint64_t word_across_the_end(Bytes bytes, size_t offset);
     static void copy_across_the_end(Bytes bytes, size_t offset, void* out, size_t count);
 
     const unsigned char* data_;

@@ -16,7 +16,8 @@ PyObject* mac_object(Bytes record, size_t offset)
     uint8_t address[mac_bytes];
     record.copy(offset, address, sizeof address);
     char rendered[mac_text_bytes];
-    return text_object(MACToStr(address, rendered));
+    MACToStr(address, rendered);
+    return text_object({rendered, sizeof rendered - 1});
 }
 
 PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t ipv4_offset)
@@ -54,14 +55,5 @@ PyObject* address_field_object(Bytes record, const Field& field, Place is_ipv6)
 {
     return address_object(record, is_ipv6, field.where.offset, field.where.offset);
 }
-
-template <class Element>
-PyObject* integers_object(Bytes record, const Field& field, Place count)
-{
-    return integers<Element>(record.from(field.where.offset), record.unsigned_at(count));
-}
-
-template PyObject* integers_object<uint8_t>(Bytes record, const Field& field, Place count);
-template PyObject* integers_object<uint16_t>(Bytes record, const Field& field, Place count);
 
 }  // namespace qdp

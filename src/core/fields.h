@@ -104,6 +104,10 @@ PyObject* address_field_object(Bytes record, const Field& field, Place is_ipv6);
 template <class Element>
 PyObject* integers_object(Bytes record, const Field& field, Place count);
 
+// A list of `length` unsigned integers, which lie back to back.
+template <class Element>
+PyObject* integers(Bytes elements, uint64_t length);
+
 template <const auto& names>
 inline constexpr Conversion as_name{[](Bytes record, const Field& field) {
                                         return name_object(record, field, names.names, std::size(names.names),
@@ -150,6 +154,12 @@ struct Field {
             a_field_has_the_wrong_size();
     }
 };
+
+template <class Element>
+PyObject* integers_object(Bytes record, const Field& field, Place count)
+{
+    return integers<Element>(record.from(field.where.offset), record.unsigned_at(count));
+}
 
 template <size_t record_bytes, size_t count>
 struct FieldTable {

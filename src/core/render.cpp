@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -58,15 +59,27 @@ int parse_address(uint32_t version, const char* text, void* address)
 
 }  // namespace qdp
 
+namespace {
+
+// The two hexadecimal digits of each byte.
+constexpr auto hex_pairs = [] {
+    constexpr char digits[] = "0123456789abcdef";
+    std::array<char[2], 256> pairs{};
+    for (size_t byte = 0; byte < pairs.size(); ++byte) {
+        pairs[byte][0] = digits[byte >> 4];
+        pairs[byte][1] = digits[byte & 15];
+    }
+    return pairs;
+}();
+
+}  // namespace
+
 char* MACToStr(const uint8_t* mac, char* out)
 {
-    constexpr char digits[] = "0123456789abcdef";
-    char* cursor = out;
+#pragma GCC unroll 6
     for (size_t i = 0; i < mac_bytes; ++i) {
-        *cursor++ = digits[mac[i] >> 4];
-        *cursor++ = digits[mac[i] & 15];
-        *cursor++ = ':';
+        std::memcpy(out + 3 * i, hex_pairs[mac[i]], 2);
+        out[3 * i + 2] = i + 1 < mac_bytes ? ':' : '\0';
     }
-    cursor[-1] = '\0';
     return out;
 }
