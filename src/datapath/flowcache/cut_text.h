@@ -53,22 +53,35 @@ struct CutText {
     // Two blanks and a number, followed by blanks up to a width. Returns the length of the uncut column.
     int column(uint32_t number, size_t width)
     {
-        char text[column_bytes];
-        std::memset(text, ' ', sizeof text);
-        const size_t digits = static_cast<size_t>(std::to_chars(text + 2, std::end(text), number).ptr - text) - 2;
+        char cut[column_bytes];
+        char* text = room() > column_bytes ? cursor : cut;
+        std::memset(text, ' ', 2 + width);
+        const size_t digits = static_cast<size_t>(std::to_chars(text + 2, text + column_bytes, number).ptr - text) - 2;
         const size_t length = 2 + std::max(digits, width);
-        *this << std::string_view{text, length};
+        take(text, length);
         return static_cast<int>(length);
     }
 
 private:
+    static constexpr size_t most_digits = 20;
     static constexpr size_t column_bytes = 16;  // of the widest column and of the longest number
 
     [[gnu::noinline]] CutText& write_digits(uint64_t number, int base)
     {
-        char digits[20];
-        const char* last = std::to_chars(digits, std::end(digits), number, base).ptr;
-        return *this << std::string_view{digits, static_cast<size_t>(last - digits)};
+        char cut[most_digits];
+        char* digits = room() > most_digits ? cursor : cut;
+        const char* last = std::to_chars(digits, digits + most_digits, number, base).ptr;
+        return take(digits, static_cast<size_t>(last - digits));
+    }
+
+    // Takes a piece that lies at the cursor already, with room behind it, or elsewhere because it may not fit.
+    CutText& take(const char* piece, size_t length)
+    {
+        if (piece != cursor)
+            return *this << std::string_view{piece, length};
+        cursor += length;
+        *cursor = '\0';
+        return *this;
     }
 };
 
