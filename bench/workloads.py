@@ -33,14 +33,17 @@ def list_of_macs(count):
 
 
 FLOW_PAGE = (0, 0, 0, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)
-EMPTY, SHORT, LONG = list_of_ports(0, 50), list_of_ports(16, 8), list_of_ports(16384)
+EMPTY, PAIR, SHORT = list_of_ports(0, 50), list_of_ports(2, 20), list_of_ports(16, 8)
+LONG, LONGEST = list_of_ports(1024), list_of_ports(16384)
 
 WORKLOADS = [
     Workload("GetPortStats", "GetPortStats", (0, 1), 40),
     Workload("TableFlowInfoGet", "TableFlowInfoGet", (7,), 40),
     EMPTY,
+    PAIR,
     SHORT,
     LONG,
+    LONGEST,
     Workload("DumpFlowTable, 16 flows", "DumpFlowTable", FLOW_PAGE, 10),
     Workload("GetSwitchBurstSize", "GetSwitchBurstSize", ("vswitch-1",), 50),
     Workload("DumpLBStats, 3 chunks", "DumpLBStats", (0, 0, 48, 0, 8), 5),

@@ -42,6 +42,17 @@ struct CutText {
         return *this;
     }
 
+    // A short literal that fits is copied without a call.
+    template <size_t size>
+    requires(size <= 18) [[gnu::always_inline]] CutText& operator<<(const char (&literal)[size])
+    {
+        if (static_cast<size_t>(end - cursor) <= size) [[unlikely]]
+            return *this << std::string_view{literal, size - 1};
+        std::memcpy(cursor, literal, size);
+        cursor += size - 1;
+        return *this;
+    }
+
     CutText& operator<<(uint64_t number) { return write_digits(number, 10); }
     CutText& operator<<(Hex hex)
     {

@@ -79,9 +79,11 @@ int FCFlowKeyToStr(void* key, char* out)
     std::memcpy(key, &shown, sizeof shown);
 
     CutText text{out, out + flow_key_text_bytes};
-    char first_mac[mac_text_bytes], second_mac[mac_text_bytes];
     text << "L" << layer_of(shown);
-    text << "  " << MACToStr(shown.first_mac, first_mac) << "  " << MACToStr(shown.second_mac, second_mac);
+    for (const uint8_t* mac : {shown.first_mac, shown.second_mac}) {
+        char rendered[mac_text_bytes];
+        text << "  " << std::string_view{MACToStr(mac, rendered), mac_text_bytes - 1};
+    }
     text.column(vlan_of(shown), 4);
     text.column(tag_of(shown), 7);
     write_addresses(shown, text);
