@@ -555,7 +555,11 @@ class Setting:
 
     def get(self) -> Any:
         """The value, read now."""
-        return self.row.read(self._result(), self._part)
+        return self.value_in(self._result())
+
+    def value_in(self, answer: Any) -> Any:
+        """The value in an answer of its getter."""
+        return self.row.read(answer, self._part)
 
     def check(self, value: Any) -> Any:
         """A value as it is set, or InvalidArgument."""
@@ -598,7 +602,7 @@ class Setting:
             self._write(None, value)
             return Change(None, value, self.path, verified=False)
         result = self._result()
-        before = self.row.read(result, self._part)
+        before = self.value_in(result)
         if before == value:
             return Change(before, before, self.path)
         undo += [(each, each.get()) for each in self._covered()]

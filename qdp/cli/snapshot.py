@@ -14,8 +14,6 @@ PRIVACY = (
 
 def write_file(target, options, read):
     """Writes a snapshot, by way of one that is not anonymized where that is wanted. `read` writes that one."""
-    from ..snapshot.anonymize import anonymize, key_from
-
     try:
         if not options.anonymize:
             if options.key_file:
@@ -23,6 +21,8 @@ def write_file(target, options, read):
             read(target)
         else:
             import tempfile
+
+            from ..snapshot.anonymize import anonymize, key_from
 
             with tempfile.TemporaryDirectory(dir=os.path.dirname(os.path.abspath(target))) as folder:
                 plain = os.path.join(folder, "plain")

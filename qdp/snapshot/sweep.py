@@ -19,6 +19,7 @@ NO_FILTERS = (0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)  # of a page of flow
 PAGES_END = 1024  # of LIFs and ports of the SmartNIC
 VLANS_END = 4096
 DUMP_BYTES = 2032  # of entries in one dump of a hardware table
+FAILED = object()  # in place of the answer of a call that failed
 DIRECTIONS = ((0, "numRxQ"), (1, "numTxQ"))  # of an uplink's queues, and the key of their number
 
 
@@ -32,16 +33,21 @@ class Asker:
         self._switches = None
         self._ports = {}
 
-    def ask(self, method, *arguments):
-        """The answer; None where the call failed."""
+    def attempt(self, method, *arguments):
+        """The answer; FAILED where the call failed."""
         start = time.perf_counter()
         try:
             result = call_raw(method, *arguments)
         except QdpError as error:
             self._write(lines.error_line(method, arguments, error, self._since(start)))
-            return None
+            return FAILED
         self._write(lines.call_line(method, arguments, result, self._since(start)))
         return result
+
+    def ask(self, method, *arguments):
+        """The answer; None where the call failed."""
+        result = self.attempt(method, *arguments)
+        return None if result is FAILED else result
 
     @staticmethod
     def _since(start):
@@ -82,37 +88,38 @@ class Asker:
 
 
 def switches(asker):
-    for switch in asker.switches:
-        asker.ports(switch)
     from ..aliases import Aliases
 
-    aliases = Aliases()
     for switch in asker.switches:
-        try:
-            alias = aliases.alias_of(switch["name"])
-        except QdpError:
-            return  # the configuration cannot be read: no alias is known
-        if alias:
-            asker.write(alias=[switch["name"], alias])
+        asker.ports(switch)
+    known = aliases_of(asker.switches, Aliases())
+    for portset, alias in known.items():
+        asker.write(alias=[portset, alias])
+
+
+def aliases_of(switches, aliases):
+    """The aliases of switches by portset name; none where the configuration cannot be read."""
+    try:
+        found = {switch["name"]: aliases.alias_of(switch["name"]) for switch in switches}
+    except QdpError:
+        return {}
+    return {portset: alias for portset, alias in found.items() if alias}
 
 
 def settings(asker):
-    """Every setting that can be read, by path; and the calls behind them."""
+    """Every setting that can be read, by path; and the calls behind them, each made once."""
     from ..host import Host
 
-    asked = set()
-    for path, setting in Host().all_settings():
+    host, answers = Host(), {}
+    host.aliases.known = aliases_of(asker.switches, host.aliases)  # a look-up for each setting costs as much as the call
+    for path, setting in host.all_settings():
         if not setting.is_readable:
             continue
-        method, arguments = setting.getter_call()
-        if (method, arguments) not in asked:
-            asked.add((method, arguments))
-            asker.ask(method, *arguments)
-        try:
-            value = setting.get()
-        except QdpError:
-            continue
-        asker.write(setting=path, value=value)
+        call = setting.getter_call()
+        if call not in answers:
+            answers[call] = asker.attempt(call[0], *call[1])
+        if answers[call] is not FAILED:
+            asker.write(setting=path, value=setting.value_in(answers[call]))
 
 
 def ports(asker):

@@ -1,20 +1,22 @@
 """Writes a snapshot: supervises the reading process, and replaces the file as a whole."""
 
 import contextlib
+import fcntl
 import hashlib
 import os
-import platform
 import select
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 
 from . import lines, sweep
 
 SECTION_SECONDS = 30.0  # until a section that says nothing more is taken for hanging
-BUFFER = 1 << 16
+BUFFER = 1 << 20  # of the pipe from the reading process
+GATHER_SECONDS = 0.01  # until lines are copied: to wake up for each costs more than the line itself
+
+F_SETPIPE_SZ = 1031  # fcntl has it from CPython 3.10 on
 
 # Starts the reading process with the path of this one, whatever lies in the folder where that is.
 _PROGRAM = "import sys; del sys.path[0]; from qdp.snapshot.reading import main; main(*sys.argv[1:])"
@@ -37,11 +39,17 @@ class Sink:
         self._file.write(lines.dumped({"sha256": self._sum.hexdigest(), "lines": self._count}))
 
 
+def new_file(path, ending=""):
+    """A descriptor and the path of a new file beside `path`, which the owner alone may read."""
+    folder, name = os.path.split(os.path.abspath(path))
+    temporary = os.path.join(folder, ".{}-{}{}".format(name, os.urandom(6).hex(), ending))
+    return os.open(temporary, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600), temporary
+
+
 @contextlib.contextmanager
 def replacing(path):
     """A Sink whose lines are the file `path` when the block has ended well; else there is the old file, or none."""
-    folder = os.path.dirname(os.path.abspath(path))
-    handle, temporary = tempfile.mkstemp(prefix=".qdp-snapshot-", dir=folder)
+    handle, temporary = new_file(path)
     try:
         with os.fdopen(handle, "wb") as file:
             sink = Sink(file)
@@ -59,11 +67,15 @@ def head(options):
     """The first line: the form, and where and when it was written."""
     import qdp
 
+    machine = os.uname()
     return {
         lines.MAGIC[2:14].decode(): lines.VERSION,
         "version": qdp.__version__,
-        "python": platform.python_version(),
-        "machine": {"name": platform.node(), "system": platform.platform()},
+        "python": sys.version.split()[0],
+        "machine": {
+            "name": machine.nodename,
+            "system": "-".join([machine.sysname, machine.release, machine.machine]),
+        },
         "time": time.time(),
         "sections": options.names,
         "readings": options.readings,
@@ -124,6 +136,10 @@ class Supervisor:
             bufsize=0,
         )
         try:
+            fcntl.fcntl(process.stdout, F_SETPIPE_SZ, BUFFER)
+        except OSError:
+            pass  # it stays small
+        try:
             if self._copy(process.stdout.fileno()):
                 return "the reading process ended with status {}".format(process.wait())
             return "killed after {:g} seconds without an answer".format(options.seconds)
@@ -141,6 +157,7 @@ class Supervisor:
             seconds = self._options.seconds + (self._options.interval if is_next else 0)
             if not select.select([pipe], [], [], seconds)[0]:
                 return False
+            time.sleep(GATHER_SECONDS)
             data = os.read(pipe, BUFFER)
             if not data:
                 return True
@@ -167,6 +184,20 @@ class Options:
         self.seconds = seconds
 
 
+@contextlib.contextmanager
+def captured(path, shim):
+    """(recorder, file of its own beside `path`); None without a recorder."""
+    if not shim:
+        yield None
+        return
+    handle, temporary = new_file(path, ".capture")
+    os.close(handle)
+    try:
+        yield shim, temporary
+    finally:
+        os.unlink(temporary)
+
+
 def write(path, options=None, progress=lambda text: None):
     """Writes a snapshot of this host."""
     options = options or Options()
@@ -174,11 +205,10 @@ def write(path, options=None, progress=lambda text: None):
     first = [(1, name) for name in options.names]
     # What was read once for a bundle is not read again: what counts is in the sections of every snapshot.
     again = [(reading, name) for reading in range(2, options.readings + 1) for name, _ in sweep.SECTIONS]
-    with tempfile.TemporaryDirectory(prefix="qdp-snapshot-") as folder, replacing(path) as sink:
-        capture = (shim, os.path.join(folder, "capture")) if shim else None
+    with replacing(path) as sink, captured(path, shim) as capture:
         sink.write(lines.dumped(head(options)))
         Supervisor(sink, first + again, options, progress, capture).run()
-        if capture and os.path.exists(capture[1]):
+        if capture:
             with open(capture[1], "rb") as file:
                 for line in file:
                     if line.endswith(b"\n"):  # a process that was killed may leave half a line

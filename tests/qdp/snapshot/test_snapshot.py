@@ -77,6 +77,30 @@ def test_sweep_reads_and_never_writes(host):
     assert before_time is None and host.scenario() == before
 
 
+def test_nothing_is_asked_for_twice(host):
+    """Settings stand by the answers that are in the file, and the aliases are looked up once."""
+    host.freeze()
+    asked = []
+    asker = sweep.Asker(lambda line: asked.append(line) if line.startswith(lines.CALL) else None)
+    with host.recording() as calls:
+        sweep.switches(asker)
+        sweep.settings(asker)
+    keys = [json.dumps(json.loads(line.decode())["call"]) for line in asked]
+    assert len(keys) == len(set(keys)) > 200
+    timeouts = [call for call in calls if call.operation in ("Qdp_Get_Flow_Timeout", "Qdp_GetAgingInterval")]
+    assert sorted(call.operation for call in timeouts) == ["Qdp_GetAgingInterval", "Qdp_Get_Flow_Timeout"]
+
+
+def test_setting_whose_getter_fails_is_left_out(host):
+    host.fail("Qdp_Get_Flow_Timeout", times=0)
+    found = []
+    sweep.settings(sweep.Asker(found.append))
+    written = [json.loads(line.decode()) for line in found]
+    paths = {each["setting"] for each in written if "setting" in each}
+    assert "flow-timeout" not in paths and "fpo-reval-enabled" in paths
+    assert [each["error"]["class"] for each in written if each.get("call") == ["GetFlowTimeout", []]] == ["Refused"]
+
+
 def test_failed_calls_are_kept_as_failures(host, tmp_path):
     host.fail("Qdp_Get_Port_Conf", times=0)
     found = []
