@@ -12,7 +12,7 @@ import pathlib
 import sys
 
 from qdp.cli import load, object_names
-from qdp.cli._parser import EXIT_CODES, parser_of, whole
+from qdp.cli._parser import EXIT_CODES, Parser, parser_of, whole
 
 NAMES = "${XDG_CACHE_HOME:-$HOME/.cache}/qdp"
 
@@ -34,6 +34,10 @@ function __qdp_names
     test -n "$cache"; or set cache $HOME/.cache
     test -r $cache/qdp/$argv[1]; and cat $cache/qdp/$argv[1]
 end
+function __qdp_wants_object
+    set -l words (commandline -opc)
+    test (count $words) -eq 1; or test (count $words) -eq 3 -a "$words[2]" = --from
+end
 complete -c qdp -f
 """
 
@@ -51,21 +55,39 @@ def actions_of(parser):
 
 def prepared(parser):
     """The parser with what shtab completes arguments by."""
-    import shtab
-
+    verb = getattr(parser, "default_verb", None)
+    if verb:
+        add_default_verb(parser, verb)
     for action in parser._actions:
         if action.dest == "help":
             continue
-        completes = getattr(action, "completes", None)
-        if completes in ("switch", "port"):
-            action.complete = {"bash": "_qdp_" + completes, "zsh": "_qdp_" + completes}
-        elif completes == "file":
-            action.complete = shtab.FILE
-        elif isinstance(completes, list):
-            action.choices = completes
+        complete(action, getattr(action, "completes", None))
         for each in (getattr(action, "choices", None) or {}).values() if action.nargs == "A..." else ():
             prepared(each)
     return parser
+
+
+def complete(action, completes):
+    """Gives an action what shtab completes it by."""
+    import shtab
+
+    if completes in ("switch", "port"):
+        action.complete = {"bash": "_qdp_" + completes, "zsh": "_qdp_" + completes}
+    elif completes == "file":
+        action.complete = shtab.FILE
+    elif isinstance(completes, list):
+        action.choices = completes
+
+
+def add_default_verb(parser, verb):
+    """An object or a part without a verb takes the options of its default verb, and that one's first selector."""
+    for action in Parser("", verb)._actions:
+        if action.option_strings and not set(action.option_strings) & set(parser._option_string_actions):
+            parser._add_action(action)
+    if verb.selectors and verb.selectors[0].completes in ("switch", "port"):
+        for action in parser._actions:
+            if action.nargs == "A...":
+                complete(action, verb.selectors[0].completes)
 
 
 def shell_files():
@@ -76,7 +98,30 @@ def shell_files():
     for here, there in BASH_OF_ALL_CHOICES:
         if here in texts["bash"]:
             texts["bash"] = texts["bash"].replace(here, there)
+    texts["zsh"] = zsh_of_default_verbs(texts["zsh"])
     return texts
+
+
+def zsh_of_default_verbs(text):
+    """The same with what stands in a verb's place: shtab completes verbs alone there, and nothing behind another word."""
+    for name in object_names():
+        thing = load(name)
+        parts = {words.split()[0] for words in thing.verbs if " " in words}
+        for function, verb in [(name, thing.default)] + [
+            ("{}_{}".format(name, part), thing.verbs.get(part + " show")) for part in sorted(parts)
+        ]:
+            if not verb:
+                continue
+            function = "_shtab_qdp_" + function
+            if verb.selectors and verb.selectors[0].completes in ("switch", "port"):
+                verbs, names = "': :{}_commands'".format(function), "_qdp_" + verb.selectors[0].completes
+                assert verbs in text, verbs
+                text = text.replace(verbs, "': :{{ {}_commands; {} }}'".format(function, names))
+            options = "_shtab_qdp_{}_{}_options".format(name, verb.name.replace(" ", "_"))
+            start = text.index("\n{}() {{".format(function))
+            end = text.index("\n      esac\n", start)
+            text = text[:end] + "\n        *) _arguments -C ${} ;;".format(options) + text[end:]
+    return text
 
 
 def quoted(text):
@@ -85,21 +130,28 @@ def quoted(text):
 
 def fish():
     """Completions for fish, which shtab does not write."""
-    lines = [FISH]
+    lines = [FISH, "complete -c qdp -n __qdp_wants_object -l from -r -F -d 'show what a snapshot holds'"]
     names = object_names()
     for name in names:
         thing = load(name)
         first = " ".join(sorted({words.split()[0] for words in thing.verbs}))
-        line = "complete -c qdp -n __fish_use_subcommand -a {} -d {}"
+        line = "complete -c qdp -n __qdp_wants_object -a {} -d {}"
         lines.append(line.format(name, quoted(thing.help)))
         chosen = "__fish_seen_subcommand_from {}".format(name)
+        outside = "{}; and not __fish_seen_subcommand_from {}".format(chosen, first)
+        if thing.default:
+            lines += sorted(set(fish_arguments(outside, parser_of(thing, thing.default))))
         for verb in thing.verbs.values():
             words = verb.name.split()
-            outside = "{}; and not __fish_seen_subcommand_from {}".format(chosen, first)
             about = verb.help if len(words) == 1 else "the {} part".format(words[0])
             line = "complete -c qdp -n {} -a {} -d {}".format(quoted(outside), words[0], quoted(about))
             if line not in lines:
                 lines.append(line)
+            if words[1:] == ["show"]:
+                others = " ".join(each.split()[1] for each in thing.verbs if each.startswith(words[0] + " "))
+                inside = "{}; and __fish_seen_subcommand_from {}".format(chosen, words[0])
+                alone = "{}; and not __fish_seen_subcommand_from {}".format(inside, others)
+                lines += sorted(set(fish_arguments(alone, parser_of(thing, verb))))
             if len(words) > 1:
                 inside = "{}; and __fish_seen_subcommand_from {}".format(chosen, words[0])
                 lines.append("complete -c qdp -n {} -a {} -d {}".format(quoted(inside), words[1], quoted(verb.help)))

@@ -141,6 +141,7 @@ def whole():
     from . import load, object_names
 
     parser = argparse.ArgumentParser(prog="qdp", description=DESCRIPTION, epilog=EXIT_CODES)
+    parser.add_argument("--from", metavar="SNAPSHOT", help="show what a file of `qdp snapshot` holds").completes = "file"
     objects = parser.add_subparsers(metavar="OBJECT", dest="object")
     for name in object_names():
         thing = load(name)
@@ -154,6 +155,7 @@ DESCRIPTION = "Shows and steers the host's accelerated packet datapath."
 
 def add_verbs(parser, thing):
     verbs = parser.add_subparsers(metavar="VERB", dest="verb")
+    parser.default_verb = thing.default  # what a line without a verb takes, for completions
     parts = {}
     for name, verb in thing.verbs.items():
         words, place = name.split(), verbs
@@ -163,6 +165,7 @@ def add_verbs(parser, thing):
                     words[0], ", ".join(each.split()[1] for each in thing.verbs if each.startswith(words[0] + " "))
                 )
                 part = verbs.add_parser(words[0], help=about, description=about)
+                part.default_verb = thing.verbs.get(words[0] + " show")
                 parts[words[0]] = part.add_subparsers(metavar="VERB", dest="verb")
             place = parts[words[0]]
         about = verb.help.replace("%", "%%")

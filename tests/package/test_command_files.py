@@ -3,9 +3,14 @@ table of the documentation."""
 
 import gzip
 import os
+import pty
+import re
+import select
 import shutil
+import signal
 import subprocess
 import sys
+import time
 
 import pytest
 
@@ -66,6 +71,14 @@ COMPLETED = [
     ("qdp port show ", {"0", "dvs-production", "dvs-storage"}),
     ("qdp port show dvs-s", {"dvs-storage"}),
     ("qdp port show --no", {"--no-header"}),
+    ("qdp port --no", {"--no-header"}),
+    ("qdp port dvs-p", {"dvs-production"}),
+    ("qdp port 0 --so", {"--sort"}),
+    ("qdp nic lif --no", {"--no-header"}),
+    ("qdp snapshot --ano", {"--anonymize"}),
+    ("qdp diff --onl", {"--only"}),
+    ("qdp --fr", {"--from"}),
+    ("qdp --from host.qdp swi", {"switch"}),
     ("qdp table get flow-i", {"flow-info"}),
     ("qdp port unpin 0 3 --queues ", {"both", "rx", "tx"}),
 ]
@@ -93,12 +106,67 @@ def test_fish(folder, line, found):
         assert shown == found
 
 
+ZSH = """
+unsetopt zle_bracketed_paste 2>/dev/null
+fpath=({0} $fpath); autoload -U compinit; compinit -u -d {0}/dump
+show() {{ print -r -- "<$BUFFER>" }}; zle -N show; bindkey '^X' show; bindkey '^I' complete-word
+print re''ady
+""".strip()
+
+
+class Zsh:
+    """An interactive zsh on a pseudo-terminal, in which one types."""
+
+    def __init__(self, folder):
+        self.pid, self.master = pty.fork()
+        if self.pid == 0:
+            try:
+                os.chdir(folder / "qdp")
+                os.environ.update(XDG_CACHE_HOME=str(folder), HOME=str(folder), TERM="dumb", PS1="> ")
+                os.execvp("zsh", ["zsh", "-f", "-i"])
+            finally:
+                os._exit(127)
+        self.type(ZSH.format(folder).replace("\n", "; ") + "\n")
+        self.read_until("ready\r")
+
+    def type(self, text):
+        os.write(self.master, text.encode())
+
+    def read_until(self, pattern):
+        """What a pattern finds first in what zsh writes from now on."""
+        text, end = "", time.monotonic() + 60
+        while time.monotonic() < end:
+            if select.select([self.master], [], [], 1)[0]:
+                text += os.read(self.master, 65536).decode()
+            found = re.search(pattern, text)
+            if found:
+                return found
+        raise AssertionError(text)
+
+    def completed(self, line):
+        """The line after the key TAB."""
+        self.type(line + "\t\x18")
+        shown = self.read_until("<([^<>]*)>")[1]
+        self.type("\x15")  # clears the line
+        return shown
+
+    def end(self):
+        os.kill(self.pid, signal.SIGKILL)
+        os.waitpid(self.pid, 0)
+        os.close(self.master)
+
+
+@pytest.fixture(scope="module")
+def zsh(folder):
+    each = Zsh(folder)
+    yield each
+    each.end()
+
+
 @pytest.mark.skipif(shutil.which("zsh") is None, reason="there is no zsh")
-def test_zsh(folder):
-    """The file loads, and defines the function of the command."""
-    text = "fpath=($1 $fpath); autoload -U compinit; compinit -u -d $1/dump; _qdp 2>/dev/null;"
-    text += " (( $+functions[_shtab_qdp] )) && print ok"
-    line = ["zsh", "-f", "-c", text, "zsh", folder]
-    done = subprocess.run(line, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    assert done.stdout == "ok\n", done.stderr
-    assert (folder / "_qdp").read_text().startswith("#compdef qdp\n")
+@pytest.mark.parametrize("line, found", [each for each in COMPLETED if len(each[1]) == 1])
+def test_zsh(zsh, line, found):
+    """What is the only completion is put into the line."""
+    (word,) = found
+    assert zsh.completed(line).rstrip() == line.rpartition(" ")[0] + " " + word
+    assert zsh.completed(line + "-nosuch") == line + "-nosuch"
