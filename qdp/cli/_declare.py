@@ -108,9 +108,10 @@ class Write(Verb):
 class Run(Verb):
     """A verb with a way of its own: `run` is a function of the context that gives the exit code."""
 
-    def __init__(self, name, help, run, **settings):
+    def __init__(self, name, help, run, reads_snapshots=False, **settings):
         super(Run, self).__init__(name, help, **settings)
         self.run = run
+        self.reads_snapshots = reads_snapshots
 
 
 class Object:

@@ -76,6 +76,7 @@ OBJECT = Object(
         "debug",
         "the text of the balancer's debug buffer",
         debug,
+        reads_snapshots=True,
         methods=["DumpLBDebugBuf"],
         selectors=[SWITCH],
         options=[Option("--flag", metavar="N", type=number, default=0, help="passed to the datapath (default: 0)")],

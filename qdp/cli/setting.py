@@ -367,7 +367,7 @@ OBJECT = Object(
         )
         + WRITING,
     ),
-    Run("plan", "show what a file of desired settings would change", plan, selectors=[FILE]),
+    Run("plan", "show what a file of desired settings would change", plan, reads_snapshots=True, selectors=[FILE]),
     Run("apply", "apply a file of desired settings, all or nothing", change(filed), selectors=[FILE], options=WRITING),
-    Run("schema", "print the JSON schema of a file of desired settings", schema),
+    Run("schema", "print the JSON schema of a file of desired settings", schema, reads_snapshots=True),
 )

@@ -3,7 +3,7 @@
 import os
 
 from ._declare import Object, Option, Run, natural
-from ._output import OK, CommandError, UsageError, clear_progress, progress
+from ._output import OK, CommandError, UsageError, clear_progress, progress, write_json
 
 FILE = Option("file", metavar="FILE", help="the file to write")
 PRIVACY = (
@@ -32,6 +32,8 @@ def write_file(target, options, read):
         raise CommandError("cannot write {}: {}".format(error.filename or target, error.strerror or error))
     finally:
         clear_progress()
+    if options.json:
+        write_json([{"file": target, "bytes": os.path.getsize(target)}], options.pretty)
     return OK
 
 
@@ -71,6 +73,8 @@ def extract_capture(options):
             file.writelines(lines)
     except OSError as error:
         raise CommandError("cannot write {}: {}".format(options.file, error.strerror))
+    if options.json:
+        write_json([{"file": options.file, "bytes": os.path.getsize(options.file)}], options.pretty)
     return OK
 
 

@@ -140,7 +140,7 @@ def anonymize(source, target, key):
                 left_out[method] = left_out.get(method, 0) + 1
                 continue
             if place == 0:
-                fields["anonymized"] = {"leftOut": sorted(LEFT_OUT | {"capture"})}
+                fields["anonymized"] = {"replaced": sorted(tokens.count), "leftOut": sorted(LEFT_OUT | {"capture"})}
             if method:
                 arguments = [method, each.value(fields["call"][1])]
                 fields = dict({"call": arguments}, **each.value({key: fields[key] for key in fields if key != "call"}))

@@ -4,6 +4,7 @@ A section is a function of an Asker; it asks with the arguments that the command
 they want is found in the file.
 """
 
+import re
 import time
 
 from ..call import call_raw
@@ -19,6 +20,9 @@ NO_FILTERS = (0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)  # of a page of flow
 PAGES_END = 1024  # of LIFs and ports of the SmartNIC
 VLANS_END = 4096
 DUMP_BYTES = 2032  # of entries in one dump of a hardware table
+HARDWARE_FLOW = re.compile(r"\bhwFlowIdx: ([0-9]+)")  # among the actions of a flow that is offloaded
+MIRRORS = range(8)
+HALVES = (0, 1)  # of a table for the way in, and of that for the way out
 FAILED = object()  # in place of the answer of a call that failed
 DIRECTIONS = ((0, "numRxQ"), (1, "numTxQ"))  # of an uplink's queues, and the key of their number
 
@@ -30,6 +34,7 @@ class Asker:
         self._write = write
         self.flow_pages = flow_pages  # of each lcore
         self.table_entries = table_entries  # of each hardware table
+        self.hardware_flows = []  # indexes of flows that were seen
         self._switches = None
         self._ports = {}
 
@@ -192,6 +197,8 @@ def flows(asker):
                 start = 0
                 for _ in range(asker.flow_pages):
                     page = asker.ask("DumpFlowTable", switch["swID"], lcore, start, *NO_FILTERS)
+                    for flow in page["list"] if page else ():
+                        asker.hardware_flows += map(int, HARDWARE_FLOW.findall(flow["actions"]))
                     if not page or not page["list"] or page["startIndex"] <= start:
                         break
                     start = page["startIndex"]
@@ -208,6 +215,32 @@ def balancer(asker):
     for switch in asker.switches:
         asker.ask("DumpLBDebugBuf", switch["swID"], 0)
         asker.ask("DumpLBStats", switch["swID"], *EVERYTHING)
+
+
+def entries(asker):
+    """Entries of the hardware tables, as `qdp table get` and `qdp flow trace` ask for them."""
+    for method in ("TableP4IStatsGet", "TableP4EStatsGet", "TableDSCPConfGet", "TableUplinkMapGet"):
+        asker.ask(method)
+    for lif in asker.pages("LifPortList", "liflist", "nextIndex", PAGES_END):
+        asker.ask("TableInputGet", lif["lifID"])
+        asker.ask("TableLifStatsGet", lif["lifID"])
+    for port in asker.pages("PortList", "portlist", "nextIndex", PAGES_END):
+        asker.ask("TableOutputGet", port["dstPort"])
+        asker.ask("TablePortStatsGet", port["dstPort"])
+    for session in MIRRORS:
+        for half in HALVES:
+            asker.ask("TableMirrorGet", session, half)
+    for index in sorted(set(asker.hardware_flows)):
+        info = asker.ask("TableFlowInfoGet", index)
+        asker.ask("TableFlowRewriteGet", index)
+        if not info:
+            continue
+        if info["encap"]:
+            asker.ask("TableTunnelRewriteGet", info["encapIdx"])
+        for half, way in zip(HALVES, ("Ingress", "Egress")):
+            for name, method in (("ct", "TableCTStateGet"), ("ipfix", "TableIPFixGet")):
+                if info["{}{}Vld".format(name, way)]:
+                    asker.ask(method, info["{}{}Idx".format(name, way)], half)
 
 
 def tables(asker):
@@ -232,5 +265,5 @@ SECTIONS = (
     ("macs", macs),
     ("flows", flows),
 )
-MORE_SECTIONS = (("balancer", balancer), ("tables", tables))
+MORE_SECTIONS = (("entries", entries), ("tables", tables), ("balancer", balancer))
 BY_NAME = dict(SECTIONS + MORE_SECTIONS)

@@ -43,7 +43,11 @@ def new_file(path, ending=""):
     """A descriptor and the path of a new file beside `path`, which the owner alone may read."""
     folder, name = os.path.split(os.path.abspath(path))
     temporary = os.path.join(folder, ".{}-{}{}".format(name, os.urandom(6).hex(), ending))
-    return os.open(temporary, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600), temporary
+    try:
+        return os.open(temporary, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600), temporary
+    except OSError as error:
+        error.filename = path
+        raise
 
 
 @contextlib.contextmanager

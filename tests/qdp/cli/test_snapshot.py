@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import subprocess
 
 import pytest
@@ -111,7 +112,7 @@ def test_watching_a_snapshot_is_refused(run, file):
         (["--from", "none.qdp", "switch"], "none.qdp: No such file or directory"),
         (["--from", ".", "switch"], ".: "),
         (["snapshot"], "the following arguments are required: FILE"),
-        (["snapshot", "/nowhere/x.qdp"], "cannot write /nowhere"),
+        (["snapshot", "/nowhere/x.qdp"], "cannot write /nowhere/x.qdp: No such file or directory"),
         (["snapshot", "x", "--key-file", "k"], "--key-file goes with --anonymize"),
         (["snapshot", "x", "--of", "y"], "--of goes with --anonymize"),
         (["diff", "none.qdp", "now"], "none.qdp: No such file or directory"),
@@ -122,6 +123,14 @@ def test_errors_are_one_line(run, words, message):
     code, out, err = run(*words)
     assert code in (1, 2) and out == ""
     assert err.startswith("qdp: " + message) and err.count("\n") == 1
+
+
+def test_written_file_as_json(run, tmp_path):
+    (about,) = rows(run("snapshot", "x.qdp", "-j"))
+    assert about == {"file": "x.qdp", "bytes": (tmp_path / "x.qdp").stat().st_size}
+    code, out, err = run("snapshot", "/nowhere/x.qdp", "-j")
+    assert (code, out) == (2, "[]\n")
+    assert json.loads(err)["error"]["text"] == "cannot write /nowhere/x.qdp: No such file or directory"
 
 
 def test_diff_of_settings(run, file, tmp_path):
@@ -156,6 +165,18 @@ def test_bundle(run, tmp_path):
     code, out, err = run("diff", "b.qdp", "--only", "counters", "-j")
     assert code == 3 and json.loads(out)
     assert rows(run("--from", "b.qdp", "balancer", "show", "-j"))
+    assert "8 lcores, 36 ports" in rows(run("--from", "b.qdp", "balancer", "debug", "0", "-j"))[0]["text"]
+    assert len(rows(run("--from", "b.qdp", "table", "dump", "0", "-j"))) == 1024
+    assert rows(run("--from", "b.qdp", "table", "get", "input", "64", "-j"))[0]["lifId"] == 64
+    (tmp_path / "wanted.json").write_text('{"flow-timeout": 33}')
+    (change,) = rows(run("--from", "b.qdp", "setting", "plan", "wanted.json", "-j"))
+    assert (change["path"], change["before"], change["after"]) == ("flow-timeout", 10, 33)
+    code, out, err = run("--from", "b.qdp", "flow", "show", "-j")
+    assert code == 2 and "does not hold DumpFlowTable" in err  # one page of each lcore alone
+    flows = json.loads(out)
+    indexes = [found[1] for found in (re.search(r"hwFlowIdx: (\d+)", flow["actions"]) for flow in flows) if found]
+    steps = rows(run("--from", "b.qdp", "flow", "trace", indexes[0], "-j"))
+    assert steps[0]["entry"]["flowIdx"] == int(indexes[0]) and len(steps) > 2
     assert run("--from", "b.qdp", "check")[0] in (0, 3)
 
 

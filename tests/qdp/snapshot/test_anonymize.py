@@ -52,6 +52,7 @@ def test_captures_and_raw_tables_are_left_out_and_listed(anonymized):
     snapshot = Snapshot(anonymized)
     assert list(snapshot.capture()) == []
     assert set(snapshot.head["anonymized"]["leftOut"]) == anonymize.LEFT_OUT | {"capture"}
+    assert snapshot.head["anonymized"]["replaced"] == ["ipv4", "ipv6", "mac", "name"]
 
 
 def test_structure_stays(written, anonymized):

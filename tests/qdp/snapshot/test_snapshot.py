@@ -5,6 +5,8 @@ import json
 import os
 import random
 import resource
+import subprocess
+import sys
 import time
 
 import pytest
@@ -163,6 +165,37 @@ def test_hanging_section_is_given_up_and_the_rest_is_read(on_embedded_host, monk
     ]
     assert "lcores: killed after 10 seconds without an answer" in said
     assert snapshot.call("GetUplinkStats", (0, 0))
+
+
+WRITES_MUCH = """
+import sys; del sys.path[0]
+from qdp.snapshot import reading, sweep
+def much(asker):
+    for i in range(64):
+        asker.write(setting="many", value="x" * (1 << 20))
+sweep.BY_NAME["lcores"] = much
+reading.main(*sys.argv[1:])
+"""
+MEASURES = """
+import resource, sys
+from qdp.snapshot import write
+write._PROGRAM = sys.argv[2]
+peak = lambda: resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+before = peak()
+write.write(sys.argv[1], write.Options(names=["switches", "lcores"]))
+print(peak() - before)
+"""
+
+
+def test_writer_holds_lines_and_not_the_file(on_embedded_host, tmp_path):
+    """A file of 64 MB takes a few megabytes of memory."""
+    path = str(tmp_path / "large.qdp")
+    done = subprocess.run(
+        [sys.executable, "-c", MEASURES, path, WRITES_MUCH], cwd="/", stdout=subprocess.PIPE, check=True, timeout=120
+    )
+    assert os.path.getsize(path) > 64 << 20
+    assert int(done.stdout.decode()) * 1024 < 24 << 20
+    assert Snapshot(path).sections == [(1, "switches", "read"), (1, "lcores", "read")]
 
 
 def test_dying_reading_process_is_noted(on_embedded_host, monkeypatch, tmp_path):
