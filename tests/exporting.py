@@ -80,6 +80,14 @@ def exporting(environment, *options, command=COMMAND, listen="127.0.0.1:0"):
             process.stderr.close()
 
 
+def private_memory(pid):
+    """Bytes that a process and its children have written and share with nobody."""
+    with open("/proc/{}/smaps_rollup".format(pid)) as file:
+        own = next(int(line.split()[1]) * 1024 for line in file if line.startswith("Private_Dirty:"))
+    with open("/proc/{0}/task/{0}/children".format(pid)) as file:
+        return own + sum(private_memory(int(child)) for child in file.read().split())
+
+
 SECONDS = 60  # at most, until Prometheus is ready, or an alert fires or resolves
 
 

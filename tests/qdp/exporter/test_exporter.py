@@ -215,11 +215,6 @@ def test_threads_are_bounded(environment):
         assert each.get("/-/healthy")[0] == 200
 
 
-def memory_of(pid):
-    with open("/proc/{}/smaps_rollup".format(pid)) as file:
-        return next(int(line.split()[1]) for line in file if line.startswith("Private_Dirty"))
-
-
 def test_textfile_is_whole_and_replaced(environment, tmp_path):
     for _ in range(2):
         subprocess.run(
