@@ -33,7 +33,7 @@ def reader(arguments):
         for operation in host.operations():
             host.fail(operation, times=0) if operation in wanted.get("fail", []) else host.fail(operation, nth=1 << 30)
             seconds = wanted.get("delay", {}).get(operation)
-            host.delay(operation, seconds or 0, nth=1 if seconds else 1 << 30)
+            host.delay(operation, seconds, times=0) if seconds else host.delay(operation, 0, nth=1 << 30)
         return read(sweep)
 
     def changed(method, *arguments):

@@ -96,13 +96,16 @@ def test_address_in_use(exporter, environment):
     assert done.stderr == "qdp: cannot listen on {}: Address already in use\n".format(address)
 
 
+def children_of(process):
+    line = ["ps", "-o", "pid=", "--ppid", str(process.pid)]
+    return subprocess.run(line, stdout=subprocess.PIPE, universal_newlines=True).stdout.split()
+
+
 @pytest.mark.parametrize("ending", [signal.SIGTERM, signal.SIGINT])
 def test_signal_ends_exporter_and_reader_within_a_second(environment, ending):
     with exporting(environment) as each:
         each.get()
-        children = subprocess.run(
-            ["ps", "-o", "pid=", "--ppid", str(each.process.pid)], stdout=subprocess.PIPE, universal_newlines=True
-        ).stdout.split()
+        children = children_of(each.process)
         assert len(children) == 1
         start = time.monotonic()
         each.process.send_signal(ending)
@@ -167,6 +170,37 @@ def test_health_page_answers_while_the_platform_hangs(misbehaving):
     assert exporter.get("/-/healthy")[0] == 200
     assert time.monotonic() - start < 1
     scrape.join()
+
+
+def test_signal_ends_exporter_while_the_platform_hangs(misbehaving):
+    exporter, say = misbehaving
+    say(delay={"Qdp_Get_Switch_List": 60})
+    client = connection(exporter)
+    client.sendall(b"GET /metrics HTTP/1.1\r\n\r\n")
+    deadline = time.monotonic() + 20
+    while not (children := children_of(exporter.process)) and time.monotonic() < deadline:
+        time.sleep(0.05)
+    time.sleep(0.5)
+    start = time.monotonic()
+    exporter.process.send_signal(signal.SIGTERM)
+    assert exporter.process.wait(5) == 0
+    assert time.monotonic() - start < 1
+    assert len(children) == 1 and not os.path.exists("/proc/" + children[0])
+    client.close()
+
+
+def test_slow_platform_answers_within_the_scraper_s_time(misbehaving):
+    """Each call answers late and none hangs: what was read in time is served."""
+    exporter, say = misbehaving
+    assert exporter.series()['qdp_collector_success{collector="ports"}'] == 1
+    say(delay={"Qdp_Get_Port_Stats": 0.2})
+    time.sleep(1.05)
+    start = time.monotonic()
+    series = exporter.series(X_Prometheus_Scrape_Timeout_Seconds="3")
+    assert time.monotonic() - start < 6
+    assert (series["qdp_up"], series["qdp_reader_restarts_total"]) == (1, 1)
+    assert series['qdp_collector_success{collector="uplinks"}'] == 1
+    assert series['qdp_collector_success{collector="ports"}'] == 0
 
 
 def test_reader_that_dies_is_replaced(misbehaving):
