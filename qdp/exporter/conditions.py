@@ -166,7 +166,8 @@ CONDITIONS = (
         "Packets are lost at one port. A guest that does not fetch its packets in time, a full queue, or an lcore at its "
         "limit are the usual reasons.",
         "`qdp port stats` shows whether the slow path drops as well. Look at the load of the lcores that serve the port's "
-        "queues (`qdp port queues`, `qdp balancer show`); `qdp port migrate` moves a queue to another lcore.",
+        "queues (`qdp port queues`, `qdp balancer show`); `qdp port migrate SWITCH PORT` moves a queue to another "
+        "lcore.",
     ),
     Condition(
         "QdpUplinkErrors",
@@ -176,7 +177,8 @@ CONDITIONS = (
         "Uplink {{port}} of switch {{switch}} counts errors ({{direction}}).",
         "The device of an uplink counts errors: a bad cable or transceiver, a wrong speed, or packets that find no buffer.",
         "`qdp_uplink_errors_by_kind_total` names the kind. CRC, length and alignment errors are the link's: replace cable "
-        "or transceiver. Missed packets and overflows are the host's: enlarge the ring (`qdp setting set rx-ring-size`).",
+        "or transceiver. Missed packets and overflows are the host's: enlarge the ring "
+        "(`qdp setting set SWITCH/uplink/NAME/rx-ring-size ENTRIES`).",
     ),
     Condition(
         "QdpOffloadTableFull",
@@ -186,7 +188,7 @@ CONDITIONS = (
         "The flow table of uplink {{port}} of switch {{switch}} is more than 90 % full.",
         "New flows will soon not be offloaded. They are forwarded by lcores then, which costs CPU time.",
         "`qdp flow top` shows who makes the flows. A scan or an attack shows as many flows of few packets. A shorter flow "
-        "timeout frees places sooner (`qdp setting set flow-timeout`).",
+        "timeout frees places sooner (`qdp setting set flow-timeout SECONDS`).",
     ),
     Condition(
         "QdpOffloadFailing",
@@ -227,7 +229,7 @@ CONDITIONS = (
         "More than 10 % of the packets of switch {{switch}} take the slow path.",
         "The fast path cannot handle these packets, or the flow cache does not hold their flows. The slow path costs many "
         "times the CPU time a packet.",
-        "`qdp slowpath show` names the reasons where they are collected; `qdp slowpath on` turns the collection on. "
+        "`qdp slowpath show` names the reasons where they are collected; `qdp slowpath on SWITCH` turns the collection on. "
         "`qdp lcore show` tells whether the flow cache misses.",
     ),
     Condition(
@@ -237,8 +239,8 @@ CONDITIONS = (
         "warning",
         "Lcore {{lcore}} of switch {{switch}} cannot put flows into its cache ({{kind}}).",
         "An lcore has no room for actions or keys of flows. Their packets take the slow path.",
-        "`qdp flow top` shows what fills the cache. A shorter flow timeout empties it sooner; `qdp flow clear` empties it at "
-        "once, at the price of a slow start of all flows.",
+        "`qdp flow top` shows what fills the cache. A shorter flow timeout empties it sooner; `qdp flow clear SWITCH` empties "
+        "it at once, at the price of a slow start of all flows.",
     ),
     Condition(
         "QdpExporterTruncated",

@@ -42,7 +42,8 @@ def reader(arguments):
         with open(FILE) as file:
             wanted = json.load(file)
         for key, rate in wanted.get("grow", {}).get(method, {}).items():
-            answer[key] += int(rate * (time.monotonic() - start))
+            for each in answer if isinstance(answer, list) else [answer]:
+                each[key] += int(rate * (time.monotonic() - start))
         answer_keys = wanted.get("set", {}).get(method, {})
         return dict(answer, **answer_keys) if answer_keys else answer
 

@@ -1,5 +1,7 @@
 """Tests of the conditions on one host; prometheus evaluates the same ones in test_rules.py."""
 
+import re
+
 from qdp.exporter import metrics
 from qdp.exporter.conditions import CONDITIONS, Samples, holding
 
@@ -114,3 +116,16 @@ def test_every_label_of_a_summary_is_one_that_the_condition_keeps():
             found = expression.evaluate(before, after)
             assert found, condition.alert
             assert all(labels <= set(dict(each)) for each in found), condition.alert
+
+
+def test_runbooks_name_commands_that_are_there():
+    """With words in capitals for the selectors that the verb wants."""
+    from qdp.cli import load
+
+    for condition in CONDITIONS:
+        for line in re.findall("`qdp ([^`]+)`", condition.meaning + condition.action):
+            name, *words = line.split()
+            verb, count = load(name).find(words)
+            assert count == 1 or name == "call", line
+            needed = [each for each in verb.selectors if each.settings.get("nargs") not in ("?", "*")]
+            assert len(needed) <= len(words) - count <= len(verb.selectors), line

@@ -8,12 +8,13 @@ import urllib.parse
 import pytest
 from exporting import HERE, environment_of, exporting, free_port, prometheus
 
-from qdp.exporter import dashboard, metrics, rules
+from qdp.exporter import conditions, dashboard, metrics, rules
 
 pytestmark = pytest.mark.long
 
 TROUBLE = os.path.join(HERE, "trouble.json")
 IMPATIENT = rules.text(window="10s", minutes=0)
+
 
 def test_alerts_fire_and_resolve(build, root, tmp_path):
     """An exporter on a host with trouble; then, at the same address, on a host without."""
@@ -46,6 +47,22 @@ def test_offload_alerts_fire_and_resolve(build, root, tmp_path):
             server.wait_for(lambda firing: not firing & brought)
 
 
+def test_slow_path_flow_cache_and_truncation_fire_and_resolve(build, root, tmp_path):
+    file = tmp_path / "misbehaviour"
+    grown = {"GetPortStats": {"spRxPkts": 10**9}, "GetFlowStats": {"keyInsertFailCount": 1000}}
+    file.write_text(json.dumps({"grow": grown}))
+    address = "127.0.0.1:{}".format(free_port())
+    environment = environment_of(build, root, MISBEHAVIOUR=str(file))
+    command = (os.path.join(HERE, "misbehaving.py"),)
+    brought = {"QdpSlowPathShare", "QdpFlowCacheFailures", "QdpExporterTruncated"}
+    with prometheus(tmp_path, [address], rules=IMPATIENT) as server:
+        with exporting(environment, "--max-series", "700", command=command, listen=address):
+            server.wait_for(lambda firing: {name for name, _ in firing} >= brought)
+        file.write_text("{}")
+        with exporting(environment, command=command, listen=address):
+            server.wait_for(lambda firing: not {name for name, _ in firing} & brought)
+
+
 def test_datapath_down_fires_and_resolves(build, root, tmp_path):
     file = tmp_path / "misbehaviour"
     file.write_text(json.dumps({"fail": ["Qdp_Get_Switch_List", "Qdp_P4I_Stats_Get"]}))
@@ -55,6 +72,13 @@ def test_datapath_down_fires_and_resolves(build, root, tmp_path):
             server.wait_for(lambda firing: {name for name, _ in firing} >= {"QdpDown", "QdpCollectorFailing"})
             file.write_text("{}")
             server.wait_for(lambda firing: not {name for name, _ in firing} & {"QdpDown", "QdpCollectorFailing"})
+
+
+def test_each_alert_is_seen_to_fire():
+    """Each alert is named by a test of this file."""
+    with open(__file__) as file:
+        text = file.read()
+    assert [each.alert for each in conditions.CONDITIONS if '"{}"'.format(each.alert) not in text] == []
 
 
 def test_every_query_of_the_dashboard_has_an_answer(build, root, tmp_path):
