@@ -1,8 +1,7 @@
-"""Changes one thing at a time in the built module, runs the tests that concern it, and prints the share that is noticed.
-What is not noticed is listed; it has to be argued for in mutate/equivalent.toml."""
+"""Changes one thing at a time in the built module or, with --source, in its sources, runs the tests that concern it, and
+prints the share that is noticed. What is not noticed is listed; it has to be argued for in mutate/equivalent.toml."""
 
 import argparse
-import itertools
 import os
 import pathlib
 import random
@@ -11,10 +10,12 @@ import sys
 from mutate.code import code_mutants
 from mutate.image import Image
 from mutate.mutants import Sources
+from mutate.rebuild import Rebuild
 from mutate.results import Equivalents, Results
 from mutate.rows import row_mutants
+from mutate.source import source_mutants
 from mutate.texts import text_mutants
-from mutate.trial import try_all
+from mutate.trial import InMemory, try_all
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / os.environ.get("QDP_BUILD", "build/release")  # as tests/conftest.py
@@ -26,12 +27,20 @@ KINDS = {
     "rows": "each row of a field table: its offset, size, shifts, sign, key and order",
     "messages": "each text, in one character",
 }
+SOURCE_KINDS = {
+    "formats": "each letter of a format that takes arguments, makes objects or prints numbers",
+    "widths": "each integer type of a local, a member or a constant: half as wide, and of the other sign",
+    "returns": "each return of a failure or an answer without content",
+    "statements": "each statement that stands alone, dropped",
+    "constants": "each number, one higher and one lower",
+}
 ENOUGH = 0.98
+ENOUGH_OF_SOURCES = 0.97
 ENOUGH_OF_A_SAMPLE = 0.85  # two of sixty more or less are chance
 
 
 def parse_arguments():
-    kinds = "\n".join(f"  {kind:10}{what}" for kind, what in KINDS.items())
+    kinds = "\n".join(f"  {kind:11}{what}" for kind, what in {**KINDS, **SOURCE_KINDS}.items())
     parser = argparse.ArgumentParser(
         prog="script/mutate",
         description=__doc__,
@@ -39,7 +48,8 @@ def parse_arguments():
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
     parser.add_argument("files", nargs="*", metavar="FILE", help="change only what comes from these sources")
-    parser.add_argument("--kind", choices=KINDS, action="append", help="change only this; may be given again")
+    parser.add_argument("--source", action="store_true", help="change sources: compile one anew, link, load the result")
+    parser.add_argument("--kind", choices=[*KINDS, *SOURCE_KINDS], action="append", help="change only this; may be given again")
     parser.add_argument("--sample", type=int, metavar="N", help="try only N of the changes, chosen at random")
     parser.add_argument("--seed", type=int, help="of the choice, which is printed; another one each time without it")
     parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")
@@ -48,6 +58,7 @@ def parse_arguments():
 
 
 def chosen(mutants, options):
+    """The mutants to try and, of a sample, in which order."""
     files = {pathlib.Path(each).resolve().relative_to(ROOT).as_posix() for each in options.files}
     mutants = [
         each
@@ -58,14 +69,14 @@ def chosen(mutants, options):
         return mutants
     seed = random.SystemRandom().randrange(1 << 32) if options.seed is None else options.seed
     print(f"seed {seed}", flush=True)
-    return random.Random(seed).sample(mutants, min(options.sample, len(mutants)))
+    return random.Random(seed).sample(mutants, len(mutants))
 
 
 def share(noticed, total):
     return f"{100 * noticed / total:.1f} % ({noticed} of {total})" if total else "none tried"
 
 
-def summarise(results, equivalents, is_complete):
+def summarise(results, equivalents, is_complete, kinds, enough):
     """Prints what was found and says whether it is good enough."""
     survivors = results.survivors()
     argued = {each: equivalents.reason(each) for each in survivors}
@@ -79,14 +90,14 @@ def summarise(results, equivalents, is_complete):
         print(f"mutate/equivalent.toml argues for what is noticed or gone: {each}")
 
     print()
-    for kind in KINDS:
+    for kind in kinds:
         of_kind = results.of_kind(kind)
-        print(f"{kind:10}{share(sum(of_kind), len(of_kind))}")
+        print(f"{kind:11}{share(sum(of_kind), len(of_kind))}")
     total, noticed = results.total(), results.total() - len(survivors)
     print(f"noticed: {share(noticed, total)}")
     if not is_complete:  # what a sample meets that nobody has argued yet is printed for the next complete run
         return noticed >= ENOUGH_OF_A_SAMPLE * total
-    return noticed >= ENOUGH * total and all(argued.values()) and not unused
+    return noticed >= enough * total and all(argued.values()) and not unused
 
 
 def main():
@@ -95,16 +106,24 @@ def main():
     from qdp_host import EmbeddedHost  # noqa: PLC0415: its folder is not in the path before
 
     EmbeddedHost(BUILD / "host")  # stays loaded: the module finds the platform's libraries in this process
-    image = Image(BUILD)
     sources = Sources(ROOT)
-    makers = (code_mutants, row_mutants, text_mutants)
-    mutants = chosen(list(itertools.chain.from_iterable(make(image, sources) for make in makers)), options)
     is_sample = options.sample is not None
     is_complete = not (is_sample or options.files or options.kind)
-    equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources)
-    results = Results(None if is_sample else WORK / "results.json", BUILD, ROOT, mutants, options.afresh)
-    try_all(image, sources, results.untried(), options.jobs, results.add)
-    sys.exit(not summarise(results, equivalents, is_complete))
+    if options.source:
+        maker = Rebuild(BUILD, ROOT)
+        mutants = [each for each in source_mutants(sources) if options.files or maker.is_quick(each.files[0])]
+        kinds, enough, argued = SOURCE_KINDS, ENOUGH_OF_SOURCES, "equivalent_source"
+    else:
+        image = Image(BUILD)
+        maker = InMemory(image)
+        mutants = [each for make in (code_mutants, row_mutants, text_mutants) for each in make(image, sources)]
+        kinds, enough, argued = KINDS, ENOUGH, "equivalent"
+    mutants = chosen(mutants, options)
+    equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources, argued)
+    kept = None if is_sample or options.source else WORK / "results.json"
+    results = Results(kept, BUILD, ROOT, mutants, options.afresh, options.sample)
+    try_all(maker, sources, results.untried(), options.jobs, results.add, options.sample)
+    sys.exit(not summarise(results, equivalents, is_complete, kinds, enough))
 
 
 main()

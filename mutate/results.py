@@ -19,7 +19,7 @@ class Results:
     """The results of some mutants. What was noticed stays so for the same build while the test that noticed it stays
     as it is; what was not noticed is tried again. Without a file nothing is kept."""
 
-    def __init__(self, file, build, root, mutants, afresh):
+    def __init__(self, file, build, root, mutants, afresh, most=None):
         self._file = file
         self._root = root
         self._digests = {}
@@ -29,7 +29,7 @@ class Results:
         self._results = {
             each: True for each, name in self._names.items() if name in self._noticed and self._holds(self._noticed[name])
         }
-        self._tried, self._to_try = 0, len(self._names) - len(self._results)
+        self._tried, self._to_try = 0, len(self._names) - len(self._results) if most is None else most
         self._said = self._saved = time.monotonic()
         if self._results:
             print(f"{len(self._results)} were noticed by an earlier run")
@@ -100,12 +100,12 @@ class Equivalents:
     changes, `*` for any text in them, and stands for every place where the compiler put that line's code; or it names a
     function or a table of fields in place of a line, and stands for all of it."""
 
-    def __init__(self, path, sources):
+    def __init__(self, path, sources, what="equivalent"):
         listed = tomllib.loads(path.read_text())
         self._arguments = listed["argument"]
         self._sources = sources
         self._because = {}
-        for each in listed["equivalent"]:
+        for each in listed[what]:
             for change in each["changes"]:
                 self._because[each["file"], each.get("line") or each["all_of"], change] = each["because"]
         unknown = set(self._because.values()) - set(self._arguments)

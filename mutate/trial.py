@@ -1,5 +1,5 @@
 """Trials of mutants: each in a process of its own, forked from one that has loaded the module and collected the tests
-once, where the change is made in memory and the tests that concern it run until one of them fails."""
+once, where the change is made and the tests that concern it run until one of them fails."""
 
 import ctypes
 import gc
@@ -10,6 +10,7 @@ import resource
 import select
 import signal
 import struct
+import sys
 import tempfile
 import time
 from dataclasses import dataclass
@@ -17,9 +18,10 @@ from dataclasses import dataclass
 import pytest
 
 from mutate.concern import FOLDERS, Concern
+from mutate.rebuild import NotBuilt
 
 # What a trial's process ends with; a signal ends it when the change makes it crash or run on.
-SURVIVED, NOTICED, BROKEN = 0, 1, 2
+SURVIVED, NOTICED, BROKEN, NOT_BUILT = 0, 1, 2, 3
 
 TEST_SECONDS = 10  # of the processor, for one test; then it counts as one that never ends
 STALLED_SECONDS = 60  # of one test that waits for something
@@ -64,6 +66,8 @@ class Trial:
                 os.dup2(nothing, stream)
             run(self.items, self._note)
             status = SURVIVED
+        except NotBuilt:
+            status = NOT_BUILT
         finally:
             os._exit(status)
 
@@ -87,23 +91,44 @@ class Trial:
             os.killpg(self.pid, signal.SIGKILL)
 
     def result(self):
-        """Waits for the end."""
+        """Waits for the end; None for a change that makes no other module."""
         _, status = os.waitpid(self.pid, 0)
         os.close(self.pidfd)
         code = os.waitstatus_to_exitcode(status)
         if code == SURVIVED:
             return Result(False)
+        if code == NOT_BUILT:
+            return None
         if code == BROKEN:
             raise RuntimeError("a change could not be made; the tool does not fit the built module")
         how = "failed" if code == NOTICED else "ran on" if self._killed or code == -signal.SIGPROF else "crashed"
         return Result(True, self.item.nodeid, how)
 
 
-def try_all(image, sources, mutants, jobs, report):
-    """Tries mutants; `report` gets each with its result."""
+class InMemory:
+    """Makes changes in what this process has loaded, and in a copy of the module's file for tests that start processes."""
+
+    def __init__(self, image):
+        self._image = image
+
+    def make(self, mutant, build):
+        """The changed build in a folder; gives the module that is loaded."""
+        edits = mutant.edits if mutant else ()
+        self._image.apply(edits)
+        path = self._image.module.path
+        if not (build / "host").exists():
+            for name in ("host", "tests"):
+                (build / name).symlink_to(path.parent / name)
+        (build / path.name).write_bytes(self._image.changed_file(edits))
+        return path
+
+
+def try_all(maker, sources, mutants, jobs, report, most=None):
+    """Tries mutants, at most so many that make another module; `report` gets each with its result."""
     if mutants:
         with tempfile.TemporaryDirectory() as folder:
-            _try_all(Trials(image, sources, mutants, jobs, pathlib.Path(folder), report), sources)
+            most = len(mutants) if most is None else most
+            _try_all(Trials(maker, sources, mutants, jobs, pathlib.Path(folder), report, most), sources)
 
 
 def _try_all(trials, sources):
@@ -117,8 +142,9 @@ def _try_all(trials, sources):
 class Trials:
     """A plugin of pytest that tries mutants in place of running the tests."""
 
-    def __init__(self, image, sources, mutants, jobs, folder, report):
-        self._image = image
+    def __init__(self, maker, sources, mutants, jobs, folder, report, most):
+        self._maker = maker
+        self._left = most
         self._sources = sources
         self._mutants = mutants
         self._jobs = jobs
@@ -147,7 +173,7 @@ class Trials:
         running = {}  # by the descriptors of their processes
         free = list(range(self._jobs))
         while True:
-            while free and (mutant := next(waiting, None)):
+            while free and len(running) < self._left and (mutant := next(waiting, None)):
                 slot = free.pop()
                 trial = self._start(mutant, slot)
                 running[trial.pidfd] = trial, mutant, slot
@@ -157,7 +183,9 @@ class Trials:
             for each in ended:
                 trial, mutant, slot = running.pop(each)
                 free.append(slot)
-                self._end(mutant, trial.result())
+                if result := trial.result():
+                    self._left -= 1
+                    self._end(mutant, result)
             for trial, _, _ in running.values():
                 trial.kill_if_stalled()
 
@@ -169,7 +197,7 @@ class Trials:
     def _start(self, mutant, slot):
         recent = self._recent.setdefault(mutant.files[0], {})
         ordered = dict.fromkeys([*reversed(recent), *self._concern.items(mutant)])
-        return Trial(self._trying(mutant.edits, slot), list(ordered))
+        return Trial(self._trying(mutant, slot), list(ordered))
 
     def _end(self, mutant, result):
         if result.noticed:
@@ -186,14 +214,18 @@ class Trials:
         """A test has noticed nothing when it fails without a change, too."""
         if item in self._sound:
             return
-        if Trial(self._trying((), self._jobs), [item]).result().noticed:
+        if Trial(self._trying(None, self._jobs), [item]).result().noticed:
             raise RuntimeError(f"{item.nodeid} fails without a change; see to that first")
         self._sound.add(item)
 
-    def _trying(self, edits, slot):
+    def _trying(self, mutant, slot):
         def run(items, note):
-            self._image.apply(edits)
-            self._conftest.BUILD = self._changed_build(edits, slot)
+            build = self._folder / f"changed-{slot}"
+            build.mkdir(exist_ok=True)
+            module = self._maker.make(mutant, build)
+            self._conftest.BUILD = build
+            self._conftest.the_module.__file__ = str(module)
+            sys.path.insert(0, str(build / "tests"))
             note(0)
             self._import_again()
             for position, item in enumerate(items):
@@ -220,13 +252,3 @@ class Trials:
         for name, value in before.items():
             if name.startswith("__") and attributes.get(name) is None:
                 attributes[name] = value
-
-    def _changed_build(self, edits, slot):
-        """A build folder with the changed file, for tests that start processes."""
-        build = self._folder / f"changed-{slot}"
-        if not build.exists():
-            build.mkdir()
-            for name in ("host", "tests"):
-                (build / name).symlink_to(self._image.module.path.parent / name)
-        (build / self._image.module.path.name).write_bytes(self._image.changed_file(edits))
-        return build
