@@ -1,6 +1,9 @@
 // One execution: the input chooses a method or a plain function, how much memory there is, arguments, and answers.
 #include <Python.h>
 
+#include <algorithm>
+#include <string_view>
+
 #include "fuzz/arguments.h"
 #include "fuzz/contract.h"
 #include "fuzz/exported.h"
@@ -14,7 +17,7 @@
 extern "C" const char* __asan_default_options()
 {
     return "allocator_may_return_null=1:max_allocation_size_mb=32:detect_leaks=0:detect_odr_violation=0:"
-           "malloc_context_size=8";
+           "malloc_context_size=4:quarantine_size_mb=8:thread_local_quarantine_size_kb=256";
 }
 
 extern "C" const char* __ubsan_default_options()
@@ -26,17 +29,39 @@ namespace fuzz {
 
 namespace {
 
-constexpr size_t enough_memory = 300'000;
+// Enough for every result without long lists; lists run out of it soon.
+constexpr size_t enough_memory = 20'000;
+constexpr size_t plenty_of_memory = 300'000;
 constexpr size_t much_memory = 4'000'000;
 
 // The only method that may return NULL alone, when the library refuses.
 constexpr char returns_null_alone[] = "GetUplinkStats";
 
-void initialise_interpreter()
+void collect()
+{
+    PyGC_Enable();
+    PyGC_Collect();
+    PyGC_Disable();
+}
+
+// A collection then looks at what executions have left alone.
+void freeze_what_is_there()
+{
+    collect();
+    PyObject* collector = PyImport_ImportModule("gc");
+    PyObject* done = collector ? PyObject_CallMethod(collector, "freeze", nullptr) : nullptr;
+    if (!done)
+        fault("the interpreter's objects cannot be frozen");
+    Py_DECREF(done);
+    Py_DECREF(collector);
+}
+
+void initialise_interpreter(bool has_pool)
 {
     PyPreConfig before;
     PyPreConfig_InitIsolatedConfig(&before);
-    before.allocator = PYMEM_ALLOCATOR_MALLOC;  // so that the sanitizers see every object
+    // Without the interpreter's pool of small objects the sanitizers see every object; with it executions are fast.
+    before.allocator = has_pool ? PYMEM_ALLOCATOR_PYMALLOC : PYMEM_ALLOCATOR_MALLOC;
     PyConfig config;
     if (PyStatus_Exception(Py_PreInitialize(&before)))
         fault("the interpreter does not start");
@@ -49,20 +74,18 @@ void initialise_interpreter()
     PyConfig_Clear(&config);
     PyGC_Disable();  // collections are ours, see below
     prepare_arguments();
+    freeze_what_is_there();
 }
 
 size_t take_memory(Input& input)
 {
-    constexpr uint8_t little = 0xff;
-    constexpr uint8_t much = 0xfe;
-    switch (input.byte()) {
-    case little:
+    constexpr uint8_t little = 0xff, much = 0xfe, plenty = 0xf8;
+    const uint8_t drawn = input.byte();
+    if (drawn == little)
         return input.take<uint16_t>();
-    case much:
+    if (drawn == much)
         return much_memory;
-    default:
-        return enough_memory;
-    }
+    return drawn >= plenty ? plenty_of_memory : enough_memory;
 }
 
 void call_method(Input& input, const MethodUnderTest& method)
@@ -91,13 +114,6 @@ void execute(ByteSpan bytes)
         exported_functions()[chosen - methods.size()].call(input);
     }
     end_platform();
-}
-
-void collect()
-{
-    PyGC_Enable();
-    PyGC_Collect();
-    PyGC_Disable();
 }
 
 // The memory that an execution leaves in use beyond what there was; also what the interpreter keeps for reuse, unless
@@ -129,9 +145,12 @@ void execute_and_look_for_leaks(ByteSpan bytes)
 
 }  // namespace fuzz
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
+// The fuzzer leaves arguments with two dashes to the program.
+extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments)
 {
-    fuzz::initialise_interpreter();
+    std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ);  // the module's texts, a write for each of which takes time
+    const auto is_pool = [](std::string_view argument) { return argument == "--pool"; };
+    fuzz::initialise_interpreter(std::any_of(*arguments, *arguments + *count, is_pool));
     return 0;
 }
 

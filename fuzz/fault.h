@@ -14,6 +14,7 @@ namespace fuzz {
     std::vfprintf(stderr, format, values);
     va_end(values);
     std::fputc('\n', stderr);
+    std::fflush(stderr);
     std::abort();
 }
 

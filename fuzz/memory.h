@@ -17,7 +17,8 @@ public:
     MemoryLimit(const MemoryLimit&) = delete;
 };
 
-// All memory in use, the interpreter's and the module's.
+// The interpreter's blocks and the bytes of the module and the platform that are in use; their sum grows by whatever is
+// lost.
 size_t memory_in_use();
 
 }  // namespace fuzz

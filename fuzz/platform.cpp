@@ -96,11 +96,11 @@ uint32_t take_status()
 enum class Content { repeated_run, run, run_inside, none, kinds };
 enum class SizeWord { of_content, untouched, any, kinds };
 
-// How much of a buffer a repeated run fills. The buffers of megabytes are filled to the end only now and then.
+// How much of a buffer a repeated run fills. Large buffers are filled to the end only now and then.
 size_t repeated(uint8_t kind, size_t room)
 {
-    constexpr size_t mostly = 65536;
-    constexpr uint8_t to_the_end = 0xf0;
+    constexpr size_t mostly = 8192;
+    constexpr uint8_t to_the_end = 0xfc;
     return kind < to_the_end && room > mostly ? mostly : room;
 }
 
