@@ -13,10 +13,13 @@ import report
 from workloads import GROWTH, WORKLOADS
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-WAYS = ["_libqdp", "checked", "floor", "with_cython", "with_pybind11", "with_cffi", "with_struct", "with_ctypes"]
+BY_HAND = ["_libqdp", "checked", "floor"]  # which keep no keys
+WAYS = [*BY_HAND, "with_cython", "with_nanobind", "with_pybind11", "with_cffi", "with_numpy", "with_struct",
+        "with_ctypes"]
 FILES = {"_libqdp": "_libqdp.abi3.so", "empty": "bench/empty.abi3.so", "checked": "bench/checked.abi3.so",
          "floor": "bench/floor.abi3.so", "with_cython": "bench/with_cython.so",
-         "with_pybind11": "bench/with_pybind11.so", "with_cffi": "bench/_with_cffi.so"}
+         "with_nanobind": "bench/with_nanobind.so", "with_pybind11": "bench/with_pybind11.so",
+         "with_cffi": "bench/_with_cffi.so"}
 IMPORT = """
 import sys, time
 begin = time.thread_time()
@@ -35,15 +38,15 @@ def child(build, *command, **options):
     return run.stdout
 
 
-def timed(build, rounds):
+def timed(build, ways, rounds, growth_rounds):
     """Times, growth and memory from one process that does nothing else."""
-    wanted = json.dumps({"ways": WAYS, "rounds": rounds, "growth_rounds": rounds // 4})
+    wanted = json.dumps({"ways": ways, "rounds": rounds, "growth_rounds": growth_rounds})
     return json.loads(child(build, str(ROOT / "bench" / "timing.py"), input=wanted))
 
 
-def import_times(build, rounds):
+def import_times(build, ways, rounds):
     """Seconds by way, each import in a process of its own."""
-    times = {way: [] for way in ["empty", *WAYS]}
+    times = {way: [] for way in ["empty", *ways]}
     for _ in range(rounds):
         for way, found in times.items():
             found.append(float(child(build, "-c", IMPORT.format(way=way))))
@@ -56,22 +59,24 @@ def file_facts(build):
     with tempfile.TemporaryDirectory() as folder:
         stripped = pathlib.Path(folder, "stripped")
         for way, name in FILES.items():
+            if not (build / name).exists():
+                continue
             subprocess.run(["strip", "-o", stripped, build / name], check=True)
             dynamic = subprocess.run(["readelf", "-d", stripped], check=True, capture_output=True, text=True).stdout
             facts[way] = {"bytes": stripped.stat().st_size, "needs_cpp": "libstdc++" in dynamic}
     return facts
 
 
-def counted(build, rounds):
+def counted(build, ways, rounds):
     """Instructions per call, [way][workload]. The ways by hand share the module's process; the others are alone, since
     the strings that they keep would spare the module the making of its own."""
     counts = {}
-    for ways in WAYS[:3], *([way] for way in WAYS[3:]):
-        say(f"counting instructions: {', '.join(ways)}")
-        small = [(way, workload) for workload in WORKLOADS for way in ways if workload.counted > 1]
-        large = [(way, workload) for workload in WORKLOADS for way in ways if workload.counted == 1]
+    for some in BY_HAND, *([way] for way in ways if way not in BY_HAND):
+        say(f"counting instructions: {', '.join(some)}")
+        small = [(way, workload) for workload in WORKLOADS for way in some if workload.counted > 1]
+        large = [(way, workload) for workload in WORKLOADS for way in some if workload.counted == 1]
         counts |= instructions.measured(build, small, rounds) | instructions.measured(build, large, 1)
-    return {way: {workload.name: counts[way, workload] for workload in WORKLOADS} for way in WAYS}
+    return {way: {workload.name: counts[way, workload] for workload in WORKLOADS} for way in ways}
 
 
 def counted_growth(build):
@@ -92,21 +97,24 @@ def main():
     options = parser.parse_args()
     build = options.build.resolve()
 
-    found = {"instructions": counted(build, 3), "instructions_growth": counted_growth(build)}
+    ways = [way for way in WAYS if way != "with_nanobind" or (build / FILES[way]).exists()]
+    found = {"instructions": counted(build, ways, 3), "instructions_growth": counted_growth(build)}
     say("measuring times, growth and memory")
-    found |= timed(build, options.rounds)
+    found |= timed(build, ways, options.rounds, max(options.rounds // 4, 1))
+    say("measuring times without keys alive")
+    found["times_alone"] = timed(build, BY_HAND, max(options.rounds // 2, 2), 0)["times"]
     say("measuring imports")
-    found["imports"] = import_times(build, options.rounds // 4)
+    found["imports"] = import_times(build, ways, max(options.rounds // 4, 2))
     found["files"] = file_facts(build)
     say("measuring starts of the command")
-    found["command"] = command.measured(build, options.rounds // 4)
+    found["command"] = command.measured(build, max(options.rounds // 4, 2))
 
     results = ROOT / "bench" / "results"
     workloads = [workload.name for workload in WORKLOADS]
-    table, missed = report.table(found, workloads, WAYS)
+    table, missed = report.table(found, workloads, ways)
     (results / "figures.json").write_text(json.dumps(found))
     (results / "table.md").write_text(table)
-    (results / "chart.svg").write_text(report.chart(found, workloads, WAYS))
+    (results / "chart.svg").write_text(report.chart(found, workloads, ways))
     (ROOT / "docs").mkdir(exist_ok=True)
     (ROOT / "docs" / "performance.md").write_text(table)
     print(table, flush=True)

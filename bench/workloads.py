@@ -35,6 +35,7 @@ def list_of_macs(count):
 FLOW_PAGE = (0, 0, 0, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)
 EMPTY, PAIR, SHORT = list_of_ports(0, 50), list_of_ports(2, 20), list_of_ports(16, 8)
 LONG, LONGEST = list_of_ports(1024), list_of_ports(16384)
+FLOWS = Workload("DumpFlowTable, 16 flows", "DumpFlowTable", FLOW_PAGE, 10)
 
 WORKLOADS = [
     Workload("GetPortStats", "GetPortStats", (0, 1), 40),
@@ -44,7 +45,7 @@ WORKLOADS = [
     SHORT,
     LONG,
     LONGEST,
-    Workload("DumpFlowTable, 16 flows", "DumpFlowTable", FLOW_PAGE, 10),
+    FLOWS,
     Workload("GetSwitchBurstSize", "GetSwitchBurstSize", ("vswitch-1",), 50),
     Workload("DumpLBStats, 3 chunks", "DumpLBStats", (0, 0, 48, 0, 8), 5),
 ]

@@ -1,4 +1,7 @@
-"""The measured methods with ctypes: its structures hold the records, whose fields are read as attributes."""
+"""The measured methods with ctypes: its structures hold the records, whose fields are read as attributes.
+
+The structures are kept from call to call, so that none is cleared: the methods are not for several threads at once.
+"""
 
 import ctypes
 from ctypes import (POINTER, Structure, byref, c_char_p, c_int32, c_int64, c_uint8, c_uint16, c_uint32,
@@ -104,6 +107,9 @@ class LBContext(Structure):
                 ("packets", c_uint64), ("bytes", c_uint64), ("max_load", c_uint32)]
 
 
+port_counters, flow_info, port_list, page_buffer, lb_chunk = PortCounters(), FlowInfo(), PortList(), FlowPage(), Chunk()
+
+
 def set_counters(stats, counters, tx, rx):
     for prefix, counts in (tx, counters.tx), (rx, counters.rx):
         stats[prefix + "Pkts"] = counts.packets
@@ -119,7 +125,7 @@ def set_counters(stats, counters, tx, rx):
 def GetPortStats(switch, port):
     if not (0 <= switch < 16 and 0 <= port < 16384):
         return refuse("TypeError: Invalid parameter passed.\n")
-    counters = PortCounters()
+    counters = port_counters
     size = c_uint32(sizeof(counters))
     if qdp.Qdp_Get_Port_Stats(switch, port, byref(counters), byref(size)) != 0:
         return refuse("Failed to retrieve port stats.\n")
@@ -134,7 +140,7 @@ def GetPortStats(switch, port):
 def TableFlowInfoGet(index):
     if not 0 <= index < 1 << 22:
         return refuse("TypeError: Invalid parameter passed.\n")
-    info = FlowInfo()
+    info = flow_info
     size = c_uint32(sizeof(info))
     if qdp.Qdp_P4_Cmd(byref(TableRead(12, 11, 26, 4, index)), 12, byref(info), byref(size)) != 0:
         return refuse("Failed to get table data\n")
@@ -144,7 +150,7 @@ def TableFlowInfoGet(index):
 def ListPorts(switch):
     if not 0 <= switch < 16:
         return refuse("TypeError: Invalid switch ID passed.\n")
-    ports = PortList()
+    ports = port_list
     size = c_uint32(sizeof(ports))
     if qdp.Qdp_Get_Port_List(switch, byref(ports), byref(size)) != 0:
         return refuse("Failed to retrieve list of ports.\n")
@@ -158,7 +164,7 @@ def ListPorts(switch):
 def DumpFlowTable(*arguments):
     if len(arguments) != 17 or not 0 <= arguments[1] < 64 or arguments[2] == 0xFFFFFFFF:
         return refuse("TypeError: Invalid parameter passed.\n")
-    request, page = FlowRequest(), FlowPage()
+    request, page = FlowRequest(), page_buffer
     if reason := flow_request(request, arguments):
         return refuse(reason)
     size = c_uint32(sizeof(page))
@@ -233,7 +239,7 @@ def DumpLBStats(switch, port, ports, context, contexts):
     if not (0 <= switch < 16 and 0 <= port < 16384 and port + ports <= 16384 and 0 <= context < 64 and
             context + contexts <= 64):
         raise ValueError("Invalid parameter passed.")
-    chunk, lists = Chunk(), ([], [], [])
+    chunk, lists = lb_chunk, ([], [], [])
     while ports or contexts:
         if qdp.Qdp_DumpLBStats(switch, port, ports, context, contexts, byref(chunk), sizeof(chunk)) != 0:
             raise OSError("Failed to dump LB stats. Please see hostcore.log")

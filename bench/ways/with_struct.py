@@ -1,9 +1,13 @@
-"""The measured methods with ctypes for the calls alone: records are buffers, which the struct module takes apart."""
+"""The measured methods with ctypes for the calls alone: records are buffers, which the struct module takes apart whole.
+
+The buffers are kept from call to call, so that none is cleared: the methods are not for several threads at once.
+"""
 
 import ctypes
 import socket
 import struct
 from ctypes import byref, c_char_p, c_uint32, c_void_p, create_string_buffer
+from operator import itemgetter
 
 from rendering import client_name, flow_page, refuse
 
@@ -21,21 +25,22 @@ SHOWN = [1, 0, 3, 2, 5, 4, 6, 7]  # packets first
 FAST_KEYS = [prefix + COUNTER_NAMES[i] for prefix in ("tx", "rx") for i in SHOWN]
 SLOW_KEYS = ["sp" + key[0].upper() + key[1:] for key in FAST_KEYS]
 ORDER = [side + i for side in (0, 8) for i in SHOWN]
+in_order = itemgetter(*ORDER)
+counters = create_string_buffer(COUNTERS.size)
+counters_place = byref(counters)
 
 FLOW_INFO = struct.Struct("<IH2xqIHHIBBHHHIIIII")
-FLOW_BITS = [(name, i, 1) for i, name in enumerate(
-    "vdrTtlCheck vdrVld natVld encap decap ctIngressVld ctIngressDir ctEgressVld ctEgressDir ipfixIngressVld "
-    "ipfixEgressVld drop isDstUplink isSrcUplink".split())] + [
-    ("dstUplinkIdx", 14, 3), ("srcUplinkIdx", 16, 3), ("vdrHops", 24, 255)]
-FLOW_HEAD = "flowIdx dstPort count timeStamp srcTag dstTag".split()
-FLOW_END = ("ingressMirror egressMirror encapIdx ctIngressStatsIdx ctEgressStatsIdx natIdx ctIngressIdx ctEgressIdx "
-            "ipfixIngressIdx ipfixEgressIdx").split()
+flow_info = create_string_buffer(FLOW_INFO.size)
+TABLE_READ = struct.Struct("<HHHHI")
 
 PORT = struct.Struct("<IIBB6sHHII64s64s")
 PORT_LIST_BYTES, PORT_LIST_HEADER = 2555916, 12
+port_list = create_string_buffer(PORT_LIST_BYTES)
+port_list_view = memoryview(port_list)
 FLOW_REQUEST = struct.Struct("<IIIBB6sB6sxI16sI4x16s5i4x")
 PAGE_HEADER = struct.Struct("<8xIIII")
 PAGE_BYTES = 10264
+flow_page_buffer = create_string_buffer(PAGE_BYTES)
 SETTING = struct.Struct("<II")
 CHUNK_HEADER = struct.Struct("<III")
 CHUNK_BYTES = 4096
@@ -45,53 +50,61 @@ LB_FEATURE = struct.Struct("<III4xQQ")
 LB_UPLINK = struct.Struct("<4xII4xII")
 LB_QUEUE = struct.Struct("<IIQQ")
 LB_CONTEXT = struct.Struct("<4xIiIIQQI")
-FEATURE_KEYS = "count load", "feat ID", "ctx ID", "pkts", "bytes"
-QUEUE_KEYS = "count load", "ctx ID", "pkts", "bytes"
-CONTEXT_KEYS = "ctx ID", "world ID", "biased CPU", "raw CPU", "pkts", "bytes", "max pb load"
+chunk = create_string_buffer(CHUNK_BYTES)
+chunk_view = memoryview(chunk)
 
 
 def GetPortStats(switch, port):
     if not (0 <= switch < 16 and 0 <= port < 16384):
         return refuse("TypeError: Invalid parameter passed.\n")
-    counters = create_string_buffer(COUNTERS.size)
-    size = c_uint32(COUNTERS.size)
-    if qdp.Qdp_Get_Port_Stats(switch, port, counters, byref(size)) != 0:
+    size = byref(c_uint32(COUNTERS.size))
+    if qdp.Qdp_Get_Port_Stats(switch, port, counters_place, size) != 0:
         return refuse("Failed to retrieve port stats.\n")
-    values = COUNTERS.unpack(counters)
-    stats = {key: values[i] for key, i in zip(FAST_KEYS, ORDER)}
-    if qdp.Qdp_Get_Port_Stats_Slowpath(switch, port, counters, byref(size)) != 0:
+    stats = dict(zip(FAST_KEYS, in_order(COUNTERS.unpack(counters))))
+    if qdp.Qdp_Get_Port_Stats_Slowpath(switch, port, counters_place, size) != 0:
         return refuse("Failed to retrieve slowpath port stats.\n")
-    values = COUNTERS.unpack(counters)
-    for key, i in zip(SLOW_KEYS, ORDER):
-        stats[key] = values[i]
+    stats.update(zip(SLOW_KEYS, in_order(COUNTERS.unpack(counters))))
     return stats
+
+
+def flow_info_dict(values):
+    """From the entry's members, of which the seventh is the word of bits."""
+    (index, port, count, time_stamp, source, destination, word, ingress_mirror, egress_mirror, encap, ingress_stats,
+     egress_stats, nat, ingress, egress, ipfix_ingress, ipfix_egress) = values
+    return {
+        "flowIdx": index, "dstPort": port, "count": count, "timeStamp": time_stamp, "srcTag": source,
+        "dstTag": destination, "vdrTtlCheck": word & 1, "vdrVld": word >> 1 & 1, "natVld": word >> 2 & 1,
+        "encap": word >> 3 & 1, "decap": word >> 4 & 1, "ctIngressVld": word >> 5 & 1, "ctIngressDir": word >> 6 & 1,
+        "ctEgressVld": word >> 7 & 1, "ctEgressDir": word >> 8 & 1, "ipfixIngressVld": word >> 9 & 1,
+        "ipfixEgressVld": word >> 10 & 1, "drop": word >> 11 & 1, "isDstUplink": word >> 12 & 1,
+        "isSrcUplink": word >> 13 & 1, "dstUplinkIdx": word >> 14 & 3, "srcUplinkIdx": word >> 16 & 3,
+        "vdrHops": word >> 24, "ingressMirror": ingress_mirror, "egressMirror": egress_mirror, "encapIdx": encap,
+        "ctIngressStatsIdx": ingress_stats, "ctEgressStatsIdx": egress_stats, "natIdx": nat, "ctIngressIdx": ingress,
+        "ctEgressIdx": egress, "ipfixIngressIdx": ipfix_ingress, "ipfixEgressIdx": ipfix_egress,
+    }
 
 
 def TableFlowInfoGet(index):
     if not 0 <= index < 1 << 22:
         return refuse("TypeError: Invalid parameter passed.\n")
-    info = create_string_buffer(FLOW_INFO.size)
     size = c_uint32(FLOW_INFO.size)
-    if qdp.Qdp_P4_Cmd(struct.pack("<HHHHI", 12, 11, 26, 4, index), 12, info, byref(size)) != 0:
+    if qdp.Qdp_P4_Cmd(TABLE_READ.pack(12, 11, 26, 4, index), 12, flow_info, byref(size)) != 0:
         return refuse("Failed to get table data\n")
-    values = FLOW_INFO.unpack(info)
-    entry = dict(zip(FLOW_HEAD, values))
-    word = values[6]
-    for key, lowest, mask in FLOW_BITS:
-        entry[key] = word >> lowest & mask
-    entry.update(zip(FLOW_END, values[7:]))
-    return entry
+    return flow_info_dict(FLOW_INFO.unpack(flow_info))
 
 
 def ListPorts(switch):
     if not 0 <= switch < 16:
         return refuse("TypeError: Invalid switch ID passed.\n")
-    record = create_string_buffer(PORT_LIST_BYTES)
     size = c_uint32(PORT_LIST_BYTES)
-    if qdp.Qdp_Get_Port_List(switch, record, byref(size)) != 0:
+    if qdp.Qdp_Get_Port_List(switch, port_list, byref(size)) != 0:
         return refuse("Failed to retrieve list of ports.\n")
+    return port_dicts(port_list_view)
+
+
+def port_dicts(record):
     count = WORD.unpack_from(record, 4)[0]
-    ports = memoryview(record)[PORT_LIST_HEADER:PORT_LIST_HEADER + count * PORT.size]
+    ports = record[PORT_LIST_HEADER:PORT_LIST_HEADER + count * PORT.size]
     return [{"portID": port, "qdpPortID": qdp_port, "numTxQ": num_tx, "numRxQ": num_rx, "hwAddr": mac.hex(":"),
              "numMACs": num_macs, "clientType": client_name(client, representor, flags), "txQLM": list(tx[:num_tx]),
              "rxQLM": list(rx[:num_rx])}
@@ -126,11 +139,10 @@ def DumpFlowTable(*arguments):
                                 mac_bytes(filters_source, source_mac), filters_destination & 255,
                                 mac_bytes(filters_destination, destination_mac), source_version, source,
                                 destination_version, destination, *filters)
-    buffer = create_string_buffer(PAGE_BYTES)
     size = c_uint32(PAGE_BYTES)
-    if qdp.Qdp_Dump_Flow_Table(request, buffer, byref(size)) != 0:
+    if qdp.Qdp_Dump_Flow_Table(request, flow_page_buffer, byref(size)) != 0:
         return refuse("Failed to retrieve flow table.\n\n")
-    page = buffer.raw
+    page = flow_page_buffer.raw
     next_start_index, count, valid_bytes, group_offset = PAGE_HEADER.unpack_from(page)
     return flow_page(page, count, next_start_index, valid_bytes, group_offset)
 
@@ -154,48 +166,58 @@ def GetSwitchBurstSize(alias):
     return SETTING.unpack(record)[1]
 
 
-def items(record, keys, chunk, offset, first, count):
-    start = offset + first * record.size
-    return tuple(dict(zip(keys, values)) for values in record.iter_unpack(chunk[start:start + count * record.size]))
+def features(place, offset, first, count):
+    start = offset + first * LB_FEATURE.size
+    return tuple([{"count load": load, "feat ID": feature, "ctx ID": context, "pkts": packets, "bytes": count_bytes}
+                  for load, feature, context, packets, count_bytes
+                  in LB_FEATURE.iter_unpack(place[start:start + count * LB_FEATURE.size])])
 
 
-def add_entry(lists, chunk, offset):
-    kind = WORD.unpack_from(chunk, offset)[0]
+def queues(place, offset, first, count):
+    start = offset + first * LB_QUEUE.size
+    return tuple([{"count load": load, "ctx ID": context, "pkts": packets, "bytes": count_bytes}
+                  for load, context, packets, count_bytes
+                  in LB_QUEUE.iter_unpack(place[start:start + count * LB_QUEUE.size])])
+
+
+def entry_at(place, offset, lists, make_features, make_queues):
+    """Appends the entry at an offset to the list of its kind, and returns its length."""
+    kind = WORD.unpack_from(place, offset)[0]
     if kind == 0:
-        port, affinity, priority, *groups = LB_PORT.unpack_from(chunk, offset)
+        port, affinity, priority, *groups = LB_PORT.unpack_from(place, offset)
         offset += LB_PORT.size
-        entry = {"port ID": port, "mem affinity mask": affinity, "priority": priority}
-        for key, first, count in zip(("vnicRxQ", "ofldRSS", "vnicTxQ", "filt"), groups[::2], groups[1::2]):
-            entry[key] = items(LB_FEATURE, FEATURE_KEYS, chunk, offset, first, count)
-        length = LB_PORT.size + LB_FEATURE.size * sum(groups[1::2])
-    elif kind == 1:
-        port, affinity, first, count = LB_UPLINK.unpack_from(chunk, offset)
-        entry = {"port ID": port, "mem affinity ID": affinity,
-                 "uplinkRx": items(LB_QUEUE, QUEUE_KEYS, chunk, offset + LB_UPLINK.size, first, count)}
-        length = LB_UPLINK.size + LB_QUEUE.size * count
-    elif kind == 2:
-        entry = dict(zip(CONTEXT_KEYS, LB_CONTEXT.unpack_from(chunk, offset)))
-        entry["world ID"] &= 0xFFFFFFFFFFFFFFFF
-        length = LB_CONTEXT.size
-    else:
-        raise OSError("Invalid format in LB stats dump")
-    lists[kind].append(entry)
-    return length
+        lists[0].append({"port ID": port, "mem affinity mask": affinity, "priority": priority,
+                         "vnicRxQ": make_features(place, offset, groups[0], groups[1]),
+                         "ofldRSS": make_features(place, offset, groups[2], groups[3]),
+                         "vnicTxQ": make_features(place, offset, groups[4], groups[5]),
+                         "filt": make_features(place, offset, groups[6], groups[7])})
+        return LB_PORT.size + LB_FEATURE.size * (groups[1] + groups[3] + groups[5] + groups[7])
+    if kind == 1:
+        port, affinity, first, count = LB_UPLINK.unpack_from(place, offset)
+        lists[1].append({"port ID": port, "mem affinity ID": affinity,
+                         "uplinkRx": make_queues(place, offset + LB_UPLINK.size, first, count)})
+        return LB_UPLINK.size + LB_QUEUE.size * count
+    if kind == 2:
+        context, world, biased, raw, packets, count_bytes, load = LB_CONTEXT.unpack_from(place, offset)
+        lists[2].append({"ctx ID": context, "world ID": world & 0xFFFFFFFFFFFFFFFF, "biased CPU": biased,
+                         "raw CPU": raw, "pkts": packets, "bytes": count_bytes, "max pb load": load})
+        return LB_CONTEXT.size
+    raise OSError("Invalid format in LB stats dump")
 
 
-def DumpLBStats(switch, port, ports, context, contexts):
+def dump_lb_stats(read_chunk, place, make_features, make_queues, switch, port, ports, context, contexts):
+    """By a call that reads the next chunk into a place."""
     if not (0 <= switch < 16 and 0 <= port < 16384 and port + ports <= 16384 and 0 <= context < 64 and
             context + contexts <= 64):
         raise ValueError("Invalid parameter passed.")
-    chunk, lists = create_string_buffer(CHUNK_BYTES), ([], [], [])
-    view = memoryview(chunk)
+    lists = ([], [], [])
     while ports or contexts:
-        if qdp.Qdp_DumpLBStats(switch, port, ports, context, contexts, chunk, CHUNK_BYTES) != 0:
+        if read_chunk(switch, port, ports, context, contexts) != 0:
             raise OSError("Failed to dump LB stats. Please see hostcore.log")
-        next_port, next_context, count = CHUNK_HEADER.unpack_from(chunk)
+        next_port, next_context, count = CHUNK_HEADER.unpack_from(place)
         offset = 24
         for _ in range(count):
-            offset += add_entry(lists, view, offset)
+            offset += entry_at(place, offset, lists, make_features, make_queues)
         if next_port < port + ports:
             port = next_port
         else:
@@ -205,3 +227,11 @@ def DumpLBStats(switch, port, ports, context, contexts):
         else:
             contexts = 0
     return lists
+
+
+def read_chunk(*wanted):
+    return qdp.Qdp_DumpLBStats(*wanted, chunk, CHUNK_BYTES)
+
+
+def DumpLBStats(*wanted):
+    return dump_lb_stats(read_chunk, chunk_view, features, queues, *wanted)
