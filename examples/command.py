@@ -98,7 +98,7 @@ def mac_address(text: str) -> str:
         raise argparse.ArgumentTypeError(f"{text!r} is not a MAC address such as 02:20:00:00:03:01") from None
 
 
-def ip_address(text: str) -> values.Address:
+def ip_address(text: str) -> "values.Address":
     """The type of an option that takes an IP address."""
     try:
         return values.ip_address(text)
