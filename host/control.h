@@ -103,4 +103,14 @@ size_t qdp_host_unreleased_values(void);
 void qdp_host_freeze_time(void);
 void qdp_host_advance_time(uint64_t nanoseconds);
 
+// How long the host has been up, in nanoseconds; 0 when there is none.
+uint64_t qdp_host_time(void);
+
+// Shares the host of this process with others: opens a socket, for its owner alone, and returns what is wrong, or null;
+// then serves all processes whose variable QDP_HOST names the socket, until SIGTERM, SIGINT or SIGHUP, and removes it. A
+// pipe that is given ends the service too, once nobody holds its other end; -1 is none. The variable is read when the stand-ins are loaded. A process that has it makes its calls there: what these functions do in
+// it concerns its own host, which its calls do not reach.
+const char* qdp_host_listen(const char* socket);
+void qdp_host_serve(int pipe);
+
 }  // extern "C"

@@ -24,15 +24,17 @@ ALLOWED = {
 SHARED = ["smartnic/channel", "smartnic/counters"]
 # Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
 BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/call/"]}
-# The rooms of host/ that each of them may include: call <- state <- answers, scenario, capture <- process. A capture is
-# recorded on real hosts, where there is no state.
+# The rooms of host/ that each of them may include: call <- state <- answers, scenario, capture <- link <- process <- share.
+# A capture is recorded on real hosts, where there is no state.
 HOST_ROOMS = {
     "call": [],
     "state": ["call"],
     "answers": ["call", "state"],
     "scenario": ["call", "state"],
     "capture": ["call"],
-    "process": ["call", "state", "answers", "scenario", "capture", "control.h"],
+    "link": ["call", "capture"],
+    "process": ["call", "state", "answers", "scenario", "capture", "link", "control.h"],
+    "share": ["call", "state", "capture", "link", "process", "control.h"],
 }
 MAP = "module.cpp"
 

@@ -78,7 +78,7 @@ uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
 
     const uint64_t now = host.clock.nanoseconds();
     for (const LBTraffic& each : traffic)
-        owner->balancer.injected.push_back({now, each});
+        owner->balancer.inject(now, each);
     owner->balancer.log(now, "traffic of " + std::to_string(traffic.size()) + " flows injected");
     return success;
 }

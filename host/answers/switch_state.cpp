@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/answers/answer.h"
+#include "host/call/hex.h"
 #include "platform/switch_state.h"
 
 namespace host {
@@ -19,18 +20,11 @@ const LoadedSwitch* config_of(const void* handle)
 
 using Property = Properties::value_type;
 
-std::vector<uint8_t> numbers(const Value& value)
-{
-    std::vector<uint8_t> made(value.size());
-    std::ranges::transform(value, made.begin(), [](std::byte byte) { return static_cast<uint8_t>(byte); });
-    return made;
-}
-
 Json serialised(const Properties& properties)
 {
     Json made = Json::object();
     for (const auto& [key, value] : properties)
-        made[key] = numbers(value);
+        made[hex(std::as_bytes(std::span{key}))] = hex(value);
     return made;
 }
 
@@ -38,9 +32,9 @@ Properties deserialised(const Json& properties)
 {
     Properties made;
     for (const auto& [key, value] : properties.items()) {
-        Value& bytes = made[key];  // an empty value is there too
-        for (const uint8_t byte : value.get<std::vector<uint8_t>>())
-            bytes.push_back(std::byte{byte});
+        const Value name = from_hex(key).value_or(Value{});
+        made[{reinterpret_cast<const char*>(name.data()), name.size()}] =
+            from_hex(value.get_ref<const std::string&>()).value_or(Value{});
     }
     return made;
 }
@@ -60,14 +54,14 @@ uint32_t state_get(Host& host, ValueSlot state)
                        {"class", each.config.class_name},
                        {"host", serialised(each.config.host_properties)},
                        {"global", serialised(each.config.global_properties)}});
-    const std::vector<uint8_t> bytes = Json::to_cbor(all);
-    return state.put(std::as_bytes(std::span{bytes}));
+    const std::string text = all.dump();
+    return state.put(std::as_bytes(std::span{text}));
 }
 
 uint32_t config_deserialize(Host& host, ByteSpan state)
 {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(state.data());
-    const Json all = Json::from_cbor(bytes, bytes + state.size(), true, false);
+    const auto* text = reinterpret_cast<const char*>(state.data());
+    const Json all = Json::parse(text, text + state.size(), nullptr, false);
     if (!all.is_array())
         return refused;
     try {
@@ -161,6 +155,21 @@ const Port* port_find(Host& host, const char* id, const char* name, uintptr_t, u
     return found == owner->ports.end() ? nullptr : &*found;
 }
 
+// The host kernel keeps this many bytes of names and values for a switch or a port.
+constexpr size_t most_property_bytes = 1 << 20;
+
+uint32_t store(Properties& properties, std::string_view key, ByteSpan value)
+{
+    size_t bytes = key.size() + value.size();
+    for (const auto& [name, stored] : properties)
+        if (name != key)
+            bytes += name.size() + stored.size();
+    if (bytes > most_property_bytes)
+        return refused;
+    properties.insert_or_assign(std::string{key}, value_of(value));
+    return success;
+}
+
 uint32_t host_property_get(Host& host, std::string_view id, std::string_view key, ValueSlot value)
 {
     const Switch* owner = host.switch_by_id(id);
@@ -177,8 +186,7 @@ uint32_t host_property_set(Host& host, std::string_view id, std::string_view key
     Switch* owner = host.switch_by_id(id);
     if (!owner)
         return not_found;
-    owner->config.host_properties.insert_or_assign(std::string{key}, value_of(value));
-    return success;
+    return store(owner->config.host_properties, key, value);
 }
 
 // A port is known by the id or the alias of its switch, and by its name.
@@ -214,8 +222,7 @@ uint32_t port_data_set(Host& host, std::string_view switch_text, std::string_vie
     Port* port = port_by_name(host, switch_text, port_text);
     if (!port)
         return bad_parameter;
-    port->data.insert_or_assign(std::string{key}, value_of(value));
-    return success;
+    return store(port->data, key, value);
 }
 
 void data_free(Host&, ReleasedValue value)

@@ -56,6 +56,8 @@ struct Output {
     std::byte* data = nullptr;
     size_t capacity = 0;
     uint32_t* size_word = nullptr;  // null when the operation has none
+    bool takes_content = false;     // its caller has put something into it
+    size_t* end = nullptr;          // unless null, receives the end of what is written
 
     // Writes the whole answer. An answer that does not fit is refused, and nothing is written.
     uint32_t put(ByteSpan answer) const
@@ -74,8 +76,12 @@ struct Output {
     // Writes a part of the answer, cut at the capacity.
     void write(size_t offset, ByteSpan part) const
     {
-        if (data && offset < capacity && !part.empty())
-            std::memcpy(data + offset, part.data(), std::min(part.size(), capacity - offset));
+        if (!data || offset >= capacity || part.empty())
+            return;
+        const size_t size = std::min(part.size(), capacity - offset);
+        std::memcpy(data + offset, part.data(), size);
+        if (end)
+            *end = std::max(*end, offset + size);
     }
 
     void set_size(size_t size) const
@@ -99,10 +105,11 @@ struct Argument {
     // The meaning of a number to a recorder, which takes calls from one process into another.
     enum class Meaning {
         number,
-        handle,    // names an object of the library; equal handles name one object
-        callback,  // receives the handles of a walk, one call each
-        context,   // the caller's word for its callback
-        release,   // a value that a ValueOutput received, given back
+        host_text,  // the address of a text, which the embedded host alone looks at
+        handle,     // names an object of the library; equal handles name one object
+        callback,   // receives the handles of a walk, one call each
+        context,    // the caller's word for its callback
+        release,    // a value that a ValueOutput received, given back
     };
 
     Kind kind = Kind::value;

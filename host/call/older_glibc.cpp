@@ -30,6 +30,8 @@ extern "C" {
 
 int first_pthread_once(pthread_once_t* control, void (*function)());
 int first___pthread_key_create(pthread_key_t* key, void (*destroy)(void*));
+int first_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*), void* context);
+int first_pthread_detach(pthread_t thread);
 int first___fxstat64(int version, int file, struct stat64* status);
 int first___xstat(int version, const char* path, struct stat* status);
 void* first_dlopen(const char* path, int mode);
@@ -42,6 +44,8 @@ FIRST_VERSION_OF(dlsym);
 FIRST_VERSION_OF(dlerror);
 FIRST_VERSION_OF(pthread_once);
 FIRST_VERSION_OF(__pthread_key_create);
+FIRST_VERSION_OF(pthread_create);
+FIRST_VERSION_OF(pthread_detach);
 FIRST_VERSION_OF(__fxstat64);
 FIRST_VERSION_OF(__xstat);
 
@@ -76,6 +80,17 @@ HIDDEN int pthread_once(pthread_once_t* control, void (*function)())
 HIDDEN int __pthread_key_create(pthread_key_t* key, void (*destroy)(void*))
 {
     return first___pthread_key_create(key, destroy);
+}
+
+HIDDEN int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                          void* context) noexcept
+{
+    return first_pthread_create(thread, attributes, function, context);
+}
+
+HIDDEN int pthread_detach(pthread_t thread) noexcept
+{
+    return first_pthread_detach(thread);
 }
 
 HIDDEN int fstat64(int file, struct stat64* status) noexcept

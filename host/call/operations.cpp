@@ -21,7 +21,7 @@ constexpr Signature table[] = {
 
 Output output_at(uint64_t address, size_t capacity)
 {
-    return {reinterpret_cast<std::byte*>(address), address ? capacity : 0, nullptr};
+    return {reinterpret_cast<std::byte*>(address), address ? capacity : 0};
 }
 
 ByteSpan bytes_at(uint64_t address, size_t size)
@@ -56,8 +56,12 @@ Argument begun(Role role, uint64_t word, size_t target_bytes)
         break;
     case buffer:
     case sized_out:
+    case filled_out:
         argument.kind = Argument::Kind::output;
         argument.output = output_at(word, 0);
+        break;
+    case host_text:
+        argument.meaning = Argument::Meaning::host_text;
         break;
     case library_value:
     case caller_value:
@@ -99,6 +103,7 @@ void complete(Argument& argument, Role first, Role second, uint64_t word, size_t
     else {
         argument.output = output_at(argument.value, words ? *words : 0);
         argument.output.size_word = words;
+        argument.output.takes_content = first == filled_out;
     }
 }
 

@@ -12,10 +12,11 @@ namespace host {
 
 // The role of a parameter. Those of the second line belong to the parameter before them.
 enum class Role : uint8_t {
-    in,      // a number
-    text,    // a text that ends with NUL, or null
-    mac,     // the six bytes of a MAC address
-    record,  // a record that goes in, of the size of its type
+    in,         // a number
+    host_text,  // a number to a recorder; the embedded host looks at the text at this address, unless it is null
+    text,       // a text that ends with NUL, or null
+    mac,        // the six bytes of a MAC address
+    record,     // a record that goes in, of the size of its type
     bytes,
     items,
     count,  // data that goes in; its count of bytes or items
@@ -23,7 +24,8 @@ enum class Role : uint8_t {
     buffer,
     capacity,  // a buffer that receives an answer; its capacity
     sized_out,
-    size,  // the same; the word that holds its capacity, and then the size
+    filled_out,  // one into which its caller has put something
+    size,        // the same; the word that holds its capacity, and then the size
     handle,
     handle_out,  // a handle; a word that receives one
     callback,
@@ -47,6 +49,7 @@ constexpr bool is_output(Role role)
     case Role::out:
     case Role::buffer:
     case Role::sized_out:
+    case Role::filled_out:
     case Role::handle_out:
     case Role::library_value:
     case Role::caller_value:
@@ -68,6 +71,7 @@ constexpr bool is_recorded_input(Role role)
 {
     switch (role) {
     case Role::in:
+    case Role::host_text:
     case Role::text:
     case Role::mac:
     case Role::record:
@@ -82,6 +86,11 @@ constexpr bool is_recorded_input(Role role)
 
 enum class ResultKind : uint8_t { none, status, text, handle };
 
+// What a handle names, by the address of a word for its type: null for what is no handle.
+using ObjectKind = const char*;
+template <class Object>
+inline constexpr char kind_of_object = 0;
+
 // What the table says of one operation.
 struct Signature {
     std::string_view name;  // NUL-terminated
@@ -89,6 +98,8 @@ struct Signature {
     uint8_t num_parameters;
     std::array<Role, 8> parameters;
     std::array<uint32_t, 8> target_bytes;  // the size of what each parameter points to; 0 where that is not known
+    std::array<ObjectKind, 8> objects;     // what each parameter names, receives or is called back with
+    ObjectKind result_object;
 
     constexpr std::span<const Role> roles() const { return {parameters.data(), num_parameters}; }
     constexpr size_t num_arguments() const
@@ -156,11 +167,36 @@ constexpr uint32_t target_bytes()
         return 0;
 }
 
+// Behind any pointers, and the first parameter of a callback.
+template <class Type>
+struct ObjectBehind {
+    static constexpr ObjectKind kind = nullptr;
+};
+
+template <class Object>
+struct ObjectBehind<Object*> {
+    static constexpr ObjectKind kind = &kind_of_object<Object>;
+};
+
+template <class Object>
+struct ObjectBehind<Object**> : ObjectBehind<Object*> {
+};
+
+template <class Result, class First, class... Rest>
+struct ObjectBehind<Result (*)(First, Rest...)> : ObjectBehind<First> {
+};
+
 // A row of the table. A record whose header is not included does not compile.
 template <class Result, class... Parameters, class... Roles>
 consteval Signature signature_of(Result (*)(Parameters...), std::string_view name, Roles... roles)
 {
-    Signature signature{name, result_kind<Result>(), sizeof...(Roles), {roles...}, {target_bytes<Parameters>()...}};
+    Signature signature{name,
+                        result_kind<Result>(),
+                        sizeof...(Roles),
+                        {roles...},
+                        {target_bytes<Parameters>()...},
+                        {ObjectBehind<Parameters>::kind...},
+                        ObjectBehind<Result>::kind};
     for (size_t i = 0; i < sizeof...(Roles); ++i) {
         const Role role = signature.parameters[i];
         if ((role == Role::record || role == Role::out || role == Role::items) && signature.target_bytes[i] == 0)

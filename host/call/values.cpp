@@ -16,8 +16,10 @@ void Values::put(const ValueOutput& output, ByteSpan value)
             std::malloc(std::max<size_t>(value.size(), 1));  // as long as the value, so that an overread shows
         if (block && !value.empty())
             std::memcpy(block, value.data(), value.size());
-        if (block && output.owner == ValueOutput::Owner::released)
-            unreleased_.insert(block);
+        if (block && output.owner == ValueOutput::Owner::released) {
+            unreleased_.emplace(block, value.size());
+            unreleased_bytes_ += value.size();
+        }
         memory = block;
     }
     *output.pointer = memory;
@@ -35,24 +37,44 @@ std::optional<ByteSpan> Values::value_put(const ValueOutput& output) const
 const Value& Values::keep(Value value)
 {
     value.reserve(1);  // an empty value has an address too
-    return kept_.emplace_back(std::move(value));
+    kept_last_ = &*kept_.insert(std::move(value)).first;
+    return *kept_last_;
+}
+
+void Values::forget_kept()
+{
+    kept_.clear();
+    kept_last_ = nullptr;
 }
 
 std::string_view Values::text_at(const char* text) const
 {
-    if (!kept_.empty() && reinterpret_cast<const char*>(kept_.back().data()) == text)
-        return {text, strnlen(text, kept_.back().size())};
+    if (kept_last_ && reinterpret_cast<const char*>(kept_last_->data()) == text)
+        return {text, strnlen(text, kept_last_->size())};
     return text;
 }
 
 void Values::release(void* value)
 {
-    if (value && unreleased_.erase(value) == 0) {
+    if (!value)
+        return;
+    const auto found = unreleased_.find(value);
+    if (found == unreleased_.end()) {
         std::fprintf(stderr, "qdp-host: DVSHCK_DataFree: %p is no value of this library, or was released before\n",
                      value);
         std::abort();
     }
+    unreleased_bytes_ -= found->second;
+    unreleased_.erase(found);
     std::free(value);
+}
+
+void Values::release_all()
+{
+    for (const auto& [block, size] : unreleased_)
+        std::free(block);
+    unreleased_.clear();
+    unreleased_bytes_ = 0;
 }
 
 }  // namespace host

@@ -9,7 +9,6 @@
 #include "host/call/file.h"
 #include "host/call/hex.h"
 #include "host/capture/trace.h"
-#include "platform/switch_state.h"
 
 namespace host {
 
@@ -97,13 +96,6 @@ RecordedAnswer::Output output_in(const Json& json)
     return output;
 }
 
-// A text with its NUL. Callers read a switch id as a buffer of switch_id_bytes, however short it is.
-Value readable_text(Value text)
-{
-    text.resize(std::max(text.size() + 1, switch_id_bytes));
-    return text;
-}
-
 Value text_in(const Json& json)
 {
     if (json.is_string())
@@ -140,6 +132,7 @@ void check_input(Role role, const Json& input)
 {
     switch (role) {
     case Role::in:
+    case Role::host_text:
         number_in(input, UINT64_MAX);
         break;
     case Role::handle:
@@ -163,7 +156,7 @@ void check_output(Role role, const RecordedAnswer::Output& output, bool is_succe
         throw BrokenCapture{"a \"handle\" in an output that receives none"};
     if (output.content && role == Role::handle_out)
         throw BrokenCapture{"\"bytes\" in an output that receives a handle"};
-    if (output.size && role != Role::sized_out && !is_value)
+    if (output.size && role != Role::sized_out && role != Role::filled_out && !is_value)
         throw BrokenCapture{"a \"size\" in an output that has none"};
     if (output.zeros != 0 && (is_value || !output.content))
         throw BrokenCapture{"\"zeros\" without \"bytes\" before them"};
@@ -202,42 +195,7 @@ void check_answer(const Signature& signature, const RecordedAnswer& answer)
         check_output(roles[i], answer.outputs[i], is_success);
 }
 
-// --- An answer ---
-
-void put(const Output& output, const RecordedAnswer::Output& recorded)
-{
-    if (recorded.handle)
-        output.write(0, bytes_of(*recorded.handle));
-    if (recorded.content) {
-        output.write(0, *recorded.content);
-        if (output.data && recorded.content->size() < output.capacity)
-            std::memset(output.data + recorded.content->size(), 0,
-                        std::min(recorded.zeros, output.capacity - recorded.content->size()));
-    }
-    if (recorded.size)
-        output.set_size(*recorded.size);
-}
-
-void put(const ValueOutput& output, const RecordedAnswer::Output& recorded, Values& values)
-{
-    if (recorded.content && output.owner == ValueOutput::Owner::library)
-        *output.pointer = recorded.content->data();
-    else if (recorded.content)
-        values.put({output.pointer, nullptr, output.owner}, *recorded.content);
-    if (recorded.size && output.length)
-        *output.length = *recorded.size;
-}
-
-void put_outputs(const RecordedAnswer& answer, Arguments arguments, Values& values)
-{
-    auto output = answer.outputs.begin();
-    for (const Argument& argument : arguments) {
-        if (argument.kind == Argument::Kind::output)
-            put(argument.output, *output++);
-        else if (argument.kind == Argument::Kind::value_output)
-            put(argument.value_output, *output++, values);
-    }
-}
+// --- The file ---
 
 void check_header(const std::string& line)
 {

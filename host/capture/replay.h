@@ -11,27 +11,13 @@
 
 #include "host/call/operations.h"
 #include "host/call/values.h"
+#include "host/capture/recorded_answer.h"
 
 namespace host {
 
 // A file that cannot be used, and why: "FILE: PLACE: what is wrong".
 struct BrokenCapture : std::runtime_error {
     using std::runtime_error::runtime_error;
-};
-
-// What one call brought back.
-struct RecordedAnswer {
-    struct Output {
-        std::optional<Value> content;
-        size_t zeros = 0;  // behind the content
-        std::optional<uint32_t> size;
-        std::optional<uint64_t> handle;
-    };
-
-    std::vector<Output> outputs;
-    std::vector<uint64_t> steps;
-    uint64_t result = 0;
-    std::optional<Value> text;
 };
 
 class Replay {

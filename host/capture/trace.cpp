@@ -24,7 +24,7 @@ Json inputs_json(Arguments arguments, const Tokens& token_of)
     for (const Argument& argument : arguments) {
         switch (argument.kind) {
         case Argument::Kind::value:
-            if (argument.meaning == Argument::Meaning::number)
+            if (argument.meaning == Argument::Meaning::number || argument.meaning == Argument::Meaning::host_text)
                 inputs.push_back(argument.value);
             else if (argument.meaning == Argument::Meaning::handle)
                 inputs.push_back(handle_json(token_of(argument.value)));

@@ -205,6 +205,13 @@ void qdp_host_advance_time(uint64_t nanoseconds)
         present->clock.advance(nanoseconds);
 }
 
+uint64_t qdp_host_time(void)
+{
+    const LockedProcess process;
+    const Host* present = process->replay() ? nullptr : process->host();
+    return present ? present->clock.nanoseconds() : 0;
+}
+
 // --- Operations ---
 
 const char* qdp_host_operations(void)
@@ -289,5 +296,5 @@ const char* qdp_host_calls(void)
 
 size_t qdp_host_unreleased_values(void)
 {
-    return LockedProcess()->values.num_unreleased();
+    return LockedProcess()->own.values.num_unreleased();
 }

@@ -2,7 +2,9 @@
 #include <thread>
 
 #include "host/call/hex.h"
+#include "host/link/shared_host.h"
 #include "host/process/process.h"
+#include "platform/switch_state.h"
 
 namespace host {
 
@@ -131,28 +133,63 @@ uint64_t scripted_answer(Operation& operation, Arguments arguments, Values& valu
     return answer.result;
 }
 
+// The caller's snapshot of the switches in the place of the host's own, for one answer.
+class SnapshotOfCaller {
+public:
+    SnapshotOfCaller(Host& host, Caller& caller) : host_{host}, caller_{caller} { exchange(); }
+    ~SnapshotOfCaller() { exchange(); }
+
+private:
+    void exchange()
+    {
+        if (caller_.loaded)
+            host_.loaded.swap(caller_.loaded);
+    }
+
+    Host& host_;
+    Caller& caller_;
+};
+
+// Whether a caller from another process gives only handles that its snapshot has.
+bool has_handles(const LoadedSwitches& loaded, const Signature& signature, Arguments arguments)
+{
+    size_t parameter = 0;
+    for (const Argument& argument : arguments) {
+        const ObjectKind kind = signature.objects[parameter];
+        const auto* handle = reinterpret_cast<const void*>(argument.value);
+        if (argument.meaning == Argument::Meaning::handle && argument.kind == Argument::Kind::value &&
+            !(kind == &kind_of_object<DVSSwitch> ? has_switch(loaded, handle) : has_property(loaded, handle)))
+            return false;
+        parameter += argument.second_parameter ? 2 : 1;
+    }
+    return true;
+}
+
 // From the capture or from the state.
-uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess& process, Walk& walk)
+uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess& process, Caller& caller, Walk& walk)
 {
     if (Replay* replay = process->replay())
-        return replay->answer(*operation.signature, arguments, process->values, walk.handles);
+        return replay->answer(*operation.signature, arguments, caller.values, walk.handles);
     Host* host = process->host();
     if (!host) {
         process->print_error();
         return operation.failed(refused);
     }
-    return (*operation.answer)(*host, arguments, {process->values, walk});
+    if (caller.loaded && !has_handles(*caller.loaded, *operation.signature, arguments))
+        return operation.failed(refused);
+    const SnapshotOfCaller snapshot{*host, caller};
+    return (*operation.answer)(*host, arguments, {caller.values, walk});
 }
 
 // Callers are C: an exception ends here.
-uint64_t answer(Operation& operation, Arguments arguments, LockedProcess& process, Walk& walk)
+uint64_t planned_answer(Operation& operation, Arguments arguments, LockedProcess& process, Caller& caller, Walk& walk)
 {
     if (operation.failure && operation.failure->calls.take())
         return operation.failed(operation.failure->status);
     try {
         if (!operation.script.empty())
-            return scripted_answer(operation, arguments, process->values);
-        return source_answer(operation, arguments, process, walk);
+            return scripted_answer(operation, arguments, caller.values);
+        return source_answer(operation, arguments, process, caller, walk);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "qdp-host: %s: the answer failed: %s\n", operation.signature->name.data(), error.what());
         return operation.failed(refused);
@@ -173,6 +210,18 @@ void run(const Walk& walk, Arguments arguments)
             return;
 }
 
+void keep_call(Process& process, Json call, Arguments arguments)
+{
+    size_t size = 1024;  // about what a call without buffers takes
+    for (const Argument& argument : arguments)
+        size += 2 * (argument.bytes.size() + argument.output.capacity);
+    process.recording_room -= std::min(process.recording_room, size);
+    if (process.recording_room == 0)
+        process.is_recording = false;
+    else
+        process.calls.push_back(std::move(call));
+}
+
 }  // namespace
 
 Operation& operation(const Signature& signature)
@@ -183,24 +232,32 @@ Operation& operation(const Signature& signature)
     return operation;
 }
 
+uint64_t answer(LockedProcess& process, Operation& operation, Arguments arguments, Caller& caller, Walk& walk)
+{
+    wait_if_planned(operation, process);
+    Json call;
+    if (process->is_recording)
+        call = {{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}};
+    caller.values.begin_call();
+    const uint64_t result = planned_answer(operation, arguments, process, caller, walk);
+    if (!call.is_null()) {
+        const bool is_success = operation.signature->result != ResultKind::status || result == success;
+        call["result"] = result_json(*operation.signature, result, caller.values);
+        call["outputs"] = outputs_json(arguments, caller.values, is_success);
+        keep_call(*process.operator->(), std::move(call), arguments);
+    }
+    return result;
+}
+
 uint64_t dispatch(Operation& operation, Arguments arguments)
 {
     Walk walk;
     uint64_t result;
-    {
+    if (SharedHost* shared = SharedHost::of_this_process()) {
+        result = shared->call(*operation.signature, arguments, walk.handles);
+    } else {
         LockedProcess process;
-        wait_if_planned(operation, process);
-        Json call;
-        if (process->is_recording)
-            call = {{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}};
-        process->values.begin_call();
-        result = answer(operation, arguments, process, walk);
-        if (!call.is_null()) {
-            const bool is_success = operation.signature->result != ResultKind::status || result == success;
-            call["result"] = result_json(*operation.signature, result, process->values);
-            call["outputs"] = outputs_json(arguments, process->values, is_success);
-            process->calls.push_back(std::move(call));
-        }
+        result = answer(process, operation, arguments, process->own, walk);
     }
     run(walk, arguments);
     return result;

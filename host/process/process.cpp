@@ -128,6 +128,11 @@ bool Process::restore(uint64_t snapshot)
     return true;
 }
 
+void Process::forget_texts()
+{
+    std::erase_if(kept_texts, [](const auto& kept) { return kept.first.first == std::this_thread::get_id(); });
+}
+
 void Process::retire_handles()
 {
     if (host_ && !host_->loaded->empty())
@@ -142,7 +147,7 @@ void Process::reset()
         operation.clear_plans();
     calls.clear();
     is_recording = false;
-    values.forget_kept();
+    own.values.forget_kept();
     retired_.clear();
     host_.reset();
     scenario_.reset();

@@ -31,6 +31,12 @@ auto attempt(Read read) -> std::pair<decltype(read()), std::string>
 // Reads a scenario file; null is the default scenario.
 std::pair<std::shared_ptr<const Host>, std::string> read_scenario(const char* path);
 
+// Who calls, and what the switch state library holds in that process.
+struct Caller {
+    Values values;
+    std::shared_ptr<const LoadedSwitches> loaded;  // null for this process, whose snapshot is that of its host
+};
+
 // All of it is reached through LockedProcess alone.
 class Process {
 public:
@@ -55,10 +61,14 @@ public:
 
     void reset();
 
+    // Forgets the texts that this thread has kept.
+    void forget_texts();
+
     std::map<std::string_view, Operation> operations;
-    Values values;
+    Caller own;
     bool is_recording = false;
     std::vector<nlohmann::json> calls;
+    size_t recording_room = SIZE_MAX;  // for the bytes of further calls; without any, recording ends
 
     // Texts that callers in C look at, by thread and function.
     std::map<std::pair<std::thread::id, std::string>, std::string> kept_texts;
@@ -93,5 +103,9 @@ public:
 private:
     std::unique_lock<std::mutex> lock_;
 };
+
+// Answers one call: delays, failures and scripted answers that are planned for it first, then the capture or the state.
+// The handles of a walk are in `walk`; its callback is not called.
+uint64_t answer(LockedProcess& process, Operation& operation, Arguments arguments, Caller& caller, Walk& walk);
 
 }  // namespace host

@@ -16,6 +16,20 @@ const Port* find_port(const Switch& owner, uint32_t number)
     return found == ports.end() ? nullptr : &*found;
 }
 
+bool has_switch(const LoadedSwitches& loaded, const void* handle)
+{
+    return std::ranges::any_of(loaded, [&](const LoadedSwitch& each) { return &each == handle; });
+}
+
+bool has_property(const LoadedSwitches& loaded, const void* handle)
+{
+    const auto is_in = [&](const Properties& properties) {
+        return std::ranges::any_of(properties, [&](const auto& property) { return &property == handle; });
+    };
+    return std::ranges::any_of(
+        loaded, [&](const LoadedSwitch& each) { return is_in(each.host_properties) || is_in(each.global_properties); });
+}
+
 Switch* Host::datapath_switch(uint32_t switch_number)
 {
     const auto found = std::ranges::find_if(switches, [&](const Switch& candidate) {

@@ -106,6 +106,10 @@ struct Host {
     Switch* switch_by_portset(std::string_view portset_name);
 };
 
+// Whether a handle points to a switch of a snapshot, or to a property of one.
+bool has_switch(const LoadedSwitches& loaded, const void* handle);
+bool has_property(const LoadedSwitches& loaded, const void* handle);
+
 // The port of a switch with this number, or null.
 const Port* find_port(const Switch& owner, uint32_t number);
 

@@ -26,6 +26,13 @@ void keep_newest_lines(std::string& text)
 
 }  // namespace
 
+void SwitchBalancer::inject(uint64_t now, const LBTraffic& traffic)
+{
+    if (injected.size() >= most_injected_flows)
+        injected.erase(injected.begin(), injected.begin() + most_injected_flows / 2);
+    injected.push_back({now, traffic});
+}
+
 void SwitchBalancer::log(uint64_t nanoseconds, const std::string& line)
 {
     debug_text += timed(nanoseconds, line);

@@ -23,9 +23,14 @@ struct SwitchBalancer {
     std::vector<InjectedTraffic> injected;
     std::string debug_text;
 
+    void inject(uint64_t now, const LBTraffic& traffic);
+
     // Adds a line to the debug buffer; the oldest ones leave a full one.
     void log(uint64_t nanoseconds, const std::string& line);
 };
+
+// A balancer that has so many forgets the older half.
+inline constexpr size_t most_injected_flows = 65'536;
 
 // Of a switch whose ports stand already: how it was placed, to begin with.
 std::string default_debug_text(const Switch& owner);

@@ -10,6 +10,13 @@ import qdp_host
 from qdp_host import Call, Capacity, EmbeddedHost, HostError, NullBuffer, Snapshot
 
 
+def test_two_processes() -> None:
+    with qdp_host.serving("mux") as host:
+        host.delay("Qdp_Get_Port_List", 0.5)
+        environment: Dict[str, str] = host.environment()
+        assert environment[qdp_host.VARIABLE] == host.socket and host.uptime() > 3600
+
+
 @pytest.fixture
 def stopped(qdp_host: EmbeddedHost) -> Iterator[EmbeddedHost]:
     qdp_host.freeze()

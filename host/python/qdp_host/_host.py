@@ -161,10 +161,15 @@ class EmbeddedHost:
         folder = os.path.abspath(folder or _places.libraries())
         _refuse_other_libraries(folder)
         # Loaded by path and before the module: the loader then takes them for the libraries the module asks for.
-        self._control = _loaded(folder, _places.CONTROL)
+        control = _loaded(folder, _places.CONTROL)
         self.libqmtPublic = _loaded(folder, "libqmtPublic.so")
         self.libqdp = _loaded(folder, "libqdp.so")
         self._add_module_path(folder)
+        self._declare(control)
+
+    def _declare(self, control: Any) -> None:
+        """Gives the control functions their types."""
+        self._control = control
         text, size = ctypes.c_char_p, ctypes.c_size_t
         functions = [
             ("reset", None),
@@ -194,11 +199,14 @@ class EmbeddedHost:
             ("operations", ctypes.c_char_p),
             ("operation", ctypes.c_char_p, text),
             ("unreleased_values", size),
+            ("time", ctypes.c_uint64),
+            ("listen", text, text),
+            ("serve", None, ctypes.c_int),
             ("freeze_time", None),
             ("advance_time", None, ctypes.c_uint64),
         ]  # type: List[Tuple[Any, ...]]
         for name, result, *parameters in functions:
-            function = getattr(self._control, "qdp_host_" + name)
+            function = getattr(control, "qdp_host_" + name)
             function.restype = result
             function.argtypes = parameters
         self._recording = 0  # blocks of recording() that are open
@@ -425,6 +433,12 @@ class EmbeddedHost:
         count = self._control.qdp_host_unreleased_values()  # type: int
         return count
 
+    def uptime(self) -> float:
+        """How long the host has been up, in seconds; counters begin with it."""
+        self._expect_state()
+        nanoseconds = self._control.qdp_host_time()  # type: int
+        return nanoseconds / NANOSECONDS_A_SECOND
+
     def freeze(self) -> None:
         """Stop the clock, so that counters change only with advance()."""
         self._control.qdp_host_freeze_time()
@@ -458,6 +472,8 @@ def running(
     """
     if scenario is not None and replay is not None:
         raise ValueError("scenario and replay exclude each other")
+    if os.environ.get("QDP_HOST"):
+        raise HostError("QDP_HOST attaches this process to a shared host; unset it for a host of the process's own")
     host = the_host()
     host.reset()
     try:

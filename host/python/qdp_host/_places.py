@@ -2,7 +2,7 @@
 
 import os
 import sys
-from typing import List, Optional, Union
+from typing import Dict, List, Optional, Sequence, Union
 
 PACKAGE = os.path.dirname(os.path.abspath(__file__))
 CHECKOUT = os.path.dirname(os.path.dirname(os.path.dirname(PACKAGE)))
@@ -62,6 +62,21 @@ def python_path(folder: str, interpreter: str) -> List[str]:
     if os.path.abspath(interpreter) == os.path.abspath(sys.executable):
         return []
     return [os.path.join(PACKAGE, "other_interpreters")]
+
+
+def extend(environment: Dict[str, str], variable: str, folders: Sequence[str]) -> None:
+    """Puts folders in front of a path."""
+    path = os.pathsep.join(list(folders) + list(filter(None, [environment.get(variable)])))
+    if path:
+        environment[variable] = path
+
+
+def environment(folder: str, interpreter: str) -> Dict[str, str]:
+    """This process's environment with what an interpreter needs to find the stand-ins of a folder, and the module."""
+    made = dict(os.environ)
+    extend(made, "LD_LIBRARY_PATH", [folder])
+    extend(made, "PYTHONPATH", python_path(folder, interpreter))
+    return made
 
 
 def _scenarios() -> str:
