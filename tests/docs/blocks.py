@@ -2,7 +2,7 @@
 
     ```python     runs behind the Python blocks above it, as one script; a ```text block right below is what it prints,
                   standard error included
-    ```console    "$ command", and below it what it prints
+    ```console    "$ command", and below it what it prints; a command that ends with "&" goes on beside the next ones
     ```sh         commands, of which nothing is shown
     ```json       a scenario of the embedded host
     ```text       elsewhere, a list: each line begins with a path of the repository
@@ -13,6 +13,7 @@
 import re
 import subprocess
 import sys
+import time
 from dataclasses import dataclass
 
 from markdown_it import MarkdownIt
@@ -88,6 +89,20 @@ def commands_of(block):
 
 def run_command(command, environment, root):
     return _run(["/bin/bash", "-e", "-c", command], environment, root)
+
+
+def start_command(command, environment, root, file):
+    """A command that goes on in the background, and what it has printed into a file once it has printed a line."""
+    line = ["/bin/bash", "-e", "-c", "exec " + command.rstrip("&\n ")]
+    with open(file, "w") as output:
+        running = subprocess.Popen(line, cwd=root, env=environment, stdout=output, stderr=subprocess.STDOUT)
+    deadline = time.monotonic() + TIMEOUT
+    while True:
+        with open(file) as output:
+            printed = output.read()
+        if printed.endswith("\n") or running.poll() is not None or time.monotonic() > deadline:
+            return running, printed
+        time.sleep(0.05)
 
 
 def _run(command, environment, root):

@@ -5,7 +5,7 @@ import pathlib
 
 import pytest
 
-from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_command, run_python
+from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_command, run_python, start_command
 from interpreters import interpreters
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -62,6 +62,16 @@ def environment(root, build, tmp_path):
     )
 
 
+@pytest.fixture(scope="module")
+def background():
+    """The commands that go on in the background, until the last block has run; each ends in order."""
+    running = []
+    yield running
+    for each in running:
+        each.terminate()
+        assert each.wait(30) == 0
+
+
 @pytest.mark.parametrize("block", runs("python"))
 def test_python(block, environment, root):
     before = [
@@ -91,9 +101,15 @@ def files(tmp_path_factory):
 
 @pytest.mark.xdist_group("commands")  # one after the other: some read what others write
 @pytest.mark.parametrize("block", runs("console", "sh"))
-def test_commands(block, environment, root, files):
+def test_commands(block, environment, root, files, background):
     for command, shown in commands_of(block):
-        printed, status = run_command(command.replace("/tmp/", f"{files}/"), environment, root)
+        command = command.replace("/tmp/", f"{files}/")
+        if command.endswith("&"):
+            running, printed = start_command(command, environment, root, files / "printed")
+            background.append(running)
+            status = running.poll() or 0
+        else:
+            printed, status = run_command(command, environment, root)
         assert status == 0, printed
         assert shown is None or is_as_shown(printed.replace(f"{files}/", "/tmp/"), shown), printed
 
