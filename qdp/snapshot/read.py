@@ -12,6 +12,7 @@ from . import lines
 _DAMAGE = (ValueError, KeyError, TypeError, AttributeError, RecursionError, IndexError)
 
 CHUNK = 1 << 20
+KEY_BYTES = 1 << 12  # of a line, within which a call's method and arguments end
 END_BYTES = 200  # the last line is shorter
 
 
@@ -84,7 +85,7 @@ class Snapshot:
         reading = 0
         for place, line in self.lines():
             if line.startswith(lines.CALL):
-                key, _ = decoder.raw_decode(line[len(lines.CALL) :].decode())
+                key, _ = decoder.raw_decode(line[len(lines.CALL) : KEY_BYTES].decode())
                 method, arguments = key
                 if not isinstance(method, str) or not isinstance(arguments, list):
                     raise TypeError(key)
@@ -92,6 +93,8 @@ class Snapshot:
             elif line.startswith(lines.CAPTURE):
                 continue
             else:
+                if len(line) > CHUNK:
+                    raise ValueError(len(line))
                 fields = lines.loaded(line)
                 if place == 0:
                     self.head = fields

@@ -171,8 +171,8 @@ WRITES_MUCH = """
 import sys; del sys.path[0]
 from qdp.snapshot import reading, sweep
 def much(asker):
-    for i in range(64):
-        asker.write(setting="many", value="x" * (1 << 20))
+    for i in range(128):
+        asker.write(setting="many", value="x" * (1 << 19))
 sweep.BY_NAME["lcores"] = much
 reading.main(*sys.argv[1:])
 """
@@ -293,6 +293,39 @@ def test_lines_that_no_writer_writes(tmp_path, line):
                 snapshot.call("GetLBMetric", ())
         except SnapshotError as error:
             assert "\n" not in str(error)
+
+
+READS = """
+import resource, sys
+from qdp.snapshot.read import Snapshot, SnapshotError
+peak = lambda: resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+before = peak()
+try:
+    list(Snapshot(sys.argv[1]).capture())
+    print(peak() - before, "read")
+except SnapshotError as error:
+    print(peak() - before, error)
+"""
+
+
+@pytest.mark.parametrize(
+    "line, end, what",
+    [
+        (b'{"call": ["ListPorts", [0]], "result": "%s", "us": 1}\n', 0, "read"),
+        (b'{"setting": "x", "value": "%s"}\n', 0, "it is damaged: ValueError"),
+        (b'{"call": ["%s"]}\n', 0, "it is damaged: JSONDecodeError"),
+        (b'{"capture": "%s"}\n', 0, "read"),
+        (b'{"call": ["ListPorts", [0]], "result": "%s", "us": 1}\n', 100, "it is cut off"),
+    ],
+)
+def test_huge_line_takes_no_more_than_twice_the_file(tmp_path, line, end, what):
+    path = file_of(tmp_path, [began("ports"), line % (b"x" * (32 << 20))])
+    os.truncate(path, os.path.getsize(path) - end)
+    environment = dict(os.environ, PYTHONPATH=os.pathsep.join(filter(None, sys.path)))
+    done = subprocess.run([sys.executable, "-c", READS, path], cwd="/", env=environment, stdout=subprocess.PIPE, check=True)
+    grown, _, said = done.stdout.decode().strip().partition(" ")
+    assert said.endswith(what)
+    assert int(grown) * 1024 <= 2 * os.path.getsize(path) + (4 << 20)
 
 
 def mutated(content, rng):
