@@ -85,14 +85,14 @@ class View:
     def lines(self, rows, suffix="", height=None):
         """The lines of a table, or of records."""
         options = self.options
+        width = terminal_size().columns if is_terminal(sys.stdout) and self.named is None else None
         if not self.verb.columns and self.named is None:
-            lines = _table.records(rows, self.verb.identity, self.counters, suffix, options.header, is_bold())
+            lines = _table.records(rows, self.verb.identity, self.counters, suffix, options.header, is_bold(), width)
         else:
-            columns, width = self.named, None
+            columns = self.named
             if columns is None:
                 groups = ("", "d" if options.details else "", "s" if options.statistics else "")
                 columns = [column for column in self.known if column.group in groups]
-                width = terminal_size().columns if is_terminal(sys.stdout) else None
             lines = _table.table(columns, rows, width, options.header, suffix, is_bold())
         if height is not None and len(lines) > height:
             lines[height - 1 :] = ["... and {:,} more lines".format(len(lines) - height + 1)]

@@ -39,12 +39,25 @@ def table(columns, rows, width=None, headings=True, suffix="", bold=False):
             line[i].rjust(widths[i]) if WRITTEN[columns[i].kind][1] else line[i].ljust(widths[i]) for i in kept
         ]
         shown.append((" " * GAP).join(cells).rstrip())
+    shown = wrapped(shown, width, GAP)
     if headings and bold:
         shown[0] = "\033[1m{}\033[0m".format(shown[0])
     return shown
 
 
-def records(rows, identity, counters, suffix="", headings=True, bold=False):
+def wrapped(lines, width, indent):
+    """The lines, those that are too long for a terminal of that width broken between words."""
+    if width is None or all(len(line) <= width for line in lines):
+        return lines
+    import textwrap
+
+    breaker = textwrap.TextWrapper(
+        width, subsequent_indent=" " * indent, break_long_words=False, break_on_hyphens=False
+    )
+    return [part for line in lines for part in (breaker.wrap(line) if len(line) > width else [line])]
+
+
+def records(rows, identity, counters, suffix="", headings=True, bold=False, width=None):
     """The lines of rows that have no columns: what names a row, then a line for each key and value."""
     shown = []
     for row in rows:
@@ -59,7 +72,8 @@ def records(rows, identity, counters, suffix="", headings=True, bold=False):
         indent = " " * GAP if headings else ""
         for key, text, is_number in pairs:
             text = text.rjust(numbers) if is_number else text
-            shown.append("{}{}{}{}".format(indent, key.ljust(names), " " * GAP, text).rstrip())
+            line = "{}{}{}{}".format(indent, key.ljust(names), " " * GAP, text).rstrip()
+            shown += wrapped([line], width, len(indent) + names + GAP if width and names * 2 < width else 2 * GAP)
     return shown
 
 

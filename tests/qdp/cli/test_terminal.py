@@ -118,6 +118,23 @@ def test_counters_are_never_cut(terminal, columns):
                 assert re.fullmatch("[0-9]{1,3}(,[0-9]{3})*", cell)
 
 
+@pytest.mark.parametrize("columns", [40, 80, 200])
+@pytest.mark.parametrize("words", [["uplink", "offload"], ["nic", "show"], ["mirror"], ["table", "get", "flow-info", "101"]])
+def test_long_values_are_broken_between_words(terminal, run_process, words, columns):
+    shown = terminal(*words, columns=columns)
+    lines = BOLD.sub("", shown.read_until()).splitlines()
+    assert shown.end() == 0
+    too_long = [line for line in lines if len(line) > columns]
+    assert all(len(line.split()) == 1 for line in too_long)  # a word is never cut
+
+    def words_of(text):  # without counters, which go on
+        return [word for word in text.split() if not word.replace(",", "").isdigit()]
+
+    whole = run_process(*words).stdout
+    if words != ["mirror"]:  # whose columns drop
+        assert words_of(" ".join(lines)) == words_of(whole)
+
+
 def test_columns_that_are_named_are_all_shown(terminal):
     shown = terminal("port", "stats", "1", "--columns", "port,tx-pkts,tx-bytes,rx-pkts,rx-bytes", columns=40)
     head = BOLD.sub("", shown.read_until()).splitlines()[0]
