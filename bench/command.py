@@ -1,5 +1,5 @@
-"""What a start of the command qdp costs, in processor time, beside an interpreter that imports argparse alone; and the
-key TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
+"""What a start of the command qdp and a snapshot cost, in processor time, beside an interpreter that imports argparse alone;
+and the key TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
 
 import os
 import pathlib
@@ -9,6 +9,8 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 ARGPARSE = ["-c", "import argparse"]
+START = 2  # at most, to the import of argparse
+SNAPSHOT = 150 / 22  # 150 ms where that import takes 22
 LINES = {
     "qdp switch show": ["switch", "show"],
     "qdp port show": ["port", "show", "0"],
@@ -44,6 +46,7 @@ def measured(build, rounds):
         pathlib.Path(folder, "qdp", "switch").write_text("dvs-production\n")
         commands = {"import argparse": ["/usr/bin/python3", *ARGPARSE]}
         commands.update({name: ["/usr/bin/python3", command, *line] for name, line in LINES.items()})
+        commands["qdp snapshot"] = ["/usr/bin/python3", command, "snapshot", str(pathlib.Path(folder, "host.qdp"))]
         commands["TAB"] = ["bash", "--norc", "-c", TAB, "bash", str(files / "qdp.bash")]
         times = {name: [] for name in commands}
         for _ in range(rounds + 1):  # the first one compiles

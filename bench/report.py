@@ -7,6 +7,7 @@ import pathlib
 import platform
 import statistics
 
+import command
 from workloads import FLOWS, LONG, LONGEST, SHORT
 
 NAMES = {"_libqdp": "the module", "checked": "checked, by hand", "floor": "floor, by hand", "with_cython": "Cython",
@@ -169,8 +170,10 @@ def targets(found, workloads):
     aim.add("C++ runtime", "not needed", "needed" if needs else "not needed", not needs)
     aim.at_most("bytes kept a port entry", found["kept_bytes"]["_libqdp"], 860, "{:,.0f}".format)
     starts = found["command"]
-    for name in sorted(set(starts) - {"import argparse", "TAB"}):
-        aim.at_most(f"start of {name}, to `import argparse`", starts[name] / starts["import argparse"], 2)
+    for name in sorted(command.LINES):
+        aim.at_most(f"start of {name}, to `import argparse`", starts[name] / starts["import argparse"], command.START)
+    snapshot = starts["qdp snapshot"] / starts["import argparse"]
+    aim.at_most("qdp snapshot of the default host, to `import argparse`", snapshot, command.SNAPSHOT)
     aim.at_most("a TAB in the shell", starts["TAB"], 30e-3, time_text)
     for method, points in found["instructions_growth"].items():
         aim.at_most(f"instructions' distance from linear growth: {method}", fitted(points)[2], 0.01)

@@ -41,8 +41,11 @@ def _untagged(value):
     return tuple(value[TUPLE]) if len(value) == 1 and TUPLE in value else value
 
 
+_encoded = json.JSONEncoder(check_circular=False).encode  # what is written holds itself nowhere
+
+
 def dumped(value):
-    return json.dumps(value).encode() + b"\n"
+    return _encoded(value).encode() + b"\n"
 
 
 def loaded(line):

@@ -167,6 +167,22 @@ def test_hanging_section_is_given_up_and_the_rest_is_read(on_embedded_host, monk
     assert snapshot.call("GetUplinkStats", (0, 0))
 
 
+def test_snapshot_costs_little_beside_a_start_of_the_interpreter(reading_environment, root, tmp_path):
+    """Processor time of both processes, with compiled files as an installation keeps them; script/bench has the figures."""
+    environment = {**reading_environment, "PYTHONPYCACHEPREFIX": str(tmp_path), "PYTHONDONTWRITEBYTECODE": ""}
+    environment["PYTHONPATH"] = environment["PYTHONPATH"].partition(os.pathsep)[0]  # without the recorder
+    commands = [["-c", "import argparse"], [str(root / "script" / "qdp_command.py"), "snapshot", str(tmp_path / "x.qdp")]]
+    times = [[], []]
+    for _ in range(8):  # in turns; the least counts
+        for line, found in zip(commands, times):
+            before = resource.getrusage(resource.RUSAGE_CHILDREN)
+            subprocess.run([sys.executable, *line], env=environment, cwd="/", check=True)
+            after = resource.getrusage(resource.RUSAGE_CHILDREN)
+            found.append(after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
+    start, snapshot = map(min, times)
+    assert snapshot < 8 * start
+
+
 WRITES_MUCH = """
 import sys; del sys.path[0]
 from qdp.snapshot import reading, sweep
