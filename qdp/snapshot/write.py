@@ -1,6 +1,7 @@
 """Writes a snapshot: supervises the reading process, and replaces the file as a whole."""
 
 import contextlib
+import errno
 import fcntl
 import hashlib
 import os
@@ -52,7 +53,10 @@ def new_file(path, ending=""):
 
 @contextlib.contextmanager
 def replacing(path):
-    """A Sink whose lines are the file `path` when the block has ended well; else there is the old file, or none."""
+    """A Sink whose lines are the file `path` when the block has ended well; else there is the old file, or none. What is
+    there and is no regular file stays: to root, even a device could be replaced."""
+    if os.path.exists(path) and not os.path.isfile(path):
+        raise OSError(errno.EINVAL, "it is no regular file", path)
     handle, temporary = new_file(path)
     try:
         with os.fdopen(handle, "wb") as file:

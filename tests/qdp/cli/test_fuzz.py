@@ -1,6 +1,7 @@
 """Random command lines: whatever they are, they end with an exit code of ours, and a line that says why."""
 
 import io
+import os
 import random
 import types
 
@@ -34,7 +35,8 @@ OPTIONS = (
     "--only --interval --timeout --flows --anonymize --key-file --of --capture-of "
     "--listen --textfile --include --exclude --max-series --from"
 ).split()
-FILES = ["host.qdp", "damaged.qdp", "now", "nosuch.qdp", ".", "/dev/zero", "/nowhere/x", "made.qdp"]
+# None of these may be a file of the machine's: the tests may run as root.
+FILES = ["host.qdp", "damaged.qdp", "now", "nosuch.qdp", ".", "fifo", "/nowhere/x", "made.qdp"]
 OF_FILES = ("snapshot", "bundle", "diff")
 VALUES = {
     "--columns": ["port", "switch,name", "", ",", "nosuch", "rx-pkts,tx-pkts"],
@@ -92,6 +94,7 @@ def bounded(host, monkeypatch, tmp_path):
     monkeypatch.setattr(exporter, "_source", lambda options: types.SimpleNamespace(
         read=lambda seconds: Reading(), restarts=0, close=lambda: None))  # fmt: skip
     monkeypatch.setattr(check, "time", types.SimpleNamespace(sleep=lambda seconds: None))
+    os.mkfifo("fifo")
     read("host.qdp")
     with open("host.qdp", "rb") as file, open("damaged.qdp", "wb") as damaged:
         damaged.write(file.read()[:-50])

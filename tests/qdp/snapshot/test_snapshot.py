@@ -5,6 +5,7 @@ import json
 import os
 import random
 import resource
+import stat
 import subprocess
 import sys
 import time
@@ -238,6 +239,29 @@ def test_full_disk_leaves_the_old_file(tmp_path):
             raise OSError(28, "No space left on device")
     assert path.read_text() == "old"
     assert [each.name for each in tmp_path.iterdir()] == ["kept.qdp"]
+
+
+def test_what_is_no_regular_file_is_not_replaced(tmp_path):
+    os.mkfifo(str(tmp_path / "fifo"))
+    for path in (tmp_path, tmp_path / "fifo"):
+        with pytest.raises(OSError) as failure:
+            with write.replacing(str(path)) as sink:
+                sink.write(b"x\n")
+        assert (failure.value.filename, failure.value.strerror) == (str(path), "it is no regular file")
+    assert stat.S_ISFIFO((tmp_path / "fifo").stat().st_mode)
+    assert [each.name for each in tmp_path.iterdir()] == ["fifo"]
+
+
+def test_link_to_nothing_and_to_a_file(tmp_path):
+    """A link is replaced, as by any program that writes beside and renames; what it leads to stays."""
+    (tmp_path / "old").write_text("old")
+    (tmp_path / "link").symlink_to(tmp_path / "old")
+    (tmp_path / "dangling").symlink_to(tmp_path / "nothing")
+    for name in ("link", "dangling"):
+        with write.replacing(str(tmp_path / name)) as sink:
+            sink.write(b"x\n")
+        assert not (tmp_path / name).is_symlink()
+    assert (tmp_path / "old").read_text() == "old"
 
 
 def test_file_is_the_owner_s_alone(tmp_path):
