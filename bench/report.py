@@ -180,3 +180,129 @@ def targets(found, workloads):
     return aim
 
 
+def rows_text(heads, rows):
+    lines = ["| " + " | ".join(heads) + " |", "|" + "|".join([" --- "] + [" ---: "] * (len(heads) - 1)) + "|"]
+    lines += ["| " + " | ".join(map(str, row)) + " |" for row in rows]
+    return "\n".join(lines)
+
+
+def machine():
+    model = next((line.split(":")[1].strip() for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
+                  if line.startswith("model name")), platform.machine())
+    load = os.getloadavg()[0]
+    return (f"{model}, {os.cpu_count()} processors, Linux {platform.release()}, Python {platform.python_version()}; "
+            f"load {load:.1f} at the end")
+
+
+def ahead(found, workloads, ways):
+    """The ways that take less time than the module, by hand or not."""
+    for way in ways:
+        faster = [f"{workload} ({ratio(found['times'], way, workload):.2f})" for workload in workloads
+                  if ratio(found["times"], way, workload) < 0.98]
+        if faster:
+            yield f"- {NAMES[way]}: {'; '.join(faster)}"
+
+
+def table(found, workloads, ways):
+    """The whole text, and what has been missed."""
+    aim = targets(found, workloads)
+    times, counts = found["times"], found["instructions"]
+    heads = ["", *(NAMES[way] for way in ways)]
+
+    def cells(cell):
+        return rows_text(heads, [[workload, *(cell(workload, way) for way in ways)] for workload in workloads])
+
+    def time_of(workload, way):
+        found_times = times[way][workload]
+        return f"{time_text(median(found_times))} ±{spread(found_times):.0%}"
+
+    parts = [
+        "# What the module's calls cost",
+        f"Measured by `script/bench` on {datetime.date.today()}: {machine()}.",
+        WHAT_IS_MEASURED,
+        "## What is to be reached",
+        rows_text(["", "wanted", "found", "reached"], aim.rows),
+        ABOUT_BUDGETS,
+        "## Time of a call",
+        "Processor time: medians of interleaved rounds, and half the distance between their quartiles.",
+        cells(time_of),
+        "## Time of a call, as a multiple of the module's",
+        cells(lambda workload, way: f"{ratio(times, way, workload):.2f}"),
+        "Ahead of the module by more than 2%:",
+        "\n".join(ahead(found, workloads, ways)),
+        WHO_KEEPS_KEYS,
+        "## Time of a call without keys alive",
+        WITHOUT_KEYS,
+        rows_text(["", *(NAMES[way] for way in found["times_alone"]), "to the time with keys alive"],
+                  [alone_row(found, workload) for workload in workloads]),
+        "## Instructions of a call",
+        WHAT_IS_COUNTED,
+        cells(lambda workload, way: f"{counts[way][workload]:,.0f}"),
+        "## Import, file, memory",
+        rows_text(["", "import", "stripped file, bytes", "needs the C++ runtime", "bytes kept a port entry"],
+                  [facts_row(found, way) for way in ["empty", *ways]]),
+        "## Growth with the number of entries",
+        rows_text(["", "to", "an entry", "at the start", "largest distance from the line"],
+                  [growth_row(method, found[what][method], text) for method in found["growth"]
+                   for what, text in (("growth", time_text), ("instructions_growth", instructions_text))]),
+        HOW_IT_GROWS,
+    ]
+    return "\n\n".join(parts) + "\n", aim.missed
+
+
+def alone_row(found, workload):
+    alone = {way: median(times[workload]) for way, times in found["times_alone"].items()}
+    share = alone["_libqdp"] / median(found["times"]["_libqdp"][workload])
+    return [workload, *(time_text(seconds) for seconds in alone.values()), f"{share:.2f}"]
+
+
+def facts_row(found, way):
+    facts = found["files"].get(way)
+    kept = found["kept_bytes"].get(way)
+    return [NAMES[way], time_text(median(found["imports"][way])), f"{facts['bytes']:,}" if facts else "",
+            ("yes" if facts["needs_cpp"] else "no") if facts else "", f"{kept:.0f}" if kept else ""]
+
+
+def growth_row(method, points, text):
+    slope, start, distance = fitted(points)
+    return [method, f"{points[-1][0]:,} entries", text(slope), text(start) if start > 0 else "0", f"{distance:.1%}"]
+
+
+# --- The chart: for each workload a group of bars, the time as a multiple of the module's, on a logarithmic scale ---
+
+COLOURS = {"_libqdp": "#1b6ca8", "checked": "#6fa8dc", "floor": "#b8cfe5", "with_cython": "#3c9d5b",
+           "with_nanobind": "#e0b040", "with_pybind11": "#d98c21", "with_numpy": "#a64d79", "with_cffi": "#c0504d", "with_struct": "#8064a2", "with_ctypes": "#5a5a5a"}
+LEFT, WIDTH, BAR, GAP, TOP = 190, 560, 11, 14, 60
+
+
+def chart(found, workloads, ways):
+    ratios = {(workload, way): ratio(found["times"], way, workload) for workload in workloads for way in ways}
+    lowest, highest = 0.5, max(ratios.values()) * 1.3
+
+    def x(value):
+        return LEFT + WIDTH * math.log(max(value, lowest) / lowest) / math.log(highest / lowest)
+
+    height = TOP + len(workloads) * (len(ways) * BAR + GAP) + 30
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{LEFT + WIDTH + 70}" height="{height}" '
+             'font-family="sans-serif" font-size="11">',
+             '<rect width="100%" height="100%" fill="white"/>',
+             '<text x="10" y="18" font-size="14">Time of a call, as a multiple of the module\'s</text>']
+    for i, way in enumerate(ways):
+        place = 10 + i * 101
+        parts.append(f'<rect x="{place}" y="30" width="10" height="10" fill="{COLOURS[way]}"/>'
+                     f'<text x="{place + 14}" y="39" font-size="10">{NAMES[way]}</text>')
+    for power in range(0, math.ceil(math.log10(highest))):
+        parts.append(f'<line x1="{x(10 ** power):.1f}" x2="{x(10 ** power):.1f}" y1="{TOP - 8}" y2="{height - 22}" '
+                     f'stroke="#ccc"/><text x="{x(10 ** power):.1f}" y="{height - 8}" text-anchor="middle">'
+                     f'{10 ** power}</text>')
+    y = TOP
+    for workload in workloads:
+        parts.append(f'<text x="{LEFT - 8}" y="{y + len(ways) * BAR / 2 + 4:.1f}" text-anchor="end">{workload}</text>')
+        for way in ways:
+            value = ratios[workload, way]
+            parts.append(f'<rect x="{LEFT}" y="{y}" width="{x(value) - LEFT:.1f}" height="{BAR - 2}" '
+                         f'fill="{COLOURS[way]}"/><text x="{x(value) + 4:.1f}" y="{y + BAR - 3}" font-size="9">'
+                         f'{value:.2f}</text>')
+            y += BAR
+        y += GAP
+    return "\n".join([*parts, "</svg>"]) + "\n"
