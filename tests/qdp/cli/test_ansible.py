@@ -16,7 +16,7 @@ pytestmark = pytest.mark.skipif(shutil.which("ansible-playbook") is None, reason
 def play(root, build, tmp_path):
     """Runs tasks on this machine; the result of each, by its name."""
 
-    def play(*tasks, options=()):
+    def play(*tasks, options=(), variables=()):
         results = tmp_path / "results"
         registered = [dict(each, register="result_{}".format(i), ignore_errors=True) for i, each in enumerate(tasks)]
         content = "{{ [" + ", ".join(each["register"] for each in registered) + "] | to_json }}"
@@ -31,6 +31,7 @@ def play(root, build, tmp_path):
             "LC_ALL": "C.UTF-8",
             "LD_LIBRARY_PATH": str(build / "host"),
             "PYTHONPATH": str(build),
+            **dict(variables),
         }
         line = ["ansible-playbook", "-i", "localhost,", "-c", "local"]
         line += ["-e", "ansible_python_interpreter=/usr/bin/python3"]
@@ -61,6 +62,32 @@ def test_settings_are_set_and_changes_are_true(play):
     assert (results["differs"]["changed"], results["differs"]["changes"]) == (True, CHANGE)
     assert (results["is as wanted"]["changed"], results["is as wanted"]["changes"]) == (False, [])
     assert results["as text"]["changes"][0] == CHANGE[0]
+
+
+def test_second_run_on_one_host_changes_nothing(play, build, monkeypatch):
+    """Each task is a process of its own; they share a host, as the tasks of a playbook share a machine."""
+    monkeypatch.setenv("QDP_HOST_LIBRARIES", str(build / "host"))
+    monkeypatch.delenv("QDP_HOST", raising=False)
+    wanted = {"flow-timeout": 30, "dvs-production/burst-size": 64, "dvs-production/port/3/lro": False}
+    with qdp_host.serving() as host:
+        variables = {"QDP_HOST": host.environment()["QDP_HOST"]}
+        checked = play(task("checked", "qdp_settings", settings=wanted), options=["--check"], variables=variables)
+        results = play(
+            task("first", "qdp_settings", settings=wanted),
+            task("again", "qdp_settings", settings=wanted),
+            task("back", "qdp_settings", settings={"flow-timeout": 10}),
+            task("refused", "qdp_settings", settings={"dvs-production/burst-size": 128, "flow-timeout": -1}),
+            task("facts", "qdp_facts"),
+            variables=variables,
+        )
+    paths = ["flow-timeout", "dvs-production/burst-size", "dvs-production/port/3/lro"]
+    assert checked["checked"]["changed"] and [each["path"] for each in checked["checked"]["changes"]] == paths
+    assert results["first"]["changes"] == checked["checked"]["changes"]  # a check changes nothing
+    assert (results["again"]["changed"], results["again"]["changes"]) == (False, [])
+    assert results["back"]["changes"] == [{"path": "flow-timeout", "before": 30, "after": 10}]
+    assert results["refused"]["failed"]
+    settings = results["facts"]["ansible_facts"]["qdp"]["settings"]
+    assert {path: settings[path] for path in wanted} == {**wanted, "flow-timeout": 10}
 
 
 def test_check_mode_and_diff(play):
