@@ -46,18 +46,19 @@ class Concern:
         return list(found)
 
     def _of_callers(self, mutant):
-        """The tests made for the methods of the sources that name a shared function, when these are few."""
+        """The tests of the methods of the sources that name a shared function, when these are few: those made for them,
+        and those of the sources' mirrors."""
         function = mutant.function.split("<")[0].split("(")[0].split(" ")[-1]
         if not mutant.files[0].startswith(SHARED) or not function:
             return []
         name = re.compile(rf"\b{function}\b")
-        methods = {
-            method
-            for file, methods in self._methods.items()
-            if file != mutant.files[0] and name.search(self._sources.text(file))
-            for method in methods
-        }
-        return self._made_for(methods) if len(methods) <= FEW_METHODS else []
+        callers = [
+            file for file in self._methods if file != mutant.files[0] and name.search(self._sources.text(file))
+        ]
+        methods = {method for file in callers for method in self._methods[file]}
+        if len(methods) > FEW_METHODS:
+            return []
+        return [*self._made_for(methods), *(item for file in callers for item in self._mirror(file))]
 
     def _made_for(self, methods):
         return [item for items in self._items.values() for item in items if methods & _parameters(item)]

@@ -70,7 +70,6 @@ class Attack:
 
     def __enter__(self):
         self._held = [[[], {}, *(tuple(range(size)) for size in range(1, TUPLE_SIZES + 1))] for _ in range(KEPT)]
-        gc.collect()
         gc.freeze()
         self._threshold = gc.get_threshold()
         gc.callbacks.append(self._run)
@@ -80,7 +79,6 @@ class Attack:
     def __exit__(self, *exception):
         gc.set_threshold(*self._threshold)
         gc.callbacks.remove(self._run)
-        gc.unfreeze()
 
     def _run(self, phase, info):
         own = gc.get_objects()
@@ -106,7 +104,7 @@ def lists_dicts(result):
 
 
 @pytest.mark.parametrize("name", RECIPES)
-def test_result_changed_by_a_collectors_callback(frozen, tortured, tally, name):
+def test_result_changed_by_a_collectors_callback(frozen, tortured, tally, young, name):
     torture, module = tortured
     method = getattr(module, name)
     usual = outcome(method, is_made_of(RECIPES[name], module))

@@ -1,6 +1,8 @@
 """The statistics of the load balancer."""
 
 import ctypes
+import functools
+import signal
 import struct
 
 import pytest
@@ -349,6 +351,26 @@ class TestDumpLBStats:
         outcome = interrupted(qdp).call("DumpLBStats", 3, 0, 1, 0, 0)
         assert outcome.raised == (Interrupted, "")
         assert 0 < len(outcome.calls) < answers
+
+    def test_a_signal_during_the_last_chunk_is_left_to_the_interpreter(self, host, tortured):
+        """The method gives its result; the handler runs after it."""
+        torture, module = tortured
+        host.script("Qdp_DumpLBStats", outputs=[chunk()])
+
+        class Signalling:
+            """Sends the signal when it is taken, in C, where no handler runs; and is 0."""
+
+            __index__ = functools.partial(getattr(ctypes.PyDLL(None), "raise"), signal.SIGUSR1)
+
+        def handler(number, frame):
+            raise Interrupted
+
+        before = signal.signal(signal.SIGUSR1, handler)
+        try:
+            with pytest.raises(Interrupted):
+                torture.invoke(module.DumpLBStats, (Signalling(), 0, 1, 0, 0), 0, False)
+        finally:
+            signal.signal(signal.SIGUSR1, before)
 
     def test_lack_of_memory(self, host, qdp):
         """Port 1, an uplink, and port 2, a virtual NIC, in one chunk."""
