@@ -237,7 +237,7 @@ def table(found, workloads, ways):
                   [alone_row(found, workload) for workload in workloads]),
         "## Instructions of a call",
         WHAT_IS_COUNTED,
-        cells(lambda workload, way: f"{counts[way][workload]:,.0f}"),
+        cells(lambda workload, way: f"{counts[way][workload]:,.0f}" if workload in counts[way] else ""),
         "## Import, file, memory",
         rows_text(["", "import", "stripped file, bytes", "needs the C++ runtime", "bytes kept a port entry"],
                   [facts_row(found, way) for way in ["empty", *ways]]),
