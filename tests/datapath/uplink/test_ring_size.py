@@ -1,12 +1,30 @@
 """The ring sizes of uplinks, which are kept in their ports' data."""
 
+import os
 import struct
+import subprocess
+import sys
 
 import pytest
 
 from observe import Call, Capacity, Outcome, refused
 
 KEY = "com.tarnix.extraconfig.opqueDvs.qdp.uplinkRing"
+
+# Prints the platform calls of a method whose value the library hands out beside a refusal, and how many values are out.
+REFUSED_WITH_A_VALUE = """
+import pathlib, sys
+from qdp_host import EmbeddedHost
+build = pathlib.Path(sys.argv[1])
+host = EmbeddedHost(build / "host")
+sys.path.insert(0, str(build))
+import _libqdp
+host.script("DVSHCK_PortDataGet", status=0xBAD0001, outputs=[bytes(8)])
+with host.recording() as calls:
+    _libqdp.GetUplinkRingSize("a switch", "a port")
+print([call.operation for call in calls], host.unreleased_values())
+"""
+
 EMBEDDED_NULL = (ValueError, "embedded null character")
 
 
@@ -40,6 +58,15 @@ class TestGetUplinkRingSize:
         assert self.call(qdp) == Outcome(
             None, "ValueError: Failed to read property data length.\n", calls=[self.get]
         )
+
+    def test_what_a_refused_call_hands_out_is_not_released(self, root, build):
+        """In a process of its own: the value stays out."""
+        called = subprocess.run(
+            [sys.executable, "-c", REFUSED_WITH_A_VALUE, str(build)],
+            env={**os.environ, "PYTHONPATH": str(root / "host" / "python")},
+            capture_output=True, text=True, check=True,
+        )  # fmt: skip
+        assert called.stdout == "['DVSHCK_PortDataGet'] 1\n"
 
     @pytest.mark.parametrize("value", [b"", b"\0" * 4, b"\0" * 7, b"\0" * 9, b"\0" * 12])
     def test_a_wrong_length(self, host, qdp, value):
