@@ -22,7 +22,17 @@ from stub import Stub
 STUB = pathlib.Path(__file__).resolve().parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi"
 MODULE = "_libqdp"
 IN_MODULE = [f".. py:currentmodule:: {MODULE}", ""]
+EMBEDDED_HOST = pathlib.Path(__file__).resolve().parent.parent / "reference" / "embedded-host.md"
 logger = logging.getLogger(__name__)
+
+
+def on_the_embedded_host():
+    """What the embedded host makes of arguments: {method: [(arguments, meaning)]}, from the table of its page."""
+    found = {}
+    for methods, arguments, meaning in re.findall(r"^\| (`.*?) \| (.*?) \| (.*?) \|$", EMBEDDED_HOST.read_text(), re.M):
+        for method in re.findall(r"`(\w+)`", methods):
+            found.setdefault(method, []).append((arguments, meaning))
+    return found
 
 
 class Writer:
@@ -30,6 +40,7 @@ class Writer:
 
     def __init__(self, stub):
         self.stub = stub
+        self.embedded = on_the_embedded_host()
         self.methods = {method.name for method in stub.methods()}
         self.homes = {}  # the first method that a type is shown with: links to the type lead there
         for method in stub.methods():
@@ -97,6 +108,10 @@ class Writer:
             kind = self.annotation(method.parameters[listed[0].strip("`")])
             rows.append(("".join(listed), kind, self.prose(meaning)))
         lines = [".. rubric:: Parameters", "", *self.table(("Name", "Type", "Meaning"), rows)]
+        embedded = self.embedded.get(method.name)
+        if embedded:
+            lines += ["What the embedded host makes of them, and promises of no real one:", ""]
+            lines += [f"- {self.prose(arguments)}: {self.prose(meaning)}" for arguments, meaning in embedded] + [""]
         for each in self.stub.types_in(*method.parameters.values()):
             lines += self.type(each, method)
         return lines

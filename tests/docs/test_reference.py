@@ -266,6 +266,38 @@ class TestScenarioKeys:
         assert metric.startswith('one of "none", "cpu", "count"')
 
 
+# Arguments whose meaning no name and no range tells.
+UNTOLD = re.compile(r"selector|direction|flag|text|value(_\d)?|id_\d")
+
+
+def embedded_host_table(pages):
+    """{(method, argument)} of the page about what the embedded host makes of arguments."""
+    found = set()
+    for row in pages["reference/embedded-host.html"].select("table tbody tr"):
+        methods, arguments, _ = (cell.get_text() for cell in row.select("td"))
+        found |= {(method, each) for method in re.findall(r"\w+", methods) for each in re.findall(r"\w+", arguments)}
+    return found
+
+
+def test_the_embedded_host_says_what_it_makes_of_each_argument_passed_as_given(pages):
+    told = embedded_host_table(pages)
+    untold = set()
+    for function in STUB.functions():
+        for names, meaning in re.findall(r"^([\w, ]+): (.*)$", STUB.documentation(function.name), re.M):
+            untold |= {
+                (function.name, each)
+                for each in names.split(", ")
+                if "passed as given" in meaning and UNTOLD.fullmatch(each)
+            }
+    assert untold - told == set() and len(untold) > 15
+
+
+def test_a_method_says_what_the_embedded_host_makes_of_its_arguments(pages):
+    ((_, description),) = described(pages, "function")["GetUplinkQueueStats"]
+    text = " ".join(description.get_text().split())
+    assert "What the embedded host makes of them, and promises of no real one: direction: 0 is receive, 1 transmit" in text
+
+
 def test_the_embedded_hosts_page_has_every_method(pages):
     public = {name for name in vars(EmbeddedHost) if not name.startswith("_")}
     described = pages["embedded-host.html"].select("dl.method > dt[id], dl.property > dt[id], dl.attribute > dt[id]")
