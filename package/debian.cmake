@@ -20,7 +20,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_PYTHON3-LIBQDP_PACKAGE_NAME python3-libqdp)
 set(CPACK_DEBIAN_PYTHON3-LIBQDP_PACKAGE_DEPENDS "python3 (>= 3.6)")
-set(CPACK_DEBIAN_PYTHON3-LIBQDP_PACKAGE_SUGGESTS "python3-prometheus-client")
 set(CPACK_DEBIAN_PYTHON3-LIBQDP_DESCRIPTION "Python module for the host's accelerated packet datapath
 Scripts on a hypervisor host import _libqdp to inspect and steer the
 datapath's virtual switches, ports, uplinks, lcores, flow caches, MAC tables
@@ -61,8 +60,6 @@ install(FILES package/debian/lintian-overrides RENAME qdp-host
     DESTINATION share/lintian/overrides COMPONENT host_debian EXCLUDE_FROM_ALL)
 install(PROGRAMS package/debian/qdp-host DESTINATION bin COMPONENT host_debian EXCLUDE_FROM_ALL)
 install(PROGRAMS package/debian/qdp DESTINATION bin COMPONENT module_debian EXCLUDE_FROM_ALL)
-install(FILES package/systemd/qdp-exporter.service DESTINATION lib/systemd/system
-    COMPONENT module_debian EXCLUDE_FROM_ALL)
 set(module_metadata libqdp)
 set(host_metadata qdp_host)
 foreach(component module host)

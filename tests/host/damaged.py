@@ -1,7 +1,8 @@
 """Replays damaged captures: records methods one by one, damages single lines, and calls the methods on what is left.
 
-    damaged.py record                   run under a recorder: calls every method, prints the lines of each
-    damaged.py replay FILE METHODS N   replays N damaged captures, prints how many were refused and how many answered
+    damaged.py record                          run under a recorder: calls every method, prints the lines of each
+    damaged.py replay FILE METHODS FIRST END   replays captures damaged with the seeds from FIRST to before END, prints
+                                               how many were refused and how many answered
 """
 
 import ctypes
@@ -73,7 +74,7 @@ def damaged(line, chance):
     return json.dumps(call).encode() + b"\n"
 
 
-def replay(capture, methods, times):
+def replay(capture, methods, seeds):
     from qdp_host import EmbeddedHost, HostError
 
     host = EmbeddedHost()
@@ -89,7 +90,7 @@ def replay(capture, methods, times):
     refused = answered = 0
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "capture")
-        for seed in range(times):
+        for seed in seeds:
             chance = random.Random(seed)
             name = chance.choice(sorted(ranges))
             lines = init + content[slice(*ranges[name])].splitlines(True)
@@ -115,4 +116,4 @@ def replay(capture, methods, times):
 if sys.argv[1] == "record":
     record(os.environ["QDP_HOST_CAPTURE"])
 else:
-    replay(sys.argv[2], sys.argv[3], int(sys.argv[4]))
+    replay(sys.argv[2], sys.argv[3], range(int(sys.argv[4]), int(sys.argv[5])))

@@ -1,4 +1,4 @@
-"""What the field's checkers say of the packages: abi3audit and twine of the wheel, lintian of the Debian packages."""
+"""What the field's checkers say of the packages: abi3audit, twine and pyright of the wheel, lintian of the Debian packages."""
 
 import json
 import os
@@ -39,6 +39,40 @@ class TestABI:
         for name, result in audited(WHEEL).items():
             foreign = set(result["non_abi3_symbols"]) - (own if name == "_libqdp.abi3.so" else set())
             assert foreign == set(), name
+
+
+@pytest.mark.skipif(not (TOOLS / "pyright").exists(), reason="pyright cannot be had")
+class TestPyright:
+    """The wheel's types, with the oldest Python whose types it reads."""
+
+    @pytest.fixture
+    def checked(self, tmp_path):
+        with zipfile.ZipFile(WHEEL) as wheel:
+            wheel.extractall(tmp_path)
+
+        def checked(text):
+            (tmp_path / "script.py").write_text(text)
+            options = {"typeCheckingMode": "standard", "pythonVersion": "3.8", "reportMissingModuleSource": False}
+            (tmp_path / "pyrightconfig.json").write_text(json.dumps(options))
+            found = ran(TOOLS / "pyright", "--outputjson", "--pythonpath", "/usr/bin/python3", "script.py", cwd=tmp_path)
+            reports = json.loads(found.stdout)["generalDiagnostics"]
+            return {each["range"]["start"]["line"]: each["message"] for each in reports if each["severity"] == "error"}
+
+        return checked
+
+    @pytest.mark.parametrize("uses", ["host/typical_uses.py", "qdp/typical_uses.py", "typings/typical_uses.py"])
+    def test_typical_uses_pass(self, checked, root, uses):
+        assert checked((root / "tests" / uses).read_text()) == {}
+
+    def test_wrong_uses_are_found(self, checked):
+        uses = [
+            "import qdp_host, _libqdp",
+            "qdp_host.EmbeddedHost().advance('5')",
+            "qdp_host.EmbeddedHost().frieze()",
+            "qdp_host.Call('a', [1]).result.keys()",
+            "_libqdp.DumpFlowTable(0, 1)",
+        ]
+        assert sorted(checked("\n".join(uses) + "\n")) == [1, 2, 3, 4]
 
 
 def test_twine():
