@@ -22,7 +22,8 @@ install(DIRECTORY host/python/qdp_host DESTINATION ${QDP_PYTHON_FOLDER} COMPONEN
 install(DIRECTORY host/scenarios DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host COMPONENT host
     FILES_MATCHING PATTERN *.json)
 install(FILES host/control.h DESTINATION ${QDP_PYTHON_FOLDER}/qdp_host/include COMPONENT host)
-install(DIRECTORY examples DESTINATION ${QDP_SHARE_FOLDER}/doc/qdp-host COMPONENT host PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY examples DESTINATION ${QDP_SHARE_FOLDER}/doc/qdp-host COMPONENT host
+    PATTERN __pycache__ EXCLUDE PATTERN .pytest_cache EXCLUDE)
 install(FILES CHANGELOG.md DESTINATION ${QDP_SHARE_FOLDER}/doc/python3-libqdp COMPONENT module)
 file(GLOB ansible_modules ansible/*.py)  # Ansible finds modules in this folder of its own
 install(FILES ${ansible_modules} DESTINATION ${QDP_SHARE_FOLDER}/ansible/plugins/modules COMPONENT module)

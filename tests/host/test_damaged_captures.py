@@ -36,6 +36,6 @@ def test_damaged_captures_are_refused_or_answer(build, root, recorded):
 
 
 @pytest.mark.long
-@pytest.mark.parametrize("first", range(0, 10_000, 1000))
+@pytest.mark.parametrize("first", range(0, 10_000, 500))
 def test_ten_thousand_damaged_captures(build, root, recorded, first):
-    replay_damaged(build, root, recorded, first, first + 1000)
+    replay_damaged(build, root, recorded, first, first + 500)
