@@ -76,12 +76,12 @@ bool Socket::send(ByteSpan message, bool* was_taken)
 // Receives until there are so many bytes, and as many more as have come.
 bool Socket::receive_until(size_t size, bool is_patient)
 {
-    constexpr size_t room = 4096;
+    constexpr size_t room = 1 << 16;  // for most messages at once
     using Clock = std::chrono::steady_clock;
     std::optional<Clock::time_point> end;
     while (num_received_ < size) {
         // The room grows with what comes, not with what a peer says that it will send.
-        if (received_.size() - num_received_ < room / 2)
+        if (received_.size() == num_received_)
             received_.resize(std::max(received_.size() * 2, room));
         const ssize_t count = recv(file_, received_.data() + num_received_, received_.size() - num_received_, 0);
         if (count > 0) {

@@ -36,6 +36,9 @@ class Writer {
 public:
     explicit Writer(Kind kind);
 
+    // Makes room for so many bytes at once.
+    void reserve(size_t size) { message_.reserve(size); }
+
     template <class Number>
     requires std::is_arithmetic_v<Number>
     void number(Number value) { append(bytes_of(value)); }

@@ -396,7 +396,7 @@ class TestUsage:
         "arguments, message",
         [
             ([], "qdp-host: error: the following arguments are required: "),
-            (["fly"], "qdp-host: error: argument run|check|show: invalid choice: 'fly'"),
+            (["fly"], "qdp-host: error: argument run|check|show|serve|ctl: invalid choice: 'fly'"),
             (["run"], "qdp-host run: error: the following arguments are required: SCRIPT"),
             (["run", "--fly", "x.py"], "qdp-host: error: unrecognized arguments: --fly\n"),
             (["run", "nothing.py"], "qdp-host run: error: there is no script nothing.py\n"),

@@ -285,6 +285,20 @@ class TestBounds:
             statuses.add(struct.unpack("=I", client.receive()[1][:4])[0])
         assert statuses == {0, 0xBAD0001}
 
+    def test_values_of_clients_that_have_ended(self, server, operations):
+        """15 MB each, of 40 clients: more than the host may take in all."""
+        for number in range(40):
+            client = Client(server.path)
+            switch = optional(self.switch_of(client, operations))
+            if number == 0:
+                value = optional(b"v" * 500_000)
+                client.send(b"c", call(operations, "DVSHCK_HostPropSet", switch, optional(b"key"), value, bytes(8)))
+                assert client.receive()[1][:4] == bytes(4)
+            for _ in range(30):
+                client.send(b"c", call(operations, "DVSHCK_HostPropGet", switch, optional(b"key"), bytes(4)))
+                assert client.receive()[1][:4] == bytes(4)
+            client.socket.close()
+
     def test_properties_of_a_switch(self, server, operations):
         client = Client(server.path)
         switch = optional(self.switch_of(client, operations))

@@ -121,20 +121,3 @@ def test_facts(play, host):
     assert [len(switch["ports"]) for switch in facts["switches"]] == [len(_libqdp.ListPorts(each)) for each in range(3)]
     assert facts["switches"][0]["lcores"] == "0xff" and facts["switches"][0]["alias"] == "dvs-production"
     assert facts["settings"]["flow-timeout"] == _libqdp.GetFlowTimeout()
-
-
-def test_tasks_on_a_host_that_they_share(play, build, monkeypatch):
-    """What one task sets, the next one finds as wanted."""
-    monkeypatch.setenv("QDP_HOST_LIBRARIES", str(build / "host"))
-    with qdp_host.serving() as shared:
-        monkeypatch.setenv(qdp_host.VARIABLE, shared.socket)
-        wanted = {"flow-timeout": 30, "dvs-production/burst-size": 64}
-        results = play(
-            task("set", "qdp_settings", settings=wanted),
-            task("set again", "qdp_settings", settings=wanted),
-            task("facts", "qdp_facts"),
-        )
-    assert results["set"]["changed"] and len(results["set"]["changes"]) == 2
-    assert (results["set again"]["changed"], results["set again"]["changes"]) == (False, [])
-    settings = results["facts"]["ansible_facts"]["qdp"]["settings"]
-    assert {path: settings[path] for path in wanted} == wanted
