@@ -1,6 +1,10 @@
-// The embedded host in a program of its own: threads that load, restore and call at once, and answers that are wrong.
+// The embedded host in a program of its own: threads that load, restore and call at once, clients of a host that is served,
+// and answers that are wrong.
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -9,6 +13,7 @@
 
 #include "host/answers/answer.h"
 #include "host/control.h"
+#include "host/link/shared_host.h"
 #include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 
@@ -116,6 +121,66 @@ int run_threads(double seconds)
     return 0;
 }
 
+// --- Clients of the host that this process serves ---
+
+template <class... Parameters>
+uint64_t call_shared(host::SharedHost& shared, std::vector<void*>& steps, const char* operation,
+                     Parameters... parameters)
+{
+    const host::Signature& signature = *host::find_signature(operation);
+    const uint64_t words[] = {host::word_of(parameters)..., 0};
+    std::vector<host::Argument> arguments(signature.num_arguments());
+    host::make_arguments(signature, words, arguments.data());
+    return shared.call(signature, arguments, steps);
+}
+
+// As a process does that looks up a switch, and then ends with a value that it has not given back.
+void use_shared(const char* path)
+{
+    host::SharedHost shared{path};
+    std::vector<void*> steps;
+    void* value = nullptr;
+    uint32_t length = 0, seconds = 0;
+    EXPECT(call_shared(shared, steps, "DVSHCK_StateGet", &value, &length) == 0);
+    EXPECT(call_shared(shared, steps, "DVSState_ConfigDeserialize", value, length) == 0);
+    std::free(value);
+    call_shared(shared, steps, "DVSState_SwitchForEach", use_shared, uint64_t{0});
+    EXPECT(steps.size() == 4);
+    const uint64_t id = call_shared(shared, steps, "DVS_SwitchId", steps[0]);
+    EXPECT(id != 0);
+    for (int i = 0; i < 2; ++i)
+        EXPECT(call_shared(shared, steps, "DVSHCK_HostPropGet", id, portset_property, &value, &length) == 0);
+    call_shared(shared, steps, "DVSHCK_DataFree", value);
+    EXPECT(call_shared(shared, steps, "Qdp_Set_Flow_Timeout", 7) == 0);
+    EXPECT(call_shared(shared, steps, "Qdp_Get_Flow_Timeout", &seconds) == 0);
+    EXPECT(seconds == 7 || seconds == 10);  // of a host that was loaded meanwhile
+}
+
+int share(const char* path)
+{
+    EXPECT(qdp_host_listen(path) == nullptr);
+    std::vector<std::thread> threads;
+    std::thread server{qdp_host_serve, -1};
+    for (int i = 0; i < 6; ++i)
+        threads.emplace_back([path] {
+            for (int round = 0; round < 30; ++round)
+                use_shared(path);
+        });
+    threads.emplace_back([] {
+        for (int round = 0; round < 30; ++round) {
+            load();
+            restore();
+        }
+    });
+    for (std::thread& thread : threads)
+        thread.join();
+    kill(getpid(), SIGTERM);
+    server.join();
+    EXPECT(access(path, F_OK) != 0);
+    std::printf("served\n");
+    return 0;
+}
+
 // A callback of a walk replaces the host that it walks over.
 int load_during_walk()
 {
@@ -169,6 +234,8 @@ int main(int count, char** arguments)
     const std::string_view mode = count > 1 ? arguments[1] : "";
     if (mode == "threads")
         return run_threads(std::atof(arguments[2]));
+    if (mode == "share")
+        return share(arguments[2]);
     if (mode == "load-during-walk")
         return load_during_walk();
     if (mode == "wrong-count")

@@ -30,6 +30,10 @@ def test_loads_restores_and_calls_of_threads_do_not_race(run_program):
     assert run_program("threads", "3") == (0, "8 threads, each at work\n", "")
 
 
+def test_clients_of_a_served_host_do_not_race(run_program, tmp_path):
+    assert run_program("share", str(tmp_path / "socket")) == (0, "served\n", "")
+
+
 def test_callback_of_a_walk_may_replace_the_host(run_program):
     # The default host has three switches of the datapath, and one without.
     assert run_program("load-during-walk") == (0, "4\n", "")
