@@ -13,7 +13,7 @@
 #include "fuzz/contract.h"
 #include "fuzz/fault.h"
 #include "fuzz/texts.h"
-#include "platform/flow_cache.h"
+#include "platform/flowcache.h"
 #include "smartnic/channel/table_read.h"
 #include "switchid/identity.h"
 

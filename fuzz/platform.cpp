@@ -11,7 +11,7 @@
 #include "fuzz/texts.h"
 #include "host/call/operations.h"
 #include "platform/fpo.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"

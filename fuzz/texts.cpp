@@ -2,7 +2,7 @@
 #include "fuzz/texts.h"
 
 #include "platform/fpo.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"
 

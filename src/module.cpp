@@ -72,7 +72,7 @@ PyMethodDef methods[] = {
     METHOD("ListRSSEngine", PyQDP_List_RSS_Engine, ", switch, port", "List RSS engines"),
     // datapath/ports/port_control.cpp
     METHOD("SetUplinkMACLearn", PyQDP_Set_Uplink_MAC_Learn, ", switch, enabled", "Set uplink MAC Learn policy"),
-    // datapath/flowcache/flow_cache_control.cpp
+    // datapath/flowcache/flowcache_control.cpp
     METHOD("ClearSwitchFlowTable", PyQDP_Clear_Switch_Flow_Table, ", switch", "Clear flow table for a switch"),
     METHOD("EnableSwitchFlowCache", PyQDP_Enable_Switch_Flow_Cache, ", switch, enabled",
            "Enable flow cache for a switch"),

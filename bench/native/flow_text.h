@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "bench/native/keys.h"
-#include "platform/flow_cache.h"
+#include "platform/flowcache.h"
 
 namespace flow_text {
 

@@ -31,7 +31,7 @@ struct ValueSlot {
     uint32_t put(ByteSpan value) const
     {
         values.put(output, value);
-        return success;
+        return status_success;
     }
 };
 

@@ -30,13 +30,13 @@ uint32_t query_context(Host& host, ByteSpan request, Output output)
     if (output.data && output.capacity >= sizeof size)
         std::memcpy(&size, output.data, sizeof size);
     if (!query || query->query_type != context_query_type || size != sizeof(FpoContext))
-        return refused;
+        return status_refused;
 
     const auto [switch_number, hardware_index, connection_number] = query->ids;
-    const Flow* flow = host.flow_caches.offloaded(hardware_index);
+    const Flow* flow = host.flowcache.offloaded(hardware_index);
     if (switch_number != host.smartnic.uplink_switch || !flow || !is_tracked(*flow) ||
         record_of(*flow) != connection_number)
-        return not_found;
+        return status_not_found;
     return output.put(context_of(connection(host, connection_number)));
 }
 

@@ -23,7 +23,7 @@ uint32_t get_numa_team(Host& host, std::string_view portset_name, uint32_t name_
 {
     const auto found = named(host, portset_name);
     if (!found || name_bytes != portset_name_bytes)
-        return refused;
+        return status_refused;
     const uint32_t value = setting<ByteSetting>(found->owner, numa_team_property).value_or(found->defaults.numa_team);
     return enabled.put(static_cast<uint8_t>(value));
 }
@@ -32,7 +32,7 @@ uint32_t get_burst_size(Host& host, std::string_view portset_name, Output size)
 {
     const auto found = named(host, portset_name);
     if (!found)
-        return refused;
+        return status_refused;
     return size.put(setting<WordSetting>(found->owner, burst_size_property).value_or(found->defaults.burst_size));
 }
 
@@ -40,7 +40,7 @@ uint32_t get_overlay_l2_flow(Host& host, std::string_view portset_name, Output v
 {
     const auto found = named(host, portset_name);
     if (!found)
-        return refused;
+        return status_refused;
     return value.put(
         setting<WordSetting>(found->owner, overlay_l2_flow_property).value_or(found->defaults.overlay_l2_flow));
 }
@@ -62,7 +62,7 @@ uint32_t get_lro(Host& host, LroScope scope, uint32_t switch_number, uint32_t po
     if (const Port* target = lro_port(host, scope, switch_number, port))
         return value.put(target->lro.value_or(host.datapath_switch(switch_number)->features.lro));
     const Switch* target = lro_switch(host, scope, switch_number, port);
-    return target ? value.put(target->features.lro) : refused;
+    return target ? value.put(target->features.lro) : status_refused;
 }
 
 // A switch's setting overrides those that its ports had.
@@ -70,30 +70,30 @@ uint32_t set_lro(Host& host, LroScope scope, uint32_t switch_number, uint32_t po
 {
     if (Port* target = lro_port(host, scope, switch_number, port)) {
         target->lro = value;
-        return success;
+        return status_success;
     }
     Switch* target = lro_switch(host, scope, switch_number, port);
     if (!target)
-        return refused;
+        return status_refused;
     target->features.lro = value;
     for (Port& each : target->ports)
         each.lro.reset();
-    return success;
+    return status_success;
 }
 
 uint32_t get_min_flow_layer(Host& host, uint32_t switch_number, Output layer)
 {
     const Switch* owner = host.datapath_switch(switch_number);
-    return owner ? layer.put(owner->features.min_flow_layer) : refused;
+    return owner ? layer.put(owner->features.min_flow_layer) : status_refused;
 }
 
 uint32_t set_min_flow_layer(Host& host, uint32_t switch_number, uint32_t layer)
 {
     Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return refused;
+        return status_refused;
     owner->features.min_flow_layer = layer;
-    return success;
+    return status_success;
 }
 
 const Answer answers[] = {

@@ -14,7 +14,7 @@ constexpr uint64_t slow_path_share = 350;
 constexpr uint64_t sample_share = 1000;
 constexpr uint64_t rare_share = 100'000;
 
-bool has_flow_cache(const Host& host, uint32_t lcore)
+bool has_flowcache(const Host& host, uint32_t lcore)
 {
     return lcore < max_lcores && std::ranges::any_of(host.switches, [lcore](const Switch& each) {
                return each.entry && each.entry->lcore_mask >> lcore & 1;
@@ -25,7 +25,7 @@ bool has_flow_cache(const Host& host, uint32_t lcore)
 
 constexpr size_t group_offset = sizeof(FlowActionArea);
 
-FlowKey key_of(const FlowPackets& packets)
+FlowKey key_of(const FlowHeaders& packets)
 {
     FlowKey key{};
     std::ranges::copy(packets.source_mac, key.first_mac);
@@ -141,7 +141,7 @@ bool matches(const MacAddress& mac, uint8_t is_filtered, const uint8_t (&wanted)
     return !is_filtered || std::ranges::equal(mac, wanted);
 }
 
-bool matches(const FlowPackets& packets, const IpAddress& address, uint32_t version,
+bool matches(const FlowHeaders& packets, const IpAddress& address, uint32_t version,
              const uint8_t (&wanted)[ip_address_bytes])
 {
     if (version == 0)
@@ -153,7 +153,7 @@ bool matches(const FlowPackets& packets, const IpAddress& address, uint32_t vers
 
 bool matches(const Flow& flow, const FlowTableRequest& request)
 {
-    const FlowPackets& packets = flow.packets;
+    const FlowHeaders& packets = flow.packets;
     return matches(packets.source_mac, request.filters_source_mac, request.source_mac) &&
            matches(packets.destination_mac, request.filters_destination_mac, request.destination_mac) &&
            matches(packets, packets.source_ip, request.source_ip_version, request.source_ip) &&
@@ -164,15 +164,15 @@ bool matches(const Flow& flow, const FlowTableRequest& request)
 // where the one before it ended.
 uint32_t dump_flow_table(Host& host, const FlowTableRequest* request, Output output)
 {
-    if (!request || !has_flow_cache(host, request->lcore))
-        return refused;
+    if (!request || !has_flowcache(host, request->lcore))
+        return status_refused;
 
     FlowTableResponse page{};
     page.next_start_index = no_more_flows;
     page.group_offset = group_offset;
     size_t end = offsetof(FlowTableResponse, entries);
     size_t valid = end;
-    const std::span<const Flow> flows = host.flow_caches.of(request->lcore);
+    const std::span<const Flow> flows = host.flowcache.of(request->lcore);
     for (size_t index = request->start_index; index < flows.size(); ++index) {
         if (!matches(flows[index], *request))
             continue;
@@ -194,13 +194,13 @@ uint32_t dump_flow_table(Host& host, const FlowTableRequest* request, Output out
 
 LcoreFlowStats stats_of(const Host& host, uint32_t lcore)
 {
-    const auto& cleared = host.flow_caches.lcores[lcore].cleared;
+    const auto& cleared = host.flowcache.lcores[lcore].cleared;
     LcoreFlowStats stats{};
     stats.lcore = lcore;
     stats.num_flows_created = cleared.count;
     stats.hits = cleared.software_hits;
     stats.offload_hits = cleared.hardware_hits;
-    for (const Flow& flow : host.flow_caches.of(lcore)) {
+    for (const Flow& flow : host.flowcache.of(lcore)) {
         ++stats.num_flows;
         ++stats.num_flows_created;
         stats.num_model2_flows += flow.offload.has_value();
@@ -233,15 +233,15 @@ uint32_t get_flow_stats(Host& host, uint32_t, ByteSpan ids, uint32_t, Output out
         std::memcpy(lcores.data(), ids.data(), lcores.size() * sizeof(uint32_t));
     else
         for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-            if (has_flow_cache(host, lcore))
+            if (has_flowcache(host, lcore))
                 lcores.push_back(lcore);
 
     if (lcores.size() > max_flow_stats)
-        return refused;
+        return status_refused;
     FlowStats stats{};
     for (const uint32_t lcore : lcores) {
-        if (!has_flow_cache(host, lcore))
-            return refused;
+        if (!has_flowcache(host, lcore))
+            return status_refused;
         stats.entries[stats.count++] = stats_of(host, lcore);
     }
     return output.put(stats);

@@ -21,7 +21,7 @@ uint32_t models_in_use(const Switch& owner)
 // A switch without ports has no flows.
 FpoLcoreStats lcore_stats(const Host& host, const Switch& owner, uint32_t lcore)
 {
-    const uint64_t hits = owner.ports.empty() ? 0 : host.clock.grown(host.placement.offload_rate(lcore));
+    const uint64_t hits = owner.ports.empty() ? 0 : host.clock.counter_value(host.placement.offload_rate(lcore));
     FpoLcoreStats stats{};
     stats.lcore = lcore;
     stats.hits = hits;
@@ -34,7 +34,7 @@ FpoLcoreStats lcore_stats(const Host& host, const Switch& owner, uint32_t lcore)
     stats.conntrack_packets_injected = hits / 110;
     stats.conntrack_packets_in_software = stats.conntrack_packets_queued - stats.conntrack_packets_injected;
     const auto failures = host.placement.load(lcore).failures;
-    stats.conntrack_contexts_failed = failures && hits ? host.clock.grown(*failures) : hits / 100'000;
+    stats.conntrack_contexts_failed = failures && hits ? host.clock.counter_value(*failures) : hits / 100'000;
     return stats;
 }
 
@@ -45,12 +45,12 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
     std::vector<uint32_t> lcores(wanted.size() / sizeof(uint32_t));
     const size_t head = offsetof(FpoLcoreStatsList, entries);
     if (!owner || head + lcores.size() * sizeof(FpoLcoreStats) > output.capacity)
-        return refused;
+        return status_refused;
     if (!lcores.empty())
         std::memcpy(lcores.data(), wanted.data(), lcores.size() * sizeof(uint32_t));
     for (const uint32_t lcore : lcores)
         if (lcore >= lcore_bits || !(owner->entry->lcore_mask >> lcore & 1))
-            return refused;
+            return status_refused;
 
     const uint32_t counts[] = {static_cast<uint32_t>(lcores.size()), 0};
     static_assert(sizeof counts == head);
@@ -61,7 +61,7 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
         end += sizeof(FpoLcoreStats);
     }
     output.set_size(end);
-    return success;
+    return status_success;
 }
 
 // Null when the port is no uplink.
@@ -75,7 +75,7 @@ uint32_t get_uplink_status(Host& host, uint32_t switch_number, uint32_t port, Ou
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink)
-        return refused;
+        return status_refused;
     const Switch& owner = *host.datapath_switch(switch_number);
     FpoUplinkStatus status = owner.features.nic;
     status.models = models_in_use(owner);
@@ -88,10 +88,10 @@ uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Out
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink)
-        return refused;
+        return status_refused;
     FpoUplinkStats stats{};
     if (host.datapath_switch(switch_number)->features.nic.models) {
-        const uint64_t flows = host.clock.grown(uplink->offload.flow_rate);
+        const uint64_t flows = host.clock.counter_value(uplink->offload.flow_rate);
         stats.ring_full = flows / 5'000;
         stats.creation_full = flows / 9'000;
         stats.succeeded = {flows, flows, flows - flows / 10, 5 * flows, 1};

@@ -48,7 +48,7 @@ void store(uint64_t& high, uint64_t& low, const IpAddress& address, bool is_ipv6
 // MAC addresses lie least significant byte first.
 P4FlowKey key_of(const Host& host, const Flow& flow)
 {
-    const FlowPackets& packets = flow.packets;
+    const FlowHeaders& packets = flow.packets;
     P4FlowKey key{};
     key.qualifier = packets.vlan;
     std::ranges::reverse_copy(packets.source_mac, key.mac_1);
@@ -111,20 +111,20 @@ CtCountersEntry ct_counters(const Host& host, uint32_t port)
 CtStateEntry ct_state(const Host& host, uint32_t record)
 {
     const auto [source, destination, software_state, is_logged] = connection(host, record);
-    CtStateEntry made{};
-    made.source_sequence_low = source.lowest_sequence;
-    made.source_sequence_high = source.highest_sequence;
-    made.source_window = source.max_window;
-    made.source_state = source.state & 15;
-    made.source_window_scale = source.window_scale & 15;
-    made.destination_sequence_low = destination.lowest_sequence;
-    made.destination_sequence_high = destination.highest_sequence;
-    made.destination_window = destination.max_window;
-    made.destination_state = destination.state & 15;
-    made.destination_window_scale = destination.window_scale & 15;
-    made.software_state = software_state;
-    made.is_logged = is_logged;
-    return made;
+    CtStateEntry entry{};
+    entry.source_sequence_low = source.lowest_sequence;
+    entry.source_sequence_high = source.highest_sequence;
+    entry.source_window = source.max_window;
+    entry.source_state = source.state & 15;
+    entry.source_window_scale = source.window_scale & 15;
+    entry.destination_sequence_low = destination.lowest_sequence;
+    entry.destination_sequence_high = destination.highest_sequence;
+    entry.destination_window = destination.max_window;
+    entry.destination_state = destination.state & 15;
+    entry.destination_window_scale = destination.window_scale & 15;
+    entry.software_state = software_state;
+    entry.is_logged = is_logged;
+    return entry;
 }
 
 std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
@@ -137,7 +137,7 @@ std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
         return is_mac(key.mac_1, flow.packets.source_mac) && is_mac(key.mac_2, flow.packets.destination_mac);
     };
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-        for (const Flow& flow : host.flow_caches.of(lcore))
+        for (const Flow& flow : host.flowcache.of(lcore))
             if (is_in_pipeline(flow) && may_be(flow) && same_key(key_of(host, flow), key))
                 return FlowKeyEntry{flow.offload->hardware_index};
     return std::nullopt;
@@ -145,86 +145,86 @@ std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
 
 FlowRewriteEntry flow_rewrite(const Host& host, uint32_t index)
 {
-    FlowRewriteEntry made{};
-    const Flow* flow = host.flow_caches.offloaded(index);
+    FlowRewriteEntry entry{};
+    const Flow* flow = host.flowcache.offloaded(index);
     if (!flow)
-        return made;
-    made.vlan_push = has(*flow, FlowAction::guest_vlan_insert);
-    made.vlan_set = has(*flow, FlowAction::output_vlan);
-    made.vlan = flow->actions.output_vlan & 0xfff;
-    made.route = has(*flow, FlowAction::routing);
-    made.hops = made.route;
+        return entry;
+    entry.vlan_push = has(*flow, FlowAction::guest_vlan_insert);
+    entry.vlan_set = has(*flow, FlowAction::output_vlan);
+    entry.vlan = flow->actions.output_vlan & 0xfff;
+    entry.route = has(*flow, FlowAction::routing);
+    entry.hops = entry.route;
     if (tunnel_of(host, *flow)) {
-        made.vni = flow->actions.vni & 0xffffff;
-        made.outer_source_port = static_cast<uint16_t>(first_outer_port | (index & 0xfff));
+        entry.vni = flow->actions.vni & 0xffffff;
+        entry.outer_source_port = static_cast<uint16_t>(first_outer_port | (index & 0xfff));
     }
-    std::ranges::copy(flow->packets.source_mac, made.source_mac);
-    std::ranges::copy(flow->packets.destination_mac, made.destination_mac);
-    made.flow_cookie = first_cookie | index;
-    return made;
+    std::ranges::copy(flow->packets.source_mac, entry.source_mac);
+    std::ranges::copy(flow->packets.destination_mac, entry.destination_mac);
+    entry.flow_cookie = first_cookie | index;
+    return entry;
 }
 
 // Both directions count packets and track connections; of a dropped flow only what comes in is counted.
 FlowInfoEntry flow_info(const Host& host, uint32_t index)
 {
-    FlowInfoEntry made{};
-    const Flow* flow = host.flow_caches.offloaded(index);
+    FlowInfoEntry entry{};
+    const Flow* flow = host.flowcache.offloaded(index);
     if (!flow)
-        return made;
+        return entry;
     const uint16_t from = source_port(host, *flow);
     const uint16_t to = host.smartnic.port_of(flow->actions.destination_port);
     const auto from_uplink = uplink_index(host, from), to_uplink = uplink_index(host, to);
     const uint32_t record = record_of(*flow);
 
-    made.flow = index;
-    made.port = to;
-    made.count = flow_counters(host, record).packets;
-    made.seconds = static_cast<uint32_t>(host.clock.grown(1));
-    made.source_tag = tag_of(from);
-    made.destination_tag = tag_of(to);
-    made.is_routed = has(*flow, FlowAction::routing);
-    made.checks_ttl = made.is_routed;
-    made.hops = made.is_routed;
-    made.decap = is_decapsulated(*flow);
+    entry.flow = index;
+    entry.port = to;
+    entry.count = flow_counters(host, record).packets;
+    entry.seconds = static_cast<uint32_t>(host.clock.counter_value(1));
+    entry.source_tag = tag_of(from);
+    entry.destination_tag = tag_of(to);
+    entry.is_routed = has(*flow, FlowAction::routing);
+    entry.checks_ttl = entry.is_routed;
+    entry.hops = entry.is_routed;
+    entry.decap = is_decapsulated(*flow);
     if (const Tunnel* tunnel = tunnel_of(host, *flow)) {
-        made.encap = 1;
-        made.tunnel = tunnel->record;
+        entry.encap = 1;
+        entry.tunnel = tunnel->record;
     }
-    made.drop = is_dropped(*flow);
-    made.from_uplink = from_uplink.has_value();
-    made.source_uplink = from_uplink.value_or(0) & 3;
-    made.to_uplink = to_uplink.has_value();
-    made.destination_uplink = to_uplink.value_or(0) & 3;
-    made.ingress_mirrors = flow->actions.ingress_mirror;
-    made.egress_mirrors = flow->actions.egress_mirror;
+    entry.drop = is_dropped(*flow);
+    entry.from_uplink = from_uplink.has_value();
+    entry.source_uplink = from_uplink.value_or(0) & 3;
+    entry.to_uplink = to_uplink.has_value();
+    entry.destination_uplink = to_uplink.value_or(0) & 3;
+    entry.ingress_mirrors = flow->actions.ingress_mirror;
+    entry.egress_mirrors = flow->actions.egress_mirror;
 
-    made.has_ingress_ct = made.has_egress_ct = is_tracked(*flow);
-    made.ingress_ct = made.egress_ct = is_tracked(*flow) ? record : 0;
-    made.ingress_ct_counters = from;
-    made.egress_ct_counters = to;
-    made.has_ingress_ipfix = 1;
-    made.ingress_ipfix = record;
-    made.has_egress_ipfix = !made.drop;
-    made.egress_ipfix = made.drop ? 0 : record;
-    return made;
+    entry.has_ingress_ct = entry.has_egress_ct = is_tracked(*flow);
+    entry.ingress_ct = entry.egress_ct = is_tracked(*flow) ? record : 0;
+    entry.ingress_ct_counters = from;
+    entry.egress_ct_counters = to;
+    entry.has_ingress_ipfix = 1;
+    entry.ingress_ipfix = record;
+    entry.has_egress_ipfix = !entry.drop;
+    entry.egress_ipfix = entry.drop ? 0 : record;
+    return entry;
 }
 
 // Flows come and go; those of the tables stay.
 FlowOperationsEntry flow_operations(const Host& host)
 {
-    const uint64_t gone = host.clock.grown(host.pipeline.operations.inserts);
-    FlowOperationsEntry made{};
-    made.entries = host.flow_caches.num_offloaded();
-    made.removes = made.remove_calls = made.removes_by_level[0] = gone;
-    made.inserts = made.insert_calls = gone + made.entries;
-    made.inserts_by_level[1] = made.collisions = made.inserts / 50;
-    made.inserts_by_level[0] = made.inserts - made.collisions;
-    made.updates = host.clock.grown(host.pipeline.operations.updates);
-    made.gets = host.clock.grown(host.pipeline.operations.gets);
-    made.releases = gone;
-    made.reads = made.gets + made.updates;
-    made.writes = made.inserts + made.removes + made.updates;
-    return made;
+    const uint64_t gone = host.clock.counter_value(host.pipeline.operations.inserts);
+    FlowOperationsEntry entry{};
+    entry.entries = host.flowcache.num_offloaded();
+    entry.removes = entry.remove_calls = entry.removes_by_level[0] = gone;
+    entry.inserts = entry.insert_calls = gone + entry.entries;
+    entry.inserts_by_level[1] = entry.collisions = entry.inserts / 50;
+    entry.inserts_by_level[0] = entry.inserts - entry.collisions;
+    entry.updates = host.clock.counter_value(host.pipeline.operations.updates);
+    entry.gets = host.clock.counter_value(host.pipeline.operations.gets);
+    entry.releases = gone;
+    entry.reads = entry.gets + entry.updates;
+    entry.writes = entry.inserts + entry.removes + entry.updates;
+    return entry;
 }
 
 }  // namespace host::hardware

@@ -27,82 +27,82 @@ bool has_ports(const Host& host, uint32_t vlan)
 
 InputEntry input(const Host& host, uint32_t number)
 {
-    InputEntry made{};
+    InputEntry entry{};
     const P4LifPort* lif = host.smartnic.lif(number);
     const auto port = lif ? host.smartnic.output_port(lif->source_port) : std::nullopt;
     if (!port)
-        return made;
+        return entry;
     const auto uplinks = host.smartnic.uplinks();
-    made.lif = lif->lif;
-    made.port = lif->source_port;
-    made.host_port = lif->source_port;
-    made.representor_port = lif->rep_port;
-    made.source_tag = port->tag;
-    made.l2_segment = segment_of(*port);
-    made.flow_key_type = lif_flow_key_type.unpacked(lif->flags) & 7;
-    made.forwarding_mode = lif_fwd_mode.unpacked(lif->flags) & 7;
-    made.is_uplink = lif->type == uplink_lif;
-    made.is_host_port_valid = !made.is_uplink;
-    if (!made.is_uplink && !uplinks.empty())
-        made.pinned_port = uplinks[number % uplinks.size()].destination_port;
-    return made;
+    entry.lif = lif->lif;
+    entry.port = lif->source_port;
+    entry.host_port = lif->source_port;
+    entry.representor_port = lif->rep_port;
+    entry.source_tag = port->tag;
+    entry.l2_segment = segment_of(*port);
+    entry.flow_key_type = lif_flow_key_type.unpacked(lif->flags) & 7;
+    entry.forwarding_mode = lif_fwd_mode.unpacked(lif->flags) & 7;
+    entry.is_uplink = lif->type == uplink_lif;
+    entry.is_host_port_valid = !entry.is_uplink;
+    if (!entry.is_uplink && !uplinks.empty())
+        entry.pinned_port = uplinks[number % uplinks.size()].destination_port;
+    return entry;
 }
 
 // A setting of the switch's port behind it counts here too.
 OutputEntry output(const Host& host, uint32_t number)
 {
-    OutputEntry made{};
+    OutputEntry entry{};
     const auto port = host.smartnic.output_port(number);
     if (!port)
-        return made;
+        return entry;
     const bool is_uplink = port->lif_type == uplink_lif;
-    made.port = port->destination_port;
-    made.lif = port->lif;
-    made.destination_tag = port->tag;
-    made.vlan_strip = !is_uplink;
-    made.vlan_push = is_uplink;
-    made.rss_inner = !is_uplink;
-    made.application = is_uplink ? 0 : classic_nic;
-    (is_uplink ? made.pushed_vlan : made.access_vlan) = port->default_vlan;
+    entry.port = port->destination_port;
+    entry.lif = port->lif;
+    entry.destination_tag = port->tag;
+    entry.vlan_strip = !is_uplink;
+    entry.vlan_push = is_uplink;
+    entry.rss_inner = !is_uplink;
+    entry.application = is_uplink ? 0 : classic_nic;
+    (is_uplink ? entry.pushed_vlan : entry.access_vlan) = port->default_vlan;
     if (is_uplink) {
-        made.egress_port_count = 1;
-        made.egress_ports[0] = static_cast<uint8_t>(port->destination_port);
+        entry.egress_port_count = 1;
+        entry.egress_ports[0] = static_cast<uint8_t>(port->destination_port);
     }
     const auto fc_port = host.smartnic.fc_ports.find(number);
     if (host.smartnic.uplink_switch && fc_port != host.smartnic.fc_ports.end()) {
         const P4RssOverride setting = host.smartnic.rss_override(*host.smartnic.uplink_switch, fc_port->second);
-        made.rss_override = setting.is_override != 0;
-        made.rss_override_queue = setting.queue;
+        entry.rss_override = setting.is_override != 0;
+        entry.rss_override_queue = setting.queue;
     }
-    return made;
+    return entry;
 }
 
 MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan)
 {
-    MuxVlanEntry made{};
+    MuxVlanEntry entry{};
     const P4VlanPort* port = host.smartnic.vlan_port(vlan);
     if (!port)
-        return made;
-    made.vlan = port->mux_vlan;
-    made.lifs[0] = port->pf_lifs[0];
-    made.lifs[1] = port->pf_lifs[1];
-    made.source_port = port->source_port;
-    made.source_tag = tag_of(port->source_port);
-    made.representor_port = port->rep_port;
-    made.flow_key_type = port->flow_key_type & 7;
-    made.valid = 1;
-    return made;
+        return entry;
+    entry.vlan = port->mux_vlan;
+    entry.lifs[0] = port->pf_lifs[0];
+    entry.lifs[1] = port->pf_lifs[1];
+    entry.source_port = port->source_port;
+    entry.source_tag = tag_of(port->source_port);
+    entry.representor_port = port->rep_port;
+    entry.flow_key_type = port->flow_key_type & 7;
+    entry.valid = 1;
+    return entry;
 }
 
 L2SegmentEntry l2_segment(const Host& host, uint32_t segment)
 {
-    L2SegmentEntry made{};
+    L2SegmentEntry entry{};
     if (segment >= first_segment && has_ports(host, segment - first_segment)) {
-        made.host_receives_unknown_multicast = 1;
-        made.host_receives_broadcast = 1;
-        made.replication = static_cast<uint16_t>(segment - first_segment);
+        entry.host_receives_unknown_multicast = 1;
+        entry.host_receives_broadcast = 1;
+        entry.replication = static_cast<uint16_t>(segment - first_segment);
     }
-    return made;
+    return entry;
 }
 
 std::optional<VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key)
@@ -139,14 +139,14 @@ DscpEntry dscp(const Host&)
 
 UplinkMapEntry uplink_map(const Host& host)
 {
-    UplinkMapEntry made{};
+    UplinkMapEntry entry{};
     size_t count = 0;
     for (const P4OutputPort& uplink : host.smartnic.uplinks())
-        if (count < std::size(made.ports)) {
-            made.ports[count] = uplink.destination_port;
-            made.tags[count++] = uplink.tag;
+        if (count < std::size(entry.ports)) {
+            entry.ports[count] = uplink.destination_port;
+            entry.tags[count++] = uplink.tag;
         }
-    return made;
+    return entry;
 }
 
 }  // namespace host::hardware

@@ -22,21 +22,21 @@ template <auto entry_at, uint32_t entries>
 uint32_t indexed(const Host& host, ByteSpan key, Output output)
 {
     const auto index = key_from<uint32_t>(key);
-    return index < entries ? output.put(entry_at(host, index)) : refused;
+    return index < entries ? output.put(entry_at(host, index)) : status_refused;
 }
 
 // Of a table with a single entry.
 template <auto entry>
 uint32_t single(const Host& host, ByteSpan key, Output output)
 {
-    return key_from<uint32_t>(key) == 0 ? output.put(entry(host)) : refused;
+    return key_from<uint32_t>(key) == 0 ? output.put(entry(host)) : status_refused;
 }
 
 template <class Key, class Entry, std::optional<Entry> (*find_entry)(const Host&, const Key&)>
 uint32_t keyed(const Host& host, ByteSpan key, Output output)
 {
     const auto entry = find_entry(host, key_from<Key>(key));
-    return entry ? output.put(*entry) : not_found;
+    return entry ? output.put(*entry) : status_not_found;
 }
 
 constexpr uint32_t max_segments = 1 << 16;
@@ -84,15 +84,16 @@ uint32_t table_read(Host& host, const ByteSpan& payload, Output response)
 {
     P4TableReadHeader header;
     if (payload.size() < sizeof header)
-        return refused;
+        return status_refused;
     std::memcpy(&header, payload.data(), sizeof header);
     const ByteSpan key = payload.subspan(sizeof header);
     if (header.key_length != key.size())
-        return refused;
+        return status_refused;
     for (const Table& table : tables)
         if (static_cast<uint16_t>(table.table) == header.table)
-            return key.size() == p4_table_shape(table.table).key_bytes ? table.read(host, key, response) : refused;
-    return refused;
+            return key.size() == p4_table_shape(table.table).key_bytes ? table.read(host, key, response)
+                                                                       : status_refused;
+    return status_refused;
 }
 
 const P4Answer answers[] = {{P4Opcode::table_read, table_read}};

@@ -44,68 +44,68 @@ P4TunnelSaKey sa_key(const Tunnel& tunnel)
 
 MirrorEntry mirror(const Host& host, uint32_t index)
 {
-    MirrorEntry made{};
+    MirrorEntry entry{};
     const auto session = std::ranges::find(host.pipeline.mirror_sessions, index, mirror_number);
     const MirrorHeaders* headers = find(host.hardware_tables.mirrors, &MirrorHeaders::number, index);
     if (session == host.pipeline.mirror_sessions.end() || !headers)
-        return made;
-    made.port = session->destination_port;
-    made.has_l3 = 1;
-    made.vlan_push = 1;
-    made.vlan = headers->vlan & 0xfff;
-    made.flow_cookie = headers->cookie;
-    std::ranges::copy(session->uplink_logical_ports, made.uplink_ports);
+        return entry;
+    entry.port = session->destination_port;
+    entry.has_l3 = 1;
+    entry.vlan_push = 1;
+    entry.vlan = headers->vlan & 0xfff;
+    entry.flow_cookie = headers->cookie;
+    std::ranges::copy(session->uplink_logical_ports, entry.uplink_ports);
     if (session->is_tunnel) {
-        made.has_tunnel_rewrite = 1;
-        made.tunnel = static_cast<uint32_t>(session->tunnel_index) & 0x1fff;
-        made.vni = static_cast<uint32_t>(session->vni) & 0xffffff;
+        entry.has_tunnel_rewrite = 1;
+        entry.tunnel = static_cast<uint32_t>(session->tunnel_index) & 0x1fff;
+        entry.vni = static_cast<uint32_t>(session->vni) & 0xffffff;
     }
-    return made;
+    return entry;
 }
 
 // A session's headers lie in the first column of the row with its number.
 MirrorL3Entry mirror_l3(const Host& host, uint32_t index)
 {
-    MirrorL3Entry made{};
+    MirrorL3Entry entry{};
     const MirrorHeaders* headers =
         index % mirror_l3_row == 0 ? find(host.hardware_tables.mirrors, &MirrorHeaders::number, index / mirror_l3_row)
                                    : nullptr;
     if (!headers)
-        return made;
-    made.number = static_cast<uint16_t>(headers->number);
-    made.type = erspan;
-    made.is_ipv6 = !headers->source.is_ipv4;
-    made.has_vlan = 1;
-    made.has_truncation = 1;
-    store_mac(made.source_mac, headers->source_mac);
-    store_mac(made.destination_mac, headers->destination_mac);
-    made.vlan = headers->vlan;
-    made.truncated_bytes = truncated_bytes;
-    made.ttl = default_ttl;
-    made.erspan_session = headers->number & 0x3ff;
-    made.gre_key = headers->cookie;
-    store_address(made.source, headers->source);
-    store_address(made.destination, headers->destination);
-    return made;
+        return entry;
+    entry.number = static_cast<uint16_t>(headers->number);
+    entry.type = erspan;
+    entry.is_ipv6 = !headers->source.is_ipv4;
+    entry.has_vlan = 1;
+    entry.has_truncation = 1;
+    store_mac(entry.source_mac, headers->source_mac);
+    store_mac(entry.destination_mac, headers->destination_mac);
+    entry.vlan = headers->vlan;
+    entry.truncated_bytes = truncated_bytes;
+    entry.ttl = default_ttl;
+    entry.erspan_session = headers->number & 0x3ff;
+    entry.gre_key = headers->cookie;
+    store_address(entry.source, headers->source);
+    store_address(entry.destination, headers->destination);
+    return entry;
 }
 
 TunnelRewriteEntry tunnel_rewrite(const Host& host, uint32_t record)
 {
-    TunnelRewriteEntry made{};
+    TunnelRewriteEntry entry{};
     const Tunnel* tunnel = find(host.hardware_tables.tunnels, &Tunnel::record, record);
     if (!tunnel)
-        return made;
-    made.is_ipv6 = !tunnel->remote.is_ipv4;
-    made.is_geneve = tunnel->is_geneve;
-    made.has_vlan = 1;
-    made.copies_traffic_class = 1;
-    made.vlan = tunnel->vlan;
-    made.ttl = default_ttl;
-    store_mac(made.source_mac, tunnel->local_mac);
-    store_mac(made.destination_mac, tunnel->remote_mac);
-    store_address(made.source, tunnel->local);
-    store_address(made.destination, tunnel->remote);
-    return made;
+        return entry;
+    entry.is_ipv6 = !tunnel->remote.is_ipv4;
+    entry.is_geneve = tunnel->is_geneve;
+    entry.has_vlan = 1;
+    entry.copies_traffic_class = 1;
+    entry.vlan = tunnel->vlan;
+    entry.ttl = default_ttl;
+    store_mac(entry.source_mac, tunnel->local_mac);
+    store_mac(entry.destination_mac, tunnel->remote_mac);
+    store_address(entry.source, tunnel->local);
+    store_address(entry.destination, tunnel->remote);
+    return entry;
 }
 
 std::optional<TunnelTerminationEntry> tunnel_termination(const Host& host, const P4TunnelTerminationKey& key)

@@ -9,7 +9,7 @@ namespace {
 uint32_t get_l3span_record(Host& host, const L3SPANRequest* request, Output output)
 {
     if (!request || !host.datapath_switch(request->switch_number))
-        return not_found;
+        return status_not_found;
     L3SpanDestination destination{request->switch_number, (request->flag_and_value & 0xff) != 0, {}};
     std::memcpy(destination.address.data(), request->destination, destination.is_ipv6 ? 16 : 4);
     const auto found = host.l3span_records.records.find(destination);

@@ -8,27 +8,27 @@ namespace host {
 
 namespace {
 
-SwitchBalancer* balancer_of(Host& host, uint32_t switch_number)
+SwitchLb* lb_of(Host& host, uint32_t switch_number)
 {
     Switch* owner = host.datapath_switch(switch_number);
-    return owner ? &owner->balancer : nullptr;
+    return owner ? &owner->lb : nullptr;
 }
 
-// The switch's host property names the metric; without one the balancer keeps its own.
+// The switch's host property names the metric; without one the load balancer keeps its own.
 uint32_t metric_of(const Switch& owner)
 {
-    const auto settings = property<LBSettings>(owner, load_balancer_property);
-    return settings && settings->version == 0 ? settings->metric : static_cast<uint32_t>(owner.balancer.metric);
+    const auto settings = property<LBSettings>(owner, lb_property);
+    return settings && settings->version == 0 ? settings->metric : static_cast<uint32_t>(owner.lb.metric);
 }
 
 uint32_t get_parameters(Host& host, std::string_view portset, Output output)
 {
     const Switch* owner = host.switch_by_portset(portset);
     if (!owner)
-        return not_found;
+        return status_not_found;
     LBParameters parameters{};
     parameters.metric = metric_of(*owner);
-    std::ranges::copy(owner->balancer.parameters, parameters.values);
+    std::ranges::copy(owner->lb.parameters, parameters.values);
     return output.put(parameters);
 }
 
@@ -36,37 +36,36 @@ uint32_t set_parameter(Host& host, std::string_view portset, uint32_t parameter,
 {
     Switch* owner = host.switch_by_portset(portset);
     if (!owner)
-        return not_found;
+        return status_not_found;
     if (parameter >= lb_parameters)
-        return bad_parameter;
-    owner->balancer.parameters[parameter] = value;
-    owner->balancer.log(host.clock.nanoseconds(),
-                        "parameter " + std::to_string(parameter) + " = " + std::to_string(value));
-    return success;
+        return status_bad_parameter;
+    owner->lb.parameters[parameter] = value;
+    owner->lb.log(host.clock.nanoseconds(), "parameter " + std::to_string(parameter) + " = " + std::to_string(value));
+    return status_success;
 }
 
 uint32_t dump_debug_buffer(Host& host, uint32_t switch_number, int8_t, Output output)
 {
-    const SwitchBalancer* balancer = balancer_of(host, switch_number);
-    return balancer ? output.put(std::as_bytes(std::span{balancer->debug_text})) : not_found;
+    const SwitchLb* lb = lb_of(host, switch_number);
+    return lb ? output.put(std::as_bytes(std::span{lb->debug_text})) : status_not_found;
 }
 
 uint32_t flush_debug_buffer(Host& host, uint32_t switch_number)
 {
-    SwitchBalancer* balancer = balancer_of(host, switch_number);
-    if (!balancer)
-        return not_found;
-    balancer->debug_text.clear();
-    return success;
+    SwitchLb* lb = lb_of(host, switch_number);
+    if (!lb)
+        return status_not_found;
+    lb->debug_text.clear();
+    return status_success;
 }
 
 uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
 {
     if (!request || request->count == 0 || request->count > max_lb_traffic)
-        return bad_parameter;
+        return status_bad_parameter;
     Switch* owner = host.datapath_switch(request->switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
 
     const std::span traffic{request->entries, request->count};
     const bool is_possible = std::ranges::all_of(traffic, [&](const LBTraffic& each) {
@@ -74,13 +73,13 @@ uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
                each.destination_port < owner->ports.size();
     });
     if (!is_possible)
-        return bad_parameter;
+        return status_bad_parameter;
 
     const uint64_t now = host.clock.nanoseconds();
     for (const LBTraffic& each : traffic)
-        owner->balancer.inject(now, each);
-    owner->balancer.log(now, "traffic of " + std::to_string(traffic.size()) + " flows injected");
-    return success;
+        owner->lb.inject(now, each);
+    owner->lb.log(now, "traffic of " + std::to_string(traffic.size()) + " flows injected");
+    return status_success;
 }
 
 const Answer answers[] = {

@@ -37,7 +37,7 @@ std::vector<Load> queue_loads(const Clock& clock, const Traffic& traffic, const 
     std::vector<Load> loads;
     for (size_t queue = 0; queue < queues && queue < max_queues; ++queue) {
         const uint64_t rate = rates.empty() ? traffic.packets / queues : rates[queue];
-        const uint64_t packets = clock.grown(rate);
+        const uint64_t packets = clock.counter_value(rate);
         loads.push_back({lcores[queue], rate, packets, packets * traffic.packet_bytes});
     }
     return loads;
@@ -61,10 +61,10 @@ using InjectedByPort = std::multimap<uint32_t, const InjectedTraffic*>;
 
 InjectedByPort by_port(const std::vector<InjectedTraffic>& injected, uint32_t LBTraffic::*port)
 {
-    InjectedByPort made;
+    InjectedByPort result;
     for (const InjectedTraffic& each : injected)
-        made.emplace(each.traffic.*port, &each);
-    return made;
+        result.emplace(each.traffic.*port, &each);
+    return result;
 }
 
 // The loads of a switch's ports at one time. What an uplink receives enters the switch, what any other port receives leaves
@@ -72,8 +72,8 @@ InjectedByPort by_port(const std::vector<InjectedTraffic>& injected, uint32_t LB
 class SwitchLoads {
 public:
     SwitchLoads(const Clock& clock, const Switch& owner)
-        : clock_{clock}, owner_{owner}, from_{by_port(owner.balancer.injected, &LBTraffic::source_port)},
-          to_{by_port(owner.balancer.injected, &LBTraffic::destination_port)}
+        : clock_{clock}, owner_{owner}, from_{by_port(owner.lb.injected, &LBTraffic::source_port)},
+          to_{by_port(owner.lb.injected, &LBTraffic::destination_port)}
     {
     }
 
@@ -199,14 +199,14 @@ using ContextLoads = std::array<ContextLoad, max_lb_contexts>;
 
 ContextLoads context_loads(const SwitchLoads& loads)
 {
-    ContextLoads made;
+    ContextLoads result;
     for (uint32_t i = 0; i < loads.num_ports(); ++i) {
         const PortLoads port = loads.of(i);
         for (const std::vector<Load>* queues : {&port.rx, &port.tx})
             for (const Load& queue : *queues) {
-                if (queue.context >= made.size())
+                if (queue.context >= result.size())
                     continue;
-                ContextLoad& context = made[queue.context];
+                ContextLoad& context = result[queue.context];
                 ++context.num_queues;
                 context.rate += queue.rate;
                 context.packets += queue.packets;
@@ -214,7 +214,7 @@ ContextLoads context_loads(const SwitchLoads& loads)
                 context.max_rate = std::max(context.max_rate, queue.rate);
             }
     }
-    return made;
+    return result;
 }
 
 // A context without queues has no world.
@@ -257,7 +257,7 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
 {
     const Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
 
     const SwitchLoads loads{host.clock, *owner};
     Chunk chunk;

@@ -7,7 +7,6 @@ namespace host {
 
 namespace {
 
-constexpr uint16_t last_vlan = 4094;
 constexpr std::byte group_address{1};  // bit of a MAC address's first byte
 
 // What is dumped of a table: a header and the entries with their age.
@@ -28,7 +27,7 @@ uint32_t put_table(const Host& host, const std::vector<Mac>& macs, MacTableHeade
 uint32_t dump_port_table(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
     if (!host.port(switch_number, port))
-        return not_found;
+        return status_not_found;
     const MacTable& table = host.datapath_switch(switch_number)->mac_table;
     std::vector<Mac> of_port;
     std::ranges::copy_if(table.macs, std::back_inserter(of_port), [&](const Mac& mac) { return mac.port == port; });
@@ -39,28 +38,28 @@ uint32_t dump_switch_table(Host& host, uint32_t switch_number, Output output)
 {
     const Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
     return put_table(host, owner->mac_table.macs, {0, 0, owner->mac_table.limit, 0}, output);
 }
 
 uint32_t clear_port_table(Host& host, uint32_t switch_number, uint32_t port)
 {
     if (!host.port(switch_number, port))
-        return not_found;
+        return status_not_found;
     MacTable& table = host.datapath_switch(switch_number)->mac_table;
     std::erase_if(table.macs, [&](const Mac& mac) { return mac.port == port; });
     table.ports_over_limit.erase(port);
-    return success;
+    return status_success;
 }
 
 uint32_t clear_switch_table(Host& host, uint32_t switch_number)
 {
     Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
     owner->mac_table.macs.clear();
     owner->mac_table.ports_over_limit.clear();
-    return success;
+    return status_success;
 }
 
 // An address that is known at another port moves.
@@ -70,18 +69,18 @@ uint32_t add_entry(Host& host, MacTable& table, const Port& port, const MacEntry
         table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && !is_same_address(mac.entry, entry); });
     if (others_of_port >= table.port_limit || table.macs.size() >= table.limit) {
         table.ports_over_limit.insert(port.entry.port);
-        return refused;
+        return status_refused;
     }
     std::erase_if(table.macs, [&](const Mac& mac) { return is_same_address(mac.entry, entry); });
     table.macs.push_back({port.entry.port, entry, true, mac_generation(host)});
-    return success;
+    return status_success;
 }
 
 uint32_t remove_entry(MacTable& table, const Port& port, const MacEntry& entry)
 {
     const auto removed = std::erase_if(
         table.macs, [&](const Mac& mac) { return mac.port == port.entry.port && is_same_address(mac.entry, entry); });
-    return removed ? success : not_found;
+    return removed ? status_success : status_not_found;
 }
 
 uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number, ByteSpan mac, uint16_t vlan,
@@ -89,9 +88,9 @@ uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number,
 {
     const Port* port = host.port(switch_number, port_number);
     if (!port)
-        return not_found;
-    if (mac.size() != mac_bytes || (mac[0] & group_address) != std::byte{} || vlan > last_vlan)
-        return bad_parameter;
+        return status_not_found;
+    if (mac.size() != mac_bytes || (mac[0] & group_address) != std::byte{} || vlan > max_vlan)
+        return status_bad_parameter;
 
     MacEntry entry{};
     std::memcpy(entry.mac, mac.data(), sizeof entry.mac);
@@ -104,7 +103,7 @@ uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number,
     case MacOperation::remove:
         return remove_entry(table, *port, entry);
     }
-    return bad_parameter;
+    return status_bad_parameter;
 }
 
 const Answer answers[] = {

@@ -25,7 +25,7 @@ uint32_t port_mirror_table_dump(Host& host, ByteSpan request, Output output)
 {
     const auto port = record_in<PortMirrorRequest>(request);
     if (!port)
-        return refused;
+        return status_refused;
     return put_mirrors(host.pipeline.port_mirrors, output,
                        [&](const PortMirror& mirror) { return mirror.fc_port == port->first; });
 }

@@ -13,23 +13,23 @@ uint32_t get_flow_stats_config(Host& host, Output output)
 uint32_t set_flow_stats_config(Host& host, ByteSpan config)
 {
     if (config.size() != sizeof host.pipeline.flow_stats)
-        return refused;
+        return status_refused;
     std::memcpy(&host.pipeline.flow_stats, config.data(), config.size());
-    return success;
+    return status_success;
 }
 
 uint32_t set_offload_flows(Host& host, std::string_view portset, uint32_t is_enabled)
 {
     if (!host.switch_by_portset(portset))
-        return not_found;
+        return status_not_found;
     host.pipeline.offloaded.insert_or_assign(std::string{portset}, is_enabled);
-    return success;
+    return status_success;
 }
 
 uint32_t get_offload_flows(Host& host, std::string_view portset, Output output)
 {
     if (!host.switch_by_portset(portset))
-        return not_found;
+        return status_not_found;
     const auto found = host.pipeline.offloaded.find(portset);
     return output.put(found == host.pipeline.offloaded.end() ? uint32_t{0} : found->second);
 }
@@ -37,7 +37,7 @@ uint32_t get_offload_flows(Host& host, std::string_view portset, Output output)
 uint32_t set_offload_icmp_echo(Host& host, uint32_t is_enabled)
 {
     host.pipeline.offloads_icmp_echo = is_enabled;
-    return success;
+    return status_success;
 }
 
 uint32_t get_offload_icmp_echo(Host& host, Output output)
@@ -48,9 +48,9 @@ uint32_t get_offload_icmp_echo(Host& host, Output output)
 uint32_t dscp_conf_set(Host& host, ByteSpan config)
 {
     if (config.size() != sizeof host.pipeline.dscp)
-        return refused;
+        return status_refused;
     std::memcpy(&host.pipeline.dscp, config.data(), config.size());
-    return success;
+    return status_success;
 }
 
 uint32_t dscp_conf_get(Host& host, Output output)

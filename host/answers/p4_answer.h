@@ -37,14 +37,14 @@ private:
             return typed(host, bytes, response);
         } else {
             const auto payload = record_in<Payload>(bytes);
-            return payload ? typed(host, *payload, response) : refused;
+            return payload ? typed(host, *payload, response) : status_refused;
         }
     }
 
     static uint32_t call_without_payload(void (*answer)(), Host& host, ByteSpan bytes, Output response)
     {
         if (!bytes.empty())
-            return refused;
+            return status_refused;
         return reinterpret_cast<uint32_t (*)(Host&, Output)>(answer)(host, response);
     }
 };

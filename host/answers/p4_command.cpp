@@ -20,11 +20,11 @@ uint32_t p4_command(Host& host, ByteSpan request, Output response)
 {
     P4CommandHeader header;
     if (request.size() < sizeof header)
-        return refused;
+        return status_refused;
     std::memcpy(&header, request.data(), sizeof header);
     const auto found = registered().find(header.opcode);
     if (header.length != request.size() || found == registered().end())
-        return refused;
+        return status_refused;
     return found->second.function(found->second.answer, host, request.subspan(sizeof header), response);
 }
 

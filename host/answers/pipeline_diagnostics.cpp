@@ -8,7 +8,7 @@ namespace {
 uint32_t app_set(Host& host, uint32_t is_enabled)
 {
     host.pipeline.app_is_enabled = is_enabled;
-    return success;
+    return status_success;
 }
 
 uint32_t app_get(Host& host, Output output)
@@ -19,7 +19,7 @@ uint32_t app_get(Host& host, Output output)
 uint32_t latency_set(Host& host, uint32_t is_enabled)
 {
     host.pipeline.latency.turn(is_enabled != 0, host.clock);
-    return success;
+    return status_success;
 }
 
 // The upper bound of each bucket in microseconds, and how many samples a second fall into it.
@@ -44,7 +44,7 @@ constexpr uint32_t latency_selectors = 2;
 uint32_t latency_dump(Host& host, uint32_t selector, Output output)
 {
     if (selector >= latency_selectors)
-        return refused;
+        return status_refused;
     const uint64_t seconds = host.pipeline.latency.seconds(host.clock);
     LatencyHistogram histogram{};
     for (size_t i = 0; i < LatencyHistogram::num_buckets; ++i) {
@@ -65,19 +65,19 @@ uint32_t latency_dump(Host& host, uint32_t selector, Output output)
 uint32_t advanced_set_enabled(Host& host, uint32_t switch_number, uint32_t mode)
 {
     if (!host.datapath_switch(switch_number) || mode >= advanced_stats_modes)
-        return refused;
-    SecondsOn& stats = host.pipeline.advanced_stats[switch_number];
+        return status_refused;
+    Stopwatch& stats = host.pipeline.advanced_stats[switch_number];
     if (AdvancedStatsMode{mode} == AdvancedStatsMode::clear)
         stats.clear(host.clock);
     else
         stats.turn(AdvancedStatsMode{mode} == AdvancedStatsMode::enable, host.clock);
-    return success;
+    return status_success;
 }
 
 uint32_t advanced_get_enabled(Host& host, uint32_t switch_number, Output output)
 {
     if (!host.datapath_switch(switch_number))
-        return refused;
+        return status_refused;
     return output.put(static_cast<uint8_t>(host.pipeline.advanced_stats[switch_number].is_on()));
 }
 
@@ -85,12 +85,12 @@ uint32_t advanced_get_enabled(Host& host, uint32_t switch_number, Output output)
 uint32_t advanced_get_counters(Host& host, uint32_t switch_number, uint32_t, std::string_view, Output output)
 {
     if (!host.datapath_switch(switch_number))
-        return refused;
+        return status_refused;
     const uint64_t seconds = host.pipeline.advanced_stats[switch_number].seconds(host.clock);
-    AdvancedCounters made{};
+    AdvancedCounters result{};
     for (size_t i = 0; i < AdvancedCounters::num_counters; ++i)
-        made.counters[i] = seconds * (AdvancedCounters::num_counters - i) * (switch_number + 1);
-    return output.put(made);
+        result.counters[i] = seconds * (AdvancedCounters::num_counters - i) * (switch_number + 1);
+    return output.put(result);
 }
 
 const Answer answers[] = {

@@ -7,17 +7,17 @@ namespace {
 
 uint32_t lif_stats_get(Host& host, uint32_t lif, Output output)
 {
-    return lif < max_lifs ? output.put(lif_counters(host, lif)) : refused;
+    return lif < max_lifs ? output.put(lif_counters(host, lif)) : status_refused;
 }
 
 uint32_t port_stats_get(Host& host, uint32_t port, Output output)
 {
-    return port < max_p4_ports ? output.put(p4_port_counters(host, port)) : refused;
+    return port < max_p4_ports ? output.put(p4_port_counters(host, port)) : status_refused;
 }
 
 uint32_t conntrack_stats_get(Host& host, uint32_t index, Output output)
 {
-    return index < max_p4_ports ? output.put(conntrack_counters(host, index)) : refused;
+    return index < max_p4_ports ? output.put(conntrack_counters(host, index)) : status_refused;
 }
 
 uint32_t ingress_stats_get(Host& host, Output output)

@@ -24,9 +24,9 @@ uint32_t set_device_affinity(Host& host, std::string_view device, uint32_t affin
 {
     const auto found = std::ranges::find(host.placement.devices, device, &Placement::Device::name);
     if (found == host.placement.devices.end())
-        return not_found;
+        return status_not_found;
     found->affinity = affinity;
-    return success;
+    return status_success;
 }
 
 // Whatever is selected: the lcores of all switches.
@@ -42,7 +42,7 @@ uint32_t get_lcore_bitmap(Host& host, uint32_t, Output output)
 uint32_t init_mbuf_fastslabs(Host& host)
 {
     host.placement.has_mbuf_fastslabs = true;
-    return success;
+    return status_success;
 }
 
 const Answer answers[] = {

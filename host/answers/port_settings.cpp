@@ -18,17 +18,17 @@ uint32_t get_port_conf(Host& host, uint32_t switch_number, uint32_t port, Output
 {
     const Port* found = host.port(switch_number, port);
     if (!found)
-        return not_found;
+        return status_not_found;
     PortConf conf = found->setting.conf;
     if (found->lro.value_or(host.datapath_switch(switch_number)->features.lro))
-        enable(conf, feature_lro);
+        enable(conf, PortFeature::lro);
     return output.put(conf);
 }
 
 uint32_t get_port_tx_uplink(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
     const Port* found = host.port(switch_number, port);
-    return found ? output.put(found->setting.tx_uplinks) : not_found;
+    return found ? output.put(found->setting.tx_uplinks) : status_not_found;
 }
 
 // Moves the queues that run on an lcore to another one. True when there were any.
@@ -46,11 +46,11 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
 {
     Port* port = host.port(switch_number, port_number);
     if (!port)
-        return not_found;
-    if (host.balancer_is_automatic)
-        return status_balancer_is_automatic;
+        return status_not_found;
+    if (host.lb_is_automatic)
+        return status_lb_is_automatic;
     if (to >= host.datapath_switch(switch_number)->entry->num_lcores || queues == 0 || queues > both)
-        return bad_parameter;
+        return status_bad_parameter;
 
     PortListEntry& entry = port->entry;
     const PortListEntry before = entry;
@@ -60,10 +60,10 @@ uint32_t migrate_port(Host& host, uint32_t switch_number, uint32_t port_number, 
     if (queues & rx_queues)
         moved |= move({entry.rx_queue_lcores, entry.num_rx_queues}, from, to);
     if (!moved)
-        return not_found;
+        return status_not_found;
     if (!port->setting.unpinned)
         port->setting.unpinned = before;
-    return success;
+    return status_success;
 }
 
 // The value says which queues go back to where they ran before they were migrated.
@@ -71,9 +71,9 @@ uint32_t unpin_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
 {
     Port* port = host.port(switch_number, port_number);
     if (!port || !port->setting.unpinned)
-        return not_found;
+        return status_not_found;
     if (queues == 0 || queues > both)
-        return bad_parameter;
+        return status_bad_parameter;
 
     PortListEntry& entry = port->entry;
     const PortListEntry& before = *port->setting.unpinned;
@@ -84,7 +84,7 @@ uint32_t unpin_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
     if (std::ranges::equal(before.tx_queue_lcores, entry.tx_queue_lcores) &&
         std::ranges::equal(before.rx_queue_lcores, entry.rx_queue_lcores))
         port->setting.unpinned.reset();
-    return success;
+    return status_success;
 }
 
 // Nothing stays pinned, and the switch learns the port's addresses anew. The value is not looked at.
@@ -92,10 +92,10 @@ uint32_t reset_port(Host& host, uint32_t switch_number, uint32_t port_number, ui
 {
     const Port* port = host.port(switch_number, port_number);
     if (!port)
-        return not_found;
+        return status_not_found;
     unpin_port(host, switch_number, port_number, both);  // refused when it is not pinned, which is as well
     relearn_macs(host, *host.datapath_switch(switch_number), *port);
-    return success;
+    return status_success;
 }
 
 // Switches something of a switch on or off; what follows from a change is done then.
@@ -104,16 +104,16 @@ uint32_t set(Host& host, uint32_t switch_number, bool SwitchSetting::*what, uint
 {
     Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
     if (enable > 1)
-        return bad_parameter;
+        return status_bad_parameter;
     const bool is_on = enable == 1;
     if (owner->setting.*what == is_on)
-        return success;
+        return status_success;
     owner->setting.*what = is_on;
     if (follow)
         follow(host, *owner, is_on);
-    return success;
+    return status_success;
 }
 
 // A switch that no longer learns from its uplinks forgets what it has learned there.
@@ -133,9 +133,9 @@ uint32_t clear_switch_flow_table(Host& host, uint32_t switch_number)
 {
     const Switch* owner = host.datapath_switch(switch_number);
     if (!owner)
-        return not_found;
+        return status_not_found;
     clear_flows(host, *owner);
-    return success;
+    return status_success;
 }
 
 // A flow cache that is switched off loses its flows; one that is switched on begins anew.
@@ -144,15 +144,15 @@ void fill_or_clear_flows(Host& host, Switch& owner, bool is_on)
     is_on ? fill_flows(host, owner) : clear_flows(host, owner);
 }
 
-uint32_t enable_switch_flow_cache(Host& host, uint32_t switch_number, uint32_t enable)
+uint32_t enable_switch_flowcache(Host& host, uint32_t switch_number, uint32_t enable)
 {
-    return set(host, switch_number, &SwitchSetting::has_flow_cache, enable, fill_or_clear_flows);
+    return set(host, switch_number, &SwitchSetting::has_flowcache, enable, fill_or_clear_flows);
 }
 
 uint32_t get_panic_on_tx_hang(Host& host, uint32_t switch_number, Output output)
 {
     const Switch* owner = host.datapath_switch(switch_number);
-    return owner ? output.put(uint32_t{owner->setting.panics_on_tx_hang}) : not_found;
+    return owner ? output.put(uint32_t{owner->setting.panics_on_tx_hang}) : status_not_found;
 }
 
 uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enable)
@@ -168,7 +168,7 @@ const Answer answers[] = {
     {"Qdp_Get_Port_Tx_Uplink", get_port_tx_uplink},
     {"Qdp_Set_Uplink_MAC_Learn", set_uplink_mac_learn},
     {"Qdp_Clear_Switch_Flow_Table", clear_switch_flow_table},
-    {"Qdp_Enable_Switch_Flow_Cache", enable_switch_flow_cache},
+    {"Qdp_Enable_Switch_Flow_Cache", enable_switch_flowcache},
     {"Qdp_Get_Panic_On_Tx_Hang", get_panic_on_tx_hang},
     {"Qdp_Set_Panic_On_Tx_Hang", set_panic_on_tx_hang},
 };

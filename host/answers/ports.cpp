@@ -20,7 +20,7 @@ uint32_t get_port_list(Host& host, uint32_t switch_number, Output output)
     const Switch* owner = host.datapath_switch(switch_number);
     const size_t header = offsetof(PortList, entries);
     if (!owner || header + owner->ports.size() * sizeof(PortListEntry) > output.capacity)
-        return refused;
+        return status_refused;
 
     const uint32_t head[] = {0, static_cast<uint32_t>(owner->ports.size()), 0};
     static_assert(sizeof head == header);
@@ -31,7 +31,7 @@ uint32_t get_port_list(Host& host, uint32_t switch_number, Output output)
         end += sizeof port.entry;
     }
     output.set_size(end);
-    return success;
+    return status_success;
 }
 
 const Answer answers[] = {

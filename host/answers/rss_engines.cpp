@@ -12,7 +12,7 @@ uint32_t get_rss_engine_list(Host& host, uint32_t switch_number, uint32_t port, 
 {
     const Port* found = host.port(switch_number, port);
     if (!found)
-        return not_found;
+        return status_not_found;
     RSSEngineList list{};
     list.count = static_cast<uint32_t>(std::min<size_t>(found->rss_engines.size(), max_rss_engines));
     std::copy_n(found->rss_engines.begin(), list.count, list.entries);

@@ -33,7 +33,7 @@ uint32_t put_page(const std::map<uint32_t, Record>& table, const P4ListRequest& 
 uint32_t get_mux_mode(Host& host, uint32_t switch_number, Output is_enabled)
 {
     if (!host.datapath_switch(switch_number))
-        return refused;
+        return status_refused;
     return is_enabled.put(uint32_t{host.smartnic.mux_switch(switch_number) != nullptr});
 }
 
@@ -43,10 +43,10 @@ uint32_t put_mux_page(Host& host, ByteSpan bytes, Output response, std::map<uint
 {
     MuxListRequest request;
     if (bytes.size() != sizeof request)
-        return refused;
+        return status_refused;
     std::memcpy(&request, bytes.data(), sizeof request);
     if (!host.datapath_switch(request.switch_number))
-        return refused;
+        return status_refused;
 
     MuxListResponse<Entry> page{};
     if (const MuxSwitch* owner = host.smartnic.mux_switch(request.switch_number))
@@ -69,12 +69,12 @@ uint32_t list_shadow_ports(Host& host, ByteSpan request, Output response)
 uint32_t host_pf_set(Host& host, const P4HostPfs& pfs, Output)
 {
     if (pfs.count > max_host_pfs)
-        return bad_parameter;
+        return status_bad_parameter;
     for (const uint16_t lif : pfs.lifs)
         if (lif >= max_lifs)
-            return bad_parameter;
+            return status_bad_parameter;
     host.smartnic.host_pfs = pfs;
-    return success;
+    return status_success;
 }
 
 uint32_t host_pf_get(Host& host, Output response)
@@ -91,20 +91,20 @@ uint32_t lif_port_create(Host& host, const P4LifPort& lif, Output)
         lif.type >= max_lif_types || lif_flow_key_type.unpacked(lif.flags) >= max_flow_key_types ||
         lif_fwd_mode.unpacked(lif.flags) >= max_fwd_modes || (lif.flags & ~known_flags) != 0 ||
         lif.status >= lif_status_end)
-        return bad_parameter;
+        return status_bad_parameter;
     host.smartnic.lifs[lif.lif] = lif;
-    return success;
+    return status_success;
 }
 
 uint32_t lif_port_update(Host& host, const P4LifUpdate& update, Output)
 {
     if (update.flow_key_type >= max_flow_key_types || update.is_mux_pf > 1 || update.fwd_mode >= max_fwd_modes)
-        return bad_parameter;
+        return status_bad_parameter;
     const auto found = host.smartnic.lifs.find(update.lif);
     if (found == host.smartnic.lifs.end())
-        return not_found;
+        return status_not_found;
     found->second.flags = lif_flags(update.flow_key_type, update.fwd_mode, update.is_mux_pf);
-    return success;
+    return status_success;
 }
 
 uint32_t lif_port_list(Host& host, const P4ListRequest& request, Output response)
@@ -119,20 +119,20 @@ uint32_t vlan_port_create(Host& host, const P4VlanPort& port, Output)
     if (port.mux_vlan >= max_mux_vlans || port.pf_lifs[0] >= max_lifs || port.pf_lifs[1] >= max_lifs ||
         port.source_port >= max_p4_ports || port.rep_port >= max_p4_ports || port.flow_key_type >= max_flow_key_types ||
         port.status >= vlan_port_status_end)
-        return bad_parameter;
+        return status_bad_parameter;
     host.smartnic.vlan_ports[port.mux_vlan] = port;
-    return success;
+    return status_success;
 }
 
 uint32_t vlan_port_update(Host& host, const P4VlanPortUpdate& update, Output)
 {
     if (update.flow_key_type >= max_flow_key_types)
-        return bad_parameter;
+        return status_bad_parameter;
     const auto found = host.smartnic.vlan_ports.find(update.mux_vlan);
     if (found == host.smartnic.vlan_ports.end())
-        return not_found;
+        return status_not_found;
     found->second.flow_key_type = update.flow_key_type;
-    return success;
+    return status_success;
 }
 
 uint32_t vlan_port_list(Host& host, const P4ListRequest& request, Output response)
@@ -145,16 +145,16 @@ uint32_t vlan_port_list(Host& host, const P4ListRequest& request, Output respons
 uint32_t port_update(Host& host, const P4PortUpdate& update, Output)
 {
     if (update.default_vlan >= max_default_vlans)
-        return bad_parameter;
+        return status_bad_parameter;
     if (!host.smartnic.output_port(update.port))
-        return not_found;
+        return status_not_found;
     host.smartnic.default_vlans[update.port] = update.default_vlan;
-    return success;
+    return status_success;
 }
 
 uint32_t port_delete(Host& host, const P4PortDelete& request, Output)
 {
-    return host.smartnic.delete_port(request.port) ? success : not_found;
+    return host.smartnic.delete_port(request.port) ? status_success : status_not_found;
 }
 
 uint32_t port_list(Host& host, const P4ListRequest& request, Output response)
@@ -173,24 +173,24 @@ uint32_t rss_override_set(Host& host, const P4RssOverride& setting, Output)
 {
     const bool is_flag = setting.is_override == 0 || setting.is_override == 1;
     if (!has_rss_port(host, setting) || !is_flag || (setting.is_override && setting.queue >= max_rss_queues))
-        return bad_parameter;
+        return status_bad_parameter;
     host.smartnic.rss_overrides[{setting.switch_number, setting.port}] = setting;
-    return success;
+    return status_success;
 }
 
 uint32_t rss_override_get(Host& host, const P4RssOverride& request, Output response)
 {
     if (!has_rss_port(host, request))
-        return bad_parameter;
+        return status_bad_parameter;
     return response.put(host.smartnic.rss_override(request.switch_number, request.port));
 }
 
 uint32_t log_level_set(Host& host, const P4LogLevel& setting, Output)
 {
     if (setting.level >= max_log_levels)
-        return bad_parameter;
+        return status_bad_parameter;
     host.smartnic.log_level = setting;
-    return success;
+    return status_success;
 }
 
 uint32_t log_level_get(Host& host, Output response)
@@ -206,7 +206,7 @@ uint32_t get_aging_interval(Host& host, uint32_t selector, Output interval)
 uint32_t set_aging_interval(Host& host, uint32_t selector, uint32_t interval)
 {
     host.smartnic.aging_intervals[selector] = interval;
-    return success;
+    return status_success;
 }
 
 const Answer answers[] = {

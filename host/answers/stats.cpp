@@ -11,23 +11,23 @@ constexpr uint64_t slow_path_share = 100;
 
 PortDirectionCounters counters(const Clock& clock, const Traffic& traffic, uint64_t share)
 {
-    const uint64_t packets = clock.grown(traffic.packets) / share;
-    PortDirectionCounters made{};
-    made.packets = packets;
-    made.bytes = packets * traffic.packet_bytes;
-    made.multicast_packets = packets / multicast_share;
-    made.multicast_bytes = made.multicast_packets * traffic.packet_bytes;
-    made.broadcast_packets = packets / broadcast_share;
-    made.broadcast_bytes = made.broadcast_packets * traffic.packet_bytes;
-    made.drops = traffic.drops ? clock.grown(*traffic.drops) / share : packets / drop_share;
-    return made;
+    const uint64_t packets = clock.counter_value(traffic.packets) / share;
+    PortDirectionCounters result{};
+    result.packets = packets;
+    result.bytes = packets * traffic.packet_bytes;
+    result.multicast_packets = packets / multicast_share;
+    result.multicast_bytes = result.multicast_packets * traffic.packet_bytes;
+    result.broadcast_packets = packets / broadcast_share;
+    result.broadcast_bytes = result.broadcast_packets * traffic.packet_bytes;
+    result.drops = traffic.drops ? clock.counter_value(*traffic.drops) / share : packets / drop_share;
+    return result;
 }
 
 uint32_t put_counters(Host& host, uint32_t switch_number, uint32_t port_number, Output output, uint64_t share)
 {
     const Port* port = host.port(switch_number, port_number);
     if (!port)
-        return refused;
+        return status_refused;
     return output.put(PortCounters{counters(host.clock, port->tx, share), counters(host.clock, port->rx, share)});
 }
 

@@ -22,27 +22,27 @@ using Property = Properties::value_type;
 
 Json serialised(const Properties& properties)
 {
-    Json made = Json::object();
+    Json result = Json::object();
     for (const auto& [key, value] : properties)
-        made[hex(std::as_bytes(std::span{key}))] = hex(value);
-    return made;
+        result[hex(std::as_bytes(std::span{key}))] = hex(value);
+    return result;
 }
 
 Properties deserialised(const Json& properties)
 {
-    Properties made;
+    Properties result;
     for (const auto& [key, value] : properties.items()) {
         const Value name = from_hex(key).value_or(Value{});
-        made[{reinterpret_cast<const char*>(name.data()), name.size()}] =
+        result[{reinterpret_cast<const char*>(name.data()), name.size()}] =
             from_hex(value.get_ref<const std::string&>()).value_or(Value{});
     }
-    return made;
+    return result;
 }
 
 uint32_t config_reset(Host& host)
 {
     host.loaded = std::make_shared<const LoadedSwitches>();
-    return success;
+    return status_success;
 }
 
 uint32_t state_get(Host& host, ValueSlot state)
@@ -63,21 +63,21 @@ uint32_t config_deserialize(Host& host, ByteSpan state)
     const auto* text = reinterpret_cast<const char*>(state.data());
     const Json all = Json::parse(text, text + state.size(), nullptr, false);
     if (!all.is_array())
-        return refused;
+        return status_refused;
     try {
         LoadedSwitches loaded;
         for (const Json& each : all) {
-            LoadedSwitch made{{each.at("alias"), each.at("id"), each.at("class"), deserialised(each.at("host")),
-                               deserialised(each.at("global"))},
-                              each.at("id")};
-            made.readable_id.resize(std::max(made.id.size(), switch_id_bytes));
-            loaded.push_back(std::move(made));
+            LoadedSwitch result{{each.at("alias"), each.at("id"), each.at("class"), deserialised(each.at("host")),
+                                 deserialised(each.at("global"))},
+                                each.at("id")};
+            result.readable_id.resize(std::max(result.id.size(), switch_id_bytes));
+            loaded.push_back(std::move(result));
         }
         host.loaded = std::make_shared<const LoadedSwitches>(std::move(loaded));
     } catch (const Json::exception&) {
-        return refused;
+        return status_refused;
     }
-    return success;
+    return status_success;
 }
 
 const LoadedSwitch* switch_find_by_alias(Host& host, std::string_view alias)
@@ -107,11 +107,11 @@ uint32_t property_lookup(Host& host, Properties SwitchConfig::*kind, std::string
 {
     const auto owner = std::ranges::find(*host.loaded, id, &LoadedSwitch::id);
     if (owner == host.loaded->end())
-        return not_found;
+        return status_not_found;
     const Properties& properties = (*owner).*kind;
     const auto found = properties.find(key);
     if (found == properties.end())
-        return not_found;
+        return status_not_found;
     const Property* handle = &*found;
     return data.put(handle);
 }
@@ -142,7 +142,7 @@ uint32_t data_value(Host&, const Property* property, ValueSlot value)
 {
     *value.output.pointer = property->second.data();
     *value.output.length = static_cast<uint32_t>(property->second.size());
-    return success;
+    return status_success;
 }
 
 // The first two words identify a port: the texts of its switch's id and of its name.
@@ -165,19 +165,19 @@ uint32_t store(Properties& properties, std::string_view key, ByteSpan value)
         if (name != key)
             bytes += name.size() + stored.size();
     if (bytes > most_property_bytes)
-        return refused;
+        return status_refused;
     properties.insert_or_assign(std::string{key}, value_of(value));
-    return success;
+    return status_success;
 }
 
 uint32_t host_property_get(Host& host, std::string_view id, std::string_view key, ValueSlot value)
 {
     const Switch* owner = host.switch_by_id(id);
     if (!owner)
-        return not_found;
+        return status_not_found;
     const auto found = owner->config.host_properties.find(key);
     if (found == owner->config.host_properties.end())
-        return not_found;
+        return status_not_found;
     return value.put(found->second);
 }
 
@@ -185,7 +185,7 @@ uint32_t host_property_set(Host& host, std::string_view id, std::string_view key
 {
     Switch* owner = host.switch_by_id(id);
     if (!owner)
-        return not_found;
+        return status_not_found;
     return store(owner->config.host_properties, key, value);
 }
 
@@ -209,10 +209,10 @@ uint32_t port_data_get(Host& host, std::string_view switch_text, std::string_vie
 {
     const Port* port = port_by_name(host, switch_text, port_text);
     if (!port)
-        return bad_parameter;
+        return status_bad_parameter;
     const auto found = port->data.find(key);
     if (found == port->data.end())
-        return not_found;
+        return status_not_found;
     return value.put(found->second);
 }
 
@@ -221,7 +221,7 @@ uint32_t port_data_set(Host& host, std::string_view switch_text, std::string_vie
 {
     Port* port = port_by_name(host, switch_text, port_text);
     if (!port)
-        return bad_parameter;
+        return status_bad_parameter;
     return store(port->data, key, value);
 }
 

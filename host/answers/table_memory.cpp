@@ -33,7 +33,7 @@ uint32_t table_dump(Host& host, ByteSpan request, Output output)
     const auto range = record_in<TableRange>(request);
     const MemoryTable* table = table_of(host, range);
     if (!table || output.capacity < TableDump::header_bytes)
-        return refused;
+        return status_refused;
 
     const size_t fit = (output.capacity - TableDump::header_bytes) / table->entry_bytes;
     const size_t count = std::min<size_t>({range->count, table->num_entries - range->first_index, fit});
@@ -49,7 +49,7 @@ uint32_t table_dump(Host& host, ByteSpan request, Output output)
     output.write(offsetof(TableDump, address), bytes_of(address));
     output.write(offsetof(TableDump, entries), data);
     output.set_size(length);
-    return success;
+    return status_success;
 }
 
 // Nothing is cached here: only a range that is not in the tables is refused.
@@ -57,7 +57,7 @@ uint32_t cache_invalidate(Host& host, ByteSpan request)
 {
     const auto range = record_in<TableRange>(request);
     const MemoryTable* table = table_of(host, range);
-    return table && range->count <= table->num_entries - range->first_index ? success : refused;
+    return table && range->count <= table->num_entries - range->first_index ? status_success : status_refused;
 }
 
 const Answer answers[] = {

@@ -16,13 +16,13 @@ template <uint32_t Timing::*setting>
 uint32_t set_word(Host& host, uint32_t value)
 {
     host.timing.*setting = value;
-    return success;
+    return status_success;
 }
 
 uint32_t set_reval(Host& host, const FpoRevalConfig* config)
 {
     if (!config)
-        return refused;
+        return status_refused;
     FpoRevalConfig& current = host.timing.reval;
     const FpoRevalConfig before = current;
     current = *config;
@@ -30,15 +30,15 @@ uint32_t set_reval(Host& host, const FpoRevalConfig* config)
         current.flow_scan_quota = before.flow_scan_quota;
     if (config->reval_interval == keep_current)
         current.reval_interval = before.reval_interval;
-    return success;
+    return status_success;
 }
 
 uint32_t set_conntrack_delay(Host& host, const FpoConntrackDelay* delay)
 {
     if (!delay)
-        return refused;
+        return status_refused;
     host.timing.conntrack_delay = *delay;
-    return success;
+    return status_success;
 }
 
 const Answer answers[] = {

@@ -24,30 +24,31 @@ Port* uplink_at(Host& host, uint32_t switch_number, uint32_t port_number)
 
 void count_rx(UplinkCounters& counters, const Clock& clock, const Traffic& traffic, uint64_t queues)
 {
-    counters.rx_packets = clock.grown(traffic.packets) / queues;
+    counters.rx_packets = clock.counter_value(traffic.packets) / queues;
     counters.rx_bytes = counters.rx_packets * traffic.packet_bytes;
     counters.rx_multicast_packets = counters.rx_packets / multicast_share;
     counters.rx_broadcast_packets = counters.rx_packets / broadcast_share;
-    counters.rx_drops = traffic.drops ? clock.grown(*traffic.drops) / queues : counters.rx_packets / drop_share;
-    counters.rx_miss_errors = traffic.errors ? clock.grown(*traffic.errors) / queues : counters.rx_packets / miss_share;
+    counters.rx_drops = traffic.drops ? clock.counter_value(*traffic.drops) / queues : counters.rx_packets / drop_share;
+    counters.rx_miss_errors =
+        traffic.errors ? clock.counter_value(*traffic.errors) / queues : counters.rx_packets / miss_share;
     counters.rx_errors = counters.rx_miss_errors;
 }
 
 void count_tx(UplinkCounters& counters, const Clock& clock, const Traffic& traffic, uint64_t queues)
 {
-    counters.tx_packets = clock.grown(traffic.packets) / queues;
+    counters.tx_packets = clock.counter_value(traffic.packets) / queues;
     counters.tx_bytes = counters.tx_packets * traffic.packet_bytes;
     counters.tx_multicast_packets = counters.tx_packets / multicast_share;
     counters.tx_broadcast_packets = counters.tx_packets / broadcast_share;
-    counters.tx_drops = traffic.drops ? clock.grown(*traffic.drops) / queues : counters.tx_packets / drop_share;
-    counters.tx_errors = traffic.errors ? clock.grown(*traffic.errors) / queues : 0;
+    counters.tx_drops = traffic.drops ? clock.counter_value(*traffic.drops) / queues : counters.tx_packets / drop_share;
+    counters.tx_errors = traffic.errors ? clock.counter_value(*traffic.errors) / queues : 0;
 }
 
 uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink)
-        return refused;
+        return status_refused;
     UplinkCounters counters{};
     count_rx(counters, host.clock, uplink->rx, 1);
     count_tx(counters, host.clock, uplink->tx, 1);
@@ -60,10 +61,10 @@ uint32_t get_uplink_queue_stats(Host& host, uint32_t switch_number, uint32_t por
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink || direction > 1)
-        return refused;
+        return status_refused;
     const uint32_t queues = direction ? uplink->entry.num_tx_queues : uplink->entry.num_rx_queues;
     if (queue >= queues)
-        return refused;
+        return status_refused;
     UplinkCounters counters{};
     if (direction)
         count_tx(counters, host.clock, uplink->tx, queues);
@@ -79,7 +80,8 @@ std::string private_stats(const Host& host, const Port& uplink)
     std::string text;
     for (const PrivateCounter& counter : uplink.private_counters) {
         char line[64];
-        std::snprintf(line, sizeof line, "%-24s %20lu\n", counter.name.c_str(), host.clock.grown(counter.per_second));
+        std::snprintf(line, sizeof line, "%-24s %20lu\n", counter.name.c_str(),
+                      host.clock.counter_value(counter.per_second));
         text += line;
     }
     return text;
@@ -90,7 +92,7 @@ uint32_t get_private_stats_length(Host& host, uint32_t switch_number, uint32_t p
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink)
-        return refused;
+        return status_refused;
     const std::string text = private_stats(host, *uplink);
     return output.put(static_cast<uint32_t>(text.empty() ? 0 : text.size() + 1));
 }
@@ -99,7 +101,7 @@ uint32_t get_private_stats(Host& host, uint32_t switch_number, uint32_t port, Ou
 {
     const Port* uplink = uplink_at(host, switch_number, port);
     if (!uplink)
-        return refused;
+        return status_refused;
     const std::string text = private_stats(host, *uplink);
     return output.put(ByteSpan{value_of(std::string_view{text})});
 }
@@ -149,7 +151,7 @@ uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number,
 {
     const Port* port = host.port(switch_number, port_number);
     if (!port)
-        return refused;
+        return status_refused;
 
     Value filters;
     uint16_t count = 0;
@@ -181,22 +183,22 @@ uint32_t get_netq_info(Host& host, uint32_t switch_number, uint32_t port_number,
 // Moves all filters of a vNIC to one queue of the uplinks that they steer to.
 uint32_t migrate_netq_filter(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue)
 {
-    if (host.balancer_is_automatic)
-        return status_balancer_is_automatic;
+    if (host.lb_is_automatic)
+        return status_lb_is_automatic;
 
     Port* vnic = host.port(switch_number, port);
     if (!vnic)
-        return refused;
+        return status_refused;
     std::vector<ReceiveFilter::Queue*> moved;
     for (ReceiveFilter& filter : vnic->filters)
         for (auto& each : filter.queues) {
             if (queue >= host.port(switch_number, each.uplink)->entry.num_rx_queues)
-                return refused;
+                return status_refused;
             moved.push_back(&each);
         }
     for (ReceiveFilter::Queue* each : moved)
         each->queue = queue;
-    return moved.empty() ? refused : success;
+    return moved.empty() ? status_refused : status_success;
 }
 
 // --- Filter classes ---
@@ -206,7 +208,7 @@ uint32_t get_filter_types(Host& host, std::string_view portset_name, Output outp
 {
     const Switch* owner = host.switch_by_portset(portset_name);
     if (!owner)
-        return refused;
+        return status_refused;
     const auto setting = property<FilterTypesSetting>(*owner, filter_types_property);
     return output.put(setting ? uint16_t{setting->mask} : owner->setting.filter_types);
 }

@@ -11,15 +11,14 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/switch_state.h"
+
 namespace host {
 
 using ByteSpan = std::span<const std::byte>;
 using Value = std::vector<std::byte>;
 
-inline constexpr uint32_t success = 0;
-inline constexpr uint32_t refused = 0xbad0001;
-inline constexpr uint32_t not_found = 0xbad0003;
-inline constexpr uint32_t bad_parameter = 0xbad0007;
+inline constexpr uint32_t status_refused = 0xbad0001;  // of an operation that the host does not accept
 
 template <class Record>
 ByteSpan bytes_of(const Record& record)
@@ -63,10 +62,10 @@ struct Output {
     uint32_t put(ByteSpan answer) const
     {
         if (!data || answer.size() > capacity)
-            return refused;
+            return status_refused;
         write(0, answer);
         set_size(answer.size());
-        return success;
+        return status_success;
     }
 
     template <class Record>

@@ -30,7 +30,7 @@ ByteSpan bytes_at(uint64_t address, size_t size)
 }
 
 // The argument that begins with this parameter.
-Argument begun(Role role, uint64_t word, size_t target_bytes)
+Argument first_half(Role role, uint64_t word, size_t target_bytes)
 {
     Argument argument;
     argument.value = word;
@@ -127,7 +127,7 @@ void make_arguments(const Signature& signature, const uint64_t* words, Argument*
         if (is_second(roles[i]))
             complete(arguments[-1], roles[i - 1], roles[i], words[i], signature.target_bytes[i - 1]);
         else
-            *arguments++ = begun(roles[i], words[i], signature.target_bytes[i]);
+            *arguments++ = first_half(roles[i], words[i], signature.target_bytes[i]);
     }
 }
 

@@ -246,7 +246,7 @@ void RecordedCall::returned_status(uint32_t status)
 {
     const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
-        write(status == success, status);
+        write(status == status_success, status);
 }
 
 void RecordedCall::returned_text(const char* text)

@@ -89,7 +89,7 @@ Result pass_through(const char* operation, Result (*real)(Parameters...), Argume
 {
     if (!real) {
         if constexpr (std::is_same_v<Result, uint32_t>)
-            return refused;
+            return status_refused;
         else
             return Result();
     }

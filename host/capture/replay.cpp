@@ -190,7 +190,7 @@ void check_answer(const Signature& signature, const RecordedAnswer& answer)
     std::vector<Role> roles;
     std::ranges::copy_if(signature.roles(), std::back_inserter(roles), is_output);
     check_count("out", roles.size(), answer.outputs.size());
-    const bool is_success = signature.result != ResultKind::status || answer.result == success;
+    const bool is_success = signature.result != ResultKind::status || answer.result == status_success;
     for (size_t i = 0; i < roles.size(); ++i)
         check_output(roles[i], answer.outputs[i], is_success);
 }
@@ -275,7 +275,7 @@ uint64_t Replay::answer(const Signature& signature, Arguments arguments, Values&
     for (const Argument& argument : arguments)
         if (argument.meaning == Argument::Meaning::release) {
             values.release(reinterpret_cast<void*>(argument.value));
-            return success;
+            return status_success;
         }
 
     const std::string key = key_of(signature.name, inputs_json(arguments, [](uint64_t handle) { return handle; }));
@@ -283,7 +283,7 @@ uint64_t Replay::answer(const Signature& signature, Arguments arguments, Values&
     if (found == calls_.end()) {
         if (unknown_.insert(key).second)
             std::fprintf(stderr, "qdp-host: %s: not recorded: %s\n", path_.c_str(), key.c_str());
-        return signature.returns_pointer() ? 0 : refused;
+        return signature.returns_pointer() ? 0 : status_refused;
     }
 
     Recorded& recorded = found->second;

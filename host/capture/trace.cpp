@@ -10,9 +10,9 @@ using Json = nlohmann::json;
 Json text_json(std::string_view text)
 {
     try {
-        Json made = text;
-        static_cast<void>(made.dump());  // throws for a text that is not UTF-8
-        return made;
+        Json result = text;
+        static_cast<void>(result.dump());  // throws for a text that is not UTF-8
+        return result;
     } catch (const Json::type_error&) {
         return {{"bytes", hex(std::as_bytes(std::span{text}))}};
     }

@@ -99,7 +99,7 @@ uint64_t SharedHost::fail(const Signature& signature, const std::string& reason)
     if (!is_failure_printed_)
         std::fprintf(stderr, "qdp-host: %s: %s\n", path_.c_str(), reason.c_str());
     is_failure_printed_ = true;
-    return signature.returns_pointer() ? 0 : refused;
+    return signature.returns_pointer() ? 0 : status_refused;
 }
 
 uint64_t SharedHost::call(const Signature& signature, Arguments arguments, std::vector<void*>& steps)

@@ -173,10 +173,10 @@ uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess&
     Host* host = process->host();
     if (!host) {
         process->print_error();
-        return operation.failed(refused);
+        return operation.failed(status_refused);
     }
     if (caller.loaded && !has_handles(*caller.loaded, *operation.signature, arguments))
-        return operation.failed(refused);
+        return operation.failed(status_refused);
     const SnapshotOfCaller snapshot{*host, caller};
     return (*operation.answer)(*host, arguments, {caller.values, walk});
 }
@@ -192,7 +192,7 @@ uint64_t planned_answer(Operation& operation, Arguments arguments, LockedProcess
         return source_answer(operation, arguments, process, caller, walk);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "qdp-host: %s: the answer failed: %s\n", operation.signature->name.data(), error.what());
-        return operation.failed(refused);
+        return operation.failed(status_refused);
     }
 }
 
@@ -241,7 +241,7 @@ uint64_t answer(LockedProcess& process, Operation& operation, Arguments argument
     caller.values.begin_call();
     const uint64_t result = planned_answer(operation, arguments, process, caller, walk);
     if (!call.is_null()) {
-        const bool is_success = operation.signature->result != ResultKind::status || result == success;
+        const bool is_success = operation.signature->result != ResultKind::status || result == status_success;
         call["result"] = result_json(*operation.signature, result, caller.values);
         call["outputs"] = outputs_json(arguments, caller.values, is_success);
         keep_call(*process.operator->(), std::move(call), arguments);

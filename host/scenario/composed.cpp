@@ -22,12 +22,12 @@ bool stays_repeated(const Json::Array& list)
     return is_repeated && entries > most_written_out;
 }
 
-std::string shown(const std::string& text)
+std::string display_text(const std::string& text)
 {
     return text_of(text);
 }
 
-std::string shown(uint64_t number)
+std::string display_text(uint64_t number)
 {
     return std::to_string(number);
 }

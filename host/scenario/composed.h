@@ -49,7 +49,7 @@ constexpr Object<Description> object_format(Description description)
 }
 
 template <class Format>
-struct Maybe {
+struct Optional {
     Format format;
 
     template <class Member>
@@ -73,7 +73,7 @@ struct Maybe {
 };
 
 template <class Format>
-Maybe<Format> maybe(Format format)
+Optional<Format> optional_format(Format format)
 {
     return {format};
 }
@@ -84,8 +84,8 @@ Maybe<Format> maybe(Format format)
 bool stays_repeated(const Json::Array& list);
 
 // How a message names what two entries have in common.
-std::string shown(const std::string& text);
-std::string shown(uint64_t number);
+std::string display_text(const std::string& text);
+std::string display_text(uint64_t number);
 
 // What all entries of a list differ in.
 struct NothingUnique {
@@ -199,7 +199,7 @@ private:
         if constexpr (!std::is_same_v<Distinct, NothingUnique>)
             if (const auto [key, is_new] = known.insert(distinct.key_of(member)); !is_new)
                 node.fail(std::string{"an entry whose "} + distinct.name + " no other entry has",
-                          std::string{"the "} + distinct.name + " " + shown(*key) + " again");
+                          std::string{"the "} + distinct.name + " " + display_text(*key) + " again");
         members.push_back(std::move(member));
     }
 };

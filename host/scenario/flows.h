@@ -7,11 +7,11 @@ namespace host::scenario {
 
 inline constexpr size_t max_described_flows = 1 << 22;
 
-constexpr Name named(const char* name, FlowAction action)
+constexpr NamedValue named(const char* name, FlowAction action)
 {
     return {name, action_bit(action)};
 }
-inline constexpr Name flow_actions[] = {
+inline constexpr NamedValue flow_actions[] = {
     named("inputChildPort", FlowAction::input_child_port),
     named("lro", FlowAction::lro),
     named("ipfixIngress", FlowAction::ipfix_ingress),
@@ -42,7 +42,7 @@ inline constexpr Name flow_actions[] = {
     named("lta", FlowAction::lta),
     named("metaFlow", FlowAction::meta_flow),
 };
-inline constexpr Name protocols[] = {
+inline constexpr NamedValue protocols[] = {
     {"icmp", protocol_icmp}, {"tcp", protocol_tcp}, {"udp", protocol_udp}, {"icmpv6", protocol_icmpv6}};
 
 // The flows of all lcores: those of a host, and in their place those that are read. Of repeated ones that are not kept
@@ -111,12 +111,12 @@ using LcoreOwners = std::array<const Switch*, max_lcores>;
 
 inline LcoreOwners lcore_owners(const Host& host)
 {
-    LcoreOwners made{};
+    LcoreOwners result{};
     for (const Switch& each : host.switches)
         for (uint32_t lcore = 0; each.entry && lcore < max_lcores; ++lcore)
             if (each.entry->lcore_mask >> lcore & 1)
-                made[lcore] = &each;
-    return made;
+                result[lcore] = &each;
+    return result;
 }
 
 inline MacAddress mac_of(const Port* port)
@@ -126,7 +126,7 @@ inline MacAddress mac_of(const Port* port)
 
 // IP addresses, which a flow below layer 3 lacks.
 template <class V>
-void describe_addresses(V& v, FlowPackets& packets)
+void describe_addresses(V& v, FlowHeaders& packets)
 {
     std::optional<Ip> source, destination;
     if (packets.layer > 2) {
@@ -137,8 +137,8 @@ void describe_addresses(V& v, FlowPackets& packets)
         source.reset();
         destination.reset();
     });
-    v.derived("source", source, maybe(IpFormat{}), "Its IP address, from layer 3 on. Absent: zeros.");
-    v.derived("destination", destination, maybe(IpFormat{}), "Of the same family. Absent: zeros.");
+    v.derived("source", source, optional_format(IpFormat{}), "Its IP address, from layer 3 on. Absent: zeros.");
+    v.derived("destination", destination, optional_format(IpFormat{}), "Of the same family. Absent: zeros.");
     v.check(!source || !destination || source->is_ipv6 == destination->is_ipv6, "destination", same_family);
     v.derive([&] {
         packets.is_ipv6 = (source && source->is_ipv6) || (destination && destination->is_ipv6);
@@ -150,7 +150,7 @@ void describe_addresses(V& v, FlowPackets& packets)
 template <class V>
 void describe_packets(V& v, Flow& flow, const Host& host, const Switch* owner)
 {
-    FlowPackets& packets = flow.packets;
+    FlowHeaders& packets = flow.packets;
     v.derive([&] {
         const Port* from = find_port(*owner, flow.input_port);
         packets.source_mac = mac_of(from);
@@ -160,7 +160,7 @@ void describe_packets(V& v, Flow& flow, const Host& host, const Switch* owner)
     });
     v.derived("sourceMac", packets.source_mac, MacFormat{}, "Absent: that of the input port.");
     v.derived("destinationMac", packets.destination_mac, MacFormat{}, "Absent: that of the output port.");
-    v.optional("vlan", packets.vlan, number(0, last_vlan), "");
+    v.optional("vlan", packets.vlan, number(0, max_vlan), "");
     v.derived("tag", packets.tag, number(0, 0x7fff), "Absent: 0; from a port of the SmartNIC that port's tag.");
     v.optional("packetVni", packets.vni, number(0, last_vni), "Of the tunnel that its packets come in by.");
     v.defaults([&] { packets.layer = 4; });
@@ -176,18 +176,18 @@ void describe_actions(V& v, FlowActions& actions)
 {
     v.optional("actions", actions.bitmap, Bits{flow_actions}, "What the datapath does with its packets.");
     v.optional("portIndex", actions.port_index, number(), "Of portInsert.");
-    v.optional("insertedVlan", actions.vlan, number(0, last_vlan), "Of vlanInsert.");
+    v.optional("insertedVlan", actions.vlan, number(0, max_vlan), "Of vlanInsert.");
     v.optional("vni", actions.vni, number(0, last_vni), "Of vni.");
     v.optional("ingressMirror", actions.ingress_mirror, number(), "The sessions of mirrorIngress, a bit each.");
     v.optional("egressMirror", actions.egress_mirror, number(), "The sessions of mirrorEgress, a bit each.");
-    v.optional("outputVlan", actions.output_vlan, number(0, last_vlan), "Of outputVlan.");
+    v.optional("outputVlan", actions.output_vlan, number(0, max_vlan), "Of outputVlan.");
     v.optional("inputChildPort", actions.input_child_port, number(), "Of inputChildPort.");
     v.optional("geneveVni", actions.geneve_vni, number(0, last_vni), "Of geneveEncap.");
     v.optional("vxlanVni", actions.vxlan_vni, number(0, last_vni), "Of vxlanEncap.");
     describe_counted(v, "routingInstances", actions.routing_instances, actions.num_routing_instances, "Of routing.");
     v.optional("multicastPorts", actions.multicast_ports, number(), "To how many ports it goes, if it is multicast.");
-    v.derived("sourceContext", actions.source_context, maybe(number()), "Of firewallSource. Absent: none.");
-    v.derived("destinationContext", actions.destination_context, maybe(number()),
+    v.derived("sourceContext", actions.source_context, optional_format(number()), "Of firewallSource. Absent: none.");
+    v.derived("destinationContext", actions.destination_context, optional_format(number()),
               "Of firewallDestination. Absent: none.");
 }
 
@@ -237,24 +237,24 @@ template <class V>
 void describe_flows(V& v, Host& host, Order& order)
 {
     const LcoreOwners owners = lcore_owners(host);
-    FlowList flows{host.flow_caches.tables, order.keeps_repeated_flows};
+    FlowList flows{host.flowcache.tables, order.keeps_repeated_flows};
     v.optional("flows", flows,
                list(object_format([&](auto& w, Flow& flow) { describe_flow(w, flow, host, owners, order); }),
                     max_described_flows),
                "The traffic of all switches, by the lcores that forward it.");
     std::vector<uint32_t> cleared;
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-        if (!host.flow_caches.lcores[lcore].since)
+        if (!host.flowcache.lcores[lcore].since)
             cleared.push_back(lcore);
     v.optional("clearedLcores", cleared, list(number(0, max_lcores - 1), max_lcores),
                "Those whose flows have been cleared.");
     v.derive([&] {
-        host.flow_caches.tables = std::make_shared<FlowTables>(flows.take());
+        host.flowcache.tables = std::make_shared<FlowTables>(flows.take());
         for (const uint32_t lcore : cleared)
-            host.flow_caches.lcores[lcore].since.reset();
+            host.flowcache.lcores[lcore].since.reset();
         for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-            if (owners[lcore] && !owners[lcore]->setting.has_flow_cache)
-                host.flow_caches.lcores[lcore].since.reset();
+            if (owners[lcore] && !owners[lcore]->setting.has_flowcache)
+                host.flowcache.lcores[lcore].since.reset();
     });
 }
 

@@ -25,28 +25,28 @@ int digit(char character)
 // "{5}" is 5 and the number of the turn.
 std::string in_turn(const std::string& pattern, uint64_t turn)
 {
-    std::string made;
+    std::string result;
     for (size_t i = 0; i < pattern.size();) {
         size_t end = i + 1;
         uint64_t number = 0;
         while (pattern[i] == '{' && end < pattern.size() && pattern[end] >= '0' && pattern[end] <= '9')
             number = number * 10 + static_cast<uint64_t>(pattern[end++] - '0');
         if (end > i + 1 && end < pattern.size() && pattern[end] == '}') {
-            made += std::to_string(number + turn);
+            result += std::to_string(number + turn);
             i = end + 1;
         } else {
-            made += pattern[i++];
+            result += pattern[i++];
         }
     }
-    return made;
+    return result;
 }
 
-std::string listed(std::span<const Name> names)
+std::string listed(std::span<const NamedValue> names)
 {
-    std::string made;
-    for (const Name& name : names)
-        made += '"' + std::string{name.name} + "\", ";
-    return made;
+    std::string result;
+    for (const NamedValue& name : names)
+        result += '"' + std::string{name.name} + "\", ";
+    return result;
 }
 
 const auto hex_object = object_format([](auto& v, auto& value) { v.required("hex", value, Hex{}, ""); });
@@ -65,7 +65,7 @@ Json repeatable(Json schema, bool is_repeatable)
 uint64_t OneOf::read_number(const Node& node, size_t bytes) const
 {
     if (const std::string* text = node.text())
-        for (const Name& name : names)
+        for (const NamedValue& name : names)
             if (*text == name.name)
                 return name.value;
     uint64_t value = 0;
@@ -78,7 +78,7 @@ uint64_t OneOf::read_number(const Node& node, size_t bytes) const
 
 Json OneOf::written(uint64_t value) const
 {
-    for (const Name& name : names)
+    for (const NamedValue& name : names)
         if (name.value == value)
             return name.name;
     return value;
@@ -87,7 +87,7 @@ Json OneOf::written(uint64_t value) const
 Json OneOf::named_schema() const
 {
     Json::Array all;
-    for (const Name& name : names)
+    for (const NamedValue& name : names)
         all.push_back(name.name);
     return Json::object(
         {{"anyOf", Json::list({Json::object({{"enum", all}}), Json::object({{"type", "integer"}, {"minimum", 0}})})}});
@@ -106,15 +106,15 @@ uint64_t Bits::read_bits(const Node& node, size_t bytes) const
 
 Json Bits::written(uint64_t bits) const
 {
-    Json::Array made;
-    for (const Name& name : names)
+    Json::Array result;
+    for (const NamedValue& name : names)
         if ((bits & name.value) == name.value) {
-            made.push_back(name.name);
+            result.push_back(name.name);
             bits &= ~name.value;
         }
     if (bits)
-        made.push_back(bits);
-    return made;
+        result.push_back(bits);
+    return result;
 }
 
 // --- Texts ---
@@ -122,10 +122,10 @@ Json Bits::written(uint64_t bits) const
 std::string Text::read_text(const Node& node, size_t most) const
 {
     const std::string* text = node.text();
-    std::string made = text ? node.turn ? in_turn(*text, *node.turn) : *text : std::string{};
-    if (!text || made.size() < shortest || made.size() > most || made.find('\0') != std::string::npos)
+    std::string result = text ? node.turn ? in_turn(*text, *node.turn) : *text : std::string{};
+    if (!text || result.size() < shortest || result.size() > most || result.find('\0') != std::string::npos)
         node.fail("a text of " + std::to_string(shortest) + " to " + std::to_string(most) + " bytes");
-    return made;
+    return result;
 }
 
 void Hex::read(const Node& node, Value& member) const
@@ -145,12 +145,12 @@ void Hex::read(const Node& node, Value& member) const
 void Hex::write(const Target& target, const Value& member) const
 {
     static constexpr char digits[] = "0123456789abcdef";
-    std::string made;
+    std::string result;
     for (const std::byte byte : member) {
-        made += digits[std::to_integer<unsigned>(byte) >> 4];
-        made += digits[std::to_integer<unsigned>(byte) & 15];
+        result += digits[std::to_integer<unsigned>(byte) >> 4];
+        result += digits[std::to_integer<unsigned>(byte) & 15];
     }
-    target.text.value(made);
+    target.text.value(result);
 }
 
 void PropertyFormat::read(const Node& node, Value& member) const
@@ -220,12 +220,12 @@ uint64_t MacFormat::read_number(const Node& node)
 
 std::string MacFormat::written(uint64_t mac)
 {
-    char made[18];
-    std::snprintf(made, sizeof made, "%02x:%02x:%02x:%02x:%02x:%02x", static_cast<unsigned>(mac >> 40 & 0xff),
+    char result[18];
+    std::snprintf(result, sizeof result, "%02x:%02x:%02x:%02x:%02x:%02x", static_cast<unsigned>(mac >> 40 & 0xff),
                   static_cast<unsigned>(mac >> 32 & 0xff), static_cast<unsigned>(mac >> 24 & 0xff),
                   static_cast<unsigned>(mac >> 16 & 0xff), static_cast<unsigned>(mac >> 8 & 0xff),
                   static_cast<unsigned>(mac & 0xff));
-    return made;
+    return result;
 }
 
 // Addresses are counted up in their last four bytes.
@@ -246,8 +246,8 @@ void IpFormat::read(const Node& node, Ip& member) const
 
 void IpFormat::write(const Target& target, const Ip& member) const
 {
-    char made[INET6_ADDRSTRLEN];
-    target.text.value(inet_ntop(member.is_ipv6 ? AF_INET6 : AF_INET, member.bytes.data(), made, sizeof made));
+    char result[INET6_ADDRSTRLEN];
+    target.text.value(inet_ntop(member.is_ipv6 ? AF_INET6 : AF_INET, member.bytes.data(), result, sizeof result));
 }
 
 }  // namespace host::scenario

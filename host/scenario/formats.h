@@ -103,14 +103,9 @@ struct Flag {
 
 // --- Names ---
 
-struct Name {
-    const char* name;
-    uint64_t value;
-};
-
 // One of the names; or a number that has none.
 struct OneOf {
-    std::span<const Name> names;
+    std::span<const NamedValue> names;
 
     template <class Member>
     void read(const Node& node, Member& member) const
@@ -137,7 +132,7 @@ struct OneOf {
 
 // A list of names, each of them bits of a word; bits without a name stand as a number.
 struct Bits {
-    std::span<const Name> names;
+    std::span<const NamedValue> names;
 
     template <class Member>
     void read(const Node& node, Member& member) const

@@ -16,10 +16,10 @@ constexpr size_t most_named_levels = 8;
 std::string printable(const std::string& text)
 {
     constexpr size_t longest = 200;
-    std::string made = text.size() > longest ? text.substr(0, longest) + "..." : text;
+    std::string result = text.size() > longest ? text.substr(0, longest) + "..." : text;
     std::ranges::replace_if(
-        made, [](char character) { return character < ' ' || character > '~'; }, '?');
-    return made;
+        result, [](char character) { return character < ' ' || character > '~'; }, '?');
+    return result;
 }
 
 // Makes a Json of what the library's parser reports.
@@ -60,7 +60,7 @@ public:
                     printable(reason == std::string::npos ? message : message.substr(reason + 2)));
     }
 
-    Json made;
+    Json result;
 
 private:
     struct Open {
@@ -71,7 +71,7 @@ private:
     bool add(Json value)
     {
         if (open_.empty())
-            made = std::move(value);
+            result = std::move(value);
         else if (open_.back().json.array())
             open_.back().json.add(std::move(value));
         else
@@ -155,13 +155,13 @@ std::string scalar_text(const Json& json)
 
 std::string escaped(const std::string& key)
 {
-    std::string made;
+    std::string result;
     for (const char character : key)
         if (character == '~' || character == '/')
-            made += character == '~' ? "~0" : "~1";
+            result += character == '~' ? "~0" : "~1";
         else
-            made += character;
-    return made;
+            result += character;
+    return result;
 }
 
 Json::Json() = default;
@@ -204,7 +204,7 @@ Json Json::parsed(const std::string& text)
 {
     Builder builder{text};
     nlohmann::json::sax_parse(text, &builder);
-    return std::move(builder.made);
+    return std::move(builder.result);
 }
 
 const Json* Json::find(std::string_view key) const

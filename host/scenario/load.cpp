@@ -16,10 +16,10 @@ namespace {
 
 std::string built_in_names()
 {
-    std::string made;
+    std::string result;
     for (const BuiltIn& each : built_in)
-        made += std::string{made.empty() ? "" : ", "} + each.name;
-    return made;
+        result += std::string{result.empty() ? "" : ", "} + each.name;
+    return result;
 }
 
 [[noreturn]] void fail_to_read(const std::string& path, const std::string& found)
@@ -86,10 +86,10 @@ auto with_json_of(const std::string& scenario, Use use)
 Host read(const Json& json, bool keeps_repeated_flows)
 {
     KnownSeries series;
-    Host made;
-    host_format(keeps_repeated_flows).read(Node{&json, &series}, made);
-    made.clock = Clock{};  // the time that it took to build is none of the host's
-    return made;
+    Host result;
+    host_format(keeps_repeated_flows).read(Node{&json, &series}, result);
+    result.clock = Clock{};  // the time that it took to build is none of the host's
+    return result;
 }
 
 }  // namespace

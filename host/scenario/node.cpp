@@ -72,12 +72,12 @@ Node::Counted Node::counted(size_t series_around) const
         fail("a value with at most " + std::to_string(most_series) + " series around it");
     auto known = known_series->find(json);
     if (known == known_series->end()) {
-        Series made;
+        Series result;
         Node node = *this;
         node.turn.reset();  // the members of a series are the same in all turns
         node.is_entry = false;
-        object_format([](auto& v, Series& series) { describe_series(v, series); }).read(node, made);
-        known = known_series->emplace(json, made).first;
+        object_format([](auto& v, Series& series) { describe_series(v, series); }).read(node, result);
+        known = known_series->emplace(json, result).first;
     }
     const Series& series = known->second;
     const Counted from = child("from", series.from).counted(series_around + 1);

@@ -7,7 +7,7 @@ namespace host::scenario {
 
 inline constexpr size_t max_tunnels = 4096;
 inline constexpr uint32_t max_table_entries = 1 << 28;
-inline constexpr Name mirror_types[] = {
+inline constexpr NamedValue mirror_types[] = {
     {"other", static_cast<uint64_t>(MirrorType::other)},
     {"greOnly", static_cast<uint64_t>(MirrorType::gre_only)},
     {"erspan2", static_cast<uint64_t>(MirrorType::erspan2)},
@@ -16,12 +16,12 @@ inline constexpr Name mirror_types[] = {
 
 inline Ip ip_of(const hardware::Address& address)
 {
-    Ip made{!address.is_ipv4, {}};
+    Ip result{!address.is_ipv4, {}};
     const uint64_t words[] = {__builtin_bswap64(address.high), __builtin_bswap64(address.low)};
     const uint32_t word = __builtin_bswap32(static_cast<uint32_t>(address.low));
-    std::memcpy(made.bytes.data(), address.is_ipv4 ? static_cast<const void*>(&word) : words,
+    std::memcpy(result.bytes.data(), address.is_ipv4 ? static_cast<const void*>(&word) : words,
                 address.is_ipv4 ? sizeof word : sizeof words);
-    return made;
+    return result;
 }
 
 inline hardware::Address address_of(const Ip& ip)
@@ -48,7 +48,7 @@ void describe_tunnel(V& v, hardware::Tunnel& tunnel)
     v.optional("geneve", tunnel.is_geneve, Flag{}, "Else it is VXLAN.");
     v.optional("vtep", tunnel.vtep, number(), "");
     v.optional("uplink", tunnel.uplink, number(0, max_p4_ports - 1), "The SmartNIC's port.");
-    v.optional("vlan", tunnel.vlan, number(0, last_vlan), "");
+    v.optional("vlan", tunnel.vlan, number(0, max_vlan), "");
     v.optional("outerFlow", tunnel.outer_flow, number(), "");
     v.required("localMac", tunnel.local_mac, MacFormat{}, "");
     v.required("remoteMac", tunnel.remote_mac, MacFormat{}, "");
@@ -62,7 +62,7 @@ void describe_mirror_headers(V& v, hardware::MirrorHeaders& headers)
 {
     v.required("session", headers.number, number(0, 2 * max_mirror_sessions - 1),
                "Those for what goes out begin at 8.");
-    v.optional("vlan", headers.vlan, number(0, last_vlan), "");
+    v.optional("vlan", headers.vlan, number(0, max_vlan), "");
     v.optional("cookie", headers.cookie, number(), "");
     v.required("sourceMac", headers.source_mac, MacFormat{}, "");
     v.required("destinationMac", headers.destination_mac, MacFormat{}, "");

@@ -5,50 +5,18 @@
 
 namespace host::scenario {
 
-inline constexpr Name receive_flags[] = {
-    {"UNICAST", receive_unicast},     {"MULTICAST", receive_multicast}, {"ALLMULTI", receive_all_multicast},
-    {"BROADCAST", receive_broadcast}, {"PROMISC", receive_promiscuous}, {"USE_LADRF", receive_ladrf},
-};
-
-constexpr uint64_t feature(unsigned byte, unsigned bit)
-{
-    return uint64_t{1} << (8 * byte + bit);
-}
-inline constexpr Name port_features[] = {
-    {"KCP", feature(0, 0)},
-    {"MirrorIn", feature(0, 1)},
-    {"LRO", feature(0, 2)},
-    {"L2ForOverlay", feature(0, 3)},
-    {"LAT", feature(1, 0)},
-    {"Spoofguard", feature(1, 4)},
-    {"VDL2", feature(1, 5)},
-    {"TxL3", feature(1, 6)},
-    {"minFlowL3", feature(2, 0)},
-    {"SWL3", feature(2, 1)},
-    {"MirrorFilterIn", feature(2, 4)},
-    {"LTR", feature(2, 5)},
-    {"TxL4", feature(2, 6)},
-    {"IPFIX", feature(2, 7)},
-    {"SI", feature(3, 0)},
-    {"SWL4", feature(3, 1)},
-    {"DFW", feature(3, 2)},
-    {"DLB", feature(3, 3)},
-    {"HKZFW", feature(3, 4)},
-    {"minFlowL4", feature(3, 5)},
-    {"MirrorFilterOut", feature(3, 6)},
-};
-inline constexpr Name teaming_types[] = {
+inline constexpr NamedValue teaming_types[] = {
     {"none", static_cast<uint64_t>(TxUplinkType::none)}, {"single", static_cast<uint64_t>(TxUplinkType::single)},
     {"lag", static_cast<uint64_t>(TxUplinkType::lag)},   {"sourceMac", static_cast<uint64_t>(TxUplinkType::source_mac)},
     {"all", static_cast<uint64_t>(TxUplinkType::all)},   {"noTeaming", static_cast<uint64_t>(TxUplinkType::no_teaming)},
 };
-inline constexpr Name filter_types[] = {
+inline constexpr NamedValue filter_types[] = {
     {"mac", static_cast<uint64_t>(NetQFilterType::mac)},
     {"vlanAndMac", static_cast<uint64_t>(NetQFilterType::vlan_and_mac)},
     {"geneve", static_cast<uint64_t>(NetQFilterType::geneve)},
     {"vxlan", static_cast<uint64_t>(NetQFilterType::vxlan)},
 };
-inline constexpr Name engine_types[] = {
+inline constexpr NamedValue engine_types[] = {
     {"DFTRSS", static_cast<uint64_t>(RSSEngineType::default_engine)},
     {"DEVRSS", static_cast<uint64_t>(RSSEngineType::device)},
     {"SHARSS", static_cast<uint64_t>(RSSEngineType::shared)},
@@ -64,11 +32,11 @@ struct MetaFlow {
 
 inline std::vector<MetaFlow> meta_flows_of(const PortConf& conf)
 {
-    std::vector<MetaFlow> made;
+    std::vector<MetaFlow> result;
     for (uint32_t slot = 0; slot < meta_flow_slots; ++slot)
         if (conf.meta_flows[slot] & meta_flow_enabled)
-            made.push_back({slot, (conf.meta_flows[slot] & meta_flow_second_value) != 0});
-    return made;
+            result.push_back({slot, (conf.meta_flows[slot] & meta_flow_second_value) != 0});
+    return result;
 }
 
 inline void set_meta_flows(PortConf& conf, const std::vector<MetaFlow>& meta_flows)
@@ -94,11 +62,11 @@ void describe_conf(V& v, PortConf& conf)
     v.optional("receives", conf.receive_flags, Bits{receive_flags}, "What the port takes in.");
     v.optional("multicastAddresses", groups, list(MacFormat{}, max_multicast_addresses),
                "The groups that it has joined.");
-    v.optional("untaggedVlan", conf.untagged_vlan, number(0, last_vlan), "The VLAN of its untagged packets.");
+    v.optional("untaggedVlan", conf.untagged_vlan, number(0, max_vlan), "The VLAN of its untagged packets.");
     v.optional("vlans", vlans,
                list(object_format([](auto& w, VlanRange& range) {
-                        w.required("first", range.first, number(0, 4095), "");
-                        w.required("last", range.last, number(0, 4095), "");
+                        w.required("first", range.first, number(0, no_vlan), "");
+                        w.required("last", range.last, number(0, no_vlan), "");
                     }),
                     max_vlan_ranges),
                "The VLANs whose tags it may send.");
@@ -139,7 +107,7 @@ void describe_filter(V& v, ReceiveFilter& filter, const Switch& owner, int64_t f
 {
     v.required("type", filter.type, OneOf{filter_types}, "");
     v.derived("mac", filter.mac.mac, MacFormat{}, "Of a MAC filter. Absent: the port's.");
-    v.optional("vlan", filter.mac.vlan, number(0, last_vlan), "Of a filter of a VLAN and a MAC address.");
+    v.optional("vlan", filter.mac.vlan, number(0, max_vlan), "Of a filter of a VLAN and a MAC address.");
     v.optional("outerMac", filter.tunnel.outer_mac, MacFormat{}, "Of a tunnel filter, as are the next two.");
     v.derived("innerMac", filter.tunnel.inner_mac, MacFormat{}, "Absent: the port's.");
     v.optional("vni", filter.tunnel.vni, number(0, last_vni), "");

@@ -6,7 +6,7 @@
 
 namespace host::scenario {
 
-inline constexpr Name client_types[] = {
+inline constexpr NamedValue client_types[] = {
     {"VNIC", static_cast<uint64_t>(ClientType::vnic)},
     {"UPLINK", static_cast<uint64_t>(ClientType::uplink)},
     {"GENERIC", static_cast<uint64_t>(ClientType::generic)},
@@ -127,7 +127,7 @@ void describe_port(V& v, Port& port, const Switch& owner, Order& order)
     v.derived("txUplinks", port.setting.tx_uplinks,
               object_format([](auto& w, TxUplinks& uplinks) { describe_tx_uplinks(w, uplinks); }),
               "What it transmits on. Absent: the uplinks before it, in ways that take turns.");
-    v.derived("lro", port.lro, maybe(number()), "Large receive offload. Absent: as the switch says.");
+    v.derived("lro", port.lro, optional_format(number()), "Large receive offload. Absent: as the switch says.");
     v.derived("filters", port.filters,
               list(object_format([&](auto& w, ReceiveFilter& filter) {
                        w.derive([&] {
@@ -144,9 +144,10 @@ void describe_port(V& v, Port& port, const Switch& owner, Order& order)
             order.uplinks.push_back(entry.port);
     });
     describe_uplink(v, port);
-    v.derived("unpinned", port.setting.unpinned,
-              maybe(object_format([&](auto& w, PortListEntry& before) { describe_unpinned(w, before, entry); })),
-              "Where its queues ran before they were migrated. Absent: they are not pinned.");
+    v.derived(
+        "unpinned", port.setting.unpinned,
+        optional_format(object_format([&](auto& w, PortListEntry& before) { describe_unpinned(w, before, entry); })),
+        "Where its queues ran before they were migrated. Absent: they are not pinned.");
 }
 
 }  // namespace host::scenario

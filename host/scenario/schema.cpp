@@ -51,13 +51,13 @@ Json definitions()
 
 std::string schema()
 {
-    Json::Object made{{"$schema", "https://json-schema.org/draft/2020-12/schema"},
-                      {"title", "A scenario of the embedded host"}};
+    Json::Object result{{"$schema", "https://json-schema.org/draft/2020-12/schema"},
+                        {"title", "A scenario of the embedded host"}};
     const Json whole = host_format(true).schema<Host>(false);
-    made.insert(made.end(), whole.object()->begin(), whole.object()->end());
-    made.emplace_back("$defs", definitions());
+    result.insert(result.end(), whole.object()->begin(), whole.object()->end());
+    result.emplace_back("$defs", definitions());
     JsonText text{true};
-    text.value(Json(made));
+    text.value(Json(result));
     return std::move(text.text) + '\n';
 }
 

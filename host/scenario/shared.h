@@ -5,8 +5,7 @@
 
 namespace host::scenario {
 
-inline constexpr uint16_t last_vlan = 4094;
-inline constexpr uint32_t last_vni = (1 << 24) - 1;
+inline constexpr uint32_t last_vni = max_vnis - 1;
 
 inline constexpr char same_family[] = "an address of the same family as the source";
 inline constexpr char existing_switch[] = "the number of a switch of the datapath";
@@ -30,10 +29,10 @@ void describe_traffic(V& v, Traffic& traffic)
 {
     v.optional("packets", traffic.packets, number(), "Packets a second.");
     v.optional("packetBytes", traffic.packet_bytes, number(), "Bytes of each packet.");
-    v.derived("drops", traffic.drops, maybe(number()),
+    v.derived("drops", traffic.drops, optional_format(number()),
               "Packets that are dropped a second. Absent: one in ten thousand of the packets.");
     v.derived(
-        "errors", traffic.errors, maybe(number()),
+        "errors", traffic.errors, optional_format(number()),
         "Errors a second, on uplinks and on the SmartNIC's LIFs. Absent: a small share of the packets, of an uplink "
         "only of those that it receives.");
 }

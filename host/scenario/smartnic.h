@@ -5,16 +5,16 @@
 
 namespace host::scenario {
 
-inline constexpr Name lif_types[] = {{"uplink", uplink_lif}, {"pf", pf_lif}, {"vf", vf_lif}};
+inline constexpr NamedValue lif_types[] = {{"uplink", uplink_lif}, {"pf", pf_lif}, {"vf", vf_lif}};
 inline constexpr uint32_t first_representor_port = 512;  // of LIF 0 and of port 0
 
 template <class Table>
 auto values_of(const Table& table)
 {
-    std::vector<typename Table::mapped_type> made;
+    std::vector<typename Table::mapped_type> result;
     for (const auto& [key, value] : table)
-        made.push_back(value);
-    return made;
+        result.push_back(value);
+    return result;
 }
 
 // A table of the SmartNIC, as the list of its records; `number_of` is a record's key in it.
@@ -226,7 +226,7 @@ inline void derive_fc_ports(SmartNic& nic, const Host& host)
 template <class V>
 void describe_smartnic(V& v, SmartNic& nic, const Host& host)
 {
-    v.derived("switch", nic.uplink_switch, maybe(number(0, max_switches - 1)),
+    v.derived("switch", nic.uplink_switch, optional_format(number(0, max_switches - 1)),
               "Whose uplinks end in it. Absent: no switch's.");
     v.check(!nic.uplink_switch || has_datapath_switch(host, *nic.uplink_switch), "switch", existing_switch);
     describe_counted(v, "hostPfs", nic.host_pfs.lifs, nic.host_pfs.count, "The LIFs of the host's PFs.");

@@ -13,7 +13,7 @@ size_t flows_of(const Host& host, const Switch& owner)
     size_t count = 0;
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
         if (owner.entry->lcore_mask >> lcore & 1)
-            count += host.flow_caches.tables->of(lcore).size();
+            count += host.flowcache.tables->of(lcore).size();
     return count;
 }
 
@@ -21,7 +21,7 @@ size_t offloaded_flows(const Host& host)
 {
     size_t count = 0;
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
-        count += static_cast<size_t>(std::ranges::count_if(host.flow_caches.tables->of(lcore),
+        count += static_cast<size_t>(std::ranges::count_if(host.flowcache.tables->of(lcore),
                                                            [](const Flow& flow) { return flow.offload.has_value(); }));
     return count;
 }
@@ -53,10 +53,10 @@ Json smartnic_summary(const Host& host)
                                       {"mirror sessions", host.pipeline.mirror_sessions.size()},
                                       {"port mirrors", host.pipeline.port_mirrors.size()},
                                       {"hardware tables", host.pipeline.tables.size()}});
-    Json made = Json::object({{"ports", ports}, {"tables", tables}});
+    Json result = Json::object({{"ports", ports}, {"tables", tables}});
     if (nic.uplink_switch)
-        made.append("switch", *nic.uplink_switch);
-    return made;
+        result.append("switch", *nic.uplink_switch);
+    return result;
 }
 
 }  // namespace
@@ -68,10 +68,10 @@ std::string summary(const Host& host)
         switches.add(switch_summary(host, owner));
     const Json elsewhere = Json::object(
         {{"devices", host.placement.devices.size()}, {"L3 SPAN records", host.l3span_records.records.size()}});
-    Json made = Json::object({{"switches", switches}, {"elsewhere", elsewhere}});
+    Json result = Json::object({{"switches", switches}, {"elsewhere", elsewhere}});
     if (host.smartnic.is_present())
-        made.append("smartnic", smartnic_summary(host));
-    return text_of(made);
+        result.append("smartnic", smartnic_summary(host));
+    return text_of(result);
 }
 
 }  // namespace host::scenario

@@ -12,28 +12,11 @@ namespace host::scenario {
 inline constexpr uint32_t max_known_switches = 64;  // of the switch state library, max_switches of the datapath
 inline constexpr uint32_t lcores_of_a_switch = 4;   // when nobody says otherwise
 
-inline constexpr Name metrics[] = {
-    {"none", static_cast<uint64_t>(LBMetric::none)},
-    {"cpu", static_cast<uint64_t>(LBMetric::cpu)},
-    {"count", static_cast<uint64_t>(LBMetric::count)},
-};
-inline constexpr Name models[] = {
-    {"Model 1 Level 1", fpo_model_1_level_1},
-    {"Model 1 Level 2", fpo_model_1_level_2},
-    {"Model 2A", fpo_model_2a},
-    {"Model 3A", fpo_model_3a},
-    {"Model 3B", fpo_model_3b},
-};
-inline constexpr const char* balancer_parameters[lb_parameters] = {
-    "run_in_msec",          "cpuload_high", "cpuload_low",      "cpuload_target",      "cpuload_high_per_unit",
-    "cpuload_low_per_unit", "min_v2v_pps",  "min_v2v_pps_bind", "pps_var_sensitivity", "cpu_var_sensitivity",
-};
-
 template <class V>
 void describe_setting(V& v, SwitchSetting& setting)
 {
     v.optional("learnsUplinkMacs", setting.learns_uplink_macs, Flag{}, "");
-    v.optional("flowCache", setting.has_flow_cache, Flag{}, "Whether it has one; its flows stand in it.");
+    v.optional("flowCache", setting.has_flowcache, Flag{}, "Whether it has one; its flows stand in it.");
     v.optional("panicsOnTxHang", setting.panics_on_tx_hang, Flag{}, "");
     v.optional("filterTypes", setting.filter_types, number(),
                "Its receive filter classes, a bit each, unless its host property says otherwise.");
@@ -43,19 +26,19 @@ template <class V>
 void describe_nic(V& v, FpoUplinkStatus& nic)
 {
     uint32_t known = nic.models;
-    v.optional("models", known, Bits{models}, "The offload models that it knows; the rest follows.");
-    FpoUplinkStatus made = nic;
-    v.derive([&] { made = default_nic(known); });
-    uint32_t flows = made.max_flows, counters = made.max_counters;
-    uint64_t actions = made.actions;
+    v.optional("models", known, Bits{fpo_models}, "The offload models that it knows; the rest follows.");
+    FpoUplinkStatus result = nic;
+    v.derive([&] { result = default_nic(known); });
+    uint32_t flows = result.max_flows, counters = result.max_counters;
+    uint64_t actions = result.actions;
     v.derived("maxFlows", flows, number(), "Absent: follows from the models.");
     v.derived("maxCounters", counters, number(), "Absent: follows from the models.");
     v.derived("actions", actions, number(), "A bit each. Absent: follows from the models.");
     v.derive([&] {
-        made.max_flows = flows;
-        made.max_counters = counters;
-        made.actions = actions;
-        nic = made;
+        result.max_flows = flows;
+        result.max_counters = counters;
+        result.actions = actions;
+        nic = result;
     });
 }
 
@@ -89,19 +72,19 @@ void describe_injected(V& v, InjectedTraffic& injected, const Switch& owner)
 }
 
 template <class V>
-void describe_balancer(V& v, SwitchBalancer& balancer, const Switch& owner)
+void describe_lb(V& v, SwitchLb& lb, const Switch& owner)
 {
-    v.optional("metric", balancer.metric, OneOf{metrics}, "Unless its host property names another.");
-    v.optional("parameters", balancer.parameters, object_format([](auto& w, uint64_t(&values)[lb_parameters]) {
+    v.optional("metric", lb.metric, OneOf{lb_metrics}, "Unless its host property names another.");
+    v.optional("parameters", lb.parameters, object_format([](auto& w, uint64_t(&values)[lb_parameters]) {
                    for (size_t i = 0; i < lb_parameters; ++i)
-                       w.optional(balancer_parameters[i], values[i], number(), "");
+                       w.optional(lb_parameter_names[i], values[i], number(), "");
                }),
                "");
-    v.optional("injected", balancer.injected,
+    v.optional("injected", lb.injected,
                list(object_format([&](auto& w, InjectedTraffic& injected) { describe_injected(w, injected, owner); }),
                     1 << 16),
                "Traffic that was injected, from the start on.");
-    v.derived("debugText", balancer.debug_text, text(lb_debug_bytes, 0), "Absent: how the ports were placed.");
+    v.derived("debugText", lb.debug_text, text(lb_debug_bytes, 0), "Absent: how the ports were placed.");
 }
 
 // --- MAC tables ---
@@ -113,7 +96,7 @@ void describe_mac(V& v, Mac& mac, const Switch& owner)
     const Port* port = find_port(owner, mac.port);
     v.check(port, "port", "the number of a port of this switch");
     v.required("mac", mac.entry.mac, MacFormat{}, "");
-    v.optional("vlan", mac.entry.vlan, number(0, last_vlan), "");
+    v.optional("vlan", mac.entry.vlan, number(0, max_vlan), "");
     v.optional("static", mac.is_static, Flag{}, "Whether it was added and never ages; else the switch learned it.");
     v.derived("generation", mac.generation, number(),
               "When it was learned, counted in half minutes. Absent: at the start.");
@@ -126,7 +109,7 @@ struct MacInVlan {
     auto operator<=>(const MacInVlan&) const = default;
 };
 
-inline std::string shown(const MacInVlan& address)
+inline std::string display_text(const MacInVlan& address)
 {
     constexpr unsigned mac_bits = 48;
     return MacFormat::written(address.key & ((uint64_t{1} << mac_bits) - 1)) + " in VLAN " +
@@ -253,9 +236,8 @@ void describe_datapath_switch(V& v, Switch& owner, const Host& host, Order& orde
                object_format([](auto& w, SwitchSetting& setting) { describe_setting(w, setting); }), "");
     v.optional("features", owner.features,
                object_format([](auto& w, SwitchFeatures& features) { describe_features(w, features); }), "");
-    v.derive([&] { owner.balancer.debug_text = default_debug_text(owner); });
-    v.optional("balancer", owner.balancer,
-               object_format([&](auto& w, SwitchBalancer& balancer) { describe_balancer(w, balancer, owner); }), "");
+    v.derive([&] { owner.lb.debug_text = default_debug_text(owner); });
+    v.optional("balancer", owner.lb, object_format([&](auto& w, SwitchLb& lb) { describe_lb(w, lb, owner); }), "");
     v.derive([&] { owner.mac_table.macs = learned_macs(owner); });
     v.optional("macTable", owner.mac_table,
                object_format([&](auto& w, MacTable& table) { describe_mac_table(w, table, owner); }), "");

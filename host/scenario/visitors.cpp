@@ -72,18 +72,18 @@ void Reader::finish() const
 Json SchemaMaker::without_defaults(const Json& schema)
 {
     if (schema.array()) {
-        Json made = Json::list({});
+        Json result = Json::list({});
         for (const Json& item : *schema.array())
-            made.add(without_defaults(item));
-        return made;
+            result.add(without_defaults(item));
+        return result;
     }
     if (!schema.object())
         return schema;
-    Json made = Json::object({});
+    Json result = Json::object({});
     for (const auto& [key, value] : *schema.object())
         if (key != "default")
-            made.append(key, without_defaults(value));
-    return made;
+            result.append(key, without_defaults(value));
+    return result;
 }
 
 // An object has no default of its own: its members have theirs.
@@ -105,15 +105,15 @@ Json SchemaMaker::schema(bool is_entry) const
         properties.emplace_back(repeat_key, reference("repeat"));
         properties.emplace_back(turns_key, reference("turns"));
     }
-    Json made = Json::object({{"type", "object"}, {"properties", properties}, {"additionalProperties", false}});
+    Json result = Json::object({{"type", "object"}, {"properties", properties}, {"additionalProperties", false}});
     if (required_.empty())
-        return made;
+        return result;
     if (is_entry)
-        made.append("anyOf", Json::list({Json::object({{"required", required_}}),
-                                         Json::object({{"required", Json::list({turns_key})}})}));
+        result.append("anyOf", Json::list({Json::object({{"required", required_}}),
+                                           Json::object({{"required", Json::list({turns_key})}})}));
     else
-        made.append("required", required_);
-    return made;
+        result.append("required", required_);
+    return result;
 }
 
 }  // namespace host::scenario

@@ -38,14 +38,14 @@ inline constexpr size_t longest_device_name = 31;
 
 inline std::vector<Placement::Device> default_devices(const Host& host)
 {
-    std::vector<Placement::Device> made;
+    std::vector<Placement::Device> result;
     std::set<std::string> names;
     for (const Switch& owner : host.switches)
         for (const Port* uplink : uplinks_of(owner))
-            if (made.size() < max_devices && uplink->name.size() <= longest_device_name &&
+            if (result.size() < max_devices && uplink->name.size() <= longest_device_name &&
                 names.insert(uplink->name).second)
-                made.push_back({uplink->name, static_cast<uint32_t>(made.size() % 2)});
-    return made;
+                result.push_back({uplink->name, static_cast<uint32_t>(result.size() % 2)});
+    return result;
 }
 
 template <class V>
@@ -66,12 +66,12 @@ void describe_placement(V& v, Placement& placement, const Host& host)
     v.optional("lcores", loads,
                list(object_format([](auto& w, LcoreLoad& each) {
                         w.required("lcore", each.lcore, number(0, max_lcores - 1), "");
-                        w.derived("offloadedPackets", each.load.offloaded_packets, maybe(number()),
+                        w.derived("offloadedPackets", each.load.offloaded_packets, optional_format(number()),
                                   "That its offloaded flows see, a second. Absent: follows from its number.");
                         w.derived(
-                            "failures", each.load.failures, maybe(number()),
+                            "failures", each.load.failures, optional_format(number()),
                             "Connections whose offload fails, a second. Absent: one in 100,000 of these packets.");
-                        w.derived("cpu", each.load.cpu, maybe(number(0, 100)),
+                        w.derived("cpu", each.load.cpu, optional_format(number(0, 100)),
                                   "The load that the balancer measures, in percent. Absent: follows from its queues.");
                     }),
                     max_lcores, "lcore", [](const LcoreLoad& each) { return each.lcore; }),
@@ -93,27 +93,28 @@ struct Encapsulation {
 
 inline Encapsulation encapsulation_of(const L3SPANEncapsulation& record, bool is_ipv6)
 {
-    Encapsulation made{
+    Encapsulation result{
         std::to_array(record.source_mac), std::to_array(record.destination_mac), {is_ipv6, {}}, {is_ipv6, {}}};
     const auto& addresses = record.addresses;
     const size_t size = is_ipv6 ? sizeof addresses.ipv6.source : sizeof addresses.ipv4.source;
-    std::memcpy(made.source.bytes.data(), is_ipv6 ? addresses.ipv6.source : addresses.ipv4.source, size);
-    std::memcpy(made.destination.bytes.data(), is_ipv6 ? addresses.ipv6.destination : addresses.ipv4.destination, size);
-    return made;
+    std::memcpy(result.source.bytes.data(), is_ipv6 ? addresses.ipv6.source : addresses.ipv4.source, size);
+    std::memcpy(result.destination.bytes.data(), is_ipv6 ? addresses.ipv6.destination : addresses.ipv4.destination,
+                size);
+    return result;
 }
 
 inline L3SPANEncapsulation record_of(const Encapsulation& encapsulation)
 {
-    L3SPANEncapsulation made{};
-    std::ranges::copy(encapsulation.source_mac, made.source_mac);
-    std::ranges::copy(encapsulation.destination_mac, made.destination_mac);
-    auto& addresses = made.addresses;
+    L3SPANEncapsulation result{};
+    std::ranges::copy(encapsulation.source_mac, result.source_mac);
+    std::ranges::copy(encapsulation.destination_mac, result.destination_mac);
+    auto& addresses = result.addresses;
     const bool is_ipv6 = encapsulation.source.is_ipv6;
     const size_t size = is_ipv6 ? sizeof addresses.ipv6.source : sizeof addresses.ipv4.source;
     std::memcpy(is_ipv6 ? addresses.ipv6.source : addresses.ipv4.source, encapsulation.source.bytes.data(), size);
     std::memcpy(is_ipv6 ? addresses.ipv6.destination : addresses.ipv4.destination,
                 encapsulation.destination.bytes.data(), size);
-    return made;
+    return result;
 }
 
 template <class V>
@@ -155,7 +156,7 @@ void describe_l3span(V& v, L3Span& span, const Host& host)
     v.optional("destinationPort", record.destination_port, number(), "");
     v.optional("valid", record.is_valid, Flag{}, "");
     v.required("gre", gre, encapsulation, "The ends of the tunnel.");
-    v.derived("geneve", geneve, maybe(encapsulation),
+    v.derived("geneve", geneve, optional_format(encapsulation),
               "The ends of the overlay tunnel around it. Absent: there is none.");
     v.derive([&] {
         record.gre = record_of(gre);
@@ -196,7 +197,7 @@ void describe_host(V& v, Host& host, bool keeps_repeated_flows)
                     max_known_switches, "alias", [](const Switch& each) { return each.config.alias; }),
                "");
     describe_placement(v, host.placement, host);
-    v.optional("balancerIsAutomatic", host.balancer_is_automatic, Flag{},
+    v.optional("balancerIsAutomatic", host.lb_is_automatic, Flag{},
                "Whether the load balancer alone moves ports' queues and filters.");
     v.optional("timing", host.timing, object_format([](auto& w, Timing& timing) { describe_timing(w, timing); }),
                "Of flows and of their offload.");

@@ -119,7 +119,7 @@ bool Connection::answer_call(ByteSpan parts)
     const bool has_room =
         caller_.values.num_unreleased() < most_unreleased && caller_.values.unreleased_bytes() < most_unreleased_bytes;
     if (!has_room && returns_value(signature)) {
-        answer.result = operation.failed(refused);
+        answer.result = operation.failed(status_refused);
         answer.outputs = call.outputs(caller_.values);
     } else {
         LockedProcess process;

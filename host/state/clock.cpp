@@ -38,7 +38,7 @@ void Clock::advance(uint64_t nanoseconds)
         start_ -= nanoseconds;
 }
 
-uint64_t Clock::grown(uint64_t per_second, uint64_t since) const
+uint64_t Clock::counter_value(uint64_t per_second, uint64_t since) const
 {
     constexpr uint64_t second = nanoseconds_per_second;
     const uint64_t time = nanoseconds() - since;

@@ -18,7 +18,7 @@ public:
     void advance(uint64_t nanoseconds);
 
     // What a counter that grows by `per_second` has reached; and one that began at a later time, in nanoseconds.
-    uint64_t grown(uint64_t per_second, uint64_t since = 0) const;
+    uint64_t counter_value(uint64_t per_second, uint64_t since = 0) const;
 
 private:
     uint64_t start_;

@@ -30,18 +30,18 @@ const Flow* FlowTables::in_pipeline(uint32_t hardware_index) const
     return found == in_pipeline_.end() ? nullptr : found->second;
 }
 
-std::span<const Flow> FlowCaches::of(uint32_t lcore) const
+std::span<const Flow> Flowcache::of(uint32_t lcore) const
 {
     return lcores[lcore].since ? std::span{tables->of(lcore)} : std::span<const Flow>{};
 }
 
-const Flow* FlowCaches::offloaded(uint32_t hardware_index) const
+const Flow* Flowcache::offloaded(uint32_t hardware_index) const
 {
     const Flow* flow = tables->in_pipeline(hardware_index);
     return flow && lcores[flow->lcore].since ? flow : nullptr;
 }
 
-uint64_t FlowCaches::num_offloaded() const
+uint64_t Flowcache::num_offloaded() const
 {
     uint64_t count = 0;
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
@@ -51,21 +51,21 @@ uint64_t FlowCaches::num_offloaded() const
 
 uint64_t software_hits(const Host& host, const Flow& flow)
 {
-    return host.clock.grown(flow.software_rate, host.flow_caches.lcores[flow.lcore].since.value_or(0));
+    return host.clock.counter_value(flow.software_rate, host.flowcache.lcores[flow.lcore].since.value_or(0));
 }
 
 uint64_t hardware_hits(const Host& host, const Flow& flow)
 {
-    return host.clock.grown(flow.hardware_rate, host.flow_caches.lcores[flow.lcore].since.value_or(0));
+    return host.clock.counter_value(flow.hardware_rate, host.flowcache.lcores[flow.lcore].since.value_or(0));
 }
 
 void clear_flows(Host& host, const Switch& owner)
 {
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore) {
-        LcoreFlows& state = host.flow_caches.lcores[lcore];
+        LcoreFlows& state = host.flowcache.lcores[lcore];
         if (!has_lcore(owner, lcore) || !state.since)
             continue;
-        for (const Flow& each : host.flow_caches.of(lcore)) {
+        for (const Flow& each : host.flowcache.of(lcore)) {
             ++state.cleared.count;
             state.cleared.software_hits += software_hits(host, each);
             state.cleared.hardware_hits += hardware_hits(host, each);
@@ -79,7 +79,7 @@ void fill_flows(Host& host, const Switch& owner)
 {
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
         if (has_lcore(owner, lcore))
-            host.flow_caches.lcores[lcore].since = host.clock.nanoseconds();
+            host.flowcache.lcores[lcore].since = host.clock.nanoseconds();
 }
 
 }  // namespace host

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/flow_cache.h"
+#include "platform/flowcache.h"
 
 namespace host {
 
@@ -22,7 +22,7 @@ inline constexpr size_t max_routing_instances = 3;
 using IpAddress = std::array<uint8_t, ip_address_bytes>;  // of IPv4 the first four bytes
 
 // What a flow's packets look like. A flow of layer 2 has no addresses, one below layer 4 no protocol and no ports.
-struct FlowPackets {
+struct FlowHeaders {
     uint32_t layer;
     MacAddress source_mac, destination_mac;
     uint16_t vlan;
@@ -62,7 +62,7 @@ struct FlowOffload {
 struct Flow {
     uint32_t lcore;
     uint16_t input_port;  // of the switch
-    FlowPackets packets;
+    FlowHeaders packets;
     FlowActions actions;
     uint64_t generation;
     uint32_t num_invalidations;
@@ -113,7 +113,7 @@ struct LcoreFlows {
     } cleared;
 };
 
-struct FlowCaches {
+struct Flowcache {
     std::shared_ptr<const FlowTables> tables = std::make_shared<FlowTables>();
     std::array<LcoreFlows, max_lcores> lcores;
 

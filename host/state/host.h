@@ -79,7 +79,7 @@ struct Switch {
     std::vector<Port> ports;
     SwitchSetting setting;
     SwitchFeatures features;
-    SwitchBalancer balancer;
+    SwitchLb lb;
     MacTable mac_table;
 };
 
@@ -90,9 +90,9 @@ struct Host {
     // The switch state library's snapshot; empty until a configuration is loaded into it. Handles point into it.
     std::shared_ptr<const LoadedSwitches> loaded = std::make_shared<const LoadedSwitches>();
 
-    FlowCaches flow_caches;
+    Flowcache flowcache;
     Placement placement;
-    bool balancer_is_automatic = false;  // it then moves ports' queues and filters alone
+    bool lb_is_automatic = false;  // it then moves ports' queues and filters alone
     Timing timing;
     L3SpanRecords l3span_records;
     SmartNic smartnic;

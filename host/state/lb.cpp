@@ -26,14 +26,14 @@ void keep_newest_lines(std::string& text)
 
 }  // namespace
 
-void SwitchBalancer::inject(uint64_t now, const LBTraffic& traffic)
+void SwitchLb::inject(uint64_t now, const LBTraffic& traffic)
 {
     if (injected.size() >= most_injected_flows)
         injected.erase(injected.begin(), injected.begin() + most_injected_flows / 2);
     injected.push_back({now, traffic});
 }
 
-void SwitchBalancer::log(uint64_t nanoseconds, const std::string& line)
+void SwitchLb::log(uint64_t nanoseconds, const std::string& line)
 {
     debug_text += timed(nanoseconds, line);
     keep_newest_lines(debug_text);
@@ -43,14 +43,14 @@ std::string default_debug_text(const Switch& owner)
 {
     const SwitchListEntry& entry = *owner.entry;
     const std::string name{entry.name, strnlen(entry.name, sizeof entry.name)};
-    std::string made = timed(0, name + ": " + std::to_string(entry.num_lcores) + " lcores, " +
-                                    std::to_string(owner.ports.size()) + " ports");
+    std::string result = timed(0, name + ": " + std::to_string(entry.num_lcores) + " lcores, " +
+                                      std::to_string(owner.ports.size()) + " ports");
     for (const Port& port : owner.ports)
         for (unsigned queue = 0; queue < port.entry.num_rx_queues; ++queue)
-            made += timed(0, port.name + " rx " + std::to_string(queue) + " -> context " +
-                                 std::to_string(port.entry.rx_queue_lcores[queue]));
-    keep_newest_lines(made);
-    return made;
+            result += timed(0, port.name + " rx " + std::to_string(queue) + " -> context " +
+                                   std::to_string(port.entry.rx_queue_lcores[queue]));
+    keep_newest_lines(result);
+    return result;
 }
 
 }  // namespace host

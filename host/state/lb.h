@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 
 namespace host {
 
@@ -17,7 +17,7 @@ struct InjectedTraffic {
     LBTraffic traffic;
 };
 
-struct SwitchBalancer {
+struct SwitchLb {
     LBMetric metric = LBMetric::cpu;  // unless the switch's host property names another
     uint64_t parameters[lb_parameters] = {1000, 85, 30, 60, 90, 20, 50'000, 100'000, 15, 10};
     std::vector<InjectedTraffic> injected;

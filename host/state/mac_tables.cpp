@@ -23,12 +23,12 @@ void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uin
 {
     const PortListEntry& entry = port.entry;
     const auto add = [&](const uint8_t(&mac)[mac_bytes], uint32_t vlan) {
-        MacEntry made{};
-        std::memcpy(made.mac, mac, sizeof made.mac);
-        made.vlan = static_cast<uint16_t>(vlan);
-        made.qdp_port = entry.qdp_port;
-        if (!is_known(made))
-            macs.push_back({entry.port, made, false, generation});
+        MacEntry result{};
+        std::memcpy(result.mac, mac, sizeof result.mac);
+        result.vlan = static_cast<uint16_t>(vlan);
+        result.qdp_port = entry.qdp_port;
+        if (!is_known(result))
+            macs.push_back({entry.port, result, false, generation});
     };
 
     const uint32_t vlan = 100 + entry.port % 8;
@@ -45,7 +45,7 @@ void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uin
 
 uint64_t mac_generation(const Host& host)
 {
-    return host.clock.grown(1) / generation_seconds;
+    return host.clock.counter_value(1) / generation_seconds;
 }
 
 uint64_t address_key(const MacEntry& entry)
@@ -76,12 +76,12 @@ void relearn_macs(Host& host, Switch& owner, const Port& port)
 
 std::vector<Mac> default_macs(const Switch& owner, uint64_t generation)
 {
-    std::vector<Mac> made;
+    std::vector<Mac> result;
     std::unordered_set<uint64_t> known;
     for (const Port& port : owner.ports)
-        learn(made, owner.entry->switch_number, port, generation,
+        learn(result, owner.entry->switch_number, port, generation,
               [&](const MacEntry& entry) { return !known.insert(address_key(entry)).second; });
-    return made;
+    return result;
 }
 
 }  // namespace host

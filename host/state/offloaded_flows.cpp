@@ -18,7 +18,7 @@ ConnectionEnd end_of(uint32_t lowest_sequence, uint16_t max_window, uint8_t wind
 
 const Flow* flow_of(const Host& host, uint32_t record)
 {
-    return host.flow_caches.offloaded(first_hardware_flow + record);
+    return host.flowcache.offloaded(first_hardware_flow + record);
 }
 
 }  // namespace

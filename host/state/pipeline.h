@@ -18,7 +18,7 @@ class Clock;
 struct Host;
 
 // Counts the seconds in which something was on.
-class SecondsOn {
+class Stopwatch {
 public:
     void turn(bool on, const Clock& clock);
     void clear(const Clock& clock);
@@ -51,8 +51,8 @@ struct Pipeline {
     FlowOperationRates operations;
 
     uint32_t app_is_enabled = 0;
-    SecondsOn latency;
-    std::map<uint32_t, SecondsOn> advanced_stats;  // by switch number
+    Stopwatch latency;
+    std::map<uint32_t, Stopwatch> advanced_stats;  // by switch number
 };
 
 // The counter blocks as they stand now; of a LIF or a port that is not there, or down, they are zeros. The SmartNIC

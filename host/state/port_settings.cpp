@@ -8,9 +8,6 @@ namespace host {
 
 namespace {
 
-constexpr PortFeature mirror_in{0, 1}, spoofguard{1, 4}, tx_l3{1, 6}, min_flow_l3{2, 0}, tx_l4{2, 6}, ipfix{2, 7},
-    firewall{3, 2};
-
 void enable_meta_flow(PortConf& conf, uint32_t slot, bool second_value)
 {
     uint8_t& state = conf.meta_flows[slot % meta_flow_slots];
@@ -35,9 +32,12 @@ constexpr uint8_t all_ipv6_nodes[] = {0x33, 0x33, 0x00, 0x00, 0x00, 0x01};
 
 }  // namespace
 
-void enable(PortConf& conf, const PortFeature& feature)
+void enable(PortConf& conf, PortFeature feature)
 {
-    conf.features[feature.byte] = static_cast<uint8_t>(conf.features[feature.byte] | 1u << feature.bit);
+    uint32_t features;
+    std::memcpy(&features, conf.features, sizeof features);
+    features |= static_cast<uint32_t>(feature);
+    std::memcpy(conf.features, &features, sizeof features);
 }
 
 PortConf default_conf(const PortListEntry& entry)
@@ -46,13 +46,13 @@ PortConf default_conf(const PortListEntry& entry)
     conf.port = entry.port;
     std::memcpy(conf.mac, entry.mac, sizeof conf.mac);
     conf.receive_flags = receive_unicast | receive_broadcast;
-    enable(conf, tx_l3);
-    enable(conf, tx_l4);
+    enable(conf, PortFeature::tx_l3);
+    enable(conf, PortFeature::tx_l4);
 
     if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
         conf.receive_flags |= receive_all_multicast | receive_promiscuous;
         conf.forged_mac_allowed = 1;
-        tag(conf, 1, 4094);
+        tag(conf, 1, max_vlan);
         return conf;
     }
 
@@ -60,12 +60,12 @@ PortConf default_conf(const PortListEntry& entry)
     join_group(conf, all_ipv4_hosts);
     if (entry.port % 2 == 0)
         join_group(conf, all_ipv6_nodes);
-    enable(conf, spoofguard);
-    enable(conf, firewall);
+    enable(conf, PortFeature::spoofguard);
+    enable(conf, PortFeature::dfw);
     if (entry.port % 5 == 0)
-        enable(conf, ipfix);
+        enable(conf, PortFeature::ipfix);
     if (entry.port % 7 == 0)
-        enable(conf, mirror_in);
+        enable(conf, PortFeature::mirror_in);
     if (entry.port % 4 == 3) {  // a trunk
         tag(conf, 100, 199);
         tag(conf, 300, 300);
@@ -75,7 +75,7 @@ PortConf default_conf(const PortListEntry& entry)
         conf.vni = 5000 + conf.untagged_vlan;
     }
     if (entry.port % 4 == 0) {
-        enable(conf, min_flow_l3);
+        enable(conf, PortFeature::min_flow_l3);
         enable_meta_flow(conf, entry.port, false);
         enable_meta_flow(conf, entry.port + 7, true);
     }
@@ -85,16 +85,16 @@ PortConf default_conf(const PortListEntry& entry)
 // The kinds of teaming take turns over the ports; an uplink transmits on itself.
 TxUplinks default_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks)
 {
-    TxUplinks made{};
+    TxUplinks result{};
     const auto use = [&](TxUplinkType type, size_t most) {
-        made.type = static_cast<uint8_t>(type);
-        made.count = static_cast<uint8_t>(std::min(most, uplinks.size()));
-        std::copy_n(uplinks.begin(), made.count, made.uplinks);
+        result.type = static_cast<uint8_t>(type);
+        result.count = static_cast<uint8_t>(std::min(most, uplinks.size()));
+        std::copy_n(uplinks.begin(), result.count, result.uplinks);
     };
     if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {
-        made.type = static_cast<uint8_t>(TxUplinkType::no_teaming);
-        made.uplinks[made.count++] = static_cast<uint16_t>(entry.port);
-        return made;
+        result.type = static_cast<uint8_t>(TxUplinkType::no_teaming);
+        result.uplinks[result.count++] = static_cast<uint16_t>(entry.port);
+        return result;
     }
     switch (entry.port % 5) {
     case 0:
@@ -112,7 +112,7 @@ TxUplinks default_tx_uplinks(const PortListEntry& entry, const std::vector<uint1
     default:
         use(TxUplinkType::all, max_tx_uplinks);
     }
-    return made;
+    return result;
 }
 
 }  // namespace host

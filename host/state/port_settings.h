@@ -10,14 +10,7 @@
 
 namespace host {
 
-// The bits of a port's features that this host knows.
-struct PortFeature {
-    size_t byte;
-    unsigned bit;
-};
-inline constexpr PortFeature feature_lro{0, 2};
-
-void enable(PortConf& conf, const PortFeature& feature);
+void enable(PortConf& conf, PortFeature feature);
 
 struct PortSetting {
     PortConf conf{};
@@ -27,7 +20,7 @@ struct PortSetting {
 
 struct SwitchSetting {
     bool learns_uplink_macs = true;
-    bool has_flow_cache = true;
+    bool has_flowcache = true;
     bool panics_on_tx_hang = false;
     uint16_t filter_types = 0x7;  // receive filter classes, unless the switch's property says otherwise
 };

@@ -13,19 +13,19 @@ constexpr uint32_t over_ip_and_ports = 0x3f;
 // An engine over `count` queues from `first` on; the first one is its primary queue.
 RSSEngine engine(uint32_t id, RSSEngineType type, uint32_t first, uint32_t count, uint32_t affinity)
 {
-    RSSEngine made{};
-    made.id = id;
-    made.type = static_cast<uint32_t>(type);
-    made.primary_queue = first;
-    made.num_queues = count - 1;
-    made.hash_function = toeplitz;
-    made.hash_type = over_ip_and_ports;
-    made.key_size = 40;
-    made.indirection_size = 128;
-    for (uint32_t i = 0; i < made.num_queues; ++i)
-        made.queues[i] = static_cast<uint16_t>(first + 1 + i);
-    made.affinity = affinity;
-    return made;
+    RSSEngine result{};
+    result.id = id;
+    result.type = static_cast<uint32_t>(type);
+    result.primary_queue = first;
+    result.num_queues = count - 1;
+    result.hash_function = toeplitz;
+    result.hash_type = over_ip_and_ports;
+    result.key_size = 40;
+    result.indirection_size = 128;
+    for (uint32_t i = 0; i < result.num_queues; ++i)
+        result.queues[i] = static_cast<uint16_t>(first + 1 + i);
+    result.affinity = affinity;
+    return result;
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 namespace qdp {
 
-bool take_integer(PyObject* object, uint32_t& value)
+bool parse_integer(PyObject* object, uint32_t& value)
 {
     const long taken = PyLong_AsLong(object);
     if (taken == -1 && PyErr_Occurred())
@@ -14,7 +14,7 @@ bool take_integer(PyObject* object, uint32_t& value)
     return true;
 }
 
-bool take_lcores(PyObject* object, Lcores& lcores)
+bool parse_lcores(PyObject* object, Lcores& lcores)
 {
     if (!PyTuple_Check(object))
         return false;
@@ -23,7 +23,7 @@ bool take_lcores(PyObject* object, Lcores& lcores)
         return false;
     lcores.count = static_cast<uint32_t>(count);
     for (uint32_t i = 0; i < lcores.count; ++i)
-        if (!take_integer(PyTuple_GetItem(object, i), lcores.ids[i]))
+        if (!parse_integer(PyTuple_GetItem(object, i), lcores.ids[i]))
             return false;
     return true;
 }

@@ -29,7 +29,7 @@ constexpr uint8_t low_8(uint64_t value)
 
 // An integer as PyLong_AsLong takes it, its low 32 bits kept. False, with the interpreter's exception set, for anything
 // else and for an integer beyond 64 bits.
-bool take_integer(PyObject* object, uint32_t& value);
+bool parse_integer(PyObject* object, uint32_t& value);
 
 // The lcores that a method was asked about.
 struct Lcores {
@@ -39,7 +39,7 @@ struct Lcores {
 
 // Takes a tuple of at most max_lcores integers. False for anything else; an exception that the interpreter set stays
 // set.
-bool take_lcores(PyObject* object, Lcores& lcores);
+bool parse_lcores(PyObject* object, Lcores& lcores);
 
 // A whole method: takes a switch number and a flag, and enables (1) or disables (0) something of that switch. The
 // refusal's %s says which of the two failed.

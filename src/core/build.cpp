@@ -13,7 +13,7 @@ bool fill(PyObject* dict, Fields fields, Bytes record)
 
 PyObject* dict_of(Fields fields, Bytes record)
 {
-    PyRef dict{made(PyDict_New())};
+    PyRef dict{object_or_error(PyDict_New())};
     return dict && fill(dict.get(), fields, record) ? dict.release() : nullptr;
 }
 
@@ -38,7 +38,7 @@ inline bool set_with(PyObject* key, PyObject* dict, PyRef value)
 }  // namespace
 
 // The key that has just been set is the next of the first dict, unless a collector's callback has changed the dict.
-inline void SharedKeys::take_over(PyObject* first, const char* key)
+inline void SharedKeys::remember(PyObject* first, const char* key)
 {
     PyObject *object, *value;
     if (PyDict_Next(first, &next_, &object, &value) && PyUnicode_CheckExact(object) &&
@@ -54,8 +54,8 @@ bool SharedKeys::set(PyObject* dict, size_t position, const char* key, PyObject*
         return set_with(keys_[position], dict, PyRef{value});
     if (!set_dict_item(dict, key, value))
         return false;
-    if (is_shared_ && position < most)
-        take_over(dict, key);
+    if (is_shared_ && position < max_keys)
+        remember(dict, key);
     return true;
 }
 
@@ -87,7 +87,7 @@ bool SharedKeys::fill(PyObject* dict, Fields fields, Bytes record)
 
 PyObject* SharedKeys::dict_of(Fields fields, Bytes record)
 {
-    PyRef dict{made(PyDict_New())};
+    PyRef dict{object_or_error(PyDict_New())};
     return dict && fill_inline(dict.get(), fields, record) ? dict.release() : nullptr;
 }
 
@@ -95,7 +95,7 @@ template <class Element>
 PyObject* integers(Bytes elements, uint64_t length)
 {
     return list_of(length, [elements](size_t i) {
-        return made(PyLong_FromUnsignedLong(elements.load<Element>(i * sizeof(Element))));
+        return object_or_error(PyLong_FromUnsignedLong(elements.load<Element>(i * sizeof(Element))));
     });
 }
 
@@ -106,7 +106,7 @@ bool fill_dicts(PyObject* list, size_t length, Fields fields, Bytes entries)
 {
     SharedKeys keys{length};
     for (size_t i = 0; i < length; ++i) {
-        const PyRef dict{made(PyDict_New())};
+        const PyRef dict{object_or_error(PyDict_New())};
         if (is_interrupted(length, i) || !dict || !set_list_item(list, i, new_reference(dict.get()).release()) ||
             !keys.fill_inline(dict.get(), fields, entries.from(i * fields.record_size)))
             return false;

@@ -50,8 +50,8 @@ inline bool set_tuple_item(PyObject* tuple, size_t position, PyObject* item)
 // The integer whose bits are the highest of a word.
 inline PyObject* highest_bits(uint64_t word, const Place& where)
 {
-    return made(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
-                                : PyLong_FromUnsignedLong(word >> where.down));
+    return object_or_error(where.is_signed ? PyLong_FromLong(static_cast<int64_t>(word) >> where.down)
+                                           : PyLong_FromUnsignedLong(word >> where.down));
 }
 
 // The object of a row.
@@ -83,19 +83,19 @@ public:
     PyObject* dict_of(Fields fields, Bytes record);
 
     // The same in one piece: whatever fails in it is "Failed to allocate buffer.\n".
-    PyObject* whole_dict(Fields fields, Bytes record) { return made(dict_of(fields, record)); }
+    PyObject* whole_dict(Fields fields, Bytes record) { return object_or_error(dict_of(fields, record)); }
 
 private:
-    static constexpr size_t most = 32;  // keys beyond these are set one by one
+    static constexpr size_t max_keys = 32;  // keys beyond these are set one by one
 
-    void take_over(PyObject* first, const char* key);
+    void remember(PyObject* first, const char* key);
     bool fill_inline(PyObject* dict, Fields fields, Bytes record);
     bool fill_first(PyObject* dict, Fields fields, Bytes record);
 
     bool is_shared_;
     Py_ssize_t next_ = 0;  // of the first dict
     size_t count_ = 0;
-    PyObject* keys_[most];
+    PyObject* keys_[max_keys];
 };
 
 // --- Lists ---
@@ -121,7 +121,7 @@ template <class Make>
 template <class Make>
 PyObject* list_of(uint64_t length, Make make)
 {
-    PyRef list{made(PyList_New(static_cast<Py_ssize_t>(length)))};
+    PyRef list{object_or_error(PyList_New(static_cast<Py_ssize_t>(length)))};
     return list && fill_list(list.get(), length, make) ? list.release() : nullptr;
 }
 

@@ -40,7 +40,7 @@ PyObject* print_none_format(const char* format, ...)
     return none();
 }
 
-PyObject* commanded(uint32_t status, const char* refusal)
+PyObject* command_result(uint32_t status, const char* refusal)
 {
     return status == 0 ? none() : print_none(refusal);
 }

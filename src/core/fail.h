@@ -30,7 +30,7 @@ PyObject* print_none(const char* text);
 [[gnu::format(printf, 1, 2)]] PyObject* print_none_format(const char* format, ...);
 
 // The end of a command: None, after printing the refusal when the library's status is one.
-PyObject* commanded(uint32_t status, const char* refusal);
+PyObject* command_result(uint32_t status, const char* refusal);
 
 // Print and return NULL with no exception of our own.
 PyObject* print_null(const char* text);
@@ -51,7 +51,7 @@ inline bool building_failed(const char* text)
 }
 
 // An object just created, or null after the failure "Failed to allocate buffer.\n".
-inline PyObject* made(PyObject* object)
+inline PyObject* object_or_error(PyObject* object)
 {
     if (!object) [[unlikely]]
         building_failed(no_buffer);

@@ -8,7 +8,7 @@ namespace qdp {
 
 PyObject* text_object(std::string_view text)
 {
-    return made(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
+    return object_or_error(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
 }
 
 PyObject* mac_object(Bytes record, size_t offset)
@@ -27,7 +27,7 @@ PyObject* address_object(Bytes record, Place is_ipv6, size_t ipv6_offset, size_t
     record.copy(shows_ipv6 ? ipv6_offset : ipv4_offset, address, sizeof address);
     char rendered[INET6_ADDRSTRLEN];
     const char* text = inet_ntop(shows_ipv6 ? AF_INET6 : AF_INET, address, rendered, sizeof rendered);
-    return text ? text_object(text) : made(nullptr);
+    return text ? text_object(text) : object_or_error(nullptr);
 }
 
 PyObject* big_endian_object(Bytes record, const Field& field)

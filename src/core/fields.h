@@ -21,6 +21,7 @@
 #include "core/bytes.h"
 #include "core/python.h"
 #include "platform/limits.h"
+#include "platform/named_value.h"
 
 namespace qdp {
 
@@ -201,6 +202,25 @@ constexpr auto fields(const Field (&rows)[count])
 {
     FieldTable<record_bytes, count> table;
     std::ranges::copy(rows, table.rows);
+    return checked(table);
+}
+
+// A table of integers whose keys are a list's names; where(i) is the place of the i-th.
+template <size_t record_bytes, size_t count, class Where>
+consteval auto fields(const char* const (&keys)[count], Where where)
+{
+    FieldTable<record_bytes, count> table;
+    for (size_t i = 0; i < count; ++i)
+        table.rows[i] = {keys[i], where(i)};
+    return checked(table);
+}
+
+template <size_t record_bytes, size_t count, class Where>
+consteval auto fields(const NamedValue (&names)[count], Where where)
+{
+    FieldTable<record_bytes, count> table;
+    for (size_t i = 0; i < count; ++i)
+        table.rows[i] = {names[i].name, where(names[i].value)};
     return checked(table);
 }
 

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/named_value.h"
+
 inline constexpr char fpo_property[] = "com.tarnix.wyx.qdp.fpo";
 
 // What a NIC may implement, and a switch allow; bit 3 has no meaning.
@@ -12,6 +14,13 @@ inline constexpr uint32_t fpo_model_1_level_2 = 1 << 1;
 inline constexpr uint32_t fpo_model_2a = 1 << 2;
 inline constexpr uint32_t fpo_model_3a = 1 << 4;
 inline constexpr uint32_t fpo_model_3b = 1 << 5;
+inline constexpr NamedValue fpo_models[] = {
+    {"Model 1 Level 1", fpo_model_1_level_1},
+    {"Model 1 Level 2", fpo_model_1_level_2},
+    {"Model 2A", fpo_model_2a},
+    {"Model 3A", fpo_model_3a},
+    {"Model 3B", fpo_model_3b},
+};
 
 inline constexpr uint32_t fpo_enabled = 1 << 0;
 inline constexpr uint32_t fpo_geneve_critical = 1 << 1;

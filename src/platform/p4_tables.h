@@ -14,7 +14,6 @@ inline constexpr uint32_t max_mirror_sessions = 8;  // in each half of their tab
 inline constexpr uint32_t max_mirror_l3_columns = 6;
 inline constexpr uint32_t mirror_l3_row = 8;  // indexes from one row to the next
 inline constexpr uint32_t max_mirror_l3_rows = 1024;
-inline constexpr uint32_t max_vlan = 4094;
 inline constexpr uint32_t no_vlan = 4095;  // in a tunnel's key
 inline constexpr uint32_t max_vnis = 1 << 24;
 inline constexpr uint32_t max_tunnel_qualifiers = 1024;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/limits.h"
+#include "platform/named_value.h"
 
 // What a port takes in, as bits of its receive filter flags.
 inline constexpr uint32_t receive_unicast = 1;
@@ -10,6 +11,10 @@ inline constexpr uint32_t receive_all_multicast = 4;
 inline constexpr uint32_t receive_broadcast = 8;
 inline constexpr uint32_t receive_promiscuous = 16;
 inline constexpr uint32_t receive_ladrf = 32;
+inline constexpr NamedValue receive_flags[] = {
+    {"UNICAST", receive_unicast},     {"MULTICAST", receive_multicast}, {"ALLMULTI", receive_all_multicast},
+    {"BROADCAST", receive_broadcast}, {"PROMISC", receive_promiscuous}, {"USE_LADRF", receive_ladrf},
+};
 
 struct VlanRange {
     uint16_t first;
@@ -20,6 +25,54 @@ static_assert(sizeof(VlanRange) == 4);
 inline constexpr uint32_t max_multicast_addresses = 32;
 inline constexpr uint32_t max_vlan_ranges = 256;
 inline constexpr size_t port_feature_bytes = 4;
+
+// The features of a port: bits of the little-endian word that its feature bytes make.
+enum class PortFeature : uint32_t {
+    kcp = 1 << 0,
+    mirror_in = 1 << 1,
+    lro = 1 << 2,
+    l2_for_overlay = 1 << 3,
+    lat = 1 << 8,
+    spoofguard = 1 << 12,
+    vdl2 = 1 << 13,
+    tx_l3 = 1 << 14,
+    min_flow_l3 = 1 << 16,
+    swl3 = 1 << 17,
+    mirror_filter_in = 1 << 20,
+    ltr = 1 << 21,
+    tx_l4 = 1 << 22,
+    ipfix = 1 << 23,
+    si = 1 << 24,
+    swl4 = 1 << 25,
+    dfw = 1 << 26,
+    dlb = 1 << 27,
+    hkzfw = 1 << 28,
+    min_flow_l4 = 1 << 29,
+    mirror_filter_out = 1 << 30,
+};
+inline constexpr NamedValue port_features[] = {
+    {"KCP", static_cast<uint32_t>(PortFeature::kcp)},
+    {"MirrorIn", static_cast<uint32_t>(PortFeature::mirror_in)},
+    {"LRO", static_cast<uint32_t>(PortFeature::lro)},
+    {"L2ForOverlay", static_cast<uint32_t>(PortFeature::l2_for_overlay)},
+    {"LAT", static_cast<uint32_t>(PortFeature::lat)},
+    {"Spoofguard", static_cast<uint32_t>(PortFeature::spoofguard)},
+    {"VDL2", static_cast<uint32_t>(PortFeature::vdl2)},
+    {"TxL3", static_cast<uint32_t>(PortFeature::tx_l3)},
+    {"minFlowL3", static_cast<uint32_t>(PortFeature::min_flow_l3)},
+    {"SWL3", static_cast<uint32_t>(PortFeature::swl3)},
+    {"MirrorFilterIn", static_cast<uint32_t>(PortFeature::mirror_filter_in)},
+    {"LTR", static_cast<uint32_t>(PortFeature::ltr)},
+    {"TxL4", static_cast<uint32_t>(PortFeature::tx_l4)},
+    {"IPFIX", static_cast<uint32_t>(PortFeature::ipfix)},
+    {"SI", static_cast<uint32_t>(PortFeature::si)},
+    {"SWL4", static_cast<uint32_t>(PortFeature::swl4)},
+    {"DFW", static_cast<uint32_t>(PortFeature::dfw)},
+    {"DLB", static_cast<uint32_t>(PortFeature::dlb)},
+    {"HKZFW", static_cast<uint32_t>(PortFeature::hkzfw)},
+    {"minFlowL4", static_cast<uint32_t>(PortFeature::min_flow_l4)},
+    {"MirrorFilterOut", static_cast<uint32_t>(PortFeature::mirror_filter_out)},
+};
 
 // A metadata flow slot of a port: whether it is enabled, and the second value that is shown of it.
 inline constexpr size_t meta_flow_slots = 64;

@@ -58,7 +58,7 @@ using ShadowPortList = MuxListResponse<struct ShadowPortEntry>;
 enum class LroScope : uint32_t;
 
 // What the migration of a port or a filter answers while the thread load balancer moves them by itself.
-inline constexpr uint32_t status_balancer_is_automatic = 1;
+inline constexpr uint32_t status_lb_is_automatic = 1;
 
 extern "C" {
 

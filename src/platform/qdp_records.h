@@ -1,10 +1,10 @@
 // The records of all operations of qdp_control.h, for those who implement, record or measure every operation.
 #pragma once
 
-#include "platform/flow_cache.h"
+#include "platform/flowcache.h"
 #include "platform/fpo.h"
 #include "platform/l3span.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/mac.h"
 #include "platform/mirrors.h"
 #include "platform/mux.h"

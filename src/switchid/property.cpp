@@ -52,7 +52,7 @@ PropertyValue get_port_data(const char* switch_text, const char* port_text, cons
     void* value = nullptr;
     uint32_t length = 0;
     const uint32_t status = DVSHCK_PortDataGet(switch_text, port_text, key, &value, &length);
-    return handed_out(status, value, length);
+    return property_value(status, value, length);
 }
 
 void print_malformed(Bytes value, const char* key, const char* version_key)

@@ -32,7 +32,7 @@ struct PropertyValue {
 };
 
 // What a call handed out; one that failed has handed out nothing.
-inline PropertyValue handed_out(uint32_t status, void* value, uint32_t length)
+inline PropertyValue property_value(uint32_t status, void* value, uint32_t length)
 {
     if (status != status_success)
         return {status, nullptr, 0};
@@ -45,35 +45,36 @@ inline PropertyValue get_host_property(const SwitchId& id, const char* key)
     void* value = nullptr;
     uint32_t length = 0;
     const uint32_t status = DVSHCK_HostPropGet(id.text, key, &value, &length);
-    return handed_out(status, value, length);
+    return property_value(status, value, length);
 }
 
 // Reads the data that the host kernel keeps for a port. The texts that name the switch and the port are the caller's.
 PropertyValue get_port_data(const char* switch_text, const char* port_text, const char* key);
 
-enum class Setting { present, absent, malformed };
+enum class SettingStatus { present, absent, malformed };
 
 // Prints that a setting's record has another version, or else another length, than it should.
 void print_malformed(Bytes value, const char* key, const char* version_key);
 
 // Reads a setting whose record begins with a version word, which must be 0, and has exactly `length` bytes. Any status
 // but 0 means that the host does not have it. `version_key` is the key that the unknown-version message names.
-inline Setting read_setting(const SwitchId& id, const char* key, void* record, size_t length, const char* version_key)
+inline SettingStatus read_setting(const SwitchId& id, const char* key, void* record, size_t length,
+                                  const char* version_key)
 {
     const PropertyValue property = get_host_property(id, key);
     if (property.status != status_success)
-        return Setting::absent;
+        return SettingStatus::absent;
     const Bytes value = property.bytes();
     if (property.length == length && value.load<uint32_t>(0) == setting_version) [[likely]] {
         value.copy(0, record, length);
-        return Setting::present;
+        return SettingStatus::present;
     }
     print_malformed(value, key, version_key);
-    return Setting::malformed;
+    return SettingStatus::malformed;
 }
 
 template <class Record>
-Setting read_setting(const SwitchId& id, const char* key, Record& record)
+SettingStatus read_setting(const SwitchId& id, const char* key, Record& record)
 {
     return read_setting(id, key, &record, sizeof record, key);
 }

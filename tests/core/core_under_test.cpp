@@ -25,7 +25,7 @@ static_assert(sizeof(Sample) == 51);
 
 PyObject* twice(Bytes record, const Field& field)
 {
-    return made(PyLong_FromUnsignedLong(2 * record.unsigned_at(field.where)));
+    return object_or_error(PyLong_FromUnsignedLong(2 * record.unsigned_at(field.where)));
 }
 
 using R = Sample;
@@ -178,11 +178,11 @@ PyObject* setting(PyObject*, PyObject* args)
         return none();
     char record[setting_room];
     switch (read_setting(id, key, record, static_cast<size_t>(length), version_key ? version_key : key)) {
-    case Setting::present:
+    case SettingStatus::present:
         return PyBytes_FromStringAndSize(record, length);
-    case Setting::absent:
+    case SettingStatus::absent:
         return PyUnicode_FromString("absent");
-    case Setting::malformed:
+    case SettingStatus::malformed:
         return PyUnicode_FromString("malformed");
     }
     return nullptr;

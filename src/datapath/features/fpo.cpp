@@ -60,7 +60,7 @@ void take_flag(PyObject* dict, const char* key, uint32_t flag, uint32_t& flags)
 bool take_settings(PyObject* dict, FpoSettings& settings)
 {
     take_flag(dict, "enabled", fpo_enabled, settings.flags);
-    if (PyObject* models = PyDict_GetItemString(dict, "models"); models && !take_integer(models, settings.models))
+    if (PyObject* models = PyDict_GetItemString(dict, "models"); models && !parse_integer(models, settings.models))
         return false;
     take_flag(dict, "geneveCritical", fpo_geneve_critical, settings.flags);
     take_flag(dict, "ipDiscoveryDHCP", fpo_ip_discovery_dhcp, settings.flags);

@@ -25,19 +25,6 @@ constexpr auto lcore_fields = fields<sizeof(L)>({
     {"ctHwContextFailed", AT(L, conntrack_contexts_failed), as_signed},
 });
 
-struct Model {
-    uint32_t bit;
-    const char* name;
-};
-
-constexpr Model models[] = {
-    {fpo_model_1_level_1, "Model 1 Level 1, "},
-    {fpo_model_1_level_2, "Model 1 Level 2, "},
-    {fpo_model_2a, "Model 2A, "},
-    {fpo_model_3a, "Model 3A, "},
-    {fpo_model_3b, "Model 3B, "},
-};
-
 // Deliberately one character short of all the names, each with its comma and blank.
 constexpr size_t models_text_bytes = 64;
 
@@ -48,9 +35,11 @@ PyObject* models_object(Bytes record, const Field& field)
         return text_object("None");
 
     char text[models_text_bytes] = "";
-    for (const Model& model : models)
-        if (mask & model.bit)
-            std::strncat(text, model.name, sizeof text - 1 - std::strlen(text));
+    for (const auto& [name, model] : fpo_models)
+        if (mask & model) {
+            std::strncat(text, name, sizeof text - 1 - std::strlen(text));
+            std::strncat(text, ", ", sizeof text - 1 - std::strlen(text));
+        }
     return text_object(text);
 }
 
@@ -118,7 +107,7 @@ PyObject* PyQDP_Get_FPO_Stats(PyObject*, PyObject* args)
     uint32_t switch_number;
     PyObject* tuple;
     Lcores lcores;
-    if (!PyArg_ParseTuple(args, "IO", &switch_number, &tuple) || !take_lcores(tuple, lcores))
+    if (!PyArg_ParseTuple(args, "IO", &switch_number, &tuple) || !parse_lcores(tuple, lcores))
         return print_none(invalid_parameter_blank_line);
 
     const auto record = allocate<FpoLcoreStatsList>();

@@ -22,7 +22,7 @@ PyObject* get(LroScope scope, uint32_t switch_number, uint32_t port)
 
 PyObject* set(LroScope scope, uint32_t switch_number, uint32_t port, uint32_t value)
 {
-    return commanded(Qdp_SetLRO(scope, switch_number, port, value), "ValueError: Failed to set LRO.\n\n");
+    return command_result(Qdp_SetLRO(scope, switch_number, port, value), "ValueError: Failed to set LRO.\n\n");
 }
 
 }  // namespace

@@ -13,8 +13,8 @@ namespace {
 // A setting: its property, whose record is a Record, what holds where the host has no such property, and how a value
 // is shown. Values are words here, whatever their width in the record.
 template <class Record>
-struct SwitchSetting {
-    using Kept = Record;
+struct PropertySetting {
+    using RecordType = Record;
 
     const char* key;
     bool (*fallback)(const char* alias, uint32_t& value);  // false when it has none; it has printed why, or nothing
@@ -54,11 +54,11 @@ PyObject* truth(uint32_t value)
     return PyBool_FromLong(value != 0);
 }
 
-constexpr SwitchSetting<ByteSetting> numa_team{numa_team_property, ask_datapath<get_numa_team>, truth};
-constexpr SwitchSetting<WordSetting> burst_size{burst_size_property, ask_datapath<Qdp_GetSwitchBurstSize>, number};
-constexpr SwitchSetting<WordSetting> overlay_l2_flow{overlay_l2_flow_property, ask_datapath<Qdp_GetSwitchOverlayL2Flow>,
-                                                     number};
-constexpr SwitchSetting<ByteSetting> meta_flow{meta_flow_property, on_by_default, number};
+constexpr PropertySetting<ByteSetting> numa_team{numa_team_property, ask_datapath<get_numa_team>, truth};
+constexpr PropertySetting<WordSetting> burst_size{burst_size_property, ask_datapath<Qdp_GetSwitchBurstSize>, number};
+constexpr PropertySetting<WordSetting> overlay_l2_flow{overlay_l2_flow_property,
+                                                       ask_datapath<Qdp_GetSwitchOverlayL2Flow>, number};
+constexpr PropertySetting<ByteSetting> meta_flow{meta_flow_property, on_by_default, number};
 
 template <const auto& setting>
 PyObject* get(PyObject* args)
@@ -71,18 +71,18 @@ PyObject* get(PyObject* args)
     if (!resolve_switch_id(alias, id))
         return none();
 
-    typename std::remove_cvref_t<decltype(setting)>::Kept record;  // set when the setting is present
-    const Setting found = read_setting(id, setting.key, record);
-    if (found == Setting::present) [[likely]]
+    typename std::remove_cvref_t<decltype(setting)>::RecordType record;  // set when the setting is present
+    const SettingStatus found = read_setting(id, setting.key, record);
+    if (found == SettingStatus::present) [[likely]]
         return setting.object(record.value);
 
     uint32_t value = 0;
-    return found == Setting::absent && setting.fallback(alias, value) ? setting.object(value) : none();
+    return found == SettingStatus::absent && setting.fallback(alias, value) ? setting.object(value) : none();
 }
 
 // Whether the value has been written; it has printed what kept it from that. A byte setting takes the low byte.
 template <class Record>
-bool set(const SwitchSetting<Record>& setting, PyObject* args)
+bool set(const PropertySetting<Record>& setting, PyObject* args)
 {
     const char* alias;
     uint32_t value;

@@ -42,7 +42,7 @@ PyObject* PyQDP_SetFlowTimeout(PyObject*, PyObject* args)
     uint32_t seconds;
     if (!PyArg_ParseTuple(args, "I", &seconds))
         return print_none(invalid_parameter_blank_line);
-    return commanded(Qdp_Set_Flow_Timeout(seconds), "ValueError: Failed to set flow timeout.\n\n");
+    return command_result(Qdp_Set_Flow_Timeout(seconds), "ValueError: Failed to set flow timeout.\n\n");
 }
 
 PyObject* PyQDP_Get_FPO_Reval_Config(PyObject*, PyObject*)
@@ -68,7 +68,7 @@ PyObject* PyQDP_Set_FPO_Reval_Config(PyObject*, PyObject* args)
     if (wanted.flow_scan_quota == keep_current)
         wanted.flow_scan_quota = current.flow_scan_quota;
 
-    return commanded(Qdp_Set_FPO_Reval_Config(&wanted), cannot_set_reval_config);
+    return command_result(Qdp_Set_FPO_Reval_Config(&wanted), cannot_set_reval_config);
 }
 
 PyObject* PyQDP_Get_FPO_DelayCtOl_Config(PyObject*, PyObject*)
@@ -85,7 +85,7 @@ PyObject* PyQDP_Set_FPO_DelayCtOl_Config(PyObject*, PyObject* args)
     FpoConntrackDelay delay{};
     if (!PyArg_ParseTuple(args, "II", &delay.enabled, &delay.num_packets))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Set_FPO_DelayCtOl_Config(&delay), cannot_set_reval_config);
+    return command_result(Qdp_Set_FPO_DelayCtOl_Config(&delay), cannot_set_reval_config);
 }
 
 PyObject* PyQdp_Get_Refresh_Pkt_Injection(PyObject*, PyObject*)
@@ -101,7 +101,7 @@ PyObject* PyQdp_Set_Refresh_Pkt_Injection(PyObject*, PyObject* args)
     uint32_t value;
     if (!PyArg_ParseTuple(args, "I", &value))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Set_Refresh_Pkt_Injection(value), "Failed to set refresh packet injection config\n");
+    return command_result(Qdp_Set_Refresh_Pkt_Injection(value), "Failed to set refresh packet injection config\n");
 }
 
 }  // namespace qdp

@@ -5,9 +5,9 @@
 
 #include "core/build.h"
 #include "core/fail.h"
-#include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
-#include "platform/flow_cache.h"
+#include "datapath/flowcache/text_buffer.h"
+#include "platform/flowcache.h"
 
 namespace qdp {
 
@@ -31,7 +31,7 @@ using E = FlowEntry;
 using G = FlowActionGroup;
 using T = FlowActionTail;
 
-void write_offload(Bytes area, CutText& text)
+void write_offload(Bytes area, TextBuffer& text)
 {
     const uint32_t flags = number(area, AT(A, offload_flags));
     if (!(flags & offload_is_offloaded))
@@ -52,7 +52,7 @@ void write_offload(Bytes area, CutText& text)
     }
 }
 
-void write_multicast(Bytes area, CutText& text)
+void write_multicast(Bytes area, TextBuffer& text)
 {
     text << "MC: inval(s):" << number(area, AT(A, num_invalidations));
     text << " cg:" << word(area, AT(A, generation));
@@ -62,7 +62,7 @@ void write_multicast(Bytes area, CutText& text)
     text << " n_dp:" << number(area, AT(A, num_destination_ports));
 }
 
-void write_header(Bytes area, Bytes group, CutText& text)
+void write_header(Bytes area, Bytes group, TextBuffer& text)
 {
     const uint64_t bitmap = word(group, AT(G, bitmap));
     text << "bmap:" << Hex{bitmap};
@@ -77,7 +77,7 @@ void write_header(Bytes area, Bytes group, CutText& text)
 }
 
 // False when the output ended before the last instance.
-bool write_routing(Bytes tail, CutText& text)
+bool write_routing(Bytes tail, TextBuffer& text)
 {
     const uint32_t count = number(tail, AT(T, num_instances));
     text << "VDR inst: " << count << "; ";
@@ -98,7 +98,7 @@ uint32_t vni_at(Bytes tail, size_t offset)
 
 // False when the output ended inside a list of the action. A bit that is no action, and a destination port, which the
 // header shows, have no text.
-bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
+bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& text)
 {
     const Bytes group = flow.group;
     switch (action) {
@@ -201,7 +201,7 @@ bool write_action(FlowAction action, const FlowActions& flow, CutText& text)
 
 // The actions from the lowest bit upward; a dropped packet meets no further ones. False when the output ended before
 // them: also before a bit that has no text. A cut in the text of the last action alone is no failure.
-bool write_group(const FlowActions& flow, CutText& text)
+bool write_group(const FlowActionData& flow, TextBuffer& text)
 {
     for (uint64_t bits = word(flow.group, AT(G, bitmap)); bits != 0; bits &= bits - 1) {
         if (text.is_full())
@@ -221,7 +221,7 @@ Bytes unbounded(const void* record)
     return {record, SIZE_MAX};
 }
 
-FlowActions callers_flow(const void* area, const void* group, uint32_t tail_length, const void* entry)
+FlowActionData action_data_of(const void* area, const void* group, uint32_t tail_length, const void* entry)
 {
     const char* end = static_cast<const char*>(area) + tail_length;
     return {unbounded(area), unbounded(group), unbounded(end - sizeof(T)), unbounded(entry)};
@@ -229,9 +229,9 @@ FlowActions callers_flow(const void* area, const void* group, uint32_t tail_leng
 
 }  // namespace
 
-bool write_actions(const FlowActions& flow, char* out, size_t size)
+bool write_actions(const FlowActionData& flow, char* out, size_t size)
 {
-    CutText text{out, out + size};
+    TextBuffer text{out, out + size};
     write_offload(flow.area, text);
     if (number(flow.area, AT(A, group_flags)) & action_group_is_multicast) {
         write_multicast(flow.area, text);
@@ -250,12 +250,12 @@ int FCActionsToStr(const void* area, char* out, uint32_t size, uint32_t tail_len
                    uint32_t group_offset)
 {
     const void* group = static_cast<const char*>(area) + group_offset;
-    return qdp::write_actions(qdp::callers_flow(area, group, tail_length, entry), out, size) ? 0 : 1;
+    return qdp::write_actions(qdp::action_data_of(area, group, tail_length, entry), out, size) ? 0 : 1;
 }
 
 int FCActionGroupToStr(const void* area, const void* group, char* out, char* end, uint32_t tail_length,
                        const void* entry)
 {
-    qdp::CutText text{out, end};
-    return qdp::write_group(qdp::callers_flow(area, group, tail_length, entry), text) ? 0 : 1;
+    qdp::TextBuffer text{out, end};
+    return qdp::write_group(qdp::action_data_of(area, group, tail_length, entry), text) ? 0 : 1;
 }

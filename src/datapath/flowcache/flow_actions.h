@@ -7,7 +7,7 @@ namespace qdp {
 
 // What the text of a flow's actions is read from. Other readers of the datapath's records hand in four pointers, a
 // dump hands in four places in its response.
-struct FlowActions {
+struct FlowActionData {
     Bytes area;   // a FlowActionArea
     Bytes group;  // a FlowActionGroup
     Bytes tail;   // a FlowActionTail
@@ -15,6 +15,6 @@ struct FlowActions {
 };
 
 // Writes the actions of a flow into `size` bytes. False, having said so on standard error, when they do not fit.
-bool write_actions(const FlowActions& flow, char* out, size_t size);
+bool write_actions(const FlowActionData& flow, char* out, size_t size);
 
 }  // namespace qdp

@@ -1,8 +1,8 @@
 // Flow keys as text.
 #include "core/render.h"
-#include "datapath/flowcache/cut_text.h"
 #include "datapath/flowcache/flowcache.h"
-#include "platform/flow_cache.h"
+#include "datapath/flowcache/text_buffer.h"
+#include "platform/flowcache.h"
 
 namespace qdp {
 
@@ -30,17 +30,17 @@ void normalise(FlowKey& key)
     }
 }
 
-void write_addresses(const FlowKey& key, CutText& text)
+void write_addresses(const FlowKey& key, TextBuffer& text)
 {
     const auto room = [&text] { return static_cast<uint32_t>(text.room()); };
     if (key.flags_and_vlan & flow_key_is_ipv6) {
-        text.written(ipv6_column(key.first_address, text.cursor, room()));
-        text.written(ipv6_column(key.second_address, text.cursor, room()));
+        text.advance(ipv6_column(key.first_address, text.cursor, room()));
+        text.advance(ipv6_column(key.second_address, text.cursor, room()));
     } else {
         uint32_t addresses[2];
         std::memcpy(addresses, key.first_address, sizeof addresses);
         for (const uint32_t address : addresses)
-            text.written(ipv4_column(address, text.cursor, room()));
+            text.advance(ipv4_column(address, text.cursor, room()));
     }
 }
 
@@ -78,7 +78,7 @@ int FCFlowKeyToStr(void* key, char* out)
     normalise(shown);
     std::memcpy(key, &shown, sizeof shown);
 
-    CutText text{out, out + flow_key_text_bytes};
+    TextBuffer text{out, out + flow_key_text_bytes};
     text << "L" << layer_of(shown);
     for (const uint8_t* mac : {shown.first_mac, shown.second_mac}) {
         char rendered[mac_text_bytes];

@@ -7,7 +7,7 @@
 #include "core/render.h"
 #include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
-#include "platform/flow_cache.h"
+#include "platform/flowcache.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {
@@ -92,19 +92,19 @@ PyObject* flow_object(FlowTableResponse& response, size_t offset)
     FCFlowKeyToStr(reinterpret_cast<char*>(&response) + offset + offsetof(FlowEntry, key), key);
 
     char actions[actions_text_bytes];
-    const FlowActions flow{whole.from(area), whole.from(area + response.group_offset),
-                           whole.from(area + length - sizeof(FlowActionTail)), entry};
+    const FlowActionData flow{whole.from(area), whole.from(area + response.group_offset),
+                              whole.from(area + length - sizeof(FlowActionTail)), entry};
     if (!write_actions(flow, actions, sizeof actions)) {
         print("Invalid action\n");  // a second time: deliberate
         return nullptr;
     }
-    return made(Py_BuildValue("{s:s, s:s, s:k, s:k, s:k, s:k}",                                  //
-                              "key", key,                                                        //
-                              "actions", actions,                                                //
-                              "swHits", entry.unsigned_at(software_hits),                        //
-                              "swBytes", entry.unsigned_at(AT(FlowEntry, area.software_bytes)),  //
-                              "hwHits", entry.unsigned_at(AT(FlowEntry, hardware_hits)),         //
-                              "hwBytes", entry.unsigned_at(AT(FlowEntry, hardware_bytes))));
+    return object_or_error(Py_BuildValue("{s:s, s:s, s:k, s:k, s:k, s:k}",                                  //
+                                         "key", key,                                                        //
+                                         "actions", actions,                                                //
+                                         "swHits", entry.unsigned_at(software_hits),                        //
+                                         "swBytes", entry.unsigned_at(AT(FlowEntry, area.software_bytes)),  //
+                                         "hwHits", entry.unsigned_at(AT(FlowEntry, hardware_hits)),         //
+                                         "hwBytes", entry.unsigned_at(AT(FlowEntry, hardware_bytes))));
 }
 
 // Fills the list with the flows of a page. False, having said so, when the page is not what it should be; or with
@@ -149,8 +149,8 @@ PyObject* PyQDP_Dump_Flow_Table(PyObject*, PyObject* args)
         return print_none(no_memory);
     PyRef list;
     const bool complete =
-        set_dict_item(page.get(), "startIndex", made(PyLong_FromUnsignedLong(response->next_start_index))) &&
-        (list = PyRef{made(PyList_New(response->count))}) &&
+        set_dict_item(page.get(), "startIndex", object_or_error(PyLong_FromUnsignedLong(response->next_start_index))) &&
+        (list = PyRef{object_or_error(PyList_New(response->count))}) &&
         set_dict_item(page.get(), "list", new_reference(list.get()).release()) && add_flows(list.get(), *response);
     return built_or_none(std::move(page), complete);
 }

@@ -11,7 +11,7 @@ Method PyQDP_Dump_Decap_Flow_Table;
 Method PyQDP_Dump_Decap_Sa_Flow_Table;
 Method PyQDP_Dump_Port_Flow;
 
-// flow_cache_control.cpp
+// flowcache_control.cpp
 Method PyQDP_Clear_Switch_Flow_Table;
 Method PyQDP_Enable_Switch_Flow_Cache;
 

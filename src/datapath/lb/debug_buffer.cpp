@@ -4,7 +4,7 @@
 #include "core/arguments.h"
 #include "core/fail.h"
 #include "datapath/lb/lb.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

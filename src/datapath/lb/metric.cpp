@@ -4,7 +4,7 @@
 
 #include "core/build.h"
 #include "datapath/lb/lb.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "switchid/property.h"
@@ -13,18 +13,16 @@ namespace qdp {
 
 namespace {
 
-constexpr Names<3> metric_names{{"none", "cpu", "count"}, "invalid"};
-
-// The settings that a switch keeps; for a switch that keeps none, the metric that the balancer works with. False after
-// a message, or without one when the balancer does not answer.
+// The settings that a switch keeps; for a switch that keeps none, the metric that the load balancer works with. False after
+// a message, or without one when the load balancer does not answer.
 bool read_settings(const char* alias, LBSettings& settings)
 {
     SwitchId id;
     if (!resolve_switch_id(alias, id))
         return false;
-    const Setting kept = read_setting(id, load_balancer_property, settings);
-    if (kept != Setting::absent)
-        return kept == Setting::present;
+    const SettingStatus kept = read_setting(id, lb_property, settings);
+    if (kept != SettingStatus::absent)
+        return kept == SettingStatus::present;
 
     PortsetName name;
     LBParameters parameters{};
@@ -43,16 +41,16 @@ bool set_metric(const char* alias, const char* name)
     if (!read_settings(alias, settings))
         return false;
 
-    const auto* found = std::ranges::find(metric_names.names, std::string_view{name});
-    if (found == std::end(metric_names.names)) {
+    const auto* found = std::ranges::find(lb_metrics, std::string_view{name}, &NamedValue::name);
+    if (found == std::end(lb_metrics)) {
         print_format("Invalid metric name %s.\n", name);
         return false;
     }
     settings.version = setting_version;
-    settings.metric = static_cast<uint32_t>(found - metric_names.names);
+    settings.metric = static_cast<uint32_t>(found->value);
 
     SwitchId id;
-    return resolve_switch_id(alias, id) && write_setting(id, load_balancer_property, settings);
+    return resolve_switch_id(alias, id) && write_setting(id, lb_property, settings);
 }
 
 }  // namespace
@@ -66,7 +64,8 @@ PyObject* PyQDP_GetLBMetric(PyObject*, PyObject* args)
     LBSettings settings;
     if (!read_settings(alias, settings))
         return none();
-    return Py_BuildValue("s", metric_names[settings.metric]);
+    const bool is_known = settings.metric < std::size(lb_metrics);
+    return Py_BuildValue("s", is_known ? lb_metrics[settings.metric].name : "invalid");
 }
 
 PyObject* PyQDP_SetLBMetric(PyObject*, PyObject* args)

@@ -4,7 +4,7 @@
 
 #include "core/build.h"
 #include "datapath/lb/lb.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/qdp_control.h"
 #include "switchid/identity.h"
 
@@ -14,18 +14,8 @@ namespace {
 
 // A row's position is the parameter's id.
 using R = LBParameters;
-constexpr auto parameter_fields = fields<sizeof(R)>({
-    {"run_in_msec", AT(R, values[0])},
-    {"cpuload_high", AT(R, values[1])},
-    {"cpuload_low", AT(R, values[2])},
-    {"cpuload_target", AT(R, values[3])},
-    {"cpuload_high_per_unit", AT(R, values[4])},
-    {"cpuload_low_per_unit", AT(R, values[5])},
-    {"min_v2v_pps", AT(R, values[6])},
-    {"min_v2v_pps_bind", AT(R, values[7])},
-    {"pps_var_sensitivity", AT(R, values[8])},
-    {"cpu_var_sensitivity", AT(R, values[9])},
-});
+constexpr auto parameter_fields = fields<sizeof(R)>(
+    lb_parameter_names, [](size_t id) { return bytes(offsetof(R, values) + id * sizeof(uint64_t), sizeof(uint64_t)); });
 
 constexpr char no_parameters[] = "invalid parameter passed.";
 constexpr char no_such_switch[] = "cannot find dvs alias.";

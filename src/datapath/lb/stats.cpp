@@ -5,7 +5,7 @@
 #include "core/arguments.h"
 #include "core/build.h"
 #include "datapath/lb/lb.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {
@@ -58,7 +58,7 @@ constexpr Group uplink_groups[] = {{"uplinkRx", offsetof(U, rx_queues)}};
 // Deliberately widened with its sign and then shown unsigned: world -1 reads as 2^64 - 1.
 PyObject* world(Bytes entry, const Field& field)
 {
-    return made(PyLong_FromUnsignedLong(static_cast<uint64_t>(entry.signed_at(field.where))));
+    return object_or_error(PyLong_FromUnsignedLong(static_cast<uint64_t>(entry.signed_at(field.where))));
 }
 
 using C = LBContextEntry;
@@ -72,15 +72,15 @@ constexpr auto context_fields = fields<sizeof(C)>({
     {"max pb load", AT(C, max_pb_load)},
 });
 
-struct EntryKind {
+struct EntryLayout {
     size_t head_bytes;
     Fields fields;
     std::span<const Group> groups;
     Fields item_fields;  // of all its groups
 };
 
-// By LBEntryType, which is also the position of the kind's list in the result.
-constexpr EntryKind kinds[] = {
+// By LBEntryType, which is also the position of the layout's list in the result.
+constexpr EntryLayout entry_layouts[] = {
     {sizeof(P), port_fields, port_groups, feature_fields},
     {sizeof(U), uplink_fields, uplink_groups, queue_fields},
     {sizeof(C), context_fields, {}, queue_fields},
@@ -92,43 +92,43 @@ LBItemGroup group_at(Bytes entry, const Group& group)
 }
 
 // The length of an entry, its items included.
-uint64_t length_of(Bytes entry, const EntryKind& kind)
+uint64_t length_of(Bytes entry, const EntryLayout& layout)
 {
     uint64_t items = 0;
-    for (const Group& group : kind.groups)
+    for (const Group& group : layout.groups)
         items += group_at(entry, group).count;
-    return kind.head_bytes + items * kind.item_fields.record_size;
+    return layout.head_bytes + items * layout.item_fields.record_size;
 }
 
-// One kind's keys, the same objects in all dicts of a dump.
+// One layout's keys, the same objects in all dicts of a dump.
 struct Keys {
     SharedKeys entries{UINT64_MAX};
     SharedKeys items{UINT64_MAX};
 };
 
 // A group may begin at any item, which then need not be the entry's own.
-PyObject* group_object(Bytes entry, const EntryKind& kind, const Group& row, Keys& keys)
+PyObject* group_object(Bytes entry, const EntryLayout& layout, const Group& row, Keys& keys)
 {
     const LBItemGroup group = group_at(entry, row);
-    PyRef tuple{made(PyTuple_New(group.count))};
+    PyRef tuple{object_or_error(PyTuple_New(group.count))};
     if (!tuple)
         return nullptr;
     for (uint64_t i = 0; i < group.count; ++i) {
-        const Bytes item = entry.from(kind.head_bytes + (group.first + i) * kind.item_fields.record_size);
+        const Bytes item = entry.from(layout.head_bytes + (group.first + i) * layout.item_fields.record_size);
         if (is_interrupted(group.count, i) ||
-            !set_tuple_item(tuple.get(), i, keys.items.dict_of(kind.item_fields, item)))
+            !set_tuple_item(tuple.get(), i, keys.items.dict_of(layout.item_fields, item)))
             return nullptr;
     }
     return tuple.release();
 }
 
-bool fill_entry(PyObject* dict, Bytes entry, const EntryKind& kind, Keys& keys)
+bool fill_entry(PyObject* dict, Bytes entry, const EntryLayout& layout, Keys& keys)
 {
-    if (!keys.entries.fill(dict, kind.fields, entry))
+    if (!keys.entries.fill(dict, layout.fields, entry))
         return false;
-    size_t position = kind.fields.count;
-    for (const Group& group : kind.groups)
-        if (!keys.entries.set(dict, position++, group.key, group_object(entry, kind, group, keys)))
+    size_t position = layout.fields.count;
+    for (const Group& group : layout.groups)
+        if (!keys.entries.set(dict, position++, group.key, group_object(entry, layout, group, keys)))
             return false;
     return true;
 }
@@ -136,38 +136,38 @@ bool fill_entry(PyObject* dict, Bytes entry, const EntryKind& kind, Keys& keys)
 // The result, whose lists are still empty. Null with its exception set.
 PyRef empty_lists()
 {
-    PyRef lists{PyTuple_New(std::size(kinds))};
+    PyRef lists{PyTuple_New(std::size(entry_layouts))};
     if (!lists)
         raise(PyExc_MemoryError, "Failed to create tuple.");
-    for (size_t i = 0; lists && i < std::size(kinds); ++i)
-        if (!set_tuple_item(lists.get(), i, made(PyList_New(0))))
+    for (size_t i = 0; lists && i < std::size(entry_layouts); ++i)
+        if (!set_tuple_item(lists.get(), i, object_or_error(PyList_New(0))))
             lists.reset();
     return lists;
 }
 
-bool append_dict(PyObject* list, Bytes entry, const EntryKind& kind, Keys& keys)
+bool append_dict(PyObject* list, Bytes entry, const EntryLayout& layout, Keys& keys)
 {
-    const PyRef dict{made(PyDict_New())};
+    const PyRef dict{object_or_error(PyDict_New())};
     if (!dict)
         return false;
     if (PyList_Append(list, dict.get()) != 0)
         return building_failed(cannot_set_list_item);
-    return fill_entry(dict.get(), entry, kind, keys);
+    return fill_entry(dict.get(), entry, layout, keys);
 }
 
-// Appends the entries of a chunk to the lists of their kinds. False with its exception set, also for an entry that does
+// Appends the entries of a chunk to the lists of their entry_layouts. False with its exception set, also for an entry that does
 // not lie in the chunk with its whole length.
-bool append_entries(PyObject* lists, const LBStatsChunk& chunk, Keys (&keys)[std::size(kinds)])
+bool append_entries(PyObject* lists, const LBStatsChunk& chunk, Keys (&keys)[std::size(entry_layouts)])
 {
     Bytes rest = entries_of(chunk);
     for (uint32_t i = 0; i < chunk.count; ++i) {
         const auto type = rest.load<uint32_t>(0);
-        const uint64_t length = type < std::size(kinds) ? length_of(rest, kinds[type]) : UINT64_MAX;
+        const uint64_t length = type < std::size(entry_layouts) ? length_of(rest, entry_layouts[type]) : UINT64_MAX;
         if (length > rest.size()) {
             raise(PyExc_OSError, "Invalid format in LB stats dump");
             return false;
         }
-        if (!append_dict(PyTuple_GetItem(lists, type), rest, kinds[type], keys[type]))
+        if (!append_dict(PyTuple_GetItem(lists, type), rest, entry_layouts[type], keys[type]))
             return false;
         rest = rest.from(length);
     }
@@ -179,11 +179,11 @@ struct Range {
     uint32_t first;
     uint32_t count;
 
-    bool is_within(uint32_t most) const { return first < most && first + count <= most; }
+    bool is_within(uint32_t limit) const { return first < limit && first + count <= limit; }
 
     // The count deliberately stays: the next call asks for as many from the new start. A dump that has finished names
     // an index that no range reaches.
-    void go_on(uint32_t next)
+    void advance(uint32_t next)
     {
         static_assert(lb_stats_finished == UINT32_MAX);
         if (next < first + count)
@@ -211,7 +211,7 @@ PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
     if (!lists)
         return nullptr;
 
-    Keys keys[std::size(kinds)];
+    Keys keys[std::size(entry_layouts)];
     const auto is_open = [&] { return ports.count != 0 || contexts.count != 0; };
     while (is_open()) {
         if (Qdp_DumpLBStats(switch_number, ports.first, ports.count, contexts.first, contexts.count, chunk.get(),
@@ -219,8 +219,8 @@ PyObject* PyQDP_DumpLBStats(PyObject*, PyObject* args)
             return raise(PyExc_OSError, "Failed to dump LB stats. Please see hostcore.log");
         if (!append_entries(lists.get(), *chunk, keys))
             return nullptr;
-        ports.go_on(chunk->next_port);
-        contexts.go_on(chunk->next_context);
+        ports.advance(chunk->next_port);
+        contexts.advance(chunk->next_context);
         if (is_open() && PyErr_CheckSignals() != 0)  // Ctrl-C ends a dump that the library never finishes
             return nullptr;
     }

@@ -3,7 +3,7 @@
 #include "core/bytes.h"
 #include "core/fail.h"
 #include "datapath/lb/lb.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/ports.h"
 #include "platform/qdp_control.h"
 
@@ -19,7 +19,7 @@ constexpr uint64_t packets_per_percent = 100'000;
 constexpr uint64_t packet_bytes = 64;
 
 // What a caller's tuple says, in its order.
-struct Load {
+struct TrafficArguments {
     uint32_t source_port;
     uint32_t source_queue;
     uint32_t destination_port;
@@ -28,15 +28,15 @@ struct Load {
 };
 
 // An item that is no integer leaves no exception behind.
-bool take_load(PyObject* object, Load& load)
+bool parse_arguments(PyObject* object, TrafficArguments& arguments)
 {
-    uint32_t* const numbers[] = {&load.source_port, &load.source_queue, &load.destination_port, &load.destination_queue,
-                                 &load.percent};
+    uint32_t* const numbers[] = {&arguments.source_port, &arguments.source_queue, &arguments.destination_port,
+                                 &arguments.destination_queue, &arguments.percent};
     const Py_ssize_t count = sizeof numbers / sizeof *numbers;
     if (!PyTuple_Check(object) || PyTuple_Size(object) != count)
         return false;
     for (Py_ssize_t i = 0; i < count; ++i)
-        if (!take_integer(PyTuple_GetItem(object, i), *numbers[i])) {
+        if (!parse_integer(PyTuple_GetItem(object, i), *numbers[i])) {
             PyErr_Clear();
             return false;
         }
@@ -68,26 +68,26 @@ LBDirection direction_between(const PortListEntry& source, const PortListEntry& 
 }
 
 // The traffic that a caller's tuple asks for. False when it is none between these ports.
-bool take_traffic(PyObject* object, const PortList& ports, LBTraffic& traffic)
+bool parse_traffic(PyObject* object, const PortList& ports, LBTraffic& traffic)
 {
-    Load load;
-    if (!take_load(object, load) || load.percent > max_load_percent || load.source_port >= ports.count ||
-        load.destination_port >= ports.count)
+    TrafficArguments arguments;
+    if (!parse_arguments(object, arguments) || arguments.percent > max_load_percent ||
+        arguments.source_port >= ports.count || arguments.destination_port >= ports.count)
         return false;
 
-    const PortListEntry source = port_at(ports, load.source_port);
-    const PortListEntry destination = port_at(ports, load.destination_port);
+    const PortListEntry source = port_at(ports, arguments.source_port);
+    const PortListEntry destination = port_at(ports, arguments.destination_port);
     if ((is_uplink(source) && is_uplink(destination)) ||
-        !names_queue(source, load.source_queue, source.num_tx_queues) ||
-        !names_queue(destination, load.destination_queue, destination.num_rx_queues))
+        !names_queue(source, arguments.source_queue, source.num_tx_queues) ||
+        !names_queue(destination, arguments.destination_queue, destination.num_rx_queues))
         return false;
 
     traffic.direction = direction_between(source, destination);
-    traffic.source_port = load.source_port;
-    traffic.source_queue = load.source_queue;
-    traffic.destination_port = load.destination_port;
-    traffic.destination_queue = load.destination_queue;
-    traffic.packet_rate = load.percent * packets_per_percent;
+    traffic.source_port = arguments.source_port;
+    traffic.source_queue = arguments.source_queue;
+    traffic.destination_port = arguments.destination_port;
+    traffic.destination_queue = arguments.destination_queue;
+    traffic.packet_rate = arguments.percent * packets_per_percent;
     traffic.byte_rate = traffic.packet_rate * packet_bytes;
     return true;
 }
@@ -116,7 +116,7 @@ PyObject* PyQDP_InjectLBTraffic(PyObject*, PyObject* args)
     const Py_ssize_t count = PyTuple_Size(loads);
     for (Py_ssize_t i = 0; i < count; ++i) {
         // What went out in earlier batches stays injected when this one is wrong.
-        if (!take_traffic(PyTuple_GetItem(loads, i), *ports, request->entries[request->count]))
+        if (!parse_traffic(PyTuple_GetItem(loads, i), *ports, request->entries[request->count]))
             return print_none_format("Invalid traffic format at traffic %d.\n\n", static_cast<int>(i));
         ++request->count;
 

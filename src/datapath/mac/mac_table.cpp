@@ -81,7 +81,7 @@ PyObject* PyQDP_Clear_Port_MACTable(PyObject*, PyObject* args)
     uint32_t switch_number, port;
     if (!PyArg_ParseTuple(args, "II", &switch_number, &port) || !is_switch(switch_number))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Clear_Port_MAC_Table(switch_number, port), cannot_clear);
+    return command_result(Qdp_Clear_Port_MAC_Table(switch_number, port), cannot_clear);
 }
 
 PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
@@ -89,7 +89,7 @@ PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
     uint32_t switch_number;
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Clear_Switch_MAC_Table(switch_number), cannot_clear);
+    return command_result(Qdp_Clear_Switch_MAC_Table(switch_number), cannot_clear);
 }
 
 PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
@@ -110,7 +110,7 @@ PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
     std::memcpy(mac, &address, sizeof mac);
     const char* refusal = operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
                                                          : "Failed to delete MAC entry.\n";
-    return commanded(Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)), refusal);
+    return command_result(Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)), refusal);
 }
 
 PyObject* PyQDP_Add_MAC_Entry(PyObject* module, PyObject* args)

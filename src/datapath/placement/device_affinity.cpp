@@ -37,7 +37,7 @@ PyObject* PyQDP_Set_Device_Affinity(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "sI", &device, &affinity))
         return print_none(invalid_parameter);
 
-    return commanded(Qdp_Set_Dev_Affinity(device, affinity), "ValueError: Failed to set device affinity.\n");
+    return command_result(Qdp_Set_Dev_Affinity(device, affinity), "ValueError: Failed to set device affinity.\n");
 }
 
 }  // namespace qdp

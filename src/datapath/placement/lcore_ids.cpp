@@ -14,7 +14,7 @@ bool fill_bits(PyObject* tuple, uint64_t bitmap)
     size_t position = 0;
     for (uint64_t left = bitmap; left != 0; left &= left - 1) {
         const auto lowest = static_cast<unsigned long>(std::countr_zero(left));
-        if (!set_tuple_item(tuple, position++, made(PyLong_FromUnsignedLong(lowest))))
+        if (!set_tuple_item(tuple, position++, object_or_error(PyLong_FromUnsignedLong(lowest))))
             return false;
     }
     return true;
@@ -33,7 +33,7 @@ PyObject* PyQDP_ListLCoreIDs(PyObject*, PyObject* args)
     if (Qdp_Get_LCore_ID_Bitmap(selector, &bitmap) != 0)
         return print_none("TypeError: Failed to get lcore ID bitmap.\n\n");
 
-    PyRef ids{made(PyTuple_New(bit_count(bitmap)))};
+    PyRef ids{object_or_error(PyTuple_New(bit_count(bitmap)))};
     const bool complete = ids && fill_bits(ids.get(), bitmap);
     return built_or_none(std::move(ids), complete);
 }

@@ -34,7 +34,7 @@ PyObject* PyQDP_CreatePortList(uint32_t count, const uint64_t* bitmap)
     const bool complete = fill_list(list.get(), length, [&](size_t) {
         const unsigned port = next_port(bitmap, from);
         from = port + 1;
-        return port < bitmap_ports ? made(PyLong_FromUnsignedLong(port)) : none();
+        return port < bitmap_ports ? object_or_error(PyLong_FromUnsignedLong(port)) : none();
     });
     return built_or_none(std::move(list), complete);
 }
@@ -46,6 +46,6 @@ PyObject* PyQDP_CreateVlanList(uint32_t count, const uint16_t* vlans)
     if (!list)
         return print_none(no_memory);
     const bool complete =
-        fill_list(list.get(), length, [&](size_t i) { return made(PyLong_FromUnsignedLong(vlans[i])); });
+        fill_list(list.get(), length, [&](size_t i) { return object_or_error(PyLong_FromUnsignedLong(vlans[i])); });
     return built_or_none(std::move(list), complete);
 }

@@ -1,5 +1,6 @@
 // A port's configuration: what it receives, its VLANs, its features and its metadata flow slots.
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 
 #include "core/arguments.h"
@@ -17,7 +18,7 @@ using R = PortConf;
 
 constexpr size_t text_bytes = 120;  // of every text that is formatted here
 
-PyObject* receive_flags(Bytes conf, const Field& field)
+PyObject* receive_flags_text(Bytes conf, const Field& field)
 {
     char text[text_bytes];
     FlagsToStr(static_cast<uint32_t>(conf.unsigned_at(field.where)), text, sizeof text);
@@ -63,14 +64,15 @@ PyObject* meta_flows(Bytes conf, const Field& field)
     return list.release();
 }
 
-constexpr Place feature(size_t byte, unsigned bit)
+constexpr Place feature(uint64_t mask)
 {
-    return bits(offsetof(R, features) + byte, bit, 1);
+    const auto bit = static_cast<unsigned>(std::countr_zero(mask));
+    return bits(offsetof(R, features) + bit / 8, bit % 8, 1);
 }
 
 constexpr auto conf_fields = fields<sizeof(R)>({
     {"portID", AT(R, port)},
-    {"flags", AT(R, receive_flags), receive_flags},
+    {"flags", AT(R, receive_flags), receive_flags_text},
     {"hwAddr", AT(R, mac), as_mac},
     {"untaggedVlanID", AT(R, untagged_vlan)},
     {"forgedMACAllowed", AT(R, forged_mac_allowed)},
@@ -79,43 +81,12 @@ constexpr auto conf_fields = fields<sizeof(R)>({
     {"mcastAddrList", AT(R, multicast_addresses), multicast_addresses},
     {"numTaggedVlanRanges", AT(R, num_vlan_ranges)},
     {"vlanRanges", AT(R, vlan_ranges), vlan_ranges},
-
-    {"KCP", feature(0, 0)},
-    {"MirrorIn", feature(0, 1)},
-    {"LRO", feature(0, 2)},
-    {"L2ForOverlay", feature(0, 3)},
-
-    {"LAT", feature(1, 0)},
-    {"Spoofguard", feature(1, 4)},
-    {"VDL2", feature(1, 5)},
-    {"TxL3", feature(1, 6)},
-
-    {"minFlowL3", feature(2, 0)},
-    {"SWL3", feature(2, 1)},
-    {"MirrorFilterIn", feature(2, 4)},
-    {"LTR", feature(2, 5)},
-    {"TxL4", feature(2, 6)},
-    {"IPFIX", feature(2, 7)},
-
-    {"SI", feature(3, 0)},
-    {"SWL4", feature(3, 1)},
-    {"DFW", feature(3, 2)},
-    {"DLB", feature(3, 3)},
-    {"HKZFW", feature(3, 4)},
-    {"minFlowL4", feature(3, 5)},
-    {"MirrorFilterOut", feature(3, 6)},
-
+});
+constexpr auto feature_fields = fields<sizeof(R)>(port_features, feature);
+constexpr auto meta_flow_fields = fields<sizeof(R)>({
     {"metaFlow", AT(R, meta_flows), meta_flows},
 });
-
-struct FlagName {
-    uint32_t flag;
-    const char* name;
-};
-constexpr FlagName receive_flag_names[] = {
-    {receive_unicast, "UNICAST "},     {receive_multicast, "MULTICAST "}, {receive_all_multicast, "ALLMULTI "},
-    {receive_broadcast, "BROADCAST "}, {receive_promiscuous, "PROMISC "}, {receive_ladrf, "USE_LADRF "},
-};
+constexpr auto port_conf_fields = joined<sizeof(R)>(joined<sizeof(R)>(conf_fields, feature_fields), meta_flow_fields);
 
 }  // namespace
 
@@ -133,7 +104,7 @@ PyObject* PyQDP_Get_Port_Conf(PyObject*, PyObject* args)
     if (Qdp_Get_Port_Conf(switch_number, port, record.get(), &size) != 0)
         return print_none("Failed to retrieve port conf.\n");
 
-    return dict_or_none(conf_fields, bytes_of(*record), no_memory);
+    return dict_or_none(port_conf_fields, bytes_of(*record), no_memory);
 }
 
 }  // namespace qdp
@@ -142,9 +113,9 @@ void FlagsToStr(uint32_t flags, char* out, uint32_t size)
 {
     std::snprintf(out, size, "%s", "");
     size_t end = 0;  // of the text; from the first name that is cut on, of the output
-    for (const auto& [flag, name] : qdp::receive_flag_names)
+    for (const auto& [name, flag] : receive_flags)
         if (flags & flag) {
-            const int needed = std::snprintf(out + end, size - end, "%s", name);
+            const int needed = std::snprintf(out + end, size - end, "%s ", name);
             end = std::min<size_t>(end + static_cast<size_t>(needed), size);
         }
 }

@@ -15,7 +15,7 @@ PyObject* command_port(PyObject* args, decltype(Qdp_Reset_Port) command, const c
     uint32_t switch_number, port, value;
     if (!PyArg_ParseTuple(args, "III", &switch_number, &port, &value) || !is_port(switch_number, port))
         return print_none(invalid_parameter);
-    return commanded(command(switch_number, port, value), refusal);
+    return command_result(command(switch_number, port, value), refusal);
 }
 
 constexpr Names<6> tx_type_names{{"None", "Single", "LAG", "SrcMAC", "All", "NoTeaming"}, "Unknown"};
@@ -30,9 +30,9 @@ PyObject* PyQDP_Migrate_Port(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const uint32_t status = Qdp_Migrate_Port(switch_number, port, values[0], values[1], values[2]);
-    if (status == status_balancer_is_automatic)
+    if (status == status_lb_is_automatic)
         print("Please disable automatic thread load balancing.\n\n");
-    return commanded(status, "Failed to migrate port.\n");
+    return command_result(status, "Failed to migrate port.\n");
 }
 
 PyObject* PyQDP_Unpin_Port(PyObject*, PyObject* args)
@@ -74,7 +74,8 @@ PyObject* PyQDP_Set_Uplink_MAC_Learn(PyObject*, PyObject* args)
     uint32_t switch_number, enable;
     if (!PyArg_ParseTuple(args, "II", &switch_number, &enable) || !is_switch(switch_number))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Set_Uplink_MAC_Learn(switch_number, enable != 0), "Failed to set uplink mac learn policy.\n");
+    return command_result(Qdp_Set_Uplink_MAC_Learn(switch_number, enable != 0),
+                          "Failed to set uplink mac learn policy.\n");
 }
 
 PyObject* PyQDP_Get_Panic_On_Tx_Hang(PyObject*, PyObject* args)

@@ -49,7 +49,7 @@ PyObject* PyQDP_Get_Flow_Stats(PyObject*, PyObject* args)
     uint32_t selector, value;
     PyObject* ids;
     Lcores lcores;
-    if (!PyArg_ParseTuple(args, "IOI", &selector, &ids, &value) || !take_lcores(ids, lcores))
+    if (!PyArg_ParseTuple(args, "IOI", &selector, &ids, &value) || !parse_lcores(ids, lcores))
         return print_none(invalid_parameter_blank_line);  // the doubled line break is deliberate
 
     const auto record = allocate<FlowStats>();

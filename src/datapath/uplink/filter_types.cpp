@@ -1,7 +1,7 @@
 // The receive filter classes that a switch supports: a setting of its host properties, else what the datapath says.
 #include "core/fail.h"
 #include "datapath/uplink/uplink.h"
-#include "platform/load_balancer.h"
+#include "platform/lb.h"
 #include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"
@@ -38,8 +38,8 @@ uint16_t filter_types(const char* alias)
 
     FilterTypesSetting setting{};  // stays empty when the host's is malformed
     // A property of an unknown version is deliberately reported as the load balancer's.
-    const Setting found = read_setting(id, filter_types_property, &setting, sizeof setting, load_balancer_property);
-    return found == Setting::absent ? datapath_filter_types(alias) : setting.mask;
+    const SettingStatus found = read_setting(id, filter_types_property, &setting, sizeof setting, lb_property);
+    return found == SettingStatus::absent ? datapath_filter_types(alias) : setting.mask;
 }
 
 }  // namespace

@@ -135,7 +135,7 @@ PyObject* PyQDP_Migrate_NetQ_Filter(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const uint32_t status = Qdp_Migrate_NetQ_Filter(switch_number, port, value);
-    if (status == status_balancer_is_automatic)
+    if (status == status_lb_is_automatic)
         print("Please disable automatic thread load balancing.\n\n");  // deliberately a blank line
     if (status != 0)
         return print_none_format("Failed to migrate filter of port %d.\n", static_cast<int>(port));

@@ -50,7 +50,7 @@ PyObject* PyQDP_Set_Uplink_Ring_Size(PyObject*, PyObject* args)
 
     const uint32_t status =
         DVSHCK_PortDataSet(switch_text, port_text, uplink_rings_key, &rings, sizeof rings, port_data_flags);
-    return commanded(status, "ValueError: Failed to set port property.\n");
+    return command_result(status, "ValueError: Failed to set port property.\n");
 }
 
 }  // namespace qdp

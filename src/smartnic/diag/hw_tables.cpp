@@ -19,7 +19,7 @@ PyObject* entry_size(Bytes descriptor, const Field& field)
 {
     const uint64_t table_bytes = descriptor.unsigned_at(field.where);
     const uint64_t num_entries = descriptor.unsigned_at(AT(D, num_entries));
-    return made(PyLong_FromUnsignedLong(num_entries == 0 ? 0 : table_bytes / num_entries));
+    return object_or_error(PyLong_FromUnsignedLong(num_entries == 0 ? 0 : table_bytes / num_entries));
 }
 
 constexpr auto descriptor_fields = fields<sizeof(D)>({
@@ -81,7 +81,7 @@ PyObject* PyQDP_P4CacheInvalidate(PyObject*, PyObject* args)
     TableRange range;
     if (!PyArg_ParseTuple(args, "III", &range.table, &range.first_index, &range.count))
         return print_none(invalid_parameter);
-    return commanded(Qdp_P4_Cache_Invalidate(&range, sizeof range), "Failed to perform cache invalidation\n");
+    return command_result(Qdp_P4_Cache_Invalidate(&range, sizeof range), "Failed to perform cache invalidation\n");
 }
 
 }  // namespace qdp

@@ -16,7 +16,7 @@ PyObject* PyQDP_HostPFSet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const P4HostPfs pfs{low_16(count), {low_16(pf_0), low_16(pf_1), low_16(pf_2), low_16(pf_3), 0}};
-    return commanded(send(P4Opcode::host_pf_set, pfs), "Failed to set host PFs\n");
+    return command_result(send(P4Opcode::host_pf_set, pfs), "Failed to set host PFs\n");
 }
 
 PyObject* PyQDP_HostPFGet(PyObject*, PyObject*)
@@ -30,8 +30,8 @@ PyObject* PyQDP_HostPFGet(PyObject*, PyObject*)
     PyRef list{PyList_New(pfs.count)};
     if (!list)
         return print_none(no_buffer);
-    const bool complete =
-        fill_list(list.get(), pfs.count, [&](size_t pf) { return made(PyLong_FromUnsignedLong(pfs.lifs[pf])); });
+    const bool complete = fill_list(list.get(), pfs.count,
+                                    [&](size_t pf) { return object_or_error(PyLong_FromUnsignedLong(pfs.lifs[pf])); });
     return built_or_none(std::move(list), complete);
 }
 

@@ -47,7 +47,7 @@ PyObject* PyQDP_LifPortCreate(PyObject*, PyObject* args)
         .flags = lif_flags(flow_key_type, fwd_mode, is_mux_pf),
         .status = low_16(status),
     };
-    return commanded(send(P4Opcode::lif_port_create, port), "Failed to create/update the lif port\n");
+    return command_result(send(P4Opcode::lif_port_create, port), "Failed to create/update the lif port\n");
 }
 
 PyObject* PyQDP_LifPortUpdate(PyObject*, PyObject* args)
@@ -58,7 +58,7 @@ PyObject* PyQDP_LifPortUpdate(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const P4LifUpdate update{low_16(lif), low_8(flow_key_type), low_8(is_mux_pf), low_8(fwd_mode), 0};
-    return commanded(send(P4Opcode::lif_port_update, update), "Failed to update the lif port\n");
+    return command_result(send(P4Opcode::lif_port_update, update), "Failed to update the lif port\n");
 }
 
 PyObject* PyQDP_LifPortList(PyObject*, PyObject* args)

@@ -29,8 +29,8 @@ PyObject* PyQDP_PortUpdate(PyObject*, PyObject* args)
         default_vlan >= max_default_vlans)
         return print_none(invalid_parameter);
 
-    return commanded(send(P4Opcode::port_update, P4PortUpdate{low_16(port), low_16(default_vlan)}),
-                     "Failed to update the defaultVLAN of a port\n");
+    return command_result(send(P4Opcode::port_update, P4PortUpdate{low_16(port), low_16(default_vlan)}),
+                          "Failed to update the defaultVLAN of a port\n");
 }
 
 PyObject* PyQDP_PortDelete(PyObject*, PyObject* args)
@@ -39,7 +39,7 @@ PyObject* PyQDP_PortDelete(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &port) || port >= max_p4_ports)
         return print_none(invalid_parameter);
 
-    return commanded(send(P4Opcode::port_delete, P4PortDelete{low_16(port)}), "Failed to delete a port\n");
+    return command_result(send(P4Opcode::port_delete, P4PortDelete{low_16(port)}), "Failed to delete a port\n");
 }
 
 PyObject* PyQDP_PortList(PyObject*, PyObject* args)

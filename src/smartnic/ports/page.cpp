@@ -9,9 +9,9 @@ PyObject* page_object(PageKeys keys, uint32_t count, uint32_t next, Fields field
     if (!page)
         return print_none(no_buffer);
 
-    const PyRef list{made(PyList_New(count))};
+    const PyRef list{object_or_error(PyList_New(count))};
     const bool complete = list && set_dict_item(page.get(), keys.list, new_reference(list.get()).release()) &&
-                          set_dict_item(page.get(), keys.next, made(PyLong_FromUnsignedLong(next))) &&
+                          set_dict_item(page.get(), keys.next, object_or_error(PyLong_FromUnsignedLong(next))) &&
                           fill_dicts(list.get(), count, fields, entries);
     return built_or_none(std::move(page), complete);
 }

@@ -43,7 +43,7 @@ PyObject* PyQDP_VlanPortCreate(PyObject*, PyObject* args)
         .flags = 0,
         .status = low_16(status),
     };
-    return commanded(send(P4Opcode::vlan_port_create, port), "Failed to create/update the mux vlan port\n");
+    return command_result(send(P4Opcode::vlan_port_create, port), "Failed to create/update the mux vlan port\n");
 }
 
 PyObject* PyQDP_VlanPortUpdate(PyObject*, PyObject* args)
@@ -53,8 +53,8 @@ PyObject* PyQDP_VlanPortUpdate(PyObject*, PyObject* args)
         flow_key_type >= max_flow_key_types)
         return print_none(invalid_parameter);
 
-    return commanded(send(P4Opcode::vlan_port_update, P4VlanPortUpdate{low_16(mux_vlan), low_8(flow_key_type), 0}),
-                     "Failed to update mux vlan based port\n");
+    return command_result(send(P4Opcode::vlan_port_update, P4VlanPortUpdate{low_16(mux_vlan), low_8(flow_key_type), 0}),
+                          "Failed to update mux vlan based port\n");
 }
 
 // The start index has its own, wider bound, deliberately.

@@ -23,7 +23,7 @@ PyObject* PyQDP_Set_Aging_Interval(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "II", &selector, &interval))
         return print_none(invalid_parameter);
 
-    return commanded(Qdp_SetAgingInterval(selector, interval), "Failed to set aging interval\n");
+    return command_result(Qdp_SetAgingInterval(selector, interval), "Failed to set aging interval\n");
 }
 
 }  // namespace qdp

@@ -24,7 +24,7 @@ PyObject* PyQDP_DSCPConfSet(PyObject*, PyObject* args)
         return print_none(invalid_parameter);
 
     const DscpConfig config{selector, low_8(dscp), low_8(mask)};
-    return commanded(Qdp_DSCP_Conf_Set(&config, sizeof config), "Failed to set DSCP conf\n");
+    return command_result(Qdp_DSCP_Conf_Set(&config, sizeof config), "Failed to set DSCP conf\n");
 }
 
 PyObject* PyQDP_DSCPConfGet(PyObject*, PyObject*)

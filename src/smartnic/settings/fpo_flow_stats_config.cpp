@@ -28,7 +28,7 @@ PyObject* PyQDP_Set_FPO_Flow_Stats_Config(PyObject*, PyObject* args)
         config.interval = interval;
     if (scan_quota != keep_current)
         config.scan_quota = scan_quota;
-    return commanded(Qdp_Set_FPO_Flow_Stats_Config(&config), "Failed to set FPO flow stats update config\n");
+    return command_result(Qdp_Set_FPO_Flow_Stats_Config(&config), "Failed to set FPO flow stats update config\n");
 }
 
 }  // namespace qdp

@@ -45,7 +45,8 @@ PyObject* PyQDP_SetOffloadICMPEcho(PyObject*, PyObject* args)
     uint32_t is_enabled;
     if (!PyArg_ParseTuple(args, "I", &is_enabled))
         return print_none(invalid_parameter);
-    return commanded(Qdp_Set_Offload_ICMP_Echo(is_enabled), "OSError: Failed to issue FPO offload ICMP Echo command\n");
+    return command_result(Qdp_Set_Offload_ICMP_Echo(is_enabled),
+                          "OSError: Failed to issue FPO offload ICMP Echo command\n");
 }
 
 PyObject* PyQDP_GetOffloadICMPEcho(PyObject*, PyObject*)

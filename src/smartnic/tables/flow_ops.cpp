@@ -23,7 +23,7 @@ PyObject* list_of_levels(Bytes entry, const Field& field)
 {
     return list_of(levels, [&](size_t level) {
         const size_t offset = field.where.offset + level * sizeof(int64_t);
-        return made(PyLong_FromLong(entry.load<int64_t>(offset)));
+        return object_or_error(PyLong_FromLong(entry.load<int64_t>(offset)));
     });
 }
 

@@ -3,13 +3,27 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+
+#include "platform/named_value.h"
 
 enum class LBMetric : uint32_t { none = 0, cpu = 1, count = 2 };
 
-inline constexpr uint32_t lb_parameters = 10;
+inline constexpr NamedValue lb_metrics[] = {
+    {"none", static_cast<uint64_t>(LBMetric::none)},
+    {"cpu", static_cast<uint64_t>(LBMetric::cpu)},
+    {"count", static_cast<uint64_t>(LBMetric::count)},
+};
 
-// The host property that keeps a switch's balancing metric, and its value.
-inline constexpr char load_balancer_property[] = "com.tarnix.wyx.qdp.loadbal";
+// The names of the parameters, by their ids.
+inline constexpr const char* lb_parameter_names[] = {
+    "run_in_msec",          "cpuload_high", "cpuload_low",      "cpuload_target",      "cpuload_high_per_unit",
+    "cpuload_low_per_unit", "min_v2v_pps",  "min_v2v_pps_bind", "pps_var_sensitivity", "cpu_var_sensitivity",
+};
+inline constexpr uint32_t lb_parameters = std::size(lb_parameter_names);
+
+// The host property that keeps a switch's load balancing metric, and its value.
+inline constexpr char lb_property[] = "com.tarnix.wyx.qdp.loadbal";
 
 struct LBSettings {
     uint32_t version;
@@ -19,7 +33,7 @@ struct LBSettings {
 static_assert(offsetof(LBSettings, metric) == 4);
 static_assert(sizeof(LBSettings) == 24);
 
-// What the balancer of a switch works with at present.
+// What the load balancer of a switch works with at present.
 struct LBParameters {
     uint32_t metric;
     uint32_t reserved;

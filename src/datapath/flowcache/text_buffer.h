@@ -16,7 +16,7 @@ struct Hex {
 
 // What does not fit is cut, and the text is full then. Written without printf, which would take three quarters of the
 // time of a flow dump.
-struct CutText {
+struct TextBuffer {
     char* cursor;
     char* end;
 
@@ -24,27 +24,27 @@ struct CutText {
     size_t room() const { return is_full() ? 0 : static_cast<size_t>(end - cursor); }
 
     // Takes a piece that has been written at the cursor; its length is that of the uncut piece, as snprintf tells it.
-    int written(int length)
+    int advance(int length)
     {
-        const auto advance = static_cast<size_t>(length);
-        cursor = advance < room() ? cursor + advance : end;
+        const auto bytes = static_cast<size_t>(length);
+        cursor = bytes < room() ? cursor + bytes : end;
         return length;
     }
 
-    [[gnu::noinline]] CutText& operator<<(std::string_view piece)
+    [[gnu::noinline]] TextBuffer& operator<<(std::string_view piece)
     {
         if (is_full())
             return *this;
         const size_t fitting = std::min(piece.size(), room() - 1);
         std::memcpy(cursor, piece.data(), fitting);
         cursor[fitting] = '\0';
-        written(static_cast<int>(piece.size()));
+        advance(static_cast<int>(piece.size()));
         return *this;
     }
 
     // A short literal that fits is copied without a call.
     template <size_t size>
-    requires(size <= 18) [[gnu::always_inline]] CutText& operator<<(const char (&literal)[size])
+    requires(size <= 18) [[gnu::always_inline]] TextBuffer& operator<<(const char (&literal)[size])
     {
         if (static_cast<size_t>(end - cursor) <= size) [[unlikely]]
             return *this << std::string_view{literal, size - 1};
@@ -53,8 +53,8 @@ struct CutText {
         return *this;
     }
 
-    CutText& operator<<(uint64_t number) { return write_digits(number, 10); }
-    CutText& operator<<(Hex hex)
+    TextBuffer& operator<<(uint64_t number) { return write_digits(number, 10); }
+    TextBuffer& operator<<(Hex hex)
     {
         if (hex.number != 0)
             *this << "0x";
@@ -74,19 +74,19 @@ struct CutText {
     }
 
 private:
-    static constexpr size_t most_digits = 20;
+    static constexpr size_t max_digits = 20;
     static constexpr size_t column_bytes = 16;  // of the widest column and of the longest number
 
-    [[gnu::noinline]] CutText& write_digits(uint64_t number, int base)
+    [[gnu::noinline]] TextBuffer& write_digits(uint64_t number, int base)
     {
-        char cut[most_digits];
-        char* digits = room() > most_digits ? cursor : cut;
-        const char* last = std::to_chars(digits, digits + most_digits, number, base).ptr;
+        char cut[max_digits];
+        char* digits = room() > max_digits ? cursor : cut;
+        const char* last = std::to_chars(digits, digits + max_digits, number, base).ptr;
         return take(digits, static_cast<size_t>(last - digits));
     }
 
     // Takes a piece that lies at the cursor already, with room behind it, or elsewhere because it may not fit.
-    CutText& take(const char* piece, size_t length)
+    TextBuffer& take(const char* piece, size_t length)
     {
         if (piece != cursor)
             return *this << std::string_view{piece, length};
