@@ -2,39 +2,39 @@
 // one that nothing uses is all zeros; by key an entry may be absent.
 #pragma once
 
-#include "host/state/hardware_entries.h"
 #include "host/state/host.h"
+#include "platform/p4_entries.h"
 
 namespace host::hardware {
 
 // --- Ports and VLANs (hardware_port_entries.cpp) ---
 
-InputEntry input(const Host& host, uint32_t lif);
-OutputEntry output(const Host& host, uint32_t port);
-MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan);
-L2SegmentEntry l2_segment(const Host& host, uint32_t segment);
-std::optional<VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key);
-std::optional<RegisteredMacEntry> registered_mac(const Host& host, const P4RegisteredMacKey& key);
-DscpEntry dscp(const Host& host);
-UplinkMapEntry uplink_map(const Host& host);
+P4InputEntry input(const Host& host, uint32_t lif);
+P4OutputEntry output(const Host& host, uint32_t port);
+P4MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan);
+P4L2SegmentEntry l2_segment(const Host& host, uint32_t segment);
+std::optional<P4VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key);
+std::optional<P4RegisteredMacEntry> registered_mac(const Host& host, const P4RegisteredMacKey& key);
+P4DscpEntry dscp(const Host& host);
+P4UplinkMapEntry uplink_map(const Host& host);
 
 // --- Tunnels and mirrors (hardware_tunnel_entries.cpp) ---
 
-MirrorEntry mirror(const Host& host, uint32_t index);
-MirrorL3Entry mirror_l3(const Host& host, uint32_t index);
-TunnelRewriteEntry tunnel_rewrite(const Host& host, uint32_t record);
-std::optional<TunnelTerminationEntry> tunnel_termination(const Host& host, const P4TunnelTerminationKey& key);
-std::optional<TunnelSaEntry> tunnel_sa(const Host& host, const P4TunnelSaKey& key);
+P4MirrorEntry mirror(const Host& host, uint32_t index);
+P4MirrorL3Entry mirror_l3(const Host& host, uint32_t index);
+P4TunnelRewriteEntry tunnel_rewrite(const Host& host, uint32_t record);
+std::optional<P4TunnelTerminationEntry> tunnel_termination(const Host& host, const P4TunnelTerminationKey& key);
+std::optional<P4TunnelSaEntry> tunnel_sa(const Host& host, const P4TunnelSaKey& key);
 
 // --- Flows (hardware_flow_entries.cpp) ---
 
-IpfixEntry ipfix(const Host& host, uint32_t record);
-CtCountersEntry ct_counters(const Host& host, uint32_t port);
-CtStateEntry ct_state(const Host& host, uint32_t record);
-std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key);
-FlowRewriteEntry flow_rewrite(const Host& host, uint32_t flow);
-FlowInfoEntry flow_info(const Host& host, uint32_t flow);
-FlowOperationsEntry flow_operations(const Host& host);
+P4IpfixEntry ipfix(const Host& host, uint32_t record);
+P4CtCountersEntry ct_counters(const Host& host, uint32_t port);
+P4CtStateEntry ct_state(const Host& host, uint32_t record);
+std::optional<P4FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key);
+P4FlowRewriteEntry flow_rewrite(const Host& host, uint32_t flow);
+P4FlowInfoEntry flow_info(const Host& host, uint32_t flow);
+P4FlowOperationsEntry flow_operations(const Host& host);
 
 // --- Shared ---
 

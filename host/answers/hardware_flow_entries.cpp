@@ -94,40 +94,40 @@ void store_address(uint8_t (&out)[16], const Address& address)
         std::memcpy(out, words, sizeof words);
 }
 
-IpfixEntry ipfix(const Host& host, uint32_t record)
+P4IpfixEntry ipfix(const Host& host, uint32_t record)
 {
     const FlowCounters counters = flow_counters(host, record);
     return {counters.packets, counters.bytes, counters.tcp_flags, {}};
 }
 
 // The same counters as of the port's connection tracking: first what is sent, then what is received.
-CtCountersEntry ct_counters(const Host& host, uint32_t port)
+P4CtCountersEntry ct_counters(const Host& host, uint32_t port)
 {
     const P4ConntrackCounters counters = conntrack_counters(host, port);
     return {{{counters.tx_pass_bytes, counters.tx_pass_packets, counters.tx_drop_bytes, counters.tx_drop_packets},
              {counters.rx_pass_bytes, counters.rx_pass_packets, counters.rx_drop_bytes, counters.rx_drop_packets}}};
 }
 
-CtStateEntry ct_state(const Host& host, uint32_t record)
+P4CtStateEntry ct_state(const Host& host, uint32_t record)
 {
     const auto [source, destination, software_state, is_logged] = connection(host, record);
-    CtStateEntry entry{};
+    P4CtStateEntry entry{};
     entry.source_sequence_low = source.lowest_sequence;
     entry.source_sequence_high = source.highest_sequence;
     entry.source_window = source.max_window;
-    entry.source_state = source.state & 15;
-    entry.source_window_scale = source.window_scale & 15;
+    entry.state.set(entry.source_state_and_scale, source.state);
+    entry.window_scale.set(entry.source_state_and_scale, source.window_scale);
     entry.destination_sequence_low = destination.lowest_sequence;
     entry.destination_sequence_high = destination.highest_sequence;
     entry.destination_window = destination.max_window;
-    entry.destination_state = destination.state & 15;
-    entry.destination_window_scale = destination.window_scale & 15;
+    entry.state.set(entry.destination_state_and_scale, destination.state);
+    entry.window_scale.set(entry.destination_state_and_scale, destination.window_scale);
     entry.software_state = software_state;
-    entry.is_logged = is_logged;
+    entry.is_logged.set(entry.flags, is_logged);
     return entry;
 }
 
-std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
+std::optional<P4FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
 {
     // Most flows differ in an address already, which is cheaper to see than to make their keys.
     const auto is_mac = [](const uint8_t(&mac)[mac_bytes], const MacAddress& wanted) {
@@ -139,23 +139,23 @@ std::optional<FlowKeyEntry> flow_key(const Host& host, const P4FlowKey& key)
     for (uint32_t lcore = 0; lcore < max_lcores; ++lcore)
         for (const Flow& flow : host.flowcache.of(lcore))
             if (is_in_pipeline(flow) && may_be(flow) && same_key(key_of(host, flow), key))
-                return FlowKeyEntry{flow.offload->hardware_index};
+                return P4FlowKeyEntry{flow.offload->hardware_index};
     return std::nullopt;
 }
 
-FlowRewriteEntry flow_rewrite(const Host& host, uint32_t index)
+P4FlowRewriteEntry flow_rewrite(const Host& host, uint32_t index)
 {
-    FlowRewriteEntry entry{};
+    P4FlowRewriteEntry entry{};
     const Flow* flow = host.flowcache.offloaded(index);
     if (!flow)
         return entry;
-    entry.vlan_push = has(*flow, FlowAction::guest_vlan_insert);
-    entry.vlan_set = has(*flow, FlowAction::output_vlan);
-    entry.vlan = flow->actions.output_vlan & 0xfff;
-    entry.route = has(*flow, FlowAction::routing);
-    entry.hops = entry.route;
+    entry.vlan_push.set(entry.flags, has(*flow, FlowAction::guest_vlan_insert));
+    entry.vlan_set.set(entry.flags, has(*flow, FlowAction::output_vlan));
+    entry.vlan.set(entry.vlans, flow->actions.output_vlan);
+    entry.route.set(entry.flags, has(*flow, FlowAction::routing));
+    entry.hops.set(entry.flags, has(*flow, FlowAction::routing));
     if (tunnel_of(host, *flow)) {
-        entry.vni = flow->actions.vni & 0xffffff;
+        entry.vni.set(entry.encapsulation, flow->actions.vni);
         entry.outer_source_port = static_cast<uint16_t>(first_outer_port | (index & 0xfff));
     }
     std::ranges::copy(flow->packets.source_mac, entry.source_mac);
@@ -165,9 +165,9 @@ FlowRewriteEntry flow_rewrite(const Host& host, uint32_t index)
 }
 
 // Both directions count packets and track connections; of a dropped flow only what comes in is counted.
-FlowInfoEntry flow_info(const Host& host, uint32_t index)
+P4FlowInfoEntry flow_info(const Host& host, uint32_t index)
 {
-    FlowInfoEntry entry{};
+    P4FlowInfoEntry entry{};
     const Flow* flow = host.flowcache.offloaded(index);
     if (!flow)
         return entry;
@@ -182,38 +182,39 @@ FlowInfoEntry flow_info(const Host& host, uint32_t index)
     entry.seconds = static_cast<uint32_t>(host.clock.counter_value(1));
     entry.source_tag = tag_of(from);
     entry.destination_tag = tag_of(to);
-    entry.is_routed = has(*flow, FlowAction::routing);
-    entry.checks_ttl = entry.is_routed;
-    entry.hops = entry.is_routed;
-    entry.decap = is_decapsulated(*flow);
+    entry.is_routed.set(entry.flags, has(*flow, FlowAction::routing));
+    entry.checks_ttl.set(entry.flags, has(*flow, FlowAction::routing));
+    entry.hops.set(entry.flags, has(*flow, FlowAction::routing));
+    entry.decap.set(entry.flags, is_decapsulated(*flow));
     if (const Tunnel* tunnel = tunnel_of(host, *flow)) {
-        entry.encap = 1;
+        entry.encap.set(entry.flags, 1);
         entry.tunnel = tunnel->record;
     }
-    entry.drop = is_dropped(*flow);
-    entry.from_uplink = from_uplink.has_value();
-    entry.source_uplink = from_uplink.value_or(0) & 3;
-    entry.to_uplink = to_uplink.has_value();
-    entry.destination_uplink = to_uplink.value_or(0) & 3;
+    entry.drop.set(entry.flags, is_dropped(*flow));
+    entry.from_uplink.set(entry.flags, from_uplink.has_value());
+    entry.source_uplink.set(entry.flags, from_uplink.value_or(0));
+    entry.to_uplink.set(entry.flags, to_uplink.has_value());
+    entry.destination_uplink.set(entry.flags, to_uplink.value_or(0));
     entry.ingress_mirrors = flow->actions.ingress_mirror;
     entry.egress_mirrors = flow->actions.egress_mirror;
 
-    entry.has_ingress_ct = entry.has_egress_ct = is_tracked(*flow);
+    entry.has_ingress_ct.set(entry.flags, is_tracked(*flow));
+    entry.has_egress_ct.set(entry.flags, is_tracked(*flow));
     entry.ingress_ct = entry.egress_ct = is_tracked(*flow) ? record : 0;
     entry.ingress_ct_counters = from;
     entry.egress_ct_counters = to;
-    entry.has_ingress_ipfix = 1;
+    entry.has_ingress_ipfix.set(entry.flags, 1);
     entry.ingress_ipfix = record;
-    entry.has_egress_ipfix = !entry.drop;
-    entry.egress_ipfix = entry.drop ? 0 : record;
+    entry.has_egress_ipfix.set(entry.flags, !is_dropped(*flow));
+    entry.egress_ipfix = is_dropped(*flow) ? 0 : record;
     return entry;
 }
 
 // Flows come and go; those of the tables stay.
-FlowOperationsEntry flow_operations(const Host& host)
+P4FlowOperationsEntry flow_operations(const Host& host)
 {
     const uint64_t gone = host.clock.counter_value(host.pipeline.operations.inserts);
-    FlowOperationsEntry entry{};
+    P4FlowOperationsEntry entry{};
     entry.entries = host.flowcache.num_offloaded();
     entry.removes = entry.remove_calls = entry.removes_by_level[0] = gone;
     entry.inserts = entry.insert_calls = gone + entry.entries;

@@ -25,9 +25,9 @@ bool has_ports(const Host& host, uint32_t vlan)
 
 }  // namespace
 
-InputEntry input(const Host& host, uint32_t number)
+P4InputEntry input(const Host& host, uint32_t number)
 {
-    InputEntry entry{};
+    P4InputEntry entry{};
     const P4LifPort* lif = host.smartnic.lif(number);
     const auto port = lif ? host.smartnic.output_port(lif->source_port) : std::nullopt;
     if (!port)
@@ -39,19 +39,20 @@ InputEntry input(const Host& host, uint32_t number)
     entry.representor_port = lif->rep_port;
     entry.source_tag = port->tag;
     entry.l2_segment = segment_of(*port);
-    entry.flow_key_type = lif_flow_key_type.unpacked(lif->flags) & 7;
-    entry.forwarding_mode = lif_fwd_mode.unpacked(lif->flags) & 7;
-    entry.is_uplink = lif->type == uplink_lif;
-    entry.is_host_port_valid = !entry.is_uplink;
-    if (!entry.is_uplink && !uplinks.empty())
+    entry.flow_key_type.set(entry.flags, lif_flow_key_type.unpacked(lif->flags));
+    entry.forwarding_mode.set(entry.flags, lif_fwd_mode.unpacked(lif->flags));
+    const bool is_uplink = lif->type == uplink_lif;
+    entry.is_uplink.set(entry.flags, is_uplink);
+    entry.is_host_port_valid.set(entry.flags, !is_uplink);
+    if (!is_uplink && !uplinks.empty())
         entry.pinned_port = uplinks[number % uplinks.size()].destination_port;
     return entry;
 }
 
 // A setting of the switch's port behind it counts here too.
-OutputEntry output(const Host& host, uint32_t number)
+P4OutputEntry output(const Host& host, uint32_t number)
 {
-    OutputEntry entry{};
+    P4OutputEntry entry{};
     const auto port = host.smartnic.output_port(number);
     if (!port)
         return entry;
@@ -59,13 +60,13 @@ OutputEntry output(const Host& host, uint32_t number)
     entry.port = port->destination_port;
     entry.lif = port->lif;
     entry.destination_tag = port->tag;
-    entry.vlan_strip = !is_uplink;
-    entry.vlan_push = is_uplink;
-    entry.rss_inner = !is_uplink;
+    entry.vlan_strip.set(entry.flags, !is_uplink);
+    entry.vlan_push.set(entry.flags, is_uplink);
+    entry.rss_inner.set(entry.flags, !is_uplink);
     entry.application = is_uplink ? 0 : classic_nic;
     (is_uplink ? entry.pushed_vlan : entry.access_vlan) = port->default_vlan;
     if (is_uplink) {
-        entry.egress_port_count = 1;
+        entry.num_egress_ports.set(entry.flags, 1);
         entry.egress_ports[0] = static_cast<uint8_t>(port->destination_port);
     }
     const auto fc_port = host.smartnic.fc_ports.find(number);
@@ -77,9 +78,9 @@ OutputEntry output(const Host& host, uint32_t number)
     return entry;
 }
 
-MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan)
+P4MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan)
 {
-    MuxVlanEntry entry{};
+    P4MuxVlanEntry entry{};
     const P4VlanPort* port = host.smartnic.vlan_port(vlan);
     if (!port)
         return entry;
@@ -89,31 +90,31 @@ MuxVlanEntry mux_vlan(const Host& host, uint32_t vlan)
     entry.source_port = port->source_port;
     entry.source_tag = tag_of(port->source_port);
     entry.representor_port = port->rep_port;
-    entry.flow_key_type = port->flow_key_type & 7;
-    entry.valid = 1;
+    entry.flow_key_type.set(entry.flags, port->flow_key_type);
+    entry.is_valid.set(entry.flags, 1);
     return entry;
 }
 
-L2SegmentEntry l2_segment(const Host& host, uint32_t segment)
+P4L2SegmentEntry l2_segment(const Host& host, uint32_t segment)
 {
-    L2SegmentEntry entry{};
+    P4L2SegmentEntry entry{};
     if (segment >= first_segment && has_ports(host, segment - first_segment)) {
-        entry.host_receives_unknown_multicast = 1;
-        entry.host_receives_broadcast = 1;
+        entry.host_receives_unknown_multicast.set(entry.flags, 1);
+        entry.host_receives_broadcast.set(entry.flags, 1);
         entry.replication = static_cast<uint16_t>(segment - first_segment);
     }
     return entry;
 }
 
-std::optional<VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key)
+std::optional<P4VlanMapEntry> vlan_map(const Host& host, const P4VlanMapKey& key)
 {
     if (!has_ports(host, key.vlan) || key.qualifier != 0)
         return std::nullopt;
-    return VlanMapEntry{1, static_cast<uint16_t>(first_segment + key.vlan)};
+    return P4VlanMapEntry{1, static_cast<uint16_t>(first_segment + key.vlan)};
 }
 
 // The MAC address of a switch's port is registered in the segment of the port before it.
-std::optional<RegisteredMacEntry> registered_mac(const Host& host, const P4RegisteredMacKey& key)
+std::optional<P4RegisteredMacEntry> registered_mac(const Host& host, const P4RegisteredMacKey& key)
 {
     const auto owner = std::ranges::find_if(host.switches, [&](const Switch& each) {
         return each.entry && each.entry->switch_number == host.smartnic.uplink_switch;
@@ -127,19 +128,19 @@ std::optional<RegisteredMacEntry> registered_mac(const Host& host, const P4Regis
         const auto port =
             std::ranges::find(owner->ports, fc_port->second, [](const Port& each) { return each.entry.port; });
         if (port != owner->ports.end() && std::equal(std::rbegin(port->entry.mac), std::rend(port->entry.mac), key.mac))
-            return RegisteredMacEntry{row.destination_port, 0, 0, row.lif};
+            return P4RegisteredMacEntry{row.destination_port, 0, row.lif};
     }
     return std::nullopt;
 }
 
-DscpEntry dscp(const Host&)
+P4DscpEntry dscp(const Host&)
 {
     return {0xfc, expedited, 0xfc, expedited};
 }
 
-UplinkMapEntry uplink_map(const Host& host)
+P4UplinkMapEntry uplink_map(const Host& host)
 {
-    UplinkMapEntry entry{};
+    P4UplinkMapEntry entry{};
     size_t count = 0;
     for (const P4OutputPort& uplink : host.smartnic.uplinks())
         if (count < std::size(entry.ports)) {

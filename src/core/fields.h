@@ -20,6 +20,7 @@
 
 #include "core/bytes.h"
 #include "core/python.h"
+#include "platform/bit_field.h"
 #include "platform/limits.h"
 #include "platform/named_value.h"
 
@@ -53,6 +54,12 @@ constexpr Place member_at(size_t offset)
 }
 
 #define AT(Record, member) ::qdp::member_at<std::remove_reference_t<decltype(Record::member)>>(offsetof(Record, member))
+
+// The bits of a member that holds several fields.
+constexpr Place bits(const Place& word, BitField field)
+{
+    return bits(word.offset, field.lowest, field.count);
+}
 
 // The low 32 bits of a 64-bit member: counters that are reported modulo 2^32.
 constexpr Place low_32(Place where)

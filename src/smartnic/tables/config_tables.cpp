@@ -6,23 +6,24 @@ namespace qdp {
 
 namespace {
 
+using D = P4DscpEntry;
 constexpr auto dscp = table<P4Table::dscp>({
-    {"ipv4DscpMask", bytes(0, 1)},
-    {"ipv4DscpValue", bytes(1, 1)},
-    {"ipv6DscpMask", bytes(2, 1)},
-    {"ipv6DscpValue", bytes(3, 1)},
+    {"ipv4DscpMask", AT(D, ipv4_mask)},
+    {"ipv4DscpValue", AT(D, ipv4_value)},
+    {"ipv6DscpMask", AT(D, ipv6_mask)},
+    {"ipv6DscpValue", AT(D, ipv6_value)},
 });
 
-// The entry holds all ports first, then all tags.
+using U = P4UplinkMapEntry;
 constexpr auto uplink_map = table<P4Table::uplink_map>({
-    {"lport0", bytes(0, 2)},
-    {"lport0_tag", bytes(8, 2)},
-    {"lport1", bytes(2, 2)},
-    {"lport1_tag", bytes(10, 2)},
-    {"lport2", bytes(4, 2)},
-    {"lport2_tag", bytes(12, 2)},
-    {"lport3", bytes(6, 2)},
-    {"lport3_tag", bytes(14, 2)},
+    {"lport0", AT(U, ports[0])},
+    {"lport0_tag", AT(U, tags[0])},
+    {"lport1", AT(U, ports[1])},
+    {"lport1_tag", AT(U, tags[1])},
+    {"lport2", AT(U, ports[2])},
+    {"lport2_tag", AT(U, tags[2])},
+    {"lport3", AT(U, ports[3])},
+    {"lport3_tag", AT(U, tags[3])},
 });
 
 }  // namespace

@@ -6,38 +6,40 @@ namespace qdp {
 
 namespace {
 
+using I = P4IpfixEntry;
 constexpr auto ipfix = table<P4Table::ipfix>({
-    {"pkts", bytes(0, 8), as_signed},
-    {"bytes", bytes(8, 8), as_signed},
-    {"tcpFlags", bytes(16, 1)},
+    {"pkts", AT(I, packets), as_signed},
+    {"bytes", AT(I, bytes), as_signed},
+    {"tcpFlags", AT(I, tcp_flags)},
 });
 
+using C = P4CtCountersEntry;
 constexpr auto ct_counters = table<P4Table::ct_counters>({
-    {"passBytes0", bytes(0, 8), as_signed},
-    {"passPkts0", bytes(8, 8), as_signed},
-    {"dropBytes0", bytes(16, 8), as_signed},
-    {"dropPkts0", bytes(24, 8), as_signed},
-    {"passBytes1", bytes(32, 8), as_signed},
-    {"passPkts1", bytes(40, 8), as_signed},
-    {"dropBytes1", bytes(48, 8), as_signed},
-    {"dropPkts1", bytes(56, 8), as_signed},
+    {"passBytes0", AT(C, sets[0].pass_bytes), as_signed},
+    {"passPkts0", AT(C, sets[0].pass_packets), as_signed},
+    {"dropBytes0", AT(C, sets[0].drop_bytes), as_signed},
+    {"dropPkts0", AT(C, sets[0].drop_packets), as_signed},
+    {"passBytes1", AT(C, sets[1].pass_bytes), as_signed},
+    {"passPkts1", AT(C, sets[1].pass_packets), as_signed},
+    {"dropBytes1", AT(C, sets[1].drop_bytes), as_signed},
+    {"dropPkts1", AT(C, sets[1].drop_packets), as_signed},
 });
 
-// States and window scales of both ends lie together in bytes 10 and 11.
+using S = P4CtStateEntry;
 constexpr auto ct_state = table<P4Table::ct_state>({
-    {"sloppy", bits(23, 1, 1)},
-    {"srcSeqlo", bytes(0, 4)},
-    {"srcSeqhi", bytes(4, 4)},
-    {"srcMaxWin", bytes(8, 2)},
-    {"srcState", bits(10, 0, 4)},
-    {"srcWscale", bits(10, 4, 4)},
-    {"dstSeqlo", bytes(12, 4)},
-    {"dstSeqhi", bytes(16, 4)},
-    {"dstMaxWin", bytes(20, 2)},
-    {"dstState", bits(11, 0, 4)},
-    {"dstWscale", bits(11, 4, 4)},
-    {"swState", bytes(22, 1)},
-    {"ctLog", bits(23, 0, 1)},
+    {"sloppy", bits(AT(S, flags), S::is_sloppy)},
+    {"srcSeqlo", AT(S, source_sequence_low)},
+    {"srcSeqhi", AT(S, source_sequence_high)},
+    {"srcMaxWin", AT(S, source_window)},
+    {"srcState", bits(AT(S, source_state_and_scale), S::state)},
+    {"srcWscale", bits(AT(S, source_state_and_scale), S::window_scale)},
+    {"dstSeqlo", AT(S, destination_sequence_low)},
+    {"dstSeqhi", AT(S, destination_sequence_high)},
+    {"dstMaxWin", AT(S, destination_window)},
+    {"dstState", bits(AT(S, destination_state_and_scale), S::state)},
+    {"dstWscale", bits(AT(S, destination_state_and_scale), S::window_scale)},
+    {"swState", AT(S, software_state)},
+    {"ctLog", bits(AT(S, flags), S::is_logged)},
 });
 
 }  // namespace

@@ -6,45 +6,47 @@ namespace qdp {
 
 namespace {
 
+using M = P4MirrorEntry;
 constexpr auto mirror = table<P4Table::mirror>({
-    {"dstPort", bytes(0, 2)},
-    {"reason", bits(8, 0, 8)},
-    {"tunnelVNI", bits(8, 8, 24)},
-    {"geneveOptionVld", bits(12, 0, 1)},
-    {"tunnelRewriteVld", bits(12, 1, 1)},
-    {"pktCapture", bits(12, 2, 1)},
-    {"mirrorSW", bits(12, 3, 1)},
-    {"mirrorL3", bits(12, 4, 1)},
-    {"vlanPush", bits(12, 5, 1)},
-    {"TunnelIdx", bits(12, 7, 13)},  // its capital T: deliberate
-    {"vlanID", bits(12, 20, 12)},
-    {"flowCookie", bytes(16, 4)},
-    {"uplinkLport0", bytes(20, 2)},
-    {"uplinkLport1", bytes(22, 2)},
-    {"geneveOptionDMAC", bytes(2, 6), as_mac},
+    {"dstPort", AT(M, port)},
+    {"reason", bits(AT(M, reason_and_vni), M::reason)},
+    {"tunnelVNI", bits(AT(M, reason_and_vni), M::vni)},
+    {"geneveOptionVld", bits(AT(M, flags), M::has_geneve_option)},
+    {"tunnelRewriteVld", bits(AT(M, flags), M::has_tunnel_rewrite)},
+    {"pktCapture", bits(AT(M, flags), M::packet_capture)},
+    {"mirrorSW", bits(AT(M, flags), M::to_software)},
+    {"mirrorL3", bits(AT(M, flags), M::has_l3)},
+    {"vlanPush", bits(AT(M, flags), M::vlan_push)},
+    {"TunnelIdx", bits(AT(M, flags), M::tunnel)},  // its capital T: deliberate
+    {"vlanID", bits(AT(M, flags), M::vlan)},
+    {"flowCookie", AT(M, flow_cookie)},
+    {"uplinkLport0", AT(M, uplink_ports[0])},
+    {"uplinkLport1", AT(M, uplink_ports[1])},
+    {"geneveOptionDMAC", AT(M, geneve_option_mac), as_mac},
 });
 
-constexpr Place l3_is_ipv6 = bits(2, 2, 1);
+using L = P4MirrorL3Entry;
+constexpr Place l3_is_ipv6 = bits(AT(L, flags), L::is_ipv6);
 constexpr auto mirror_l3 = table<P4Table::mirror_l3>({
-    {"l3Idx", bytes(0, 2)},
-    {"mirrorType", bits(2, 0, 2)},
+    {"l3Idx", AT(L, number)},
+    {"mirrorType", bits(AT(L, flags), L::type)},
     {"isIpv6", l3_is_ipv6},
-    {"vlanVld", bits(2, 3, 1)},
-    {"trunVld", bits(2, 4, 1)},
-    {"cos", bits(2, 5, 3)},
-    {"l2Type", bits(3, 0, 2)},
-    {"erspanTSNs", bits(3, 2, 1)},
-    {"vlanID", bytes(16, 2)},
-    {"trunLen", bytes(18, 2)},
-    {"tc", bytes(20, 1)},
-    {"ttl", bytes(21, 1)},
-    {"erspanHwId", bits(22, 0, 6)},
-    {"erspanSessionId", bits(22, 6, 10)},
-    {"greKeySeq", bytes(24, 4)},
-    {"smac", bytes(4, 6), as_mac},
-    {"dmac", bytes(10, 6), as_mac},
-    {"ipsa", bytes(32, 16), as_address<l3_is_ipv6>},
-    {"ipda", bytes(48, 16), as_address<l3_is_ipv6>},
+    {"vlanVld", bits(AT(L, flags), L::has_vlan)},
+    {"trunVld", bits(AT(L, flags), L::has_truncation)},
+    {"cos", bits(AT(L, flags), L::class_of_service)},
+    {"l2Type", bits(AT(L, flags), L::l2_type)},
+    {"erspanTSNs", bits(AT(L, flags), L::timestamp_in_nanoseconds)},
+    {"vlanID", AT(L, vlan)},
+    {"trunLen", AT(L, truncated_bytes)},
+    {"tc", AT(L, traffic_class)},
+    {"ttl", AT(L, ttl)},
+    {"erspanHwId", bits(AT(L, erspan), L::erspan_hardware)},
+    {"erspanSessionId", bits(AT(L, erspan), L::erspan_session)},
+    {"greKeySeq", AT(L, gre_key)},
+    {"smac", AT(L, source_mac), as_mac},
+    {"dmac", AT(L, destination_mac), as_mac},
+    {"ipsa", AT(L, source), as_address<l3_is_ipv6>},
+    {"ipda", AT(L, destination), as_address<l3_is_ipv6>},
 });
 
 }  // namespace

@@ -17,77 +17,83 @@ constexpr Names<12> applications{{"default", "classic nic", "rdma", "tcptls", "i
                                  "unknown"};
 
 // What a packet from a LIF is tagged with. An entry without a valid port of the host has the first keys only.
-constexpr Place is_wyx_valid = bits(17, 0, 1);
+using I = P4InputEntry;
+constexpr Place is_wyx_valid = bits(AT(I, flags), I::is_host_port_valid);
 constexpr auto invalid_input = fields<p4_table_shape(P4Table::input).entry_bytes>({
-    {"lifId", bytes(0, 2)},
-    {"portId", bytes(2, 2)},
-    {"pinnedPortId", bytes(10, 2)},
-    {"l2Seg", bytes(12, 2)},
-    {"isUplink", bits(17, 1, 1)},
-    {"isP2P", bits(17, 2, 1)},
-    {"skipUkucRepl", bits(17, 3, 1)},
+    {"lifId", AT(I, lif)},
+    {"portId", AT(I, port)},
+    {"pinnedPortId", AT(I, pinned_port)},
+    {"l2Seg", AT(I, l2_segment)},
+    {"isUplink", bits(AT(I, flags), I::is_uplink)},
+    {"isP2P", bits(AT(I, flags), I::is_point_to_point)},
+    {"skipUkucRepl", bits(AT(I, flags), I::skip_unknown_unicast_replication)},
     {"isWyxValid", is_wyx_valid},
 });
 constexpr auto more_of_valid_input = fields<p4_table_shape(P4Table::input).entry_bytes>({
-    {"wyxPortId", bytes(4, 2)},
-    {"repPortId", bytes(6, 2)},
-    {"srcTag", bytes(8, 2)},
-    {"pktCapture", bits(16, 4, 1)},
-    {"useVlanMapping", bits(16, 3, 1)},
-    {"flowKeyType", bits(16, 0, 3), as_name<flow_key_types>},
-    {"fwdMode", bits(16, 5, 3), as_name<forwarding_modes>},
+    {"wyxPortId", AT(I, host_port)},
+    {"repPortId", AT(I, representor_port)},
+    {"srcTag", AT(I, source_tag)},
+    {"pktCapture", bits(AT(I, flags), I::packet_capture)},
+    {"useVlanMapping", bits(AT(I, flags), I::use_vlan_mapping)},
+    {"flowKeyType", bits(AT(I, flags), I::flow_key_type), as_name<flow_key_types>},
+    {"fwdMode", bits(AT(I, flags), I::forwarding_mode), as_name<forwarding_modes>},
 });
 constexpr auto input = joined<p4_table_shape(P4Table::input).entry_bytes>(invalid_input, more_of_valid_input);
 
 // How a packet that leaves by a port is edited, and where it goes.
+using O = P4OutputEntry;
 constexpr auto output = table<P4Table::output>({
-    {"portId", bytes(0, 2)},
-    {"lifId", bytes(2, 2)},
-    {"dstTag", bytes(4, 2)},
-    {"vlanStrip", bits(6, 0, 1)},
-    {"pktCapture", bits(6, 1, 1)},
-    {"rssInner", bits(6, 2, 1)},
-    {"vlanPush", bits(6, 3, 1)},
-    {"hckMetadata", bits(6, 4, 1)},
-    {"nports", bits(6, 5, 3)},
-    {"egressPort1", bytes(8, 1)},
-    {"egressPort2", bytes(9, 1)},
-    {"vlanPushId", bytes(10, 2)},
-    {"accessVlanId", bytes(12, 2)},
-    {"rssOverride", bytes(14, 1)},
-    {"rssOverrideQid", bytes(15, 1)},
-    {"p4plusAppId", bytes(7, 1), as_name<applications>},
+    {"portId", AT(O, port)},
+    {"lifId", AT(O, lif)},
+    {"dstTag", AT(O, destination_tag)},
+    {"vlanStrip", bits(AT(O, flags), O::vlan_strip)},
+    {"pktCapture", bits(AT(O, flags), O::packet_capture)},
+    {"rssInner", bits(AT(O, flags), O::rss_inner)},
+    {"vlanPush", bits(AT(O, flags), O::vlan_push)},
+    {"hckMetadata", bits(AT(O, flags), O::metadata)},
+    {"nports", bits(AT(O, flags), O::num_egress_ports)},
+    {"egressPort1", AT(O, egress_ports[0])},
+    {"egressPort2", AT(O, egress_ports[1])},
+    {"vlanPushId", AT(O, pushed_vlan)},
+    {"accessVlanId", AT(O, access_vlan)},
+    {"rssOverride", AT(O, rss_override)},
+    {"rssOverrideQid", AT(O, rss_override_queue)},
+    {"p4plusAppId", AT(O, application), as_name<applications>},
 });
 
+using X = P4MuxVlanEntry;
 constexpr auto mux_vlan = table<P4Table::mux_vlan>({
-    {"vlanId", bytes(0, 2)},
-    {"valid", bits(12, 4, 1)},
-    {"lif0", bytes(2, 2)},
-    {"lif1", bytes(4, 2)},
-    {"srcPortId", bytes(6, 2)},
-    {"repPortId", bytes(10, 2)},
-    {"srcTag", bytes(8, 2)},
-    {"pktCapture", bits(12, 3, 1)},
-    {"flowKeyType", bits(12, 0, 3), as_name<flow_key_types>},
+    {"vlanId", AT(X, vlan)},
+    {"valid", bits(AT(X, flags), X::is_valid)},
+    {"lif0", AT(X, lifs[0])},
+    {"lif1", AT(X, lifs[1])},
+    {"srcPortId", AT(X, source_port)},
+    {"repPortId", AT(X, representor_port)},
+    {"srcTag", AT(X, source_tag)},
+    {"pktCapture", bits(AT(X, flags), X::packet_capture)},
+    {"flowKeyType", bits(AT(X, flags), X::flow_key_type), as_name<flow_key_types>},
 });
 
+using V = P4VlanMapEntry;
 constexpr auto vlan_map = table<P4Table::vlan_map>({
-    {"rmac_vrf", bytes(0, 2)},
-    {"l2Seg", bytes(2, 2)},
+    {"rmac_vrf", AT(V, registered_mac_vrf)},
+    {"l2Seg", AT(V, l2_segment)},
 });
 
+using S = P4L2SegmentEntry;
 constexpr auto l2_segment = table<P4Table::l2_segment>({
-    {"host_rcvr_ukuc", bits(0, 0, 1)},
-    {"host_rcvr_ukmc", bits(0, 1, 1)},
-    {"host_rcvr_bcast", bits(0, 2, 1)},
-    {"replicate_idx", bytes(2, 2)},
+    {"host_rcvr_ukuc", bits(AT(S, flags), S::host_receives_unknown_unicast)},
+    {"host_rcvr_ukmc", bits(AT(S, flags), S::host_receives_unknown_multicast)},
+    {"host_rcvr_bcast", bits(AT(S, flags), S::host_receives_broadcast)},
+    {"replicate_idx", AT(S, replication)},
 });
 
+using R = P4RegisteredMacEntry;
 constexpr auto registered_mac = table<P4Table::registered_mac>({
-    {"dstPort", bytes(0, 2)},
-    {"dstPinnedPort", bits(2, 0, 15)},
-    {"multicastEn", bits(2, 15, 1)},
-    {"qid", bytes(4, 4)},
+    {"dstPort", AT(R, port)},
+    {"dstPinnedPort", bits(AT(R, pinned_port_and_multicast), R::pinned_port)},
+    {"multicastEn", bits(AT(R, pinned_port_and_multicast), R::is_multicast)},
+    {"qid", AT(R, queue)},
 });
 
 }  // namespace

@@ -1,9 +1,9 @@
 // How a hardware table is read: a reader is its bounds, its table, and the fields of the table's entry.
 //
 //     constexpr auto flow_info = table<P4Table::flow_info>({
-//         {"flowIdx", bytes(0, 4)},
-//         {"dstPort", bytes(4, 2)},
-//     }));
+//         {"flowIdx", AT(P4FlowInfoEntry, flow)},
+//         {"dstPort", AT(P4FlowInfoEntry, port)},
+//     });
 //
 //     PyObject* PyQDP_TableFlowInfoGet(PyObject*, PyObject* args)
 //     {
@@ -12,7 +12,7 @@
 #pragma once
 
 #include "core/build.h"
-#include "platform/p4_tables.h"
+#include "platform/p4_entries.h"
 #include "smartnic/channel/table_read.h"
 
 namespace qdp {

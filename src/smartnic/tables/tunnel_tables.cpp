@@ -8,32 +8,35 @@ namespace qdp {
 
 namespace {
 
+using T = P4TunnelTerminationEntry;
 constexpr auto tunnel_termination = table<P4Table::tunnel_termination>({
-    {"vtepIdx", bytes(0, 1)},
-    {"valid", bytes(1, 1)},
+    {"vtepIdx", AT(T, vtep)},
+    {"valid", AT(T, is_valid)},
 });
 
+using A = P4TunnelSaEntry;
 constexpr auto tunnel_sa = table<P4Table::tunnel_sa>({
-    {"outerFlowId", bytes(0, 2)},
-    {"valid", bytes(2, 1)},
+    {"outerFlowId", AT(A, outer_flow)},
+    {"valid", AT(A, is_valid)},
 });
 
-constexpr Place is_ipv6 = bits(0, 0, 1);
+using R = P4TunnelRewriteEntry;
+constexpr Place is_ipv6 = bits(AT(R, flags), R::is_ipv6);
 constexpr auto tunnel_rewrite = table<P4Table::tunnel_rewrite>({
     {"isIpv6", is_ipv6},
-    {"geneve", bits(0, 1, 1)},
-    {"vlanVld", bits(0, 2, 1)},
-    {"tcCopy", bits(0, 3, 1)},
-    {"labelOptVld", bits(0, 4, 1)},
-    {"labelID", bits(0, 5, 17)},
-    {"l2Type", bits(0, 22, 2)},
-    {"vlanID", bytes(4, 2)},
-    {"tc", bytes(6, 1)},
-    {"ttl", bytes(7, 1)},
-    {"smac", bytes(8, 6), as_mac},
-    {"dmac", bytes(14, 6), as_mac},
-    {"ipsa", bytes(20, 16), as_address<is_ipv6>},
-    {"ipda", bytes(36, 16), as_address<is_ipv6>},
+    {"geneve", bits(AT(R, flags), R::is_geneve)},
+    {"vlanVld", bits(AT(R, flags), R::has_vlan)},
+    {"tcCopy", bits(AT(R, flags), R::copies_traffic_class)},
+    {"labelOptVld", bits(AT(R, flags), R::has_label)},
+    {"labelID", bits(AT(R, flags), R::label)},
+    {"l2Type", bits(AT(R, flags), R::l2_type)},
+    {"vlanID", AT(R, vlan)},
+    {"tc", AT(R, traffic_class)},
+    {"ttl", AT(R, ttl)},
+    {"smac", AT(R, source_mac), as_mac},
+    {"dmac", AT(R, destination_mac), as_mac},
+    {"ipsa", AT(R, source), as_address<is_ipv6>},
+    {"ipda", AT(R, destination), as_address<is_ipv6>},
 });
 
 // A VLAN and its valid bit; without a VLAN both are 0.
