@@ -18,7 +18,7 @@ RETURNS = [
     (re.compile(r"\breturn print_none_format\(.*\);"), "return none();"),
     (re.compile(r"\breturn print_false\("), "return print_none("),
     (re.compile(r"\breturn print_null\("), "return print_none("),
-    (re.compile(r"\breturn commanded\((.*), [^,]*\);"), r"return (static_cast<void>(\1), none());"),
+    (re.compile(r"\breturn command_result\((.*), [^,]*\);"), r"return (static_cast<void>(\1), none());"),
     (re.compile(r"\breturn none\(\);"), "return PyBool_FromLong(0);"),
     (re.compile(r"\breturn not_built\(\);"), "return nullptr;"),
     (re.compile(r"\breturn nullptr;"), "return none();"),
