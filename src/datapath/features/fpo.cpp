@@ -6,6 +6,7 @@
 #include "core/arguments.h"
 #include "core/build.h"
 #include "datapath/features/fpo_defaults.h"
+#include "platform/fpo.h"
 #include "switchid/property.h"
 
 namespace qdp {

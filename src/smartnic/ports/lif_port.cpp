@@ -1,5 +1,6 @@
 // The SmartNIC's logical interfaces (LIFs), each of which ties a LIF number to ports of the pipeline.
 #include "core/arguments.h"
+#include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

@@ -1,5 +1,6 @@
 // The SmartNIC's output port table, which has a row for each destination port.
 #include "core/arguments.h"
+#include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

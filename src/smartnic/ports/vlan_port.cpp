@@ -1,5 +1,6 @@
 // The SmartNIC's mux VLAN ports, each of which is reached through an internal VLAN of a mux switch.
 #include "core/arguments.h"
+#include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
 #include "smartnic/ports/ports.h"

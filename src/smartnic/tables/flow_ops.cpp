@@ -1,4 +1,5 @@
 // What the flow table library counts of the operations on it.
+#include "platform/p4_entries.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"
 

@@ -1,6 +1,7 @@
 // Flows: from a flow's key to its index, and from the index to what the pipeline does with it.
 #include "core/arguments.h"
 #include "platform/p4_counters.h"
+#include "platform/p4_entries.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"

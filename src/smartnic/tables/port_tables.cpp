@@ -1,6 +1,7 @@
 // The SmartNIC's ports and VLANs as the pipeline sees them, and the tables of its classic forwarding mode.
 #include "core/arguments.h"
 #include "platform/p4_counters.h"
+#include "platform/p4_entries.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"

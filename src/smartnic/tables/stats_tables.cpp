@@ -1,4 +1,5 @@
 // Counters of LIFs, of ports and of the whole pipeline, from their hardware tables.
+#include "platform/p4_tables.h"
 #include "smartnic/counters/counters.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"

@@ -1,5 +1,6 @@
 // Tunnels: the hash tables of their ends and of their security associations, and the headers that they add.
 #include "core/arguments.h"
+#include "platform/p4_entries.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
 #include "smartnic/tables/tables.h"
