@@ -209,6 +209,7 @@ LcoreFlowStats stats_of(const Host& host, uint32_t lcore)
     }
     stats.misses = stats.num_flows_created + stats.hits / miss_share;
     stats.slow_path = stats.hits / slow_path_share;
+    stats.action_alloc_fails = host.clock.counter_value(host.placement.load(lcore).cache_failures);
     stats.local_hits = stats.hits / 4 * 3;
     stats.first_lookup_hits = stats.hits / 10 * 9;
     stats.first_lookup_local_hits = stats.first_lookup_hits / 2;

@@ -25,16 +25,17 @@ FpoLcoreStats lcore_stats(const Host& host, const Switch& owner, uint32_t lcore)
     FpoLcoreStats stats{};
     stats.lcore = lcore;
     stats.hits = hits;
-    stats.mark_mismatched = hits / 5'000;
-    stats.pnic_mismatched = hits / 20'000;
     stats.delay_mark_matching = hits / 1'000;
     stats.ephemeral_flows = hits / 400;
     stats.transient_flows = hits / 800;
     stats.conntrack_packets_queued = hits / 100;
     stats.conntrack_packets_injected = hits / 110;
     stats.conntrack_packets_in_software = stats.conntrack_packets_queued - stats.conntrack_packets_injected;
-    const auto failures = host.placement.load(lcore).failures;
-    stats.conntrack_contexts_failed = failures && hits ? host.clock.counter_value(*failures) : hits / 100'000;
+    const auto said = host.placement.load(lcore).failures;
+    const uint64_t failures = said && hits ? host.clock.counter_value(*said) : hits / 100'000;
+    stats.conntrack_contexts_failed = failures;
+    stats.mark_mismatched = said ? failures / 2 : hits / 5'000;
+    stats.pnic_mismatched = said ? failures / 4 : hits / 20'000;
     return stats;
 }
 

@@ -70,7 +70,10 @@ void describe_placement(V& v, Placement& placement, const Host& host)
                                   "That its offloaded flows see, a second. Absent: follows from its number.");
                         w.derived(
                             "failures", each.load.failures, optional_format(number()),
-                            "Connections whose offload fails, a second. Absent: one in 100,000 of these packets.");
+                            "Connections whose offload fails, a second; half as many marks and a quarter as many NICs "
+                            "mismatch. Absent: one in 100,000 of these packets, one in 5,000 and one in 20,000.");
+                        w.optional("cacheFailures", each.load.cache_failures, number(),
+                                   "Flows that find no room in its cache, a second.");
                         w.derived("cpu", each.load.cpu, optional_format(number(0, 100)),
                                   "The load that the balancer measures, in percent. Absent: follows from its queues.");
                     }),

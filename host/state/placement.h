@@ -20,6 +20,7 @@ struct Placement {
     struct Load {
         std::optional<uint64_t> offloaded_packets;  // that its offloaded flows see, a second
         std::optional<uint64_t> failures;           // of their offload, a second
+        uint64_t cache_failures = 0;                // flows that find no room in its cache, a second
         std::optional<uint32_t> cpu;                // in percent
     };
     std::map<uint32_t, Load> lcores;

@@ -794,7 +794,7 @@ class TestRates:
 
     def test_queues_and_lcores_are_as_busy_as_the_scenario_says(self, load, host, qdp):
         port = {"rxQueues": 2, "rxLcores": [0, 1], "rxRates": [300, 20], "txQueues": 1, "txLcores": [1]}
-        lcores = [{"lcore": 9, "cpu": 97, "failures": 6}]
+        lcores = [{"lcore": 9, "cpu": 97, "failures": 6, "cacheFailures": 2}]
         assert load({**switch(lcores=[8, 9], ports=[port]), "lcores": lcores}) is None
         host.freeze()
         host.advance(400)
@@ -805,6 +805,9 @@ class TestRates:
             (20_000 + 500 * 8) * 4000 // 100_000,
             6 * 4000,
         ]
+        (stats,) = qdp.result("GetFPOStats", 0, (9,))
+        assert (stats["markMismatched"], stats["pnicMismatched"]) == (3 * 4000, 6 * 1000)
+        assert [each["actionAllocFails"] for each in qdp.result("GetFlowStats", 0, (8, 9), 0)] == [0, 2 * 4000]
 
     def test_as_many_rates_as_queues(self, load):
         expected = "/switches/0/ports/0/rxRates: expected as many rates as there are queues, found a list of 1"

@@ -196,6 +196,16 @@ def test_capture_of_a_snapshot_runs_on_the_embedded_host(run, file, tmp_path):
     assert [switch["name"] for switch in switches] == ["portset-0", "dvs-storage", "switch-smartnic"]
 
 
+def test_check_names_what_has_trouble_on_the_default_host(run):
+    code, out, err = run("check", "--interval", "2s", "-j")
+    assert (code, err) == (3, "")
+    assert [(row["condition"], row["labels"]) for row in json.loads(out)] == [
+        ("QdpPortDrops", {"switch": "0", "port": "9", "direction": "rx"}),
+        ("QdpPortDrops", {"switch": "0", "port": "20", "direction": "tx"}),
+        ("QdpFlowCacheFailures", {"switch": "0", "lcore": "5", "kind": "action_alloc"}),
+    ]
+
+
 def test_check_finds_what_holds(run, tmp_path, process):
     """A host of which the SmartNIC's counters are refused once they have been read."""
     code, out, err = run("check", "--interval", "1s", "-j")
