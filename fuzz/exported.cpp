@@ -1,5 +1,5 @@
-// Direct calls of the module's plain functions. Every buffer is exactly as long as the function's contract says, so that
-// a byte too many is seen.
+// Direct calls of the module's plain functions. Every buffer is exactly as long as the function's contract says, so
+// that a byte too many is seen.
 #include "fuzz/exported.h"
 
 #include <algorithm>

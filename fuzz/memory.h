@@ -8,8 +8,8 @@ namespace fuzz {
 // Puts the limit below the interpreter, which is not yet initialised.
 void hook_allocators();
 
-// While one of these lives, the interpreter's requests fail once they exceed so many bytes in all. An answer that counts
-// 2^32 entries ends in want of memory then, soon.
+// While one of these lives, the interpreter's requests fail once they exceed so many bytes in all. An answer that
+// counts 2^32 entries ends in want of memory then, soon.
 class MemoryLimit {
 public:
     explicit MemoryLimit(size_t bytes);

@@ -11,10 +11,10 @@ extern "C" {
 // again.
 
 // Puts the host back to its scenario: its state, a real clock, no scripted answers, no failures, no delays, no recorded
-// calls. The scenario is the one that QDP_HOST_SCENARIO names, else the default one; a capture that QDP_HOST_REPLAY names
-// answers in its place, from its first answers on. The files are read at the first call that needs them. What the switch
-// state library returned before a reset (handles, texts, values of its own) is invalid after it; a load, a replay and a
-// restore leave it valid.
+// calls. The scenario is the one that QDP_HOST_SCENARIO names, else the default one; a capture that QDP_HOST_REPLAY
+// names answers in its place, from its first answers on. The files are read at the first call that needs them. What the
+// switch state library returned before a reset (handles, texts, values of its own) is invalid after it; a load, a
+// replay and a restore leave it valid.
 void qdp_host_reset(void);
 
 // Replaces the host by the one that the scenario in this file describes; null is the default scenario. What is scripted
@@ -37,8 +37,8 @@ int qdp_host_is_replaying(void);
 // prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
 const char* qdp_host_error(void);
 
-// The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema of
-// scenarios.
+// The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema
+// of scenarios.
 const char* qdp_host_scenario(void);
 const char* qdp_host_summary(void);
 const char* qdp_host_schema(void);
@@ -50,14 +50,14 @@ const char* qdp_host_version(void);
 // until the next call of this function.
 const char* qdp_host_check(const char* scenario);
 
-// A scenario, by its file or its name, with all that follows from it written out, but for lists whose entries repeat very
-// often: the text of a scenario. When the scenario is not valid, what is wrong with it, and *is_valid is 0. The host of the
-// process stays as it is. Valid until the next call of this function.
+// A scenario, by its file or its name, with all that follows from it written out, but for lists whose entries repeat
+// very often: the text of a scenario. When the scenario is not valid, what is wrong with it, and *is_valid is 0. The
+// host of the process stays as it is. Valid until the next call of this function.
 const char* qdp_host_completed(const char* scenario, int* is_valid);
 
-// Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it back,
-// as often as wanted, which returns 0, or -1 when there is no such copy or no state; forgets it. Scripted answers, failures
-// and delays are not part of it.
+// Keeps a copy of the present state, its clock included, and returns its number, 0 when there is no state; puts it
+// back, as often as wanted, which returns 0, or -1 when there is no such copy or no state; forgets it. Scripted
+// answers, failures and delays are not part of it.
 uint64_t qdp_host_snapshot(void);
 int qdp_host_restore(uint64_t snapshot);
 void qdp_host_forget(uint64_t snapshot);
@@ -85,12 +85,12 @@ int qdp_host_delay(const char* operation, uint64_t nanoseconds, unsigned nth, un
 void qdp_host_record(int on);
 
 // The recorded calls as a JSON array of {"operation": name, "arguments": [...], "result": ..., "outputs": [...]}. An
-// argument is a number; a text or null; {"bytes": hex}; {"capacity": n, "is_null": is} for an output. A result is a status,
-// {"bytes": hex} of a text, a handle, or null. An output is {"bytes": hex}, or null when the call failed.
+// argument is a number; a text or null; {"bytes": hex}; {"capacity": n, "is_null": is} for an output. A result is a
+// status, {"bytes": hex} of a text, a handle, or null. An output is {"bytes": hex}, or null when the call failed.
 const char* qdp_host_calls(void);
 
-// What is known of an operation, {"result": "none", "status", "text" or "handle", "outputs": how many} as JSON, or null for
-// an unknown one.
+// What is known of an operation, {"result": "none", "status", "text" or "handle", "outputs": how many} as JSON, or null
+// for an unknown one.
 const char* qdp_host_operation(const char* name);
 
 // The names of the operations that are answered from the state, as a JSON array.
@@ -107,9 +107,10 @@ void qdp_host_advance_time(uint64_t nanoseconds);
 uint64_t qdp_host_time(void);
 
 // Shares the host of this process with others: opens a socket, for its owner alone, and returns what is wrong, or null;
-// then serves all processes whose variable QDP_HOST names the socket, until SIGTERM, SIGINT or SIGHUP, and removes it. A
-// pipe that is given ends the service too, once nobody holds its other end; -1 is none. The variable is read when the stand-ins are loaded. A process that has it makes its calls there: what these functions do in
-// it concerns its own host, which its calls do not reach.
+// then serves all processes whose variable QDP_HOST names the socket, until SIGTERM, SIGINT or SIGHUP, and removes it.
+// A pipe that is given ends the service too, once nobody holds its other end; -1 is none. The variable is read when the
+// stand-ins are loaded. A process that has it makes its calls there: what these functions do in it concerns its own
+// host, which its calls do not reach.
 const char* qdp_host_listen(const char* socket);
 void qdp_host_serve(int pipe);
 

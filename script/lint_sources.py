@@ -24,8 +24,8 @@ ALLOWED = {
 SHARED = ["smartnic/channel", "smartnic/counters"]
 # Rooms beside src/, which measure and stand in for what is around the module, and what they share with others.
 BESIDE_SOURCE = {"host": ["platform/"], "bench": ["platform/", "host/call/"]}
-# The rooms of host/ that each of them may include: call <- state <- answers, scenario, capture <- link <- process <- share.
-# A capture is recorded on real hosts, where there is no state.
+# The rooms of host/ that each of them may include: call <- state <- answers, scenario, capture <- link <- process <-
+# share. A capture is recorded on real hosts, where there is no state.
 HOST_ROOMS = {
     "call": [],
     "state": ["call"],
@@ -154,7 +154,8 @@ REAL_NAMES = [
 ]
 MAC = re.compile(r"(?<![0-9a-z])([0-9a-f]{2})([:-])(?:[0-9a-f]{2}\2){4}[0-9a-f]{2}(?![0-9a-f])", re.IGNORECASE)
 DOCUMENTATION_MACS = "00:00:5e:00:53:"
-# Prefixes that belong to makers, also with the bit of local addresses set: as a text, a number, or bytes in C++ or Python.
+# Prefixes that belong to makers, also with the bit of local addresses set: as a text, a number, or bytes in C++ or
+# Python.
 BETWEEN = r"(?:[:.-]?|,\s*0x|\\x)"
 MAKERS = re.compile(rf"(?<![0-9a-f])0[02a]{BETWEEN}(?:1b{BETWEEN}21|2e{BETWEEN}8a|50{BETWEEN}56)", re.IGNORECASE)
 

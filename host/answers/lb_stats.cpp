@@ -67,8 +67,8 @@ InjectedByPort by_port(const std::vector<InjectedTraffic>& injected, uint32_t LB
     return result;
 }
 
-// The loads of a switch's ports at one time. What an uplink receives enters the switch, what any other port receives leaves
-// it.
+// The loads of a switch's ports at one time. What an uplink receives enters the switch, what any other port receives
+// leaves it.
 class SwitchLoads {
 public:
     SwitchLoads(const Clock& clock, const Switch& owner)

@@ -1,5 +1,5 @@
-// What a static C++ runtime asks of the newest glibc, made from calls that glibc 2.14 has: a capture is recorded on hosts
-// that are older than the machine that builds the recorder.
+// What a static C++ runtime asks of the newest glibc, made from calls that glibc 2.14 has: a capture is recorded on
+// hosts that are older than the machine that builds the recorder.
 //
 // The definitions are hidden. Each passes its call to the function's first version, or does its work.
 #include <dlfcn.h>

@@ -116,8 +116,8 @@ struct Signature {
 std::span<const Signature> signatures();
 const Signature* find_signature(std::string_view name);
 
-// The operation behind a stand-in, looked up at its first call. An atomic word instead of a static reference, whose guard
-// would stay taken in a child that is forked during the lookup.
+// The operation behind a stand-in, looked up at its first call. An atomic word instead of a static reference, whose
+// guard would stay taken in a child that is forked during the lookup.
 class OperationSlot {
 public:
     Operation& of(const Signature& signature)

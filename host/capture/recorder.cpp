@@ -107,8 +107,8 @@ uint64_t token_of(const void* handle)
     return token_of(reinterpret_cast<uint64_t>(handle));
 }
 
-// The content of a buffer after a successful call, as long as the library says. Zeros at the end are only counted: a library
-// may leave the size word at the capacity of a buffer that is mostly empty.
+// The content of a buffer after a successful call, as long as the library says. Zeros at the end are only counted: a
+// library may leave the size word at the capacity of a buffer that is mostly empty.
 Json answer_in(const Output& output, Argument::Meaning meaning)
 {
     if (!output.data)
@@ -156,7 +156,8 @@ RecordedCall::RecordedCall(const char* operation, Arguments arguments)
     inputs_ = inputs_json(arguments_, [](uint64_t handle) { return token_of(handle); });
     note_outputs();
 
-    // The recorder stands between a walk and its callback. Its callback and context are parameters of one word each, the context the last one.
+    // The recorder stands between a walk and its callback. Its callback and context are parameters of one word each,
+    // the context the last one.
     const auto walk = std::ranges::find(arguments_, Argument::Meaning::callback, &Argument::meaning);
     if (walk != arguments_.end() && walk->value != 0) {
         callback_ = reinterpret_cast<uint32_t (*)(void*, void*)>(walk->value);

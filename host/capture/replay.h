@@ -30,9 +30,9 @@ public:
     std::optional<size_t> truncated_line() const { return truncated_line_; }
     void print_truncated_line() const;
 
-    // Calls are matched by their operation and what goes in. Equal calls get the answers in the order in which they were
-    // recorded, and then the last one again. A call that was never recorded is refused, which is printed once. A walk's
-    // handles are appended to `steps`.
+    // Calls are matched by their operation and what goes in. Equal calls get the answers in the order in which they
+    // were recorded, and then the last one again. A call that was never recorded is refused, which is printed once. A
+    // walk's handles are appended to `steps`.
     uint64_t answer(const Signature& signature, Arguments arguments, Values& values, std::vector<void*>& steps);
 
 private:

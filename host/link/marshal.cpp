@@ -112,7 +112,8 @@ ReceivedCall::~ReceivedCall()
             std::free(const_cast<void*>(*argument.value_output.pointer));
 }
 
-// Its pages that nobody writes take no memory. Zeros follow the content for a while: an answer leaves gaps in its head only.
+// Its pages that nobody writes take no memory. Zeros follow the content for a while: an answer leaves gaps in its head
+// only.
 uint64_t ReceivedCall::room(size_t size, ByteSpan content)
 {
     constexpr size_t most_zeros = 4096;

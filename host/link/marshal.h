@@ -1,4 +1,5 @@
-// A call and its answer as messages between the processes of a shared host. The table of operations says what each part is.
+// A call and its answer as messages between the processes of a shared host. The table of operations says what each part
+// is.
 #pragma once
 
 #include <memory>

@@ -23,8 +23,8 @@ enum class Kind : uint8_t {
     error = 'e',    // a text; the connection ends behind it
 };
 
-// What a client says first: these words, the number of the connection that its parent had before a fork, or 0. The answer
-// holds the number of its own connection.
+// What a client says first: these words, the number of the connection that its parent had before a fork, or 0. The
+// answer holds the number of its own connection.
 inline constexpr std::string_view greeting = "qdp-host 1";
 
 inline constexpr size_t most_request_bytes = 4 << 20;
@@ -125,8 +125,8 @@ public:
     // Whether all of it was sent. `was_taken` turns true when its peer may have seen it.
     bool send(ByteSpan message, bool* was_taken = nullptr);
 
-    // The next message, none when the peer has gone, is too slow, or sends more than `most` bytes at once. A wait for the
-    // begin of a message has no end, unless `is_patient` is false.
+    // The next message, none when the peer has gone, is too slow, or sends more than `most` bytes at once. A wait for
+    // the begin of a message has no end, unless `is_patient` is false.
     std::optional<Message> receive(size_t most, bool is_patient = true);
 
     // Sets how long the kernel waits in a send and a receive.

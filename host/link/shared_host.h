@@ -20,8 +20,8 @@ public:
 
     explicit SharedHost(std::string path) : path_{std::move(path)} {}
 
-    // Answers a call as `answer` does; it fails where the host cannot be reached, which is printed once. Calls of several
-    // threads follow each other.
+    // Answers a call as `answer` does; it fails where the host cannot be reached, which is printed once. Calls of
+    // several threads follow each other.
     uint64_t call(const Signature& signature, Arguments arguments, std::vector<void*>& steps);
 
     // Around a fork: the child gets a connection of its own, which knows what that of its parent knew.

@@ -196,8 +196,8 @@ uint64_t planned_answer(Operation& operation, Arguments arguments, LockedProcess
     }
 }
 
-// Calls the caller's function for each handle until it returns something else than 0. The lock is free: the function makes
-// calls of its own.
+// Calls the caller's function for each handle until it returns something else than 0. The lock is free: the function
+// makes calls of its own.
 void run(const Walk& walk, Arguments arguments)
 {
     const auto called = std::ranges::find(arguments, Argument::Meaning::callback, &Argument::meaning);

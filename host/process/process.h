@@ -42,8 +42,8 @@ class Process {
 public:
     Process();
 
-    // What answers: the capture, or else the host. The environment is asked at the first call and after every reset. Both
-    // are null when nothing can answer; error() then says why.
+    // What answers: the capture, or else the host. The environment is asked at the first call and after every reset.
+    // Both are null when nothing can answer; error() then says why.
     Replay* replay();
     Host* host();
     const std::string& error() const { return error_; }

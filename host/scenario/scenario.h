@@ -7,8 +7,8 @@
 
 namespace host::scenario {
 
-// The host that a scenario describes: a file, or one of the built-in scenarios by its name. Throws std::exception, whose
-// text says what is wrong and where.
+// The host that a scenario describes: a file, or one of the built-in scenarios by its name. Throws std::exception,
+// whose text says what is wrong and where.
 Host load(const std::string& scenario);
 
 // The host that the text of a scenario describes. What is wrong with it is said of "scenario".

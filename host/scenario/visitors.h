@@ -1,5 +1,5 @@
-// The visitors of a description, which get every member of a struct with its key, its format and a sentence about it. One
-// reads a struct from JSON, one writes it, one makes its JSON schema.
+// The visitors of a description, which get every member of a struct with its key, its format and a sentence about it.
+// One reads a struct from JSON, one writes it, one makes its JSON schema.
 #pragma once
 
 #include <array>
@@ -17,8 +17,8 @@ namespace host::scenario {
 //     }
 //
 // A member without a key keeps its value: an optional one the struct's own default, or the one that a `defaults` before
-// it sets, which the schema shows; a derived one what a `derive` before it computes from other members, which the sentence
-// says. Members are visited in the same order always.
+// it sets, which the schema shows; a derived one what a `derive` before it computes from other members, which the
+// sentence says. Members are visited in the same order always.
 class Reader {
 public:
     explicit Reader(const Node& node) : node_{node} {}

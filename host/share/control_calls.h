@@ -7,8 +7,8 @@
 
 namespace host::share {
 
-// {"call": NAME, "arguments": [...]} is answered by {"result": ...} or {"error": TEXT}. A name lacks its qdp_host_; bytes
-// are hexadecimal digits. What a client has taken, snapshots and a recording, is its own.
+// {"call": NAME, "arguments": [...]} is answered by {"result": ...} or {"error": TEXT}. A name lacks its qdp_host_;
+// bytes are hexadecimal digits. What a client has taken, snapshots and a recording, is its own.
 std::string control_reply(std::string_view request, uint64_t client);
 
 // Ends what the client has taken.

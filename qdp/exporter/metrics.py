@@ -9,9 +9,9 @@ from collections import namedtuple
 WORD = 1 << 64  # what wraps a counter of the platform
 COUNTER, GAUGE, HISTOGRAM = "counter", "gauge", "histogram"
 
-# name: without `_total`; type: one of the above; unit: of OpenMetrics, and the end of the name, or ""; labels: in order;
-# method: the module's method that gives the values; keys: {key: label values}; bits: of the counter as the module shows
-# it; scale: what a value is multiplied by; help: one sentence.
+# name: without `_total`; type: one of the above; unit: of OpenMetrics, and the end of the name, or ""; labels: in
+# order; method: the module's method that gives the values; keys: {key: label values}; bits: of the counter as the
+# module shows it; scale: what a value is multiplied by; help: one sentence.
 Metric = namedtuple("Metric", "name type unit labels method keys bits scale help")
 
 

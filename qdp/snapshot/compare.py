@@ -7,8 +7,9 @@ from ..rates import LOW_HALVES, growth
 SETTING, INVENTORY, COUNTER = KINDS = ("setting", "inventory", "counter")
 
 # How the answers of a method are compared. where: the key of the list of entries, "" where the answer is the list, None
-# where it is the only entry; identity: the keys that name an entry; kind: of its values; place: how many arguments say where the entries are, behind which come
-# indexes of pages and the like; other: keys that are of no interest, since they change all the time.
+# where it is the only entry; identity: the keys that name an entry; kind: of its values; place: how many arguments say
+# where the entries are, behind which come indexes of pages and the like; other: keys that are of no interest, since
+# they change all the time.
 Thing = namedtuple("Thing", "name where identity kind place other")
 
 THINGS = {

@@ -31,8 +31,8 @@ def test_instructions_are_near_those_of_the_ways_by_hand(counts, workload, way):
     assert counts["_libqdp", workload] <= budget(workload.name)[way] * counts[way, workload]
 
 
-# Instructions by which an entry of a long list may cost more than one of a short list: the collector of garbage looks at
-# what is there already.
+# Instructions by which an entry of a long list may cost more than one of a short list: the collector of garbage looks
+# at what is there already.
 MOST_GROWTH = 200
 
 

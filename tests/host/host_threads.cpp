@@ -1,5 +1,5 @@
-// The embedded host in a program of its own: threads that load, restore and call at once, clients of a host that is served,
-// and answers that are wrong.
+// The embedded host in a program of its own: threads that load, restore and call at once, clients of a host that is
+// served, and answers that are wrong.
 #include <unistd.h>
 
 #include <atomic>

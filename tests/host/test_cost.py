@@ -79,8 +79,8 @@ def test_a_sweep_over_a_flow_table_takes_linear_time(load_flows, host):
         load_flows(flows)
         assert sweep(host) == flows
         seconds[flows] = least_seconds(lambda: sweep(host), times=3 if flows < 1_000_000 else 1)
-        # Of a table that is ten times as long, tenfold. A sweep whose pages looked for their place from the start of the
-        # table would take a hundred times as long.
+        # Of a table that is ten times as long, tenfold. A sweep whose pages looked for their place from the start of
+        # the table would take a hundred times as long.
         assert seconds[flows] < 25 * seconds.get(flows // 10, seconds[flows])
 
 

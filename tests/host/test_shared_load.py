@@ -10,8 +10,8 @@ import pytest
 
 import qdp_host
 
-# Each worker owns a port, whose MAC entries have to be those that it has added. All share one setting: whatever one reads,
-# somebody wrote. Counters are of one clock and never go back.
+# Each worker owns a port, whose MAC entries have to be those that it has added. All share one setting: whatever one
+# reads, somebody wrote. Counters are of one clock and never go back.
 WORKER = """
 import json, random, sys, time
 import _libqdp

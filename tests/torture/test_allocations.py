@@ -13,8 +13,8 @@ from recipes import is_made_of
 # SystemErrors of a result that cannot be built.
 BUILDING = [NO_BUFFER, NO_DICT_ITEM, NO_LIST_ITEM, NO_TUPLE_ITEM]
 
-# What is printed when memory fails, each text once, in the order of the allocations, and what is raised then. A tuple of
-# more than eight arguments needs memory to be parsed.
+# What is printed when memory fails, each text once, in the order of the allocations, and what is raised then. A tuple
+# of more than eight arguments needs memory to be parsed.
 PRINTED = {
     **{name: method.memory for name, method in BY_NAME.items() if method.memory},
     "PyQDP_CreatePortList": ["Failed to allocate memory\n"],

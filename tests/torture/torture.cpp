@@ -236,7 +236,8 @@ PyObject* netq_info(PyObject*, PyObject*)
 int changed_place = -1;
 int changed_letter;
 
-// change_format(place, letter): from now on, all formats have this letter in this place; change_format(-1, letter) ends it.
+// change_format(place, letter): from now on, all formats have this letter in this place; change_format(-1, letter) ends
+// it.
 PyObject* change_format(PyObject*, PyObject* args)
 {
     return __real_PyArg_ParseTuple(args, "iC", &changed_place, &changed_letter) ? Py_NewRef(Py_None) : nullptr;

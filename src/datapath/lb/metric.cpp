@@ -13,8 +13,8 @@ namespace qdp {
 
 namespace {
 
-// The settings that a switch keeps; for a switch that keeps none, the metric that the load balancer works with. False after
-// a message, or without one when the load balancer does not answer.
+// The settings that a switch keeps; for a switch that keeps none, the metric that the load balancer works with. False
+// after a message, or without one when the load balancer does not answer.
 bool read_settings(const char* alias, LBSettings& settings)
 {
     SwitchId id;

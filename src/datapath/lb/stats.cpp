@@ -155,8 +155,8 @@ bool append_dict(PyObject* list, Bytes entry, const EntryLayout& layout, Keys& k
     return fill_entry(dict.get(), entry, layout, keys);
 }
 
-// Appends the entries of a chunk to the lists of their entry_layouts. False with its exception set, also for an entry that does
-// not lie in the chunk with its whole length.
+// Appends the entries of a chunk to the lists of their entry_layouts. False with its exception set, also for an entry
+// that does not lie in the chunk with its whole length.
 bool append_entries(PyObject* lists, const LBStatsChunk& chunk, Keys (&keys)[std::size(entry_layouts)])
 {
     Bytes rest = entries_of(chunk);

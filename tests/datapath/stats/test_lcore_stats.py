@@ -9,7 +9,8 @@ from observe import Call, Capacity, Outcome, refused
 FLOW_STATS_BYTES = 7176
 REFUSED = "TypeError: Invalid parameter passed.\n\n"
 
-# The keys in dict order, and the place of each in the record: three words of 32 bits, one of padding, then the counters.
+# The keys in dict order, and the place of each in the record: three words of 32 bits, one of padding, then the
+# counters.
 WORDS = {"lcoreID": 0, "numFlows": 1, "numModel2Flows": 2}
 COUNTERS = {
     "numFlowsCreated": 0,
