@@ -87,10 +87,10 @@ void look_at(const Argument& argument)
 
 uint32_t take_status()
 {
-    constexpr uint32_t refusals[] = {1, host::refused, host::not_found, host::bad_parameter, UINT32_MAX};
+    constexpr uint32_t refusals[] = {1, host::status_refused, status_not_found, status_bad_parameter, UINT32_MAX};
     if (input->is_empty())
-        return host::refused;  // so that a walk that the library never ends does end
-    return input->chance(224) ? host::success : input->one_of(refusals);
+        return host::status_refused;  // so that a walk that the library never ends does end
+    return input->chance(224) ? status_success : input->one_of(refusals);
 }
 
 enum class Content { repeated_run, run, run_inside, none, kinds };
@@ -181,7 +181,7 @@ void answer_outputs(std::span<const Argument> arguments, uint32_t status)
     for (const Argument& argument : arguments) {
         if (argument.kind == Argument::Kind::output)
             answer_output(argument.output);
-        if (argument.kind == Argument::Kind::value_output && status == host::success)
+        if (argument.kind == Argument::Kind::value_output && status == status_success)
             answer_value(argument.value_output);
     }
 }
