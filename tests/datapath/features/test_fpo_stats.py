@@ -155,7 +155,12 @@ class TestGetFPOStats:
         after = qdp.result("GetFPOStats", 0, (5, 2))
         # 20000 hits a second, and 500 more for each number of the lcore.
         assert [late["hits"] - early["hits"] for early, late in zip(before, after)] == [2_250_000, 2_100_000]
-        assert all(late[key] > early[key] for early, late in zip(before, after) for key in LCORE_KEYS[1:])
+        # Lcore 5 alone has trouble: 40 failures a second, half as many mismatched marks, a quarter as many NICs.
+        failures = ["ctHwContextFailed", "markMismatched", "pnicMismatched"]
+        assert [after[0][key] - before[0][key] for key in failures] == [4_000, 2_000, 1_000]
+        assert [after[1][key] for key in failures] == [0, 0, 0]
+        others = [key for key in LCORE_KEYS[1:] if key not in failures]
+        assert all(late[key] > early[key] for early, late in zip(before, after) for key in others)
 
     @pytest.mark.parametrize("switch, lcores", [(3, (0,)), (0, (8,)), (1, (7,)), (0, (64,)), (0, (1, -1)), (0, (1,) * 33)])
     def test_embedded_host_has_no_such_lcores(self, qdp, switch, lcores):
