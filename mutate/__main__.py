@@ -36,7 +36,8 @@ SOURCE_KINDS = {
 }
 ENOUGH = 0.98
 ENOUGH_OF_SOURCES = 0.97
-ENOUGH_OF_A_SAMPLE = 0.85  # two of sixty more or less are chance
+ENOUGH_OF_A_SAMPLE = 0.88
+CHANCE = 2  # so many changes of a sample, more or less, are chance
 
 
 def parse_arguments():
@@ -96,7 +97,7 @@ def summarise(results, equivalents, is_complete, kinds, enough):
     total, noticed = results.total(), results.total() - len(survivors)
     print(f"noticed: {share(noticed, total)}")
     if not is_complete:  # what a sample meets that nobody has argued yet is printed for the next complete run
-        return noticed >= ENOUGH_OF_A_SAMPLE * total
+        return noticed >= ENOUGH_OF_A_SAMPLE * total - CHANCE
     return noticed >= enough * total and all(argued.values()) and not unused
 
 

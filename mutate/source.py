@@ -107,8 +107,9 @@ def moved_constants(code):
         return
     for number, found in enumerate(outside_texts(NUMBER, code), 1):
         value = int(found[1].replace("'", ""), 0)
+        is_truth = code[: found.start(1)].endswith("PyBool_FromLong(")
         for moved in (value + 1, value - 1):
-            if moved >= 0:
+            if moved >= 0 and not (is_truth and value and moved):  # which are one truth
                 new = hex(moved) if found[1].startswith("0x") else str(moved)
                 yield f"number {number}: {found[1]} made {moved}", spliced(code, *found.span(1), new)
 
