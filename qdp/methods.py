@@ -802,6 +802,12 @@ def DumpLBStats(
     """Reads the latest load statistics of ports, uplinks and contexts (`Qdp_DumpLBStats`, for each 4096 bytes of
     answer). With both counts 0 nothing is called, and the lists are empty.
 
+    Each further request repeats both counts and begins where the answers so far end. A dump of more than one answer can
+    so hold more ports and contexts than asked for: cut the lists to the counts.
+
+    Between two requests Ctrl-C ends the dump in the main thread alone. In a second thread it cannot be interrupted, since
+    the interpreter runs signal handlers in the main thread only.
+
     switch: switch number, 0..15
     first_port: 0..16383
     port_count: first_port + port_count is at most 16384

@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import random
+import signal
 import sys
 import tempfile
 
@@ -17,6 +18,8 @@ sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent))
 
 from contract import RECIPES  # noqa: E402
 from recipes import is_made_of  # noqa: E402
+
+ENDLESS_SECONDS = 5
 
 # What takes the place of a value in a line.
 STRANGE = [None, True, 0, 1, 2, -1, 2**31, 2**32 - 1, 2**32, 2**63, 2**64, 1.5, "", "x", "\u0000", [], {}, [[]]]
@@ -87,6 +90,7 @@ def replay(capture, methods, seeds):
     ranges = json.loads(open(methods).read())
     # The header comes with the first call, which is one of LibraryInit's.
     init = content[len(header) : ranges.pop("LibraryInit")[1]].splitlines(True)
+    signal.signal(signal.SIGALRM, signal.default_int_handler)
     refused = answered = 0
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "capture")
@@ -105,11 +109,15 @@ def replay(capture, methods, seeds):
                 refused += 1
                 continue
             answered += 1
+            # A damaged answer may say for ever that more follows; the dump that believes it ends by a signal, as by Ctrl-C.
+            signal.alarm(ENDLESS_SECONDS)
             try:
                 exported.LibraryInit()
                 getattr(_libqdp, name)(*is_made_of(RECIPES[name], _libqdp))
-            except Exception as error:
+            except (Exception, KeyboardInterrupt) as error:
                 print(repr(error), file=sys.stderr)
+            finally:
+                signal.alarm(0)
     print(json.dumps({"refused": refused, "answered": answered}))
 
 

@@ -54,6 +54,7 @@ def best(action):
     return min(found)
 
 
+@pytest.mark.long  # and by itself: tests on the other processors make each instruction slower
 def test_scrape_of_the_default_host(scrapes, monkeypatch):
     """All of it: the sweep, the way between the processes, and the page."""
     calls = []
