@@ -52,8 +52,8 @@ def ansible_modules(root):
 
 def examples(root):
     """The files of the examples, below the repository."""
-    found = (root / "examples").rglob("*")
-    return {path.relative_to(root).as_posix() for path in found if path.is_file() and "__pycache__" not in path.parts}
+    found = {path.relative_to(root) for path in (root / "examples").rglob("*") if path.is_file()}
+    return {path.as_posix() for path in found if not {"__pycache__", ".pytest_cache"} & set(path.parts)}
 
 
 def scenarios(root):
