@@ -15,7 +15,6 @@ def starved(qdp, method, *arguments):
     function = getattr(qdp.module, method)
     well = qdp.call(method, *arguments)
     outcomes = []
-    gc.freeze()  # everything older, so that the collections below are quick
     while True:
 
         def lacking(*given, nth=len(outcomes)):
@@ -31,7 +30,6 @@ def starved(qdp, method, *arguments):
             break
         outcome.calls = []
         outcomes.append(outcome)
-    gc.unfreeze()
     assert outcomes
     return [each for i, each in enumerate(outcomes) if each not in outcomes[:i]]
 

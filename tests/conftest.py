@@ -1,6 +1,7 @@
 """What every test stands on: the embedded host of this process, and calls of the module's methods under observation."""
 
 import ctypes
+import gc
 import importlib.machinery
 import importlib.util
 import os
@@ -88,8 +89,19 @@ def pytest_configure(config):
     config.addinivalue_line("markers", "long: takes longer than a usual run of the tests may; runs with --long")
 
 
+@pytest.hookimpl(tryfirst=True)  # before pytest-xdist reads the groups
 def pytest_collection_modifyitems(config, items):
+    """Keeps a file's tests in one process, so that what they share is made once."""
+    for item in items:
+        if not item.get_closest_marker("xdist_group"):
+            item.add_marker(pytest.mark.xdist_group(str(item.path.relative_to(ROOT / "tests"))))
     if not config.getoption("--long"):
         long = [item for item in items if item.get_closest_marker("long")]
         config.hook.pytest_deselected(items=long)
         items[:] = [item for item in items if item not in long]
+
+
+def pytest_collection_finish(session):
+    """Takes thousands of test items out of the collector's sight, so that collections cost what the tests make."""
+    gc.collect()
+    gc.freeze()

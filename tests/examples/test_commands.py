@@ -1,7 +1,6 @@
 """What all examples have in common: their command lines, exit codes, and what they are written in."""
 
 import ast
-import importlib.util
 import json
 import os
 import re
@@ -10,6 +9,8 @@ import subprocess
 import sys
 
 import pytest
+
+import checker
 
 # Each example with arguments with which it succeeds, and an operation that it cannot do without, with the call and the
 # text of its failure.
@@ -175,17 +176,9 @@ def test_json_is_indented_by_two(rows, printed, name):
 
 
 def test_examples_pass_the_strict_type_checker(root, build, tmp_path):
-    if importlib.util.find_spec("mypy") is None:
-        pytest.fail("mypy is not installed; script/setup installs it")
     sources = list((root / "examples").rglob("*.py"))
     assert len(sources) > len(EXAMPLES)
-    done = subprocess.run(
-        [sys.executable, "-m", "mypy", "--strict", str(root / "examples")],
-        env={**os.environ, "PYTHONPATH": f"{root / 'typings'}{os.pathsep}{build}", "MYPY_CACHE_DIR": str(tmp_path), "LD_PRELOAD": ""},
-        capture_output=True,
-        text=True,
-        cwd=tmp_path,
-    )
+    done = checker.checked(build, tmp_path, [root / "typings", build], "--strict", root / "examples")
     assert done.stdout + done.stderr == f"Success: no issues found in {len(sources)} source files\n"
 
 

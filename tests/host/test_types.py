@@ -1,11 +1,10 @@
 """The types of qdp_host, as the authors of scripts and tests check theirs."""
 
-import os
 import shutil
-import subprocess
-import sys
 
 import pytest
+
+import checker
 
 
 @pytest.fixture(scope="module")
@@ -17,17 +16,7 @@ def checked(root, build, tmp_path_factory):
         shutil.copytree(package, folder / "installed" / package.name, ignore=ignored)
 
     def checked(*arguments):
-        return subprocess.run(
-            [sys.executable, "-m", "mypy", "--strict", *map(str, arguments)],
-            env={
-                **os.environ, "PYTHONPATH": str(folder / "installed"), "MYPY_CACHE_DIR": str(folder / "cache"),
-                "LD_PRELOAD": "",
-            },
-            capture_output=True,
-            text=True,
-            cwd=folder,
-            timeout=300,
-        )  # fmt: skip
+        return checker.checked(build, folder, [folder / "installed"], "--strict", *arguments)
 
     return checked
 

@@ -11,15 +11,6 @@ from observe import Outcome
 from recipes import is_made_of
 
 
-@pytest.fixture(scope="module", autouse=True)
-def quick_collections():
-    """Collections look at new objects alone."""
-    gc.collect()
-    gc.freeze()
-    yield
-    gc.unfreeze()
-
-
 class Hostile:
     """An integer that acts before it tells its value."""
 

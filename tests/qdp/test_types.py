@@ -1,11 +1,10 @@
 """The types of the layer, as users of it check their scripts."""
 
-import os
 import shutil
-import subprocess
-import sys
 
 import pytest
+
+import checker
 
 # Modules that are checked strictly themselves.
 STRICT = """
@@ -22,14 +21,7 @@ def checked(root, build, tmp_path_factory):
     shutil.copytree(root / "typings" / "_libqdp-stubs", installed / "_libqdp-stubs")
 
     def checked(*arguments):
-        return subprocess.run(
-            [sys.executable, "-m", "mypy", "--strict", *arguments],
-            env={**os.environ, "PYTHONPATH": str(installed), "MYPY_CACHE_DIR": str(folder), "LD_PRELOAD": ""},
-            capture_output=True,
-            text=True,
-            cwd=folder,
-            timeout=600,
-        )
+        return checker.checked(build, folder, [installed], "--strict", *arguments)
 
     return checked
 

@@ -1,6 +1,5 @@
 """What every kind of torture needs."""
 
-import gc
 import pathlib
 
 import pytest
@@ -51,12 +50,3 @@ def frozen(configured, tortured):
     assert module.AdvStatsSetEnabled(0, 1) is None
     configured.advance(seconds=1e6)
     return configured
-
-
-@pytest.fixture
-def young():
-    """All older objects are out of the collector's sight, so that collecting is quick."""
-    gc.collect()
-    gc.freeze()
-    yield
-    gc.unfreeze()

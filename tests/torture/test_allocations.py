@@ -58,7 +58,7 @@ CALLS = [(name, None) for name in (*RECIPES, *EXPORTED)] + [(name, records) for 
 
 @pytest.mark.parametrize("forever", [False, True], ids=["once", "for ever"])
 @pytest.mark.parametrize("name, records", CALLS)
-def test_failing_allocations(frozen, tortured, tally, young, name, records, forever):
+def test_failing_allocations(frozen, tortured, tally, name, records, forever):
     torture, module = tortured
     method = getattr(torture if name in EXPORTED else module, name)
     printed_texts, raised_errors = [], []

@@ -104,7 +104,7 @@ def lists_dicts(result):
 
 
 @pytest.mark.parametrize("name", RECIPES)
-def test_result_changed_by_a_collectors_callback(frozen, tortured, tally, young, name):
+def test_result_changed_by_a_collectors_callback(frozen, tortured, tally, name):
     torture, module = tortured
     method = getattr(module, name)
     usual = outcome(method, is_made_of(RECIPES[name], module))

@@ -49,7 +49,7 @@ def wrong_calls(arguments):
 
 
 @pytest.fixture
-def grows_nothing(frozen, tortured, young):
+def grows_nothing(frozen, tortured):
     """Calls a method with a recipe's arguments, again and again, and looks at what grew."""
     torture, module = tortured
 

@@ -1,19 +1,17 @@
 """The type stubs in typings/: that they say what the module does, and that a type checker makes use of them."""
 
 import ast
-import importlib.util
 import inspect
 import os
 import pathlib
 import re
 import struct
-import subprocess
-import sys
 import typing
 
 import pytest
 
 import _libqdp
+import checker
 from adversity import starved
 from observe import Outcome
 from contract import RECIPES
@@ -366,22 +364,12 @@ class TestMismatches:
 
 
 @pytest.fixture
-def checked(root, tmp_path):
+def checked(root, build, tmp_path):
     """Runs mypy or its stubtest. They find the stubs on Python's own path, like an installed package of stubs; in
     MYPYPATH mypy 1.0 looks for no such packages."""
 
-    def run(*arguments, path=(root / "typings",), **environment):
-        if importlib.util.find_spec("mypy") is None:
-            pytest.fail("mypy is not installed; script/setup installs it")
-        environment["PYTHONPATH"] = os.pathsep.join(map(str, path))
-        environment["MYPY_CACHE_DIR"] = str(tmp_path / "cache")
-        return subprocess.run(
-            [sys.executable, "-m", *arguments],
-            cwd=tmp_path,
-            env={**os.environ, **environment},
-            capture_output=True,
-            text=True,
-        )
+    def run(*arguments, path=(root / "typings",), **options):
+        return checker.checked(build, tmp_path, path, *arguments, **options)
 
     return run
 
@@ -407,7 +395,7 @@ class TestTypeChecker:
     ]
 
     def test_typical_uses_pass(self, checked, root):
-        done = checked("mypy", "--strict", str(root / "tests" / "typings" / "typical_uses.py"), LD_PRELOAD="")
+        done = checked("--strict", root / "tests" / "typings" / "typical_uses.py")
         assert done.stdout + done.stderr == "Success: no issues found in 1 source file\n"
 
     def test_typical_uses_run_as_written(self):
@@ -425,7 +413,7 @@ class TestTypeChecker:
     def test_wrong_uses_are_found(self, checked, tmp_path):
         uses = [use for use, _ in self.WRONG_USES]
         (tmp_path / "wrong.py").write_text("import _libqdp\n" + "\n".join(uses) + "\n")
-        done = checked("mypy", "--strict", "wrong.py", LD_PRELOAD="")
+        done = checked("--strict", "wrong.py")
         reports = [line for line in done.stdout.splitlines() if ": error: " in line]
         errors = dict(line.removeprefix("wrong.py:").split(": error: ", 1) for line in reports)
         assert len(reports) == len(uses) and list(errors) == [str(line) for line in range(2, len(uses) + 2)], done
@@ -438,9 +426,9 @@ class TestTypeChecker:
         types += [node.targets[0].id for node in THE_STUB.tree.body if isinstance(node, ast.Assign)]
         allowed = tmp_path / "allowed"
         allowed.write_text("".join(f"_libqdp.{name}\n" for name in types))
-        libraries = str(build / "host")
+        loading = {"LD_LIBRARY_PATH": str(build / "host"), "LD_PRELOAD": os.environ.get("LD_PRELOAD", "")}
         options = ["--allowlist", str(allowed), "_libqdp"]
-        return checked("mypy.stubtest", *options, path=(build, typings), LD_LIBRARY_PATH=libraries)
+        return checked(*options, path=(build, typings), module="mypy.stubtest", **loading)
 
     def test_stubtest_passes(self, checked, build, root, tmp_path):
         done = self.stubtest(checked, build, root / "typings", tmp_path)
