@@ -15,6 +15,7 @@ LINES = {
     "qdp switch show": ["switch", "show"],
     "qdp port show": ["port", "show", "0"],
     "qdp port stats": ["port", "stats", "0", "-j"],
+    "qdp setting show": ["setting", "show", "flow-timeout"],
 }
 TAB = """
 source "$1"

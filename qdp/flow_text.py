@@ -1,37 +1,30 @@
 """The texts of a flow, taken apart: its key as addresses, ports and numbers, its actions as names and values."""
 
-from collections import namedtuple
-
+from .named_tuple import NamedTuple
 from .record import Record
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from ipaddress import IPv4Address, IPv6Address
-    from typing import Any, Callable, List, NamedTuple, Optional, Tuple, Union
+    from typing import Any, Callable, List, Optional, Tuple, Union
 
     Address = Union[IPv4Address, IPv6Address]
-    # None for what the key's layer does not have, and for what cannot be read.
-    FlowKey = NamedTuple(
-        "FlowKey",
-        [
-            ("layer", Optional[int]),
-            ("source_mac", Optional[str]),
-            ("destination_mac", Optional[str]),
-            ("vlan", Optional[int]),
-            ("tag", Optional[int]),
-            ("source", Optional[Address]),
-            ("destination", Optional[Address]),
-            ("protocol", Optional[int]),
-            ("vni", Optional[int]),
-            ("source_port", Optional[int]),
-            ("destination_port", Optional[int]),
-        ],
-    )
-else:
-    FlowKey = namedtuple(
-        "FlowKey",
-        "layer source_mac destination_mac vlan tag source destination protocol vni source_port destination_port",
-    )
+
+
+class FlowKey(NamedTuple):
+    """The key of a flow. A part is None where the key's layer does not have it, and where it cannot be read."""
+
+    layer: "Optional[int]"
+    source_mac: "Optional[str]"
+    destination_mac: "Optional[str]"
+    vlan: "Optional[int]"
+    tag: "Optional[int]"
+    source: "Optional[Address]"
+    destination: "Optional[Address]"
+    protocol: "Optional[int]"
+    vni: "Optional[int]"
+    source_port: "Optional[int]"
+    destination_port: "Optional[int]"
 
 
 def _address(text: str) -> "Address":

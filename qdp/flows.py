@@ -1,11 +1,13 @@
 """The flows of the flow caches, lcore by lcore and page by page."""
 
-from typing import Any, Iterator, Optional, Sequence, Tuple
-
 from . import methods
 from .paging import pages
 from .records import FlowEntry
 from .values import LCORES, ip_address, mac_text, within
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Iterator, Optional, Sequence, Tuple
 
 END = (1 << 32) - 1  # the start index that the module does not take
 FILTER_VALUES = 5
@@ -22,14 +24,14 @@ class Flow(FlowEntry):
     lcore: int
 
 
-def _address_filter(address: Any) -> Tuple[int, str]:
+def _address_filter(address: "Any") -> "Tuple[int, str]":
     if address is None:
         return 0, ""
     parsed = ip_address(address)
     return parsed.version, str(parsed)
 
 
-def _mac_filter(mac: Optional[str]) -> Tuple[int, str]:
+def _mac_filter(mac: "Optional[str]") -> "Tuple[int, str]":
     return (0, "") if mac is None else (1, mac_text(mac))
 
 
@@ -38,12 +40,12 @@ class FlowFilter:
 
     def __init__(
         self,
-        source_mac: Optional[str] = None,
-        destination_mac: Optional[str] = None,
-        source: Any = None,
-        destination: Any = None,
+        source_mac: "Optional[str]" = None,
+        destination_mac: "Optional[str]" = None,
+        source: "Any" = None,
+        destination: "Any" = None,
         option: int = 0,
-        values: Sequence[int] = (0,) * FILTER_VALUES,
+        values: "Sequence[int]" = (0,) * FILTER_VALUES,
     ) -> None:
         self.option = within("an option", option, OPTIONS)
         self.addresses = (
@@ -57,12 +59,12 @@ class FlowFilter:
         self.is_on = bool(any(self.addresses) or any(self.values) or option)
 
 
-def flows_of(switch: int, lcore: int, wanted: FlowFilter) -> Iterator[Flow]:
+def flows_of(switch: int, lcore: int, wanted: FlowFilter) -> "Iterator[Flow]":
     """The flows of one lcore. Flows that come and go while pages are read may be missing or come twice."""
     within("an lcore", lcore, LCORES)
     arguments = wanted.addresses + wanted.values
 
-    def page(start: int) -> Any:
+    def page(start: int) -> "Any":
         return methods.DumpFlowTable(switch, lcore, start, wanted.option, *arguments)  # type: ignore[arg-type]
 
     for entry in pages(page, "list", "startIndex", END, passes_empty_pages=wanted.is_on):

@@ -1,19 +1,23 @@
 """The host: its switches and devices, its SmartNIC, and the settings of all of them."""
 
 import re
-from typing import Any, Container, ContextManager, Dict, Iterator, List, Mapping, Optional, Tuple
 
 from . import methods
 from .aliases import Aliases
 from .errors import NotFound
-from .nic import Nic
 from .records import DevAffinity
-from .rates import Sample, samples
-from .settings import Change, Plan, Row, Setting, Settings, check, row_of, temporarily
+from .settings import Plan, Row, Setting, Settings, Temporarily, check, row_of
 from .switch import NamedUplink, Switch, find_number
 from .values import PORTS, WORD, within
 
-PATH = re.compile(
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Container, Dict, Iterator, List, Mapping, Optional, Tuple
+
+    from .nic import Nic
+    from .rates import Sample
+
+PATH = (
     r"device/(?P<device>[^/]+)"
     r"|(?P<port_switch>.+)/port/(?P<port>[0-9]+)"
     r"|(?P<uplink_switch>.+)/uplink/(?P<uplink>[^/]+)"
@@ -24,7 +28,7 @@ PATH = re.compile(
 class Device:
     """A physical NIC."""
 
-    def __init__(self, name: str, info: Optional[DevAffinity] = None) -> None:
+    def __init__(self, name: str, info: "Optional[DevAffinity]" = None) -> None:
         self.name = name
         self.info = info
         self.path = "device/" + name
@@ -43,7 +47,7 @@ class Host:
 
     def __init__(self) -> None:
         self.aliases = Aliases()
-        self.nic = Nic()
+        self._nic = None  # type: Optional[Nic]
 
     def load_aliases(self) -> None:
         """Loads the snapshot of the switches' aliases again. Looking an unknown alias up does so, too."""
@@ -51,11 +55,20 @@ class Host:
 
     # --- What the host consists of ---
 
-    def switches(self) -> List[Switch]:
+    @property
+    def nic(self) -> "Nic":
+        """The SmartNIC behind the uplinks."""
+        if self._nic is None:
+            from .nic import Nic
+
+            self._nic = Nic()
+        return self._nic
+
+    def switches(self) -> "List[Switch]":
         """The switches of the datapath, in the order of the list."""
         return [Switch(self, info) for info in methods.ListSwitches()]
 
-    def switch(self, which: Any) -> Switch:
+    def switch(self, which: "Any") -> Switch:
         """A switch by its number, its name in the datapath, or its alias."""
         number = find_number(which)
         switches = self.switches()
@@ -71,7 +84,7 @@ class Host:
             hint="it has " + ", ".join("{} ({})".format(each.number, each.name) for each in switches),
         )
 
-    def devices(self) -> List[Device]:
+    def devices(self) -> "List[Device]":
         """The physical NICs."""
         return [Device(info.devname, info) for info in methods.ListDevAffinity()]
 
@@ -82,7 +95,7 @@ class Host:
                 return device
         raise NotFound("no device {}".format(name), hint="Host.devices() lists the devices")
 
-    def lcores(self, selector: int = 0) -> Tuple[int, ...]:
+    def lcores(self, selector: int = 0) -> "Tuple[int, ...]":
         """The ids of all lcores. The selector is the datapath's."""
         return methods.ListLCoreIDs(within("a selector", selector, WORD))
 
@@ -97,12 +110,12 @@ class Host:
         """The settings of the host itself."""
         return Settings("host", "", _no_part)
 
-    def _row(self, path: str) -> Tuple[Dict[str, Optional[str]], Row]:
+    def _row(self, path: str) -> "Tuple[Dict[str, Optional[str]], Row]":
         """What a path names, and the row of its setting. Calls nothing."""
         owner, _, name = path.rpartition("/")
         if not owner:
             return {}, row_of("host", name)
-        found = PATH.fullmatch(owner)
+        found = re.fullmatch(PATH, owner)
         assert found
         named = found.groupdict()
         for scope in ("device", "port", "uplink"):
@@ -129,7 +142,7 @@ class Host:
         setting.path = path
         return setting
 
-    def all_settings(self) -> Iterator[Tuple[str, Setting]]:
+    def all_settings(self) -> "Iterator[Tuple[str, Setting]]":
         """The settings of the host, of all switches, ports and devices, by path.
 
         Those of uplinks are not among them, since no method lists the names that uplinks have in the configuration. A
@@ -151,27 +164,29 @@ class Host:
             for setting in device.settings.values():
                 yield setting.path, setting
 
-    def plan(self, wanted: Mapping[str, Any]) -> Plan:
+    def plan(self, wanted: "Mapping[str, Any]") -> Plan:
         """A plan of values by path. All names and values are checked before the first call."""
         for path, value in wanted.items():
             check(self._row(path)[1], value)
         return Plan([(self.setting(path), value) for path, value in wanted.items()])
 
-    def temporarily(self, wanted: Mapping[str, Any]) -> ContextManager[List[Change]]:
+    def temporarily(self, wanted: "Mapping[str, Any]") -> Temporarily:
         """Values by path for the length of a `with` block; behind it is what was there before."""
-        return temporarily(self.plan(wanted))
+        return Temporarily(self.plan(wanted))
 
     # --- Rates ---
 
     def rates(
-        self, every: float = 5, count: Optional[int] = None, switches: Optional[Container[int]] = None
-    ) -> Iterator[Sample]:
+        self, every: float = 5, count: "Optional[int]" = None, switches: "Optional[Container[int]]" = None
+    ) -> "Iterator[Sample]":
         """The rates of all ports, or of those of some switches, again and again; see `qdp.rates`."""
+        from .rates import samples
+
         return samples(self, every, count, switches)
 
     def __repr__(self) -> str:
         return "<Host>"
 
 
-def _no_part(wanted: str) -> Any:
+def _no_part(wanted: str) -> "Any":
     raise AssertionError("the host needs no part of a name; asked for {}".format(wanted))

@@ -1,10 +1,9 @@
-"""The SmartNIC behind the uplinks: its ports, its counters, its hardware tables, and the path of a flow through them."""
-
-from typing import Any, Callable, Dict, Iterator, List, Mapping, NamedTuple, Optional, Sequence, Set, Tuple
+"""The SmartNIC behind the uplinks: its ports, counters and hardware tables, and the path of a flow through them."""
 
 from . import methods
 from .call import call
 from .errors import InvalidArgument, NotFound, QdpError
+from .named_tuple import NamedTuple
 from .paging import pages
 from .records import (
     CTContext,
@@ -23,6 +22,14 @@ from .records import (
     VlanPort,
 )
 from .values import WORD, address_halves, ip_address, mac_number, refuse, within
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Callable, Dict, Iterator, List, Mapping, Optional, Sequence, Set, Tuple
+
+    MappingOfTable = Mapping[str, "Table"]
+else:
+    from collections.abc import Mapping as MappingOfTable
 
 LIFS = NIC_PORTS = range(1024)
 VLANS = range(4095)
@@ -43,8 +50,8 @@ class Parameter(NamedTuple):
     with a default may be left out."""
 
     name: str
-    range: Sequence[int] = WORD
-    default: Any = None
+    range: "Sequence[int]" = WORD
+    default: "Any" = None
     kind: str = "number"
 
 
@@ -54,7 +61,7 @@ class TableRow(NamedTuple):
 
     name: str
     method: str
-    parameters: Tuple[Parameter, ...] = ()
+    parameters: "Tuple[Parameter, ...]" = ()
     help: str = ""
 
 
@@ -128,17 +135,17 @@ class Table:
         self.name = row.name
         self.parameters = tuple([each.name for each in row.parameters if each.kind != "family"])
 
-    def __getitem__(self, arguments: Any) -> Any:
+    def __getitem__(self, arguments: "Any") -> "Any":
         return self.read(*arguments) if isinstance(arguments, tuple) else self.read(arguments)
 
     # An entry is read by what it is of; the table itself has no order.
     __iter__ = None
 
-    def read(self, *arguments: Any, **named: Any) -> Any:
+    def read(self, *arguments: "Any", **named: "Any") -> "Any":
         """The entry. MAC addresses are texts, IP addresses texts or addresses."""
         return call(self.row.method, *self.packed(*arguments, **named))
 
-    def packed(self, *arguments: Any, **named: Any) -> Tuple[int, ...]:
+    def packed(self, *arguments: "Any", **named: "Any") -> "Tuple[int, ...]":
         """The reader's own arguments."""
         given = dict(zip(self.parameters, arguments), **named)
         unknown = sorted(set(given) - set(self.parameters))
@@ -165,7 +172,7 @@ class Table:
         return tuple([is_ipv4 if value is None else value for value in values])
 
     @staticmethod
-    def _halves(parameter: Parameter, value: Any, families: Set[int]) -> Tuple[int, int]:
+    def _halves(parameter: Parameter, value: "Any", families: "Set[int]") -> "Tuple[int, int]":
         if value == parameter.default and value is not None:
             return 0, 0
         address = ip_address(value)
@@ -176,7 +183,7 @@ class Table:
         return "<Table {}({}): {}>".format(self.name, ", ".join(self.parameters), self.row.help)
 
 
-class Tables(Mapping[str, Table]):
+class Tables(MappingOfTable):
     """The hardware tables by name."""
 
     _tables = {name: Table(row) for name, row in TABLE_ROWS.items()}
@@ -189,10 +196,10 @@ class Tables(Mapping[str, Table]):
     def __contains__(self, name: object) -> bool:
         return name in self._tables
 
-    def get(self, name: str, default: Any = None) -> Any:
+    def get(self, name: str, default: "Any" = None) -> "Any":
         return self._tables.get(name, default)
 
-    def __iter__(self) -> Iterator[str]:
+    def __iter__(self) -> "Iterator[str]":
         return iter(self._tables)
 
     def __len__(self) -> int:
@@ -208,9 +215,9 @@ class TraceStep(NamedTuple):
 
     step: str
     table: str
-    arguments: Tuple[int, ...]
-    entry: Any = None
-    uplink: Optional[int] = None
+    arguments: "Tuple[int, ...]"
+    entry: "Any" = None
+    uplink: "Optional[int]" = None
 
 
 class Nic:
@@ -220,19 +227,19 @@ class Nic:
 
     # --- Ports ---
 
-    def lifs(self) -> Iterator[LifPort]:
+    def lifs(self) -> "Iterator[LifPort]":
         """The LIF ports."""
         return pages(methods.LifPortList, "liflist", "nextIndex", len(LIFS))
 
-    def vlan_ports(self) -> Iterator[VlanPort]:
+    def vlan_ports(self) -> "Iterator[VlanPort]":
         """The mux VLAN ports."""
         return pages(methods.VlanPortList, "vlanlist", "nextIndex", len(SHORT) - 1)
 
-    def ports(self) -> Iterator[OutputPort]:
+    def ports(self) -> "Iterator[OutputPort]":
         """The output ports."""
         return pages(methods.PortList, "portlist", "nextIndex", len(NIC_PORTS))
 
-    def host_pfs(self) -> List[int]:
+    def host_pfs(self) -> "List[int]":
         """The LIFs of the host's physical functions."""
         return methods.HostPFGet()
 
@@ -339,11 +346,11 @@ class Nic:
 
     # --- Memory ---
 
-    def hw_tables(self) -> List[HWTable]:
+    def hw_tables(self) -> "List[HWTable]":
         """The tables in the SmartNIC's memory."""
         return methods.P4HWTableList()
 
-    def dump(self, table: int, first: int, count: int) -> List[str]:
+    def dump(self, table: int, first: int, count: int) -> "List[str]":
         """The bytes of a table's entries, 16 to a line; the module gives at most 2032 of them."""
         return methods.P4HWTableDump(*_words(table, first, count))
 
@@ -359,11 +366,11 @@ class Nic:
         """A connection as the offload's context manager sees it."""
         return methods.FPOQueryContextMgr(*_words(id_1, id_2, id_3))[0]
 
-    def mirror_sessions(self) -> List[str]:
+    def mirror_sessions(self) -> "List[str]":
         """The mirror sessions, a line each."""
         return methods.P4MirrorTableDump()
 
-    def port_mirrors(self, value_1: int, value_2: int) -> List[str]:
+    def port_mirrors(self, value_1: int, value_2: int) -> "List[str]":
         """The mirror entries of a port. The values are the SmartNIC's."""
         return methods.P4PortMirrorTableDump(within("a value", value_1, SHORT), within("a value", value_2, SHORT))
 
@@ -380,8 +387,8 @@ class Nic:
         )
 
     def trace(
-        self, index: Optional[int] = None, failures: Optional[List[QdpError]] = None, **key: Any
-    ) -> Iterator[TraceStep]:
+        self, index: "Optional[int]" = None, failures: "Optional[List[QdpError]]" = None, **key: "Any"
+    ) -> "Iterator[TraceStep]":
         """The entries on a flow's way through the pipeline, in their order: where it comes in, how its packets are
         edited, the tunnel that it enters, where it leaves, with its counters and its connection on both sides.
 
@@ -401,7 +408,7 @@ class Nic:
             )
         return self._read(self._way(found, info), failures)
 
-    def _read(self, way: Iterator[TraceStep], failures: Optional[List[QdpError]]) -> Iterator[TraceStep]:
+    def _read(self, way: "Iterator[TraceStep]", failures: "Optional[List[QdpError]]") -> "Iterator[TraceStep]":
         for step in way:
             try:
                 yield step if step.entry else step._replace(entry=self.tables[step.table].read(*step.arguments))
@@ -410,7 +417,7 @@ class Nic:
                     raise
                 failures.append(error)
 
-    def _way(self, index: int, info: Any) -> Iterator[TraceStep]:
+    def _way(self, index: int, info: "Any") -> "Iterator[TraceStep]":
         yield TraceStep("comes in", "flow_info", (index,), info)
         for each in self._edge("comes in", info, "src", "Ingress", 0):
             yield each
@@ -422,7 +429,7 @@ class Nic:
             for each in self._edge("leaves", info, "dst", "Egress", 1):
                 yield each
 
-    def _edge(self, step: str, info: Any, end: str, way: str, half: int) -> Iterator[TraceStep]:
+    def _edge(self, step: str, info: "Any", end: str, way: str, half: int) -> "Iterator[TraceStep]":
         """What is alike on the way in and on the way out. Which table of a pair is for which, is up to the pipeline's
         program; the first one stands for the way in."""
         if info["is{}Uplink".format(end.capitalize())]:
@@ -439,10 +446,10 @@ class Nic:
         return "<Nic>"
 
 
-def _is_there(entry: Any) -> bool:
+def _is_there(entry: "Any") -> bool:
     """Whether an entry holds anything; what was never written is zero."""
     return any(vars(entry).values())
 
 
-def _words(*values: int) -> Tuple[int, ...]:
+def _words(*values: int) -> "Tuple[int, ...]":
     return tuple([within("a value", value, WORD) for value in values])

@@ -1,11 +1,13 @@
 """Lists that the module gives page by page, as iterators."""
 
-from typing import Any, Callable, Iterator
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Callable, Iterator
 
 
 def pages(
-    read: Callable[[int], Any], entries: str, following: str, end: int, passes_empty_pages: bool = False
-) -> Iterator[Any]:
+    read: "Callable[[int], Any]", entries: str, following: str, end: int, passes_empty_pages: bool = False
+) -> "Iterator[Any]":
     """The entries of all pages. `read` reads the page that starts at an index, `entries` is the key of a page's entries
     and `following` that of the next index, `end` the first index that the method does not take.
 

@@ -1,15 +1,20 @@
 """Readings of counters, how much they have grown, and the rates of all ports."""
 
 import time
-from typing import TYPE_CHECKING, Any, Callable, Container, Dict, Iterator, List, NamedTuple, Optional, Tuple
 
 from .errors import QdpError
 from .methods import GetPortStats
+from .named_tuple import NamedTuple
 from .values import refuse
 
+TYPE_CHECKING = False
 if TYPE_CHECKING:
+    from typing import Any, Callable, Container, Dict, Iterator, List, Optional, Tuple
+
     from .host import Host
     from .switch import Port
+
+    Place = Tuple[int, int]
 
 LONGEST = 24 * 60 * 60.0  # seconds between samples
 
@@ -27,7 +32,7 @@ LOW_HALVES = {
 }
 
 
-def growth(old: int, new: int, bits: int = 64) -> Optional[int]:
+def growth(old: int, new: int, bits: int = 64) -> "Optional[int]":
     """How much a counter of so many bits has grown, which may have wrapped meanwhile, and be shown signed or unsigned.
 
     None where it rather went back, as it does when it is set to zero: a step of half the counter's range or more is
@@ -44,7 +49,7 @@ class Reading:
     is the width of all counters; where it is not given, it follows from the record.
     """
 
-    def __init__(self, counters: Any, bits: Optional[int] = None) -> None:
+    def __init__(self, counters: "Any", bits: "Optional[int]" = None) -> None:
         self.time = time.monotonic()
         halves = LOW_HALVES.get(type(counters).__name__, frozenset())
         self._bits = bits
@@ -61,7 +66,7 @@ class Reading:
     def __getitem__(self, key: str) -> int:
         return self._counters[key]
 
-    def __iter__(self) -> Iterator[str]:
+    def __iter__(self) -> "Iterator[str]":
         return iter(self._counters)
 
     def __len__(self) -> int:
@@ -70,11 +75,11 @@ class Reading:
     def __contains__(self, key: object) -> bool:
         return key in self._counters
 
-    def keys(self) -> List[str]:
+    def keys(self) -> "List[str]":
         """The names of the counters."""
         return list(self._counters)
 
-    def growth(self, before: "Reading", *keys: str) -> Optional[int]:
+    def growth(self, before: "Reading", *keys: str) -> "Optional[int]":
         """How much these counters have grown together since an earlier reading; None where one went back."""
         total = 0
         for key in keys:
@@ -84,7 +89,7 @@ class Reading:
             total += grown
         return total
 
-    def rate(self, before: "Reading", *keys: str) -> Optional[float]:
+    def rate(self, before: "Reading", *keys: str) -> "Optional[float]":
         """The same a second; None also where no time has passed."""
         grown, seconds = self.growth(before, *keys), self.time - before.time
         return None if grown is None or seconds <= 0 else grown / seconds
@@ -101,16 +106,16 @@ class PortRates:
         self.before = before
         self.after = after
 
-    def __getitem__(self, key: str) -> Optional[float]:
+    def __getitem__(self, key: str) -> "Optional[float]":
         return self.rate(key)
 
     __iter__ = None
 
-    def keys(self) -> List[str]:
+    def keys(self) -> "List[str]":
         """The names of the counters."""
         return self.after.keys()
 
-    def rate(self, *keys: str) -> Optional[float]:
+    def rate(self, *keys: str) -> "Optional[float]":
         """How much these counters have grown a second, together; None where one was set back."""
         return self.after.rate(self.before, *keys)
 
@@ -123,17 +128,14 @@ class Sample(NamedTuple):
     failed, of ports that have gone or could not be read."""
 
     number: int
-    ports: List[PortRates]
-    failures: List[QdpError]
-
-
-Place = Tuple[int, int]
+    ports: "List[PortRates]"
+    failures: "List[QdpError]"
 
 
 class _Readings:
     """Each port with its counters, and the calls that failed. An uplink's counters are those of it as a port."""
 
-    def __init__(self, host: "Host", switches: Optional[Container[int]]) -> None:
+    def __init__(self, host: "Host", switches: "Optional[Container[int]]") -> None:
         self.ports: Dict[Place, Tuple["Port", Reading]] = {}
         self.failures: List[QdpError] = []
         for switch in self._read(host.switches) or []:
@@ -144,7 +146,7 @@ class _Readings:
                     if reading:
                         self.ports[place] = port, reading
 
-    def _read(self, read: Callable[[], Any]) -> Any:
+    def _read(self, read: "Callable[[], Any]") -> "Any":
         try:
             return read()
         except QdpError as error:
@@ -153,8 +155,8 @@ class _Readings:
 
 
 def samples(
-    host: "Host", every: float = 5, count: Optional[int] = None, switches: Optional[Container[int]] = None
-) -> Iterator[Sample]:
+    host: "Host", every: float = 5, count: "Optional[int]" = None, switches: "Optional[Container[int]]" = None
+) -> "Iterator[Sample]":
     """The rates of all ports over `every` seconds, `count` times or without end; of those switches only, where their
     numbers are given. Waiting keeps to the beat of the first sample, however long the reading takes."""
     if not 0 < every <= LONGEST:
@@ -163,8 +165,8 @@ def samples(
 
 
 def _samples(
-    host: "Host", every: float, count: Optional[int], switches: Optional[Container[int]]
-) -> Iterator[Sample]:
+    host: "Host", every: float, count: "Optional[int]", switches: "Optional[Container[int]]"
+) -> "Iterator[Sample]":
     start = time.monotonic()
     before = _Readings(host, switches)
     earlier = before.failures

@@ -1,31 +1,25 @@
 """The settings of hosts, switches, ports, uplinks and devices: one table of them, and how they are read, set and rolled
 back."""
 
-import contextlib
-from typing import (
-    Any,
-    Callable,
-    Container,
-    Dict,
-    Iterable,
-    Iterator,
-    List,
-    Mapping,
-    NamedTuple,
-    Optional,
-    Sequence,
-    Tuple,
-)
-
 from .call import call
 from .errors import InvalidArgument, NotApplied, NotFound, QdpError, Unsupported
+from .named_tuple import NamedTuple
 from .values import LONG, PORTS, WORD, described, refuse, within
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any, Callable, Container, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple
+
+    Part = Callable[[str], Any]  # a part of what names a setting's owner to the module: "alias", "switch", "port", ...
+    Undo = List[Tuple["Setting", Any]]
+
+    MappingOfSetting = Mapping[str, "Setting"]
+else:
+    from collections.abc import Mapping as MappingOfSetting
 
 KEEP = -1  # of a setter with several values: leaves that one as it is
 BELOW_KEEP = range((1 << 32) - 1)  # 4294967295 is KEEP, and no value
 UNVERIFIED = "cannot be verified: the platform has no method that reads it"
-
-Part = Callable[[str], Any]  # a part of what names a setting's owner to the module: "alias", "switch", "port", ...
 
 
 class Row(NamedTuple):
@@ -44,17 +38,17 @@ class Row(NamedTuple):
     setter: str
     type: str
     unit: str
-    range: Container[Any]
+    range: "Container[Any]"
     stored: str
     danger: str
     caveat: str
     help: str
-    by: Tuple[str, ...]
-    read: Callable[[Any, Part], Any]
-    write: Callable[[Any, Any], Tuple[Any, ...]]
-    get_by: Optional[Tuple[str, ...]] = None
+    by: "Tuple[str, ...]"
+    read: "Callable[[Any, Part], Any]"
+    write: "Callable[[Any, Any], Tuple[Any, ...]]"
+    get_by: "Optional[Tuple[str, ...]]" = None
     covers: str = ""
-    ports: Sequence[int] = PORTS
+    ports: "Sequence[int]" = PORTS
 
 
 # --- Types: what a value may be, and how it is written as a text ---
@@ -63,17 +57,17 @@ class Row(NamedTuple):
 class Integer:
     """A number of a range."""
 
-    def check(self, what: str, value: Any, allowed: Container[Any]) -> Any:
+    def check(self, what: str, value: "Any", allowed: "Container[Any]") -> "Any":
         return within(what, value, allowed)
 
-    def parse(self, what: str, text: str, allowed: Container[Any]) -> Any:
+    def parse(self, what: str, text: str, allowed: "Container[Any]") -> "Any":
         try:
             value = int(text, 0)
         except ValueError:
             refuse(what, described(allowed), text)
         return self.check(what, value, allowed)
 
-    def show(self, value: Any) -> str:
+    def show(self, value: "Any") -> str:
         return str(value)
 
 
@@ -82,38 +76,38 @@ class Flag(Integer):
 
     WORDS = {"on": True, "true": True, "yes": True, "1": True, "off": False, "false": False, "no": False, "0": False}
 
-    def check(self, what: str, value: Any, allowed: Container[Any]) -> Any:
+    def check(self, what: str, value: "Any", allowed: "Container[Any]") -> "Any":
         if isinstance(value, int) and value in (0, 1) and bool(value) in allowed:
             return bool(value)
         refuse(what, described(allowed), value)
 
-    def parse(self, what: str, text: str, allowed: Container[Any]) -> Any:
+    def parse(self, what: str, text: str, allowed: "Container[Any]") -> "Any":
         return self.check(what, self.WORDS.get(text.lower(), text), allowed)
 
-    def show(self, value: Any) -> str:
+    def show(self, value: "Any") -> str:
         return "on" if value else "off"
 
 
 class Choice(Integer):
     """One of some words."""
 
-    def check(self, what: str, value: Any, allowed: Container[Any]) -> Any:
+    def check(self, what: str, value: "Any", allowed: "Container[Any]") -> "Any":
         return value if isinstance(value, str) and value in allowed else refuse(what, described(allowed), value)
 
-    def parse(self, what: str, text: str, allowed: Container[Any]) -> Any:
+    def parse(self, what: str, text: str, allowed: "Container[Any]") -> "Any":
         return self.check(what, text, allowed)
 
 
 class Queue(Integer):
     """The number of a queue; None for none."""
 
-    def check(self, what: str, value: Any, allowed: Container[Any]) -> Any:
+    def check(self, what: str, value: "Any", allowed: "Container[Any]") -> "Any":
         return None if value is None else within(what, value, allowed)
 
-    def parse(self, what: str, text: str, allowed: Container[Any]) -> Any:
+    def parse(self, what: str, text: str, allowed: "Container[Any]") -> "Any":
         return None if text.lower() in ("none", "off") else super().parse(what, text, allowed)
 
-    def show(self, value: Any) -> str:
+    def show(self, value: "Any") -> str:
         return "none" if value is None else str(value)
 
 
@@ -122,16 +116,16 @@ class Lifs(Integer):
 
     SLOTS, SETTABLE = 5, 4
 
-    def check(self, what: str, value: Any, allowed: Container[Any]) -> Any:
+    def check(self, what: str, value: "Any", allowed: "Container[Any]") -> "Any":
         if isinstance(value, (list, tuple)) and len(value) <= self.SLOTS and not any(value[self.SETTABLE :]):
             return [within(what, lif, allowed) for lif in value]
         refuse(what, "a list of at most {} LIFs, {} each".format(self.SETTABLE, described(allowed)), value)
 
-    def parse(self, what: str, text: str, allowed: Container[Any]) -> Any:
+    def parse(self, what: str, text: str, allowed: "Container[Any]") -> "Any":
         lifs = [] if text.lower() in ("none", "") else text.split(",")
         return self.check(what, [Integer().parse(what, lif, allowed) for lif in lifs], allowed)
 
-    def show(self, value: Any) -> str:
+    def show(self, value: "Any") -> str:
         return ",".join(map(str, value)) or "none"
 
 
@@ -141,70 +135,72 @@ TYPES = {"integer": Integer(), "flag": Flag(), "choice": Choice(), "queue": Queu
 # --- How a value lies in a result, and in a setter's arguments ---
 
 
-def whole(result: Any, part: Part) -> Any:
+def whole(result: "Any", part: "Part") -> "Any":
     return result
 
 
-def is_on(result: Any, part: Part) -> bool:
+def is_on(result: "Any", part: "Part") -> bool:
     return bool(result)
 
 
-def key(name: Any) -> Callable[[Any, Part], Any]:
+def key(name: "Any") -> "Callable[[Any, Part], Any]":
     return lambda result, part: result[name]
 
 
-def key_is_on(name: str) -> Callable[[Any, Part], Any]:
+def key_is_on(name: str) -> "Callable[[Any, Part], Any]":
     return lambda result, part: bool(result[name])
 
 
-def only(result: Any, value: Any) -> Tuple[Any, ...]:
+def only(result: "Any", value: "Any") -> "Tuple[Any, ...]":
     return (int(value),)
 
 
-def word(result: Any, value: Any) -> Tuple[Any, ...]:
+def word(result: "Any", value: "Any") -> "Tuple[Any, ...]":
     return (value,)
 
 
-def named(name: str) -> Callable[[Any, Any], Tuple[Any, ...]]:
+def named(name: str) -> "Callable[[Any, Any], Tuple[Any, ...]]":
     return lambda result, value: (name, value)
 
 
-def in_dict(name: str) -> Callable[[Any, Any], Tuple[Any, ...]]:
+def in_dict(name: str) -> "Callable[[Any, Any], Tuple[Any, ...]]":
     """A dict with one key. Its flags are True or False themselves: EnableFPO takes anything but True for off."""
     return lambda result, value: ({name: value},)
 
 
-def beside(name: Any, order: Iterable[Any], kept: Tuple[Any, ...] = ()) -> Callable[[Any, Any], Tuple[Any, ...]]:
+def beside(
+    name: "Any", order: "Iterable[Any]", kept: "Tuple[Any, ...]" = ()
+) -> "Callable[[Any, Any], Tuple[Any, ...]]":
     """The value among others of a setter, which stay as they were read; those in `kept` the setter keeps itself."""
     keys = tuple(order)
 
-    def write(result: Any, value: Any) -> Tuple[Any, ...]:
+    def write(result: "Any", value: "Any") -> "Tuple[Any, ...]":
         return tuple([int(value) if each == name else KEEP if each in kept else result[each] for each in keys])
 
     return write
 
 
-def affinity_of(result: Any, part: Part) -> Any:
+def affinity_of(result: "Any", part: "Part") -> "Any":
     for device in result:
         if device["devname"] == part("device"):
             return device["affinity"]
     raise NotFound("no device {}".format(part("device")), hint="ListDevAffinity lists the devices")
 
 
-def has_class(result: Any, part: Part) -> bool:
+def has_class(result: "Any", part: "Part") -> bool:
     """Whether the filter classes have VLANMAC; None stands for a switch without any."""
     return bool(result) and result["VLANMAC"] == "TRUE"
 
 
-def override_of(result: Any, part: Part) -> Any:
+def override_of(result: "Any", part: "Part") -> "Any":
     return result["rssOverrideQid"] if result["rssOverride"] else None
 
 
-def override(result: Any, value: Any) -> Tuple[Any, ...]:
+def override(result: "Any", value: "Any") -> "Tuple[Any, ...]":
     return (0, 0) if value is None else (1, value)
 
 
-def slots(result: Any, value: Any) -> Tuple[Any, ...]:
+def slots(result: "Any", value: "Any") -> "Tuple[Any, ...]":
     return (len(value),) + tuple((list(value) + [0] * Lifs.SETTABLE)[: Lifs.SETTABLE])
 
 
@@ -231,14 +227,14 @@ def _host_row(
     setter: str,
     type: str,
     unit: str,
-    allowed: Container[Any],
+    allowed: "Container[Any]",
     help: str,
     danger: str = "",
     caveat: str = "",
-    by: Tuple[str, ...] = (),
-    get_by: Optional[Tuple[str, ...]] = None,
-    read: Callable[[Any, Part], Any] = whole,
-    write: Callable[[Any, Any], Tuple[Any, ...]] = only,
+    by: "Tuple[str, ...]" = (),
+    get_by: "Optional[Tuple[str, ...]]" = None,
+    read: "Callable[[Any, Part], Any]" = whole,
+    write: "Callable[[Any, Any], Tuple[Any, ...]]" = only,
 ) -> Row:
     return Row(
         name, "host", getter, setter, type, unit, allowed, "running", danger, caveat, help, by, read, write, get_by
@@ -251,14 +247,14 @@ def _switch_row(
     setter: str,
     type: str,
     unit: str,
-    allowed: Container[Any],
+    allowed: "Container[Any]",
     stored: str,
     help: str,
     danger: str = "",
     caveat: str = "",
-    by: Tuple[str, ...] = ("alias",),
-    read: Callable[[Any, Part], Any] = whole,
-    write: Callable[[Any, Any], Tuple[Any, ...]] = only,
+    by: "Tuple[str, ...]" = ("alias",),
+    read: "Callable[[Any, Part], Any]" = whole,
+    write: "Callable[[Any, Any], Tuple[Any, ...]]" = only,
     covers: str = "",
 ) -> Row:
     if stored == "stored" and not caveat:
@@ -491,17 +487,17 @@ def row_of(scope: str, name: str) -> Row:
     return row
 
 
-def check(row: Row, value: Any) -> Any:
+def check(row: Row, value: "Any") -> "Any":
     """A value as it is set, or InvalidArgument."""
     return TYPES[row.type].check(row.name, value, row.range)
 
 
-def parse(row: Row, text: str) -> Any:
+def parse(row: Row, text: str) -> "Any":
     """A value from its text: "64", "on", "cpu", "1,2,3"; "none" for no queue and for no LIFs."""
     return TYPES[row.type].parse(row.name, text, row.range)
 
 
-def show(row: Row, value: Any) -> str:
+def show(row: Row, value: "Any") -> str:
     """The text of a value, as `parse` takes it."""
     return TYPES[row.type].show(value)
 
@@ -513,8 +509,8 @@ class Change(NamedTuple):
     """What setting a value did, or what it would do. `verified` is False where the platform cannot be asked: then
     `before` is None, and `after` is what was set."""
 
-    before: Any
-    after: Any
+    before: "Any"
+    after: "Any"
     path: str = ""
     verified: bool = True
 
@@ -524,14 +520,11 @@ class Change(NamedTuple):
         return not self.verified or bool(self.before != self.after)
 
 
-Undo = List[Tuple["Setting", Any]]
-
-
 class Setting:
     """One setting of a host, a switch, a port, an uplink or a device. `value` reads it, `set` sets it."""
 
     def __init__(
-        self, row: Row, path: str, part: Part, covered: Callable[[], List["Setting"]] = lambda: []
+        self, row: Row, path: str, part: "Part", covered: "Callable[[], List[Setting]]" = lambda: []
     ) -> None:
         self.row = row
         self.path = path
@@ -549,52 +542,52 @@ class Setting:
         return bool(self.row.getter)
 
     @property
-    def value(self) -> Any:
+    def value(self) -> "Any":
         """The value, read now."""
         return self.get()
 
-    def get(self) -> Any:
+    def get(self) -> "Any":
         """The value, read now."""
         return self.value_in(self._result())
 
-    def value_in(self, answer: Any) -> Any:
+    def value_in(self, answer: "Any") -> "Any":
         """The value in an answer of its getter."""
         return self.row.read(answer, self._part)
 
-    def check(self, value: Any) -> Any:
+    def check(self, value: "Any") -> "Any":
         """A value as it is set, or InvalidArgument."""
         return check(self.row, value)
 
-    def parse(self, text: str) -> Any:
+    def parse(self, text: str) -> "Any":
         """A value from its text."""
         return parse(self.row, text)
 
-    def set(self, value: Any) -> Change:
+    def set(self, value: "Any") -> Change:
         """Sets the value: checks it before any call, writes it where it differs, and reads it back."""
         return self._change(self.check(value), [])
 
-    def identity(self) -> Tuple[Any, ...]:
+    def identity(self) -> "Tuple[Any, ...]":
         """What names the setting to the module: two paths of one setting have the same."""
         return (self.row.scope, self.row.name) + self._named_by(self.row.by)
 
-    def _named_by(self, parts: Tuple[str, ...]) -> Tuple[Any, ...]:
+    def _named_by(self, parts: "Tuple[str, ...]") -> "Tuple[Any, ...]":
         return tuple([self._part(part) for part in parts])
 
-    def _result(self) -> Any:
+    def _result(self) -> "Any":
         if not self.row.getter:
             raise Unsupported("{} {}".format(self.path, UNVERIFIED), self.row.setter, hint="keep what was set last")
         getter, arguments = self.getter_call()
         return call(getter, *arguments)
 
-    def getter_call(self) -> Tuple[str, Tuple[Any, ...]]:
+    def getter_call(self) -> "Tuple[str, Tuple[Any, ...]]":
         """The method that reads the setting, and its arguments."""
         row = self.row
         return row.getter, self._named_by(row.by if row.get_by is None else row.get_by)
 
-    def _write(self, result: Any, value: Any) -> None:
+    def _write(self, result: "Any", value: "Any") -> None:
         call(self.row.setter, *self._named_by(self.row.by) + self.row.write(result, value))
 
-    def _change(self, value: Any, undo: Undo) -> Change:
+    def _change(self, value: "Any", undo: "Undo") -> Change:
         """Sets a value that was checked. What brings back the state before goes to `undo`, from which it is to be taken
         in reverse."""
         if not self.is_readable:
@@ -620,15 +613,15 @@ class Setting:
         return "<Setting {}>".format(self.path)
 
 
-class Settings(Mapping[str, Setting]):
+class Settings(MappingOfSetting):
     """The settings of one thing, by name."""
 
     def __init__(
         self,
         scope: str,
         path: str,
-        part: Part,
-        port_settings: Callable[[], List["Settings"]] = lambda: [],
+        part: "Part",
+        port_settings: "Callable[[], List[Settings]]" = lambda: [],
     ) -> None:
         self.scope = scope
         self._path = path
@@ -641,7 +634,7 @@ class Settings(Mapping[str, Setting]):
         if "selector" in row.by:
             part = _selecting(part, name)
 
-        def covered() -> List[Setting]:
+        def covered() -> "List[Setting]":
             return [settings[row.covers] for settings in self._port_settings()] if row.covers else []
 
         return Setting(row, "{}/{}".format(self._path, name) if self._path else name, part, covered)
@@ -652,13 +645,13 @@ class Settings(Mapping[str, Setting]):
         except NotFound:
             return False
 
-    def get(self, name: str, default: Any = None) -> Any:
+    def get(self, name: str, default: "Any" = None) -> "Any":
         return self[name] if name in self else default
 
-    def set(self, name: str, value: Any) -> Change:
+    def set(self, name: str, value: "Any") -> Change:
         return self[name].set(value)
 
-    def __iter__(self) -> Iterator[str]:
+    def __iter__(self) -> "Iterator[str]":
         return iter([row.name for row in SETTINGS if row.scope == self.scope])
 
     def __len__(self) -> int:
@@ -668,7 +661,7 @@ class Settings(Mapping[str, Setting]):
         return "<Settings of {}: {}>".format(self._path or "the host", ", ".join(self))
 
 
-def _selecting(part: Part, name: str) -> Part:
+def _selecting(part: "Part", name: str) -> "Part":
     """Parts with the selector that a name ends in, 0 where it ends in none."""
     text = name.partition(":")[2] or "0"
     selector = within("a selector", int(text) if text.isdigit() else text, WORD)
@@ -681,7 +674,7 @@ def _selecting(part: Part, name: str) -> Part:
 class Plan:
     """Values for several settings. `diff` shows what would change, `apply` changes it, all or nothing."""
 
-    def __init__(self, wanted: Iterable[Tuple[Setting, Any]]) -> None:
+    def __init__(self, wanted: "Iterable[Tuple[Setting, Any]]") -> None:
         checked = [(setting, setting.check(value)) for setting, value in wanted]
         paths: Dict[Tuple[Any, ...], str] = {}
         for setting, _ in checked:
@@ -695,7 +688,7 @@ class Plan:
         self.wanted = sorted(checked, key=lambda pair: not pair[0].is_readable)
         self._undo: Undo = []
 
-    def diff(self) -> List[Change]:
+    def diff(self) -> "List[Change]":
         """What would change. Settings that cannot be read are in it always."""
         changes = [
             Change(setting.get(), value, setting.path)
@@ -705,7 +698,7 @@ class Plan:
         ]
         return [change for change in changes if change.changes]
 
-    def apply(self) -> List[Change]:
+    def apply(self) -> "List[Change]":
         """Sets all values and returns what has changed. When one fails, those before it are set back in reverse order,
         and the failure is raised with a hint that says so."""
         self._undo = []
@@ -720,7 +713,7 @@ class Plan:
             raise
         return [change for change in changes if change.changes]
 
-    def restore(self) -> List[str]:
+    def restore(self) -> "List[str]":
         """Sets back what `apply` has changed, in reverse order. The paths of the settings that could not be."""
         failed = []
         while self._undo:
@@ -740,19 +733,22 @@ class Plan:
         return "<Plan for {}>".format(", ".join(setting.path for setting, _ in self.wanted))
 
 
-@contextlib.contextmanager
-def temporarily(plan: Plan) -> Iterator[List[Change]]:
-    """The values of a plan for the length of a block; then what was there before."""
-    for setting, _ in plan.wanted:
-        if not setting.is_readable:
-            raise InvalidArgument(
-                "{} cannot be restored: the platform has no method that reads it".format(setting.path),
-                hint="set it before the block, and set it back behind it",
-            )
-    changes = plan.apply()
-    try:
-        yield changes
-    finally:
-        failed = plan.restore()
+class Temporarily:
+    """The values of a plan for the length of a `with` block; then what was there before."""
+
+    def __init__(self, plan: Plan) -> None:
+        self._plan = plan
+
+    def __enter__(self) -> "List[Change]":
+        for setting, _ in self._plan.wanted:
+            if not setting.is_readable:
+                raise InvalidArgument(
+                    "{} cannot be restored: the platform has no method that reads it".format(setting.path),
+                    hint="set it before the block, and set it back behind it",
+                )
+        return self._plan.apply()
+
+    def __exit__(self, *exception: object) -> None:
+        failed = self._plan.restore()
         if failed:
             raise NotApplied("not set back: {}".format(", ".join(failed)), hint="the log of qdp says why")

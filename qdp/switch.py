@@ -1,10 +1,7 @@
 """Switches, with their ports, uplinks and lcores."""
 
-from typing import TYPE_CHECKING, Any, Iterable, Iterator, List, Optional, Sequence, Tuple
-
 from . import methods
 from .errors import NotFound, Refused
-from .flows import Flow, FlowFilter, flows_of
 from .paging import pages
 from .records import (
     AdvStats,
@@ -43,7 +40,11 @@ from .values import (
     within,
 )
 
+TYPE_CHECKING = False
 if TYPE_CHECKING:
+    from typing import Any, Iterable, Iterator, List, Optional, Sequence, Tuple
+
+    from .flows import Flow
     from .host import Host
 
 UPLINK = "UPLINK"
@@ -61,8 +62,10 @@ class Lcore:
         self.switch = switch
         self.number = number
 
-    def flows(self, **filters: Any) -> Iterator[Flow]:
+    def flows(self, **filters: "Any") -> "Iterator[Flow]":
         """The flows of its cache; see `Switch.flows`."""
+        from .flows import FlowFilter, flows_of
+
         return flows_of(self.switch.number, self.number, FlowFilter(**filters))
 
     def flow_stats(self) -> FlowStats:
@@ -117,7 +120,7 @@ class Port:
         """The uplinks that the port transmits on."""
         return methods.GetPortTxUplink(*self._at)
 
-    def rss_engines(self) -> List[RSSEngine]:
+    def rss_engines(self) -> "List[RSSEngine]":
         """The receive-side scaling engines."""
         return methods.ListRSSEngine(*self._at)
 
@@ -125,7 +128,7 @@ class Port:
         """The MAC table of the port, with its limit."""
         return methods.ListPortMACTable(*self._at)
 
-    def macs(self) -> List[MACEntry]:
+    def macs(self) -> "List[MACEntry]":
         """The MAC entries of the port."""
         return self.mac_table().MacTableList
 
@@ -175,7 +178,7 @@ class Uplink(Port):
         """The counters of the uplink as a port of the switch."""
         return super().stats()
 
-    def queue(self, number: int, direction: int = 0) -> List[Tuple[str, int]]:
+    def queue(self, number: int, direction: int = 0) -> "List[Tuple[str, int]]":
         """The 24 counters of one queue by name. Which of the directions 0 and 1 is which, is the datapath's affair."""
         within("a direction", direction, DIRECTIONS)
         return list(methods.GetUplinkQueueStats(*self._at, direction, within("a queue", number, WORD)))
@@ -205,7 +208,7 @@ class NamedUplink:
     @property
     def settings(self) -> Settings:
         """The settings that go by that name."""
-        def part(wanted: str) -> Any:
+        def part(wanted: str) -> "Any":
             return self.name if wanted == "uplink" else self.switch.part(wanted)
 
         return Settings("uplink", self.path, part)
@@ -224,7 +227,7 @@ class Switch:
         self.name = info.name
 
     @property
-    def alias(self) -> Optional[str]:
+    def alias(self) -> "Optional[str]":
         """The name that users give the switch; None where it cannot be told from the portset name, or where the switch
         configuration cannot be loaded. A switch that was looked up by its alias knows it always."""
         try:
@@ -237,7 +240,7 @@ class Switch:
         """What names the switch: its alias, or the name that it has in the datapath."""
         return self.alias or self.name
 
-    def part(self, wanted: str) -> Any:
+    def part(self, wanted: str) -> "Any":
         """A part of what names the switch to the module: "alias" or "switch"."""
         if wanted == "switch":
             return self.number
@@ -254,19 +257,19 @@ class Switch:
         """The settings of the switch."""
         return Settings("switch", self.path, self.part, lambda: [port.settings for port in self.ports()])
 
-    def port_settings(self, number: int, path: Optional[str] = None) -> Settings:
+    def port_settings(self, number: int, path: "Optional[str]" = None) -> Settings:
         """The settings of a port by its number, whether or not the port is listed. `path` is the switch's, where the
         caller has it already."""
         within("a port number", number, PORTS)
 
-        def part(wanted: str) -> Any:
+        def part(wanted: str) -> "Any":
             return number if wanted == "port" else self.part(wanted)
 
         return Settings("port", "{}/port/{}".format(path or self.path, number), part)
 
     # --- What the switch consists of ---
 
-    def ports(self) -> List[Port]:
+    def ports(self) -> "List[Port]":
         """All ports; uplinks among them are of class Uplink."""
         return [self._port(info) for info in methods.ListPorts(self.number)]
 
@@ -281,7 +284,7 @@ class Switch:
                 return port
         raise NotFound("switch {} has no port {}".format(self.path, number), hint="Switch.ports() lists its ports")
 
-    def uplinks(self) -> List[Uplink]:
+    def uplinks(self) -> "List[Uplink]":
         """The ports of client type UPLINK."""
         return [port for port in self.ports() if isinstance(port, Uplink)]
 
@@ -296,7 +299,7 @@ class Switch:
         """An uplink by its name in the switch's configuration."""
         return NamedUplink(self, name)
 
-    def lcores(self) -> List[Lcore]:
+    def lcores(self) -> "List[Lcore]":
         """The lcores that forward for the switch."""
         return [Lcore(self, number) for number in bits_of(self.info.lcores)]
 
@@ -313,7 +316,7 @@ class Switch:
         """The MAC table of the switch, with its limit."""
         return methods.ListSwitchMACTable(self.number)
 
-    def macs(self) -> List[MACEntry]:
+    def macs(self) -> "List[MACEntry]":
         """The MAC entries of the switch."""
         return self.mac_table().MacTableList
 
@@ -323,13 +326,15 @@ class Switch:
 
     # --- Flows ---
 
-    def flows(self, lcores: Optional[Iterable[int]] = None, **filters: Any) -> Iterator[Flow]:
+    def flows(self, lcores: "Optional[Iterable[int]]" = None, **filters: "Any") -> "Iterator[Flow]":
         """The flows of all its lcores, or of some. Filters: `source_mac` and `destination_mac`, `source` and
         `destination` (IP addresses), `option` and the five `values`, which are the datapath's."""
+        from .flows import FlowFilter, flows_of
+
         wanted = FlowFilter(**filters)
         chosen = self.lcores() if lcores is None else [self.lcore(number) for number in lcores]
 
-        def each() -> Iterator[Flow]:
+        def each() -> "Iterator[Flow]":
             for lcore in chosen:
                 for flow in flows_of(self.number, lcore.number, wanted):
                     yield flow
@@ -340,19 +345,19 @@ class Switch:
         """Empties the flow cache of the switch."""
         methods.ClearSwitchFlowTable(self.number)
 
-    def _by_lcore(self, lcores: Optional[Sequence[int]]) -> Iterator[Tuple[int, ...]]:
+    def _by_lcore(self, lcores: "Optional[Sequence[int]]") -> "Iterator[Tuple[int, ...]]":
         """Lcores, as many at once as an answer holds."""
         wanted = bits_of(self.info.lcores) if lcores is None else lcores
         numbers = [within("an lcore", lcore, LCORES) for lcore in wanted]
         for i in range(0, len(numbers), LCORES_A_CALL):
             yield tuple(numbers[i : i + LCORES_A_CALL])
 
-    def flow_stats(self, lcores: Optional[Sequence[int]] = None, value: int = 0) -> List[FlowStats]:
+    def flow_stats(self, lcores: "Optional[Sequence[int]]" = None, value: int = 0) -> "List[FlowStats]":
         """The counters of the flow caches of all its lcores, or of some. The value is the datapath's."""
         within("a value", value, WORD)
         return [stats for some in self._by_lcore(lcores) for stats in methods.GetFlowStats(self.number, some, value)]
 
-    def fpo_stats(self, lcores: Optional[Sequence[int]] = None) -> List[FPOStats]:
+    def fpo_stats(self, lcores: "Optional[Sequence[int]]" = None) -> "List[FPOStats]":
         """The counters of flow processing offload of all its lcores, or of some."""
         return [stats for some in self._by_lcore(lcores) for stats in methods.GetFPOStats(self.number, some)]
 
@@ -360,7 +365,7 @@ class Switch:
 
     def balancer_stats(
         self, first_port: int = 0, ports: int = ALL_PORTS, first_context: int = 0, contexts: int = ALL_LCORES
-    ) -> Tuple[List[LBPort], List[LBUplink], List[LBContext]]:
+    ) -> "Tuple[List[LBPort], List[LBUplink], List[LBContext]]":
         """The load statistics of ports, uplinks and contexts. `first_port` is a place in the port list, `ports` how
         many from there on. The module gives more than that where they fill several answers; here they are cut."""
         found = methods.DumpLBStats(self.number, first_port, ports, first_context, contexts)
@@ -375,7 +380,7 @@ class Switch:
         of_contexts = range(first_context, first_context + contexts)
         return found[0], found[1], [context for context in found[2] if context["ctx ID"] in of_contexts]
 
-    def inject_traffic(self, traffic: Iterable[Tuple[int, int, int, int, int]]) -> None:
+    def inject_traffic(self, traffic: "Iterable[Tuple[int, int, int, int, int]]") -> None:
         """Feeds the balancer with made-up traffic: places of ports in the port list with a queue each, -1 on the side
         of an uplink, and a load in percent."""
         methods.InjectLBTraffic(self.number, tuple([tuple(each) for each in traffic]))  # type: ignore[misc]
@@ -398,7 +403,7 @@ class Switch:
         """Sets the advanced statistics to zero."""
         methods.AdvStatsSetEnabled(self.number, 2)
 
-    def span_record(self, destination: Any, value: int = 0) -> L3SPANRecord:
+    def span_record(self, destination: "Any", value: int = 0) -> L3SPANRecord:
         """The encapsulation of mirrored traffic towards an address. The value, of 24 bits, is the datapath's."""
         address = ip_address(destination)
         is_ipv6 = int(address.version == 6)
@@ -408,18 +413,18 @@ class Switch:
         """Whether the switch runs in mux mode."""
         return bool(methods.GetSwitchMuxMode(self.number).enabled)
 
-    def mux_vlans(self) -> Iterator[MuxVLAN]:
+    def mux_vlans(self) -> "Iterator[MuxVLAN]":
         """The internal VLANs of a switch in mux mode."""
 
-        def page(start: int) -> Any:
+        def page(start: int) -> "Any":
             return methods.ListSwitchMuxVLAN(self.number, start)
 
         return pages(page, "portlist", "nextFcPort", FC_PORTS)
 
-    def shadow_ports(self) -> Iterator[ShadowPort]:
+    def shadow_ports(self) -> "Iterator[ShadowPort]":
         """What stands behind the ports of a switch in mux mode."""
 
-        def page(start: int) -> Any:
+        def page(start: int) -> "Any":
             return methods.ListSwitchShadowPorts(self.number, start)
 
         return pages(page, "portlist", "nextFcPort", FC_PORTS)
@@ -428,7 +433,7 @@ class Switch:
         return "<Switch {}: {}, {} ports>".format(self.number, self.name, self.info.numPorts)
 
 
-def find_number(which: Any) -> Optional[int]:
+def find_number(which: "Any") -> "Optional[int]":
     """The number of a switch, where it is named by one: 0 or "0"."""
     if isinstance(which, str):
         return int(which) if which.isdigit() and int(which) in SWITCHES else None

@@ -1,13 +1,13 @@
 """Values as callers write them, checked before any call and packed as the module takes them."""
 
 import operator
-from typing import TYPE_CHECKING, Any, Container, List, NoReturn, Tuple
 
 from .errors import InvalidArgument
 
+TYPE_CHECKING = False
 if TYPE_CHECKING:
     from ipaddress import IPv4Address, IPv6Address
-    from typing import Union
+    from typing import Any, Container, List, NoReturn, Tuple, Union
 
     Address = Union[IPv4Address, IPv6Address]
 
@@ -21,13 +21,13 @@ LCORES = range(64)
 VLANS = range(4095)
 
 
-def refuse(what: str, allowed: str, value: object) -> NoReturn:
+def refuse(what: str, allowed: str, value: object) -> "NoReturn":
     raise InvalidArgument(
         "{} is {}, not {!r}".format(what, allowed, value), hint="give {}; nothing was changed".format(allowed)
     )
 
 
-def described(allowed: Container[Any]) -> str:
+def described(allowed: "Container[Any]") -> str:
     """An allowed range, or allowed values, in words."""
     if isinstance(allowed, range):
         step = " in steps of {}".format(allowed.step) if allowed.step != 1 else ""
@@ -37,7 +37,7 @@ def described(allowed: Container[Any]) -> str:
     return str(allowed)
 
 
-def within(what: str, value: Any, allowed: Container[int]) -> int:
+def within(what: str, value: "Any", allowed: "Container[int]") -> int:
     """A number of that range. The module itself takes numbers modulo 2**32: -1 arrives as 4294967295."""
     if not isinstance(value, bool):
         try:
@@ -77,7 +77,7 @@ def mac_number_reversed(mac: str) -> int:
     return int.from_bytes(mac_bytes(mac), "little")
 
 
-def ip_address(address: Any) -> "Address":
+def ip_address(address: "Any") -> "Address":
     """An address, or a text that is one."""
     if not isinstance(address, int):
         import ipaddress
@@ -89,20 +89,20 @@ def ip_address(address: Any) -> "Address":
     refuse("an address", "an IPv4 or IPv6 address", address)
 
 
-def address_halves(address: "Address") -> Tuple[int, int]:
+def address_halves(address: "Address") -> "Tuple[int, int]":
     """The low and the high 64 bits of an address, as the signed numbers that the module takes."""
     number = int(address)
     low, high = (half - (1 << 64) if half >> 63 else half for half in (number & (1 << 64) - 1, number >> 64))
     return low, high
 
 
-def switch_and_vlan(switch: int, vlan: int) -> Tuple[int, int]:
+def switch_and_vlan(switch: int, vlan: int) -> "Tuple[int, int]":
     """The switch and the VLAN argument of AddMACEntry and DelMACEntry, which take the switch number from the upper half
     of the VLAN argument and not from the low half of the switch argument."""
     within("a switch number", switch, SWITCHES)
     return 0, switch << 16 | within("a VLAN", vlan, VLANS)
 
 
-def bits_of(mask: int) -> List[int]:
+def bits_of(mask: int) -> "List[int]":
     """The numbers of the lcores in a mask, which reads negative when lcore 63 is in it."""
     return [bit for bit in LCORES if mask >> bit & 1]

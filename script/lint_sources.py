@@ -41,8 +41,8 @@ MAP = "module.cpp"
 # The layers of qdp/, from the ground up: a file imports from its own and from those below. Every file that is not named
 # stands in the layer of objects and settings; the package and its command stand above all.
 LAYER = ROOT / "qdp"
-LAYERS = [["_call", "_capture", "call", "errors", "flow_text", "methods", "record", "records"], [], ["snapshot"]]
-LAYERS += [["cli", "exporter"], ["__init__", "__main__"]]
+GROUND = ["_call", "_capture", "call", "errors", "flow_text", "methods", "named_tuple", "record", "records"]
+LAYERS = [GROUND, [], ["snapshot"], ["cli", "exporter"], ["__init__", "__main__"]]
 OBJECTS = 1
 
 

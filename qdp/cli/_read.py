@@ -60,7 +60,6 @@ class View:
         self.verb = context.verb
         self.options = options = context.options
         self.known = self.verb.columns or generic_columns(self.verb, rows)
-        self.counters = set(key for row in rows for key in counters_of(self.verb, row))
         self.named = None
         if options.columns is not None:
             self.named = [find_column(self.known, name.strip()) for name in options.columns.split(",")]
@@ -87,7 +86,8 @@ class View:
         options = self.options
         width = terminal_size().columns if is_terminal(sys.stdout) and self.named is None else None
         if not self.verb.columns and self.named is None:
-            lines = _table.records(rows, self.verb.identity, self.counters, suffix, options.header, is_bold(), width)
+            counters = set(key for row in rows for key in counters_of(self.verb, row))
+            lines = _table.records(rows, self.verb.identity, counters, suffix, options.header, is_bold(), width)
         else:
             columns = self.named
             if columns is None:

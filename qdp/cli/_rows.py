@@ -60,6 +60,8 @@ def bits(mask):
 
 def text_of(value):
     """A value without a kind of its own."""
+    if isinstance(value, str):
+        return printable(value) or ABSENT
     if isinstance(value, bool):
         return "yes" if value else "no"
     if isinstance(value, float):
@@ -68,7 +70,7 @@ def text_of(value):
         return " ".join("{}={}".format(key, text_of(each)) for key, each in value.items()) or ABSENT
     if isinstance(value, (list, tuple)):
         return " ".join(map(text_of, value)) or ABSENT
-    return printable(str(value)) or ABSENT
+    return printable(str(value))
 
 
 def printable(text):
@@ -96,15 +98,22 @@ WRITTEN = {
 
 def value_of(row, column):
     """The value of a column in a row: of counters the sum; None where a key is missing or None."""
+    if len(column.keys) == 1:
+        return row.get(column.keys[0])
     values = [row.get(key) for key in column.keys]
-    if len(values) == 1:
-        return values[0]
     return None if None in values else sum(values)
 
 
 def cell(row, column):
-    value = value_of(row, column)
-    return ABSENT if value is None else WRITTEN[column.kind][0](value)
+    """The text of a column in a row."""
+    return cells([row], column)[0]
+
+
+def cells(rows, column):
+    """The texts of a column in all rows."""
+    write, _ = WRITTEN[column.kind]
+    values = [value_of(row, column) for row in rows]
+    return [ABSENT if value is None else write(value) for value in values]
 
 
 class UnknownColumn(Exception):

@@ -1,6 +1,6 @@
 """Tables and records as text, fitted to a terminal's width."""
 
-from ._rows import WRITTEN, cell, counted, text_of
+from ._rows import WRITTEN, cells, counted, text_of
 
 GAP = 2
 
@@ -20,25 +20,21 @@ def fitting(columns, widths, width):
 def table(columns, rows, width=None, headings=True, suffix="", bold=False):
     """The lines of a table. `width` is that of a terminal; `suffix` stands behind the headings of counters. Without
     headings, numbers have no separators, since a program reads them."""
-    lines = [[cell(row, column) for column in columns] for row in rows]
-    if not headings:
-        lines = [
-            [text.replace(",", "") if column.kind == "count" else text for text, column in zip(line, columns)]
-            for line in lines
-        ]
-    names = [column.name + (suffix if column.kind == "count" else "") for column in columns]
-    if headings:
-        lines.insert(0, names)
-    if not lines:
+    texts = [cells(rows, column) for column in columns]
+    for i, column in enumerate(columns):
+        if headings:
+            texts[i].insert(0, column.name + (suffix if column.kind == "count" else ""))
+        elif column.kind == "count":
+            texts[i] = [text.replace(",", "") for text in texts[i]]
+    if not (rows or headings):
         return []
-    widths = [max(map(len, texts)) for texts in zip(*lines)]
+    widths = [max(map(len, each)) for each in texts]
     kept = range(len(columns)) if width is None else fitting(columns, widths, width)
-    shown = []
-    for line in lines:
-        cells = [
-            line[i].rjust(widths[i]) if WRITTEN[columns[i].kind][1] else line[i].ljust(widths[i]) for i in kept
-        ]
-        shown.append((" " * GAP).join(cells).rstrip())
+    padded = []
+    for i in kept:
+        pad = str.rjust if WRITTEN[columns[i].kind][1] else str.ljust
+        padded.append([pad(text, widths[i]) for text in texts[i]])
+    shown = [(" " * GAP).join(line).rstrip() for line in zip(*padded)]
     shown = wrapped(shown, width, GAP)
     if headings and bold:
         shown[0] = "\033[1m{}\033[0m".format(shown[0])

@@ -1,7 +1,5 @@
 """`qdp flow`: the flow caches of lcores, the flows that carry most, and the way of one through the SmartNIC."""
 
-import heapq
-
 from ._context import NO_MORE, lcores, place
 from ._declare import ANY_SWITCH, SWITCH, Column, Object, Option, Read, Write, address, mac, natural, number
 from ._output import CommandError, UsageError
@@ -52,6 +50,8 @@ def carried(row):
 
 
 def top(context):
+    import heapq
+
     return heapq.nlargest(context.options.top, flows(context), key=carried)
 
 
