@@ -500,7 +500,11 @@ class TestCtl:
     @pytest.mark.parametrize(
         "arguments, message",
         [
-            (["fail", "Qdp_Nothing"], "the platform has no operation 'Qdp_Nothing'; see EmbeddedHost.operations()"),
+            (
+                ["fail", "Qdp_Nothing"],
+                "the platform has no operation 'Qdp_Nothing'; `qdp-host ctl SOCKET operations` lists them, and so does "
+                "EmbeddedHost.operations()",
+            ),
             (["fail", "Qdp_Get_Port_List", "--status", "0"], "status is the status of a failure: 1 to 4294967295, not 0"),
             (["advance", "-1"], "-1.0 seconds: time goes on only, and for less than 292 years"),
             (["load", "nothing"], "there is no scenario 'nothing'; name a file, or one of: default, large, mux"),

@@ -225,7 +225,8 @@ class EmbeddedHost:
         described = self._control.qdp_host_operation(name)
         if described is None:
             raise LookupError(
-                "the platform has no operation {!r}; see EmbeddedHost.operations()".format(operation)
+                "the platform has no operation {!r}; `qdp-host ctl SOCKET operations` lists them, and so does "
+                "EmbeddedHost.operations()".format(operation)
             )
         return name, json.loads(described)
 
