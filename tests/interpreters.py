@@ -1,13 +1,17 @@
 """The interpreters of this machine that the module is for, each once."""
 
+import functools
 import glob
 import os
 import shutil
 import subprocess
 
+import pytest
+
 MINORS = range(6, 14)
 
 
+@functools.lru_cache(maxsize=None)
 def interpreters():
     found = {}
     candidates = ["/usr/bin/python3"]
@@ -21,5 +25,11 @@ def interpreters():
         )
         name, major, minor = (asked.stdout.split() + ["", "0", "0"])[:3]
         if asked.returncode == 0 and name == "cpython" and int(major) == 3 and int(minor) in MINORS:
-            found.setdefault(os.path.realpath(candidate), candidate)
-    return sorted(found.values())
+            found.setdefault(os.path.realpath(candidate), (int(minor), candidate))
+    return [candidate for _, candidate in sorted(found.values())]
+
+
+def oldest_and_newest():
+    """All of them as parameters of a test; those between the oldest and the newest are of the long part."""
+    found = interpreters()
+    return [pytest.param(each, marks=[pytest.mark.long] * (each not in (found[0], found[-1]))) for each in found]

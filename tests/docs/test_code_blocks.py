@@ -6,7 +6,7 @@ import pathlib
 import pytest
 
 from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_command, run_python, start_command
-from interpreters import interpreters
+from interpreters import oldest_and_newest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGES = ["README.md", "host/scenarios/README.md", *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md"))]
@@ -85,7 +85,7 @@ def test_python(block, environment, root):
     assert block.shown is None or is_as_shown(printed, block.shown), printed
 
 
-@pytest.mark.parametrize("interpreter", interpreters())
+@pytest.mark.parametrize("interpreter", oldest_and_newest())
 def test_the_first_failure_shows_alike_on_every_python(environment, root, interpreter):
     block = next(block for block in BLOCKS if block.page == "docs/failures.md" and block.language == "python")
     assert "qdp.call(" in block.text and "except qdp.QdpError" in block.text

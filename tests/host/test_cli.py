@@ -246,6 +246,7 @@ class TestCheck:
 
 @pytest.mark.usefixtures("release_only")
 class TestTheLargeOne:
+    @pytest.mark.long
     def test_run(self, build, tmp_path):
         expected = [f"dvs-{number:02}" for number in range(16)]
         assert qdp_host(build, "run", "--scenario", "large", script(tmp_path, COUNTING)) == (0, f"{expected}\n", "")
@@ -259,6 +260,7 @@ class TestTheLargeOne:
         assert resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss < 200 * 1024
         return done.stdout
 
+    @pytest.mark.long
     def test_all_of_it(self, build, tmp_path):
         """In a process of its own, whose children are these alone."""
         code = (

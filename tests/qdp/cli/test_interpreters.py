@@ -4,7 +4,7 @@ import subprocess
 
 import pytest
 
-from interpreters import interpreters
+from interpreters import oldest_and_newest
 
 LINES = [
     ["switch", "show", "-j"],
@@ -31,7 +31,12 @@ def printed(process):
     return printed
 
 
-@pytest.mark.parametrize("interpreter", interpreters())
-def test_lines_print_the_same(printed, interpreter):
-    for line in LINES:
-        assert printed(interpreter, line) == printed("/usr/bin/python3", line), line
+@pytest.fixture(scope="module")
+def reference(printed):
+    return [printed("/usr/bin/python3", line) for line in LINES]
+
+
+@pytest.mark.parametrize("interpreter", oldest_and_newest())
+def test_lines_print_the_same(printed, reference, interpreter):
+    for line, expected in zip(LINES, reference):
+        assert printed(interpreter, line) == expected, line

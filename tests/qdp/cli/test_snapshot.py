@@ -1,8 +1,10 @@
 """Tests of `qdp snapshot`, `bundle`, `diff`, `check` and `--from`, as processes: a snapshot answers for a whole process."""
 
+import functools
 import json
 import os
 import re
+import shutil
 import subprocess
 
 import pytest
@@ -10,25 +12,39 @@ import pytest
 from qdp.snapshot.read import Snapshot
 
 
-@pytest.fixture
-def run(process, root, tmp_path):
-    """Runs a command line in a folder of its own: (exit code, standard output, standard error)."""
+@pytest.fixture(scope="module")
+def run_in(process, root):
+    """Runs a command line in a folder: (exit code, standard output, standard error)."""
 
-    def run(*arguments, **variables):
+    def run_in(folder, *arguments, **variables):
         path = os.pathsep.join([variables.pop("PYTHONPATH", ""), str(root / "host" / "python")])
         command, environment = process(*arguments, **variables)
         environment["PYTHONPATH"] += os.pathsep + path.strip(os.pathsep)
         done = subprocess.run(
-            command, env=environment, cwd=str(tmp_path), stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120
+            command, env=environment, cwd=str(folder), stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120
         )
         return done.returncode, done.stdout.decode(), done.stderr.decode()
 
-    return run
+    return run_in
 
 
 @pytest.fixture
-def file(run, tmp_path):
-    assert run("snapshot", "host.qdp") == (0, "", "")
+def run(run_in, tmp_path):
+    """Runs a command line in the test's own folder."""
+    return functools.partial(run_in, tmp_path)
+
+
+@pytest.fixture(scope="module")
+def written(run_in, tmp_path_factory):
+    folder = tmp_path_factory.mktemp("snapshot")
+    assert run_in(folder, "snapshot", "host.qdp") == (0, "", "")
+    return folder / "host.qdp"
+
+
+@pytest.fixture
+def file(written, tmp_path):
+    """A snapshot of the default host in the test's own folder."""
+    shutil.copy(written, tmp_path)
     return "host.qdp"
 
 
