@@ -15,6 +15,7 @@ def starved(qdp, method, *arguments):
     function = getattr(qdp.module, method)
     well = qdp.call(method, *arguments)
     outcomes = []
+    gc.freeze()  # everything older, so that the collections below are quick
     while True:
 
         def lacking(*given, nth=len(outcomes)):

@@ -2,7 +2,6 @@
 
 import os
 import sys
-import tempfile
 from dataclasses import dataclass, field
 
 from qdp_host import Call, Capacity, NullBuffer  # noqa: F401: the words in which tests write down the platform calls they expect
@@ -48,20 +47,24 @@ class Outcome:
 class standard_error:
     """Collects what is written to the file descriptor of standard error, by whatever means."""
 
+    _unused = []  # descriptors of empty files: making one takes longer than most calls
+
     def __enter__(self):
         sys.stderr.flush()
-        self._file = tempfile.TemporaryFile()
+        self._file = self._unused.pop() if self._unused else os.memfd_create("standard error")
         self._saved = os.dup(2)
-        os.dup2(self._file.fileno(), 2)
+        os.dup2(self._file, 2)
         return self
 
     def __exit__(self, *exception):
         sys.stderr.flush()
         os.dup2(self._saved, 2)
         os.close(self._saved)
-        self._file.seek(0)
-        self.text = self._file.read().decode()
-        self._file.close()
+        size = os.lseek(self._file, 0, os.SEEK_CUR)
+        self.text = os.pread(self._file, size, 0).decode()
+        os.ftruncate(self._file, 0)
+        os.lseek(self._file, 0, os.SEEK_SET)
+        self._unused.append(self._file)
 
 
 def _named(exception):

@@ -11,6 +11,13 @@ from observe import Outcome
 from recipes import is_made_of
 
 
+@pytest.fixture(scope="module", autouse=True)
+def quick_collections():
+    """Collections look at new objects alone."""
+    gc.collect()
+    gc.freeze()
+
+
 class Hostile:
     """An integer that acts before it tells its value."""
 
