@@ -1,16 +1,14 @@
 // Answers of the switch state library: its snapshot of the host's switches, and the properties in the host kernel.
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "host/answers/answer.h"
 #include "host/call/hex.h"
+#include "host/call/json.h"
 #include "platform/switch_state.h"
 
 namespace host {
 
 namespace {
-
-using Json = nlohmann::json;
 
 // A handle points to a switch of the snapshot, a data handle to one of its properties.
 const LoadedSwitch* config_of(const void* handle)
@@ -20,21 +18,51 @@ const LoadedSwitch* config_of(const void* handle)
 
 using Property = Properties::value_type;
 
+// The state that a process hands from one call to the next, as JSON; texts and values are hexadecimal digits, whatever
+// their bytes.
+Json digits_of(std::string_view text)
+{
+    return hex(std::as_bytes(std::span{text}));
+}
+
 Json serialised(const Properties& properties)
 {
-    Json result = Json::object();
+    Json::Array result;
     for (const auto& [key, value] : properties)
-        result[hex(std::as_bytes(std::span{key}))] = hex(value);
+        result.push_back(Json::list({digits_of(key), hex(value)}));
     return result;
+}
+
+// An array of so many elements. Throws for anything else.
+const Json::Array& elements(const Json& json, size_t count)
+{
+    if (!json.array() || json.array()->size() != count)
+        throw InputError{"not a state"};
+    return *json.array();
+}
+
+Value bytes_of_digits(const Json& json)
+{
+    auto bytes = json.text() ? from_hex(*json.text()) : std::nullopt;
+    if (!bytes)
+        throw InputError{"not a state"};
+    return std::move(*bytes);
+}
+
+std::string text_of_digits(const Json& json)
+{
+    const Value bytes = bytes_of_digits(json);
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 Properties deserialised(const Json& properties)
 {
     Properties result;
-    for (const auto& [key, value] : properties.items()) {
-        const Value name = from_hex(key).value_or(Value{});
-        result[{reinterpret_cast<const char*>(name.data()), name.size()}] =
-            from_hex(value.get_ref<const std::string&>()).value_or(Value{});
+    if (!properties.array())
+        throw InputError{"not a state"};
+    for (const Json& property : *properties.array()) {
+        const Json::Array& pair = elements(property, 2);
+        result[text_of_digits(pair[0])] = bytes_of_digits(pair[1]);
     }
     return result;
 }
@@ -47,34 +75,32 @@ uint32_t config_reset(Host& host)
 
 uint32_t state_get(Host& host, ValueSlot state)
 {
-    Json all = Json::array();
+    Json::Array all;
     for (const Switch& each : host.switches)
-        all.push_back({{"alias", each.config.alias},
-                       {"id", each.config.id},
-                       {"class", each.config.class_name},
-                       {"host", serialised(each.config.host_properties)},
-                       {"global", serialised(each.config.global_properties)}});
-    const std::string text = all.dump();
+        all.push_back(
+            Json::list({digits_of(each.config.alias), digits_of(each.config.id), digits_of(each.config.class_name),
+                        serialised(each.config.host_properties), serialised(each.config.global_properties)}));
+    const std::string text = text_of(std::move(all));
     return state.put(std::as_bytes(std::span{text}));
 }
 
 uint32_t config_deserialize(Host& host, ByteSpan state)
 {
-    const auto* text = reinterpret_cast<const char*>(state.data());
-    const Json all = Json::parse(text, text + state.size(), nullptr, false);
-    if (!all.is_array())
-        return status_refused;
     try {
+        const Json all = Json::parsed({reinterpret_cast<const char*>(state.data()), state.size()});
+        if (!all.array())
+            return status_refused;
         LoadedSwitches loaded;
-        for (const Json& each : all) {
-            LoadedSwitch result{{each.at("alias"), each.at("id"), each.at("class"), deserialised(each.at("host")),
-                                 deserialised(each.at("global"))},
-                                each.at("id")};
+        for (const Json& each : *all.array()) {
+            const Json::Array& parts = elements(each, 5);
+            LoadedSwitch result{{text_of_digits(parts[0]), text_of_digits(parts[1]), text_of_digits(parts[2]),
+                                 deserialised(parts[3]), deserialised(parts[4])},
+                                text_of_digits(parts[1])};
             result.readable_id.resize(std::max(result.id.size(), switch_id_bytes));
             loaded.push_back(std::move(result));
         }
         host.loaded = std::make_shared<const LoadedSwitches>(std::move(loaded));
-    } catch (const Json::exception&) {
+    } catch (const InputError&) {
         return status_refused;
     }
     return status_success;

@@ -21,8 +21,6 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr char file_variable[] = "QDP_HOST_CAPTURE";
 constexpr uint32_t no_length = UINT32_MAX;  // stays in a value's length word when the library reports no length
 
@@ -42,16 +40,16 @@ public:
         else if (status.st_size != 0)
             stop("the file is not empty");
         else
-            write({{capture_version_key, capture_version}});
+            write(Json::object({{capture_version_key, capture_version}}));
     }
 
     // A child that was forked leaves the file to its parent.
     bool is_open() const { return file_ >= 0 && getpid() == owner_; }
 
     // A line is written at once, so that the file is whole whatever happens to the process.
-    void write(const nlohmann::ordered_json& line)
+    void write(const Json& line)
     {
-        const std::string text = line.dump() + '\n';
+        const std::string text = text_of(line) + '\n';
         for (size_t written = 0; written < text.size();) {
             const ssize_t count = ::write(file_, text.data() + written, text.size() - written);
             if (count < 0 && errno == EINTR)
@@ -112,7 +110,7 @@ uint64_t token_of(const void* handle)
 Json answer_in(const Output& output, Argument::Meaning meaning)
 {
     if (!output.data)
-        return nullptr;
+        return {};
     if (meaning == Argument::Meaning::handle) {
         const void* handle;
         std::memcpy(&handle, output.data, sizeof handle);
@@ -122,9 +120,9 @@ Json answer_in(const Output& output, Argument::Meaning meaning)
     const ByteSpan all{output.data, size};
     const auto end = std::find_if(all.rbegin(), all.rend(), [](std::byte byte) { return byte != std::byte{0}; }).base();
     const ByteSpan content{all.begin(), end};
-    Json answer{{"bytes", hex(content)}};
+    Json answer = Json::object({{"bytes", hex(content)}});
     if (content.size() < size)
-        answer["zeros"] = size - content.size();
+        answer.append("zeros", size - content.size());
     return answer;
 }
 
@@ -194,7 +192,7 @@ void RecordedCall::note_outputs()
 // A failed call leaves its buffers undefined; its size words may still be set.
 Json RecordedCall::outputs(bool is_success) const
 {
-    Json outputs = Json::array();
+    Json outputs = Json::list({});
     for (size_t i = 0; i < arguments_.size(); ++i) {
         const Argument& argument = arguments_[i];
         const Before& before = before_[i];
@@ -211,27 +209,27 @@ Json RecordedCall::outputs(bool is_success) const
                 const auto* bytes = static_cast<const std::byte*>(value);
                 const bool is_text = !length || *length == no_length;
                 const size_t size = is_text ? std::strlen(static_cast<const char*>(value)) + 1 : *length;
-                answer = {{"bytes", hex({bytes, size})}};
+                answer = Json::object({{"bytes", hex({bytes, size})}});
             }
         } else {
             continue;
         }
-        if (length && *length != no_length && (*length != before.length || !answer.is_null()))
-            answer["size"] = *length;
-        outputs.push_back(answer);
+        if (length && *length != no_length && (*length != before.length || !answer.is_null())) {
+            if (answer.is_null())
+                answer = Json::object({});
+            answer.append("size", *length);
+        }
+        outputs.add(std::move(answer));
     }
     return outputs;
 }
 
 void RecordedCall::write(bool is_success, const Json& result)
 {
-    nlohmann::ordered_json line;
-    line["operation"] = operation_;
-    line["in"] = inputs_;
-    line["out"] = outputs(is_success);
-    line["result"] = result;
+    Json line =
+        Json::object({{"operation", operation_}, {"in", inputs_}, {"out", outputs(is_success)}, {"result", result}});
     if (callback_)
-        line["steps"] = steps_;
+        line.append("steps", Json::Array(steps_.begin(), steps_.end()));
     if (recorder.is_recording())
         recorder.file->write(line);
 }
@@ -240,7 +238,7 @@ void RecordedCall::returned()
 {
     const std::lock_guard lock{recorder.mutex};
     if (is_recorded_)
-        write(true, nullptr);
+        write(true, {});
 }
 
 void RecordedCall::returned_status(uint32_t status)

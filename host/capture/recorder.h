@@ -4,11 +4,11 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "host/call/call.h"
+#include "host/call/json.h"
 
 namespace host {
 
@@ -49,14 +49,14 @@ private:
 
     static uint32_t step(void* handle, void* call);
     void note_outputs();
-    nlohmann::json outputs(bool is_success) const;
-    void write(bool is_success, const nlohmann::json& result);
+    Json outputs(bool is_success) const;
+    void write(bool is_success, const Json& result);
 
     const char* operation_;
     std::vector<Argument> arguments_;
     std::vector<uint64_t> parameters_;
     bool is_recorded_ = false;
-    nlohmann::json inputs_;
+    Json inputs_;
     std::vector<Before> before_;  // of each argument: what stood in its words
 
     // Of a walk.

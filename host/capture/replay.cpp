@@ -14,49 +14,49 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::json;
-
 // What makes two calls equal.
 std::string key_of(std::string_view operation, const Json& inputs)
 {
-    return std::string{operation} + inputs.dump();
+    return std::string{operation} + text_of(inputs);
 }
 
 // --- The parts of a line; each throws BrokenCapture for something that no recorder writes ---
 
 [[noreturn]] void refuse(const std::string& expected, const Json& found)
 {
-    const std::string shown = found.is_structured() ? found.is_array() ? "an array" : "an object" : found.dump();
+    const std::string shown = found.array() ? "an array" : found.object() ? "an object" : text_of(found);
     throw BrokenCapture{"expected " + expected + ", not " + shown};
 }
 
-uint64_t number_in(const Json& json, uint64_t most)
+uint64_t number_in(const Json& json, uint64_t max)
 {
-    if (!json.is_number_unsigned() || json.get<uint64_t>() > most)
-        refuse("a number up to " + std::to_string(most), json);
-    return json.get<uint64_t>();
+    const uint64_t* number = json.natural();
+    if (!number || *number > max)
+        refuse("a number up to " + std::to_string(max), json);
+    return *number;
 }
 
 const Json& member(const Json& object, const char* key)
 {
-    if (!object.is_object() || !object.contains(key))
+    const Json* found = object.find(key);
+    if (!found)
         throw BrokenCapture{"expected an object with \"" + std::string{key} + '"'};
-    return object[key];
+    return *found;
 }
 
-const Json& array_in(const Json& line, const char* key)
+const Json::Array& array_in(const Json& line, const char* key)
 {
     const Json& array = member(line, key);
-    if (!array.is_array())
+    if (!array.array())
         refuse('"' + std::string{key} + "\" to be an array", array);
-    return array;
+    return *array.array();
 }
 
 void expect_keys(const Json& object, std::initializer_list<std::string_view> known)
 {
-    for (const auto& [key, value] : object.items())
+    for (const auto& [key, value] : *object.object())
         if (std::ranges::find(known, key) == known.end())
-            throw BrokenCapture{"unknown key " + Json(key).dump()};
+            throw BrokenCapture{"unknown key " + text_of(key)};
 }
 
 uint64_t handle_in(const Json& json)
@@ -69,9 +69,9 @@ uint64_t handle_in(const Json& json)
 Value bytes_in(const Json& json)
 {
     const Json& digits = member(json, "bytes");
-    if (!digits.is_string())
+    if (!digits.text())
         refuse("\"bytes\" to be a text", digits);
-    auto bytes = from_hex(digits.get_ref<const std::string&>());
+    auto bytes = from_hex(*digits.text());
     if (!bytes)
         throw BrokenCapture{"\"bytes\" are not hexadecimal digits"};
     return std::move(*bytes);
@@ -82,30 +82,30 @@ RecordedAnswer::Output output_in(const Json& json)
     RecordedAnswer::Output output;
     if (json.is_null())
         return output;
-    if (!json.is_object())
+    if (!json.object())
         refuse("an output to be an object or null", json);
     expect_keys(json, {"handle", "bytes", "zeros", "size"});
-    if (json.contains("handle"))
+    if (json.find("handle"))
         output.handle = handle_in(json);
-    if (json.contains("bytes"))
+    if (json.find("bytes"))
         output.content = bytes_in(json);
-    if (json.contains("zeros"))
-        output.zeros = number_in(json["zeros"], UINT32_MAX);
-    if (json.contains("size"))
-        output.size = static_cast<uint32_t>(number_in(json["size"], UINT32_MAX));
+    if (const Json* zeros = json.find("zeros"))
+        output.zeros = number_in(*zeros, UINT32_MAX);
+    if (const Json* size = json.find("size"))
+        output.size = static_cast<uint32_t>(number_in(*size, UINT32_MAX));
     return output;
 }
 
 Value text_in(const Json& json)
 {
-    if (json.is_string())
-        return value_of(std::as_bytes(std::span{json.get_ref<const std::string&>()}));
+    if (const std::string* text = json.text())
+        return value_of(std::as_bytes(std::span{*text}));
     Value bytes = bytes_in(json);
     expect_keys(json, {"bytes"});
     return bytes;
 }
 
-void take_result(const Json& result, ResultKind kind, RecordedAnswer& answer)
+void parse_result(const Json& result, ResultKind kind, RecordedAnswer& answer)
 {
     switch (kind) {
     case ResultKind::none:
@@ -176,7 +176,7 @@ void check_count(const char* key, size_t expected, size_t found)
                             " entries, not " + std::to_string(found)};
 }
 
-void check_inputs(const Signature& signature, const Json& inputs)
+void check_inputs(const Signature& signature, const Json::Array& inputs)
 {
     std::vector<Role> roles;
     std::ranges::copy_if(signature.roles(), std::back_inserter(roles), is_recorded_input);
@@ -197,12 +197,23 @@ void check_answer(const Signature& signature, const RecordedAnswer& answer)
 
 // --- The file ---
 
+// None for a text that is no JSON.
+std::optional<Json> parsed_or_none(const std::string& text)
+{
+    try {
+        return Json::parsed(text);
+    } catch (const InputError&) {
+        return std::nullopt;
+    }
+}
+
 void check_header(const std::string& line)
 {
-    const Json header = Json::parse(line, nullptr, false);
-    if (!header.is_object() || !header.contains(capture_version_key))
+    const auto header = parsed_or_none(line);
+    const Json* version = header ? header->find(capture_version_key) : nullptr;
+    if (!version)
         throw BrokenCapture{"not a capture"};
-    if (header[capture_version_key] != capture_version)
+    if (!version->natural() || *version->natural() != capture_version)
         throw BrokenCapture{"a capture of a version that is not known here"};
 }
 
@@ -220,7 +231,7 @@ Replay::Replay(const std::string& path) : path_{path}
     for (std::string line; std::getline(file, line);) {
         ++number;
         // A process that ended while it recorded leaves a last line without its end.
-        if (number > 1 && file.eof() && !Json::accept(line)) {
+        if (number > 1 && file.eof() && !parsed_or_none(line)) {
             truncated_line_ = number;
             break;
         }
@@ -245,25 +256,25 @@ void Replay::print_truncated_line() const
 
 void Replay::add(const std::string& line)
 {
-    const Json call = Json::parse(line);
+    const Json call = Json::parsed(line);
     const Json& name = member(call, "operation");
-    if (!name.is_string())
+    if (!name.text())
         refuse("\"operation\" to be a name", name);
-    const Signature* signature = find_signature(name.get_ref<const std::string&>());
+    const Signature* signature = find_signature(*name.text());
     if (!signature)
-        throw BrokenCapture{"the platform has no operation " + name.dump()};
+        throw BrokenCapture{"the platform has no operation " + text_of(name)};
 
     RecordedAnswer answer;
     for (const Json& output : array_in(call, "out"))
         answer.outputs.push_back(output_in(output));
-    take_result(member(call, "result"), signature->result, answer);
-    if (call.contains("steps")) {
+    parse_result(member(call, "result"), signature->result, answer);
+    if (call.find("steps")) {
         if (std::ranges::find(signature->roles(), Role::callback) == signature->roles().end())
             throw BrokenCapture{"\"steps\" of an operation that walks over nothing"};
         for (const Json& step : array_in(call, "steps"))
             answer.steps.push_back(number_in(step, UINT64_MAX));
     }
-    const Json& inputs = array_in(call, "in");
+    const Json::Array& inputs = array_in(call, "in");
     check_inputs(*signature, inputs);
     check_answer(*signature, answer);
     calls_[key_of(signature->name, inputs)].answers.push_back(std::move(answer));

@@ -14,9 +14,9 @@
 #pragma once
 
 #include <functional>
-#include <nlohmann/json.hpp>
 
 #include "host/call/call.h"
+#include "host/call/json.h"
 
 namespace host {
 
@@ -25,15 +25,15 @@ inline constexpr char capture_version_key[] = "capture";
 
 using Tokens = std::function<uint64_t(uint64_t handle)>;
 
-inline nlohmann::json handle_json(uint64_t token)
+inline Json handle_json(uint64_t token)
 {
-    return {{"handle", token}};
+    return Json::object({{"handle", token}});
 }
 
 // A text; its bytes when it is not valid UTF-8.
-nlohmann::json text_json(std::string_view text);
+Json text_json(std::string_view text);
 
 // The "in" of a call.
-nlohmann::json inputs_json(Arguments arguments, const Tokens& token_of);
+Json inputs_json(Arguments arguments, const Tokens& token_of);
 
 }  // namespace host

@@ -11,8 +11,6 @@ using namespace host;
 
 namespace {
 
-using Json = nlohmann::json;
-
 // A text for a caller in C: kept until the same thread calls the same function again.
 const char* keep_text(const char* function, std::string text)
 {
@@ -24,7 +22,7 @@ const char* keep_text(const char* function, std::string text)
 
 // The text that `make` returns; null when it throws, for want of memory.
 template <class Make>
-const char* made_text(const char* function, Make make)
+const char* text_or_null(const char* function, Make make)
 {
     try {
         return keep_text(function, make());
@@ -43,7 +41,7 @@ const char* state_text(const char* function, Make make)
         if (!process->replay() && process->host())
             present = *process->host();
     }
-    return present ? made_text(function, [&] { return make(*present); }) : nullptr;
+    return present ? text_or_null(function, [&] { return make(*present); }) : nullptr;
 }
 
 // Changes an operation. -1 when none has the name, or when `change` refuses.
@@ -173,7 +171,7 @@ const char* qdp_host_summary(void)
 
 const char* qdp_host_schema(void)
 {
-    return made_text(__func__, scenario::schema);
+    return text_or_null(__func__, scenario::schema);
 }
 
 uint64_t qdp_host_snapshot(void)
@@ -221,7 +219,7 @@ const char* qdp_host_operations(void)
         if (answer_of(signature.name))
             names.push_back(signature.name);
     std::ranges::sort(names);
-    return made_text(__func__, [&] { return Json(names).dump(); });
+    return text_or_null(__func__, [&] { return text_of(Json::Array(names.begin(), names.end())); });
 }
 
 const char* qdp_host_operation(const char* name)
@@ -230,9 +228,9 @@ const char* qdp_host_operation(const char* name)
     const Signature* signature = find_signature(name);
     if (!signature)
         return nullptr;
-    const Json described{{"result", results[static_cast<size_t>(signature->result)]},
-                         {"outputs", std::ranges::count_if(signature->roles(), is_output)}};
-    return made_text(__func__, [&] { return described.dump(); });
+    const Json description = Json::object({{"result", results[static_cast<size_t>(signature->result)]},
+                                           {"outputs", std::ranges::count_if(signature->roles(), is_output)}});
+    return text_or_null(__func__, [&] { return text_of(description); });
 }
 
 int qdp_host_script(const char* name, uint64_t result)
@@ -291,7 +289,7 @@ const char* qdp_host_calls(void)
         const LockedProcess process;
         calls = process->calls;
     }
-    return made_text(__func__, [&] { return Json(calls).dump(-1, ' ', true, Json::error_handler_t::replace); });
+    return text_or_null(__func__, [&] { return text_of(std::move(calls)); });
 }
 
 size_t qdp_host_unreleased_values(void)

@@ -10,11 +10,9 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::json;
-
 Json bytes_json(ByteSpan bytes)
 {
-    return {{"bytes", hex(bytes)}};
+    return Json::object({{"bytes", hex(bytes)}});
 }
 
 // An argument as it goes in.
@@ -28,10 +26,11 @@ Json argument_json(const Argument& argument)
     case Argument::Kind::bytes:
         return argument.value ? bytes_json(argument.bytes) : Json();
     case Argument::Kind::output:
-        return {{"capacity", argument.output.size_word ? *argument.output.size_word : argument.output.capacity},
-                {"is_null", argument.value == 0}};
+        return Json::object(
+            {{"capacity", argument.output.size_word ? *argument.output.size_word : argument.output.capacity},
+             {"is_null", argument.value == 0}});
     case Argument::Kind::value_output:
-        return {{"capacity", 0}, {"is_null", argument.value == 0}};
+        return Json::object({{"capacity", 0}, {"is_null", argument.value == 0}});
     }
     return {};
 }
@@ -43,21 +42,21 @@ Json output_json(const Argument& argument, const Values& values)
     if (argument.kind == Argument::Kind::output) {
         const Output& output = argument.output;
         if (!output.data)
-            return nullptr;
+            return {};
         return bytes_json(
             {output.data, std::min(output.size_word ? *output.size_word : output.capacity, output.capacity)});
     }
     const auto value = values.value_put(argument.value_output);
     if (!value || !argument.value_output.length)
-        return nullptr;
+        return {};
     return bytes_json(value->first(std::min<size_t>(*argument.value_output.length, value->size())));
 }
 
 Json arguments_json(Arguments arguments)
 {
-    Json all = Json::array();
+    Json all = Json::list({});
     for (const Argument& argument : arguments)
-        all.push_back(argument_json(argument));
+        all.add(argument_json(argument));
     return all;
 }
 
@@ -69,10 +68,10 @@ bool is_output(const Argument& argument)
 // A failed call has written nothing that its caller may look at.
 Json outputs_json(Arguments arguments, const Values& values, bool is_success)
 {
-    Json all = Json::array();
+    Json all = Json::list({});
     for (const Argument& argument : arguments)
         if (is_output(argument))
-            all.push_back(is_success ? output_json(argument, values) : Json());
+            all.add(is_success ? output_json(argument, values) : Json());
     return all;
 }
 
@@ -80,7 +79,7 @@ Json result_json(const Signature& signature, uint64_t result, const Values& valu
 {
     switch (signature.result) {
     case ResultKind::none:
-        return nullptr;
+        return {};
     case ResultKind::status:
         return static_cast<uint32_t>(result);
     case ResultKind::text:
@@ -89,7 +88,7 @@ Json result_json(const Signature& signature, uint64_t result, const Values& valu
     case ResultKind::handle:
         return result;
     }
-    return nullptr;
+    return {};
 }
 
 // The time passes without the lock: other threads' calls go on.
@@ -237,13 +236,13 @@ uint64_t answer(LockedProcess& process, Operation& operation, Arguments argument
     wait_if_planned(operation, process);
     Json call;
     if (process->is_recording)
-        call = {{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}};
+        call = Json::object({{"operation", operation.signature->name}, {"arguments", arguments_json(arguments)}});
     caller.values.begin_call();
     const uint64_t result = planned_answer(operation, arguments, process, caller, walk);
     if (!call.is_null()) {
         const bool is_success = operation.signature->result != ResultKind::status || result == status_success;
-        call["result"] = result_json(*operation.signature, result, caller.values);
-        call["outputs"] = outputs_json(arguments, caller.values, is_success);
+        call.append("result", result_json(*operation.signature, result, caller.values));
+        call.append("outputs", outputs_json(arguments, caller.values, is_success));
         keep_call(*process.operator->(), std::move(call), arguments);
     }
     return result;

@@ -4,12 +4,12 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <thread>
 #include <utility>
 
+#include "host/call/json.h"
 #include "host/call/values.h"
 #include "host/capture/replay.h"
 #include "host/process/operation.h"
@@ -67,7 +67,7 @@ public:
     std::map<std::string_view, Operation> operations;
     Caller own;
     bool is_recording = false;
-    std::vector<nlohmann::json> calls;
+    std::vector<Json> calls;
     size_t recording_room = SIZE_MAX;  // for the bytes of further calls; without any, recording ends
 
     // Texts that callers in C look at, by thread and function.

@@ -25,8 +25,8 @@ std::string built_in_names()
 [[noreturn]] void fail_to_read(const std::string& path, const std::string& found)
 {
     const bool may_be_name = path.find('/') == std::string::npos && !path.ends_with(".json");
-    throw Error(": expected a scenario file" + (may_be_name ? " or one of the names " + built_in_names() : "") +
-                ", found " + found);
+    throw InputError(": expected a scenario file" + (may_be_name ? " or one of the names " + built_in_names() : "") +
+                     ", found " + found);
 }
 
 // Anything but a file might never end.
@@ -70,9 +70,9 @@ auto with_json_named(const std::string& name, Text text, Use use)
     try {
         const Json json = Json::parsed(text());
         return use(json);
-    } catch (const Error& error) {
+    } catch (const InputError& error) {
         const std::string message = error.what();
-        throw Error(name + (message.starts_with(": ") ? "" : ": ") + message);
+        throw InputError(name + (message.starts_with(": ") ? "" : ": ") + message);
     }
 }
 

@@ -107,7 +107,7 @@ std::string Node::found() const
 
 void Node::fail(const std::string& expected, const std::string& what) const
 {
-    throw Error(pointer() + ": expected " + expected + ", found " + what);
+    throw InputError(pointer() + ": expected " + expected + ", found " + what);
 }
 
 }  // namespace host::scenario

@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "host/scenario/json.h"
+#include "host/call/json.h"
 
 namespace host::scenario {
 

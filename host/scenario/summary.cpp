@@ -1,7 +1,7 @@
 // A scenario in numbers: what a host has, and how many of each.
 #include <algorithm>
 
-#include "host/scenario/json.h"
+#include "host/call/json.h"
 #include "host/scenario/scenario.h"
 
 namespace host::scenario {

@@ -1,11 +1,11 @@
 // JSON values, read from a text and written to one. The JSON library is compiled here alone.
-#include "host/scenario/json.h"
+#include "host/call/json.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <span>
 
-namespace host::scenario {
+namespace host {
 
 namespace {
 
@@ -52,12 +52,12 @@ public:
     bool parse_error(size_t end, const std::string& last, const nlohmann::detail::exception& error) override
     {
         if (dynamic_cast<const nlohmann::json::out_of_range*>(&error))
-            throw Error(pointer() + ": expected a smaller number, found " + printable(last));
+            throw InputError(pointer() + ": expected a smaller number, found " + printable(last));
         // The reason stands behind the library's own words about the place.
         const std::string message = error.what();
         const size_t reason = message.find(": ");
-        throw Error(position(end) + ": expected JSON, found a " +
-                    printable(reason == std::string::npos ? message : message.substr(reason + 2)));
+        throw InputError(position(end) + ": expected JSON, found a " +
+                         printable(reason == std::string::npos ? message : message.substr(reason + 2)));
     }
 
     Json result;
@@ -82,8 +82,8 @@ private:
     bool open(Json container)
     {
         if (open_.size() == most_levels)
-            throw Error(pointer(most_named_levels) + ": expected at most " + std::to_string(most_levels) +
-                        " levels of objects and lists, found one more");
+            throw InputError(pointer(most_named_levels) + ": expected at most " + std::to_string(most_levels) +
+                             " levels of objects and lists, found one more");
         open_.push_back({std::move(container), {}});
         return true;
     }
@@ -105,7 +105,7 @@ private:
         if (doubled == keys.end())
             return;
         open_.back().key = *doubled;
-        throw Error(pointer() + ": expected each key once, found it again");
+        throw InputError(pointer() + ": expected each key once, found it again");
     }
 
     // Of the value that is being read, or of one so many levels deep around it.
@@ -153,6 +153,16 @@ std::string scalar_text(const Json& json)
 
 }  // namespace
 
+bool is_utf8(std::string_view text)
+{
+    try {
+        static_cast<void>(nlohmann::json(text).dump());
+        return true;
+    } catch (const nlohmann::json::type_error&) {
+        return false;
+    }
+}
+
 std::string escaped(const std::string& key)
 {
     std::string result;
@@ -174,6 +184,7 @@ Json::~Json() = default;
 Json::Json(bool value) : value_{value} {}
 Json::Json(double value) : value_{value} {}
 Json::Json(const char* value) : value_{std::string{value}} {}
+Json::Json(std::string_view value) : value_{std::string{value}} {}
 Json::Json(std::string value) : value_{std::move(value)} {}
 Json::Json(Array value) : value_{std::move(value)} {}
 Json::Json(Object value) : value_{std::move(value)} {}
@@ -288,4 +299,4 @@ std::string text_of(const Json& json)
     return text.text;
 }
 
-}  // namespace host::scenario
+}  // namespace host

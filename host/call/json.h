@@ -1,4 +1,4 @@
-// JSON values, read from a text and written to one: scenarios and their schema.
+// JSON values, read from a text and written to one: scenarios, captures, and what tests read.
 #pragma once
 
 #include <concepts>
@@ -12,10 +12,11 @@
 #include <variant>
 #include <vector>
 
-namespace host::scenario {
+namespace host {
 
-// What is wrong with a scenario: `/switches/0/mtu: expected a whole number from 68 to 65535, found "large"`.
-class Error : public std::runtime_error {
+// What is wrong with a file that a user names: `/switches/0/mtu: expected a whole number from 68 to 65535, found
+// "large"`.
+class InputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -37,6 +38,7 @@ public:
     Json(bool value);
     Json(double value);
     Json(const char* value);
+    Json(std::string_view value);
     Json(std::string value);
     Json(Array value);
     Json(Object value);
@@ -48,7 +50,7 @@ public:
     static Json object(std::initializer_list<Member> members);
     static Json list(std::initializer_list<Json> items);
 
-    // Throws an Error that says where the text is no JSON, or has a key twice.
+    // Throws an InputError that says where the text is no JSON, or has a key twice.
     static Json parsed(const std::string& text);
 
     bool is_null() const { return std::holds_alternative<std::monostate>(value_); }
@@ -64,6 +66,8 @@ public:
 
     // The member of an object; null when there is none, or no object.
     const Json* find(std::string_view key) const;
+
+    bool is_structured() const { return array() || object(); }
 
     // Adds to an array; to an object, whose members do not have the key.
     void add(Json value);
@@ -107,10 +111,13 @@ private:
     bool is_first_ = true;
 };
 
+// Whether a text is UTF-8, which a text in JSON is.
+bool is_utf8(std::string_view text);
+
 // On one line.
 std::string text_of(const Json& json);
 
 // A key as a JSON pointer has it: "~" and "/" are written as "~0" and "~1".
 std::string escaped(const std::string& key);
 
-}  // namespace host::scenario
+}  // namespace host
