@@ -45,7 +45,8 @@ def test_no_original_is_left(written, anonymized):
     macs, ips = originals(before)
     assert len(macs) > 50 and len(ips) > 50
     for original in macs | ips | anonymize.names_in(Snapshot(written)):
-        assert not re.search(r"(?<![\w.:-])" + re.escape(original) + r"(?![\w.:-])", after), original
+        if original in after:  # as a part of a longer word alone
+            assert not re.search(r"(?<![\w.:-])" + re.escape(original) + r"(?![\w.:-])", after), original
 
 
 def test_captures_and_raw_tables_are_left_out_and_listed(anonymized):
