@@ -10,6 +10,10 @@ FOLDERS = ["core", "datapath", "host", "methods", "smartnic", "switchid", "tortu
 # The fixture of tests that judge times, which trials beside each other spoil.
 OF_TIMES = "release_only"
 
+# The embedded host of the test's own process. Tests of the host without it start hosts and scripts as processes, which is
+# slow and says little about the module.
+IN_PROCESS = "host"
+
 # The table of all methods stands above the rooms; its tests stand with the core's.
 ROOF = pathlib.PurePosixPath("module.cpp")
 CORE = pathlib.PurePosixPath("core")
@@ -31,7 +35,8 @@ class Concern:
         self._methods = _methods_by_file(sources)
         self._items = {}
         for item in items:
-            if OF_TIMES not in item.fixturenames:
+            of_processes = item.path.parent.name == "host" and IN_PROCESS not in item.fixturenames
+            if OF_TIMES not in item.fixturenames and not of_processes:
                 self._items.setdefault(item.path, []).append(item)
         self._texts = {path: path.read_text() for path in self._items}
         self._known = {}

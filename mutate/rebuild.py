@@ -9,6 +9,7 @@ import shlex
 import subprocess
 
 MODULE = "_libqdp.abi3.so"
+UNCHANGED = ["host", "qdp"]  # folders that hold nothing of the module
 LINKED = [MODULE, "tests/torture.so", "tests/core_under_test.abi3.so"]
 
 # Of how many sources a header may be a part, to be changed without being named.
@@ -93,7 +94,7 @@ class Rebuild:
         objects = {}
         for name in ("tests", "objects"):
             (folder / name).mkdir(parents=True, exist_ok=True)
-        for name in ("host", *(f"tests/{each.name}" for each in (self._build / "tests").iterdir())):
+        for name in (*UNCHANGED, *(f"tests/{each.name}" for each in (self._build / "tests").iterdir())):
             if name not in LINKED and not (folder / name).exists():
                 (folder / name).symlink_to(self._build / name)
         if mutant:
