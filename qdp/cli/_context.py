@@ -1,6 +1,6 @@
 """What a verb's functions get: the options, and ways to ask the datapath that go on when it refuses a part."""
 
-from ._output import REFUSED, CommandError, progress, report
+from ._output import REFUSED, CommandError, complain, progress, report
 from ._source import source_of
 
 NO_MORE = 0xFFFFFFFF  # the index behind the last page
@@ -20,6 +20,11 @@ class Context:
         """Reports what could not be had; the command goes on, and ends with the exit code for that."""
         report(error, self.options.json)
         self.code = REFUSED
+
+    def note(self, text):
+        """Says on standard error why there is nothing to show, to a reader who looks once."""
+        if not self.options.json and self.options.watch is None:
+            complain("qdp: " + text)
 
     def call(self, method, *arguments):
         return self.source.call(method, *arguments)
@@ -64,7 +69,10 @@ class Context:
             found = [switch for switch in listed if switch["name"] == portset]
         if found:
             return found[:1]
-        raise CommandError("there is no switch {!r}; `qdp switch show` lists the switches".format(wanted))
+        text = "there is no switch {!r}; `qdp switch show` lists the switches".format(wanted)
+        if self.options.default_verb_of:  # the word may have been meant as a verb
+            text += ", `qdp {} --help` the verbs".format(self.options.default_verb_of)
+        raise CommandError(text)
 
     def switch(self, wanted):
         return self.switches(wanted)[0]

@@ -142,6 +142,7 @@ def whole():
 
     parser = argparse.ArgumentParser(prog="qdp", description=DESCRIPTION, epilog=EXIT_CODES)
     parser.add_argument("--from", metavar="SNAPSHOT", help="show what a file of `qdp snapshot` holds").completes = "file"
+    parser.add_argument("--version", action="store_true", help="print the version")
     objects = parser.add_subparsers(metavar="OBJECT", dest="object")
     for name in object_names():
         thing = load(name)

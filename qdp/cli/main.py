@@ -72,6 +72,11 @@ def run(arguments):
     if not arguments or arguments[0] in ("-h", "--help", "help"):
         write_lines(overview())
         return OK
+    if arguments[0] == "--version":
+        from .. import __version__
+
+        write_lines(["qdp " + __version__])
+        return OK
     snapshot = None
     if arguments[0] == "--from" or arguments[0].startswith("--from="):
         snapshot, arguments = from_file(arguments)
@@ -91,6 +96,7 @@ def run(arguments):
     options = parser_of(thing, verb).parse_args(prepared(rest[words:]))
     options.json = options.json or options.pretty
     options.snapshot = None
+    options.default_verb_of = None if words else thing.name
     if snapshot is not None:
         answer_from(snapshot, thing, verb, options)
     return run_verb(verb, options)
@@ -152,8 +158,8 @@ def overview():
     for thing in things:
         verbs = ", ".join(thing.verbs)
         lines.append("  {}  {} ({})".format(thing.name.ljust(widest), thing.help, verbs))
-    more = "`qdp OBJECT --help` lists the verbs of an object, `qdp OBJECT VERB --help` the options of a verb."
-    return lines + ["", more]
+    lines += ["", "`qdp OBJECT --help` lists the verbs of an object, `qdp OBJECT VERB --help` the options of a verb."]
+    return lines + ["`qdp --version` prints the version."]
 
 
 def overview_of(thing):

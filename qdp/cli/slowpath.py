@@ -10,19 +10,18 @@ OFF, ON, CLEAR = range(3)
 
 def show(context):
     """A row for each switch that collects them. Reading turns no collection on."""
-    for switch in context.switches(context.options.switch):
-        enabled = context.ask("AdvStatsGetEnabled", switch["swID"])
-        if enabled is None:
-            continue
-        if not enabled:
-            if context.options.switch is not None:
-                text = "switch {0} ({1}) collects no advanced statistics; `qdp slowpath on {0}` turns them on"
-                context.refuse(CommandError(text.format(switch["swID"], switch["name"])))
-            continue
-        counters = context.ask("AdvStatsGetCounters", switch["swID"], 0, "")
+    switches = context.switches(context.options.switch)
+    states = [context.ask("AdvStatsGetEnabled", switch["swID"]) for switch in switches]
+    for switch, enabled in zip(switches, states):
+        counters = context.ask("AdvStatsGetCounters", switch["swID"], 0, "") if enabled else None
         if counters is not None:
             wanted = counters if context.options.all else {key: n for key, n in counters.items() if n}
             yield dict(place(switch), **wanted)
+    if states == [False] and context.options.switch is not None:
+        text = "switch {0} ({1}) collects no advanced statistics; `qdp slowpath on {0}` turns them on"
+        context.refuse(CommandError(text.format(switches[0]["swID"], switches[0]["name"])))
+    elif not any(states) and None not in states:
+        context.note("no switch collects advanced statistics; `qdp slowpath on SWITCH` turns them on")
 
 
 def turn(what, mode):

@@ -118,7 +118,7 @@ def arguments_of(name, values):
 def get(context):
     import itertools
 
-    name = context.options.table
+    name = context.options.table.replace("_", "-")
     if name not in TABLES:
         raise UsageError("there is no table {!r}; there are {}".format(name, ", ".join(TABLES)))
     ranges = parsed(name, context.options.key)

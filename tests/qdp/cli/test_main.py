@@ -18,11 +18,25 @@ def test_overview_names_each_object(qdp_command):
             assert "\n  {} ".format(name) in out
 
 
+def test_version(qdp_command):
+    import qdp
+
+    assert qdp_command.lines("--version") == ["qdp " + qdp.__version__]
+
+
+def test_switch_of_a_named_verb_is_no_verb(qdp_command):
+    expected = "qdp: there is no switch 'nosuch'; `qdp switch show` lists the switches"
+    assert qdp_command.error("port", "show", "nosuch") == (2, expected)
+
+
 @pytest.mark.parametrize(
     "line, error",
     [
         ("nosuch", "qdp: there is no object 'nosuch'; there are " + ", ".join(object_names())),
-        ("port nosuch", "qdp: there is no switch 'nosuch'; `qdp switch show` lists the switches"),
+        (
+            "port nosuch",
+            "qdp: there is no switch 'nosuch'; `qdp switch show` lists the switches, `qdp port --help` the verbs",
+        ),
         ("port show 0 x", "qdp: argument PORT: invalid number value: 'x'; see `qdp port show --help`"),
         ("port show 0 99", "qdp: switch 0 (portset-0) has no port 99; `qdp port show 0` lists them"),
         ("port show 0 1 2", "qdp: unrecognized arguments: 2; see `qdp port show --help`"),

@@ -189,6 +189,13 @@ class TestSlowpath:
         assert qdp_command("slowpath", "show", "0") == (2, "", text + "\n")
         assert _libqdp.AdvStatsGetEnabled(0) is False
 
+    def test_no_switch_collects(self, qdp_command):
+        for switch in _libqdp.ListSwitches():
+            _libqdp.AdvStatsSetEnabled(switch["swID"], 0)
+        text = "qdp: no switch collects advanced statistics; `qdp slowpath on SWITCH` turns them on\n"
+        assert qdp_command("slowpath") == (0, "", text)
+        assert qdp_command("slowpath", "-j") == (0, "[]\n", "")
+
     def test_counters_that_count(self, qdp_command):
         _libqdp.AdvStatsSetEnabled(0, 1)
         counters = {key: n for key, n in _libqdp.AdvStatsGetCounters(0, 0, "").items() if n}
@@ -228,6 +235,7 @@ class TestNic:
 class TestTable:
     def test_entry_by_index_and_range(self, qdp_command):
         rows = qdp_command.rows("table", "get", "flow-info", "100-102")
+        assert qdp_command.rows("table", "get", "flow_info", "100-102") == rows  # the name that the package has
         assert [row["key"] for row in rows] == [{"index": str(i)} for i in (100, 101, 102)]
         assert [row["dstPort"] for row in rows] == [_libqdp.TableFlowInfoGet(i)["dstPort"] for i in (100, 101, 102)]
 
