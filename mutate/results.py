@@ -111,6 +111,9 @@ class Equivalents:
         unknown = set(self._because.values()) - set(self._arguments)
         if unknown:
             raise LookupError(f"{path} has no argument named {', '.join(unknown)}")
+        for file, place, _ in self._because:
+            if file not in sources or not re.search(rf"^\s*{re.escape(place)}$|\b{re.escape(place)}\b", sources.text(file), re.M):
+                raise LookupError(f"{path} argues for {place!r}, which {file} does not have; name what stands there now")
 
     def line(self, mutant):
         return self._sources.line(mutant.files[0], mutant.line)
