@@ -3,11 +3,13 @@ again, gives up what holds it, raises, or tells none. Nothing crashes, and the o
 an argument that is none."""
 
 import gc
+from types import SimpleNamespace
 
 import pytest
 
 from contract import BY_NAME, METHODS
-from observe import Outcome
+from methods.conftest import calls_of
+from observe import Observer, Outcome
 from recipes import is_made_of
 
 
@@ -98,6 +100,28 @@ def test_index_that_calls_its_method_leaves_the_outer_call_alone(qdp, call, name
     for given in hostile_arguments(method, qdp.module, lambda value: Hostile(value, again)):
         outcome = call(method, given)
         assert (outcome.raised, outcome.left_set) == (None, None), given
+
+
+@takes_integers
+def test_index_that_lets_go_of_the_tuple_it_came_from(qdp, call, name):
+    """The interpreter alone holds the arguments during the call; new tuples would take the place of those given up."""
+    method = BY_NAME[name]
+    function = getattr(qdp.module, name)
+    arguments = is_made_of(method.sent_for, qdp.module)
+    usual = call(method, arguments)
+    kept = []
+
+    def let_go():
+        gc.collect()
+        kept.extend(tuple(range(size)) for size in range(1, 20) for _ in range(20))
+
+    held = list(hostile_arguments(method, qdp.module, lambda value: Hostile(value, let_go)))
+    call = calls_of(Observer(SimpleNamespace(**{name: lambda *_: function(*held.pop())}), qdp.host))
+    assert held
+    while held:
+        kept.clear()
+        assert call(method, arguments) == usual
+        assert kept
 
 
 # What an __index__ does that tells no integer, and the exception that the interpreter makes of it.
