@@ -7,7 +7,7 @@
 #include <iterator>
 #include <vector>
 
-extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments);
+extern "C" [[gnu::weak]] int LLVMFuzzerInitialize(int* count, char*** arguments);  // only some have it
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {
@@ -36,7 +36,8 @@ void replay(const fs::path& file)
 
 int main(int count, char** arguments)
 {
-    LLVMFuzzerInitialize(&count, &arguments);
+    if (LLVMFuzzerInitialize)
+        LLVMFuzzerInitialize(&count, &arguments);
     size_t replayed = 0;
     for (int i = 1; i < count; ++i)
         for (const fs::path& file : files_in(arguments[i])) {
