@@ -76,8 +76,8 @@ def changed_formats(code):
             if not takes_all and call[2][place - 1 : place] != "%":
                 continue
             for other in LETTERS.get(letter, ""):
-                if other == "H" and "Parse" not in call[1]:
-                    continue  # makes and prints all bits
+                if other in "Hz" and "Parse" not in call[1]:
+                    continue  # makes and prints the same
                 at = call.start(2) + place
                 yield f"'{letter}' made '{other}' in place {place}", spliced(code, at, at + 1, other)
 

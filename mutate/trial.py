@@ -29,7 +29,8 @@ STALLED_SECONDS = 60  # of one test that waits for something
 TRIAL_SECONDS = 20  # of the processor, for all tests; what they have not noticed by then counts as not noticed
 ADDRESS_SPACE = 4 << 30
 
-POSITION = struct.Struct("<I")
+POSITION = struct.Struct("<i")
+BUILDING = -1  # in place of a position, until the tests begin
 
 RECENT = 12  # tests that noticed the latest mutants of a source, which are tried first
 
@@ -49,7 +50,8 @@ class Trial:
     def __init__(self, run, items):
         self.items = items
         self._position = mmap.mmap(-1, POSITION.size)  # of the running test
-        self._seen, self._since = -1, time.monotonic()
+        self._position[:] = POSITION.pack(BUILDING)
+        self._seen, self._since = BUILDING, time.monotonic()
         self._killed = False
         self.pid = os.fork()
         if self.pid == 0:
@@ -85,6 +87,8 @@ class Trial:
 
     def kill_if_stalled(self):
         now = self._at()
+        if now == BUILDING:  # which ends, however slow a busy machine makes it
+            return
         if now != self._seen:
             self._seen, self._since = now, time.monotonic()
         elif time.monotonic() - self._since > STALLED_SECONDS and not self._killed:
