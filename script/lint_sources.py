@@ -182,8 +182,13 @@ def real_names(text):
 
 def files_of_the_repository():
     command = ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"]
-    listed = subprocess.run(command, cwd=ROOT, stdout=subprocess.PIPE, check=True).stdout.decode().split("\0")
-    return [ROOT / name for name in listed if name and (ROOT / name).is_file()]
+    try:
+        listed = subprocess.run(command, cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True).stdout
+    except OSError as error:
+        sys.exit(f"lint_sources.py: could not run git, which lists the files: {error}")
+    except subprocess.CalledProcessError as error:
+        sys.exit(f"lint_sources.py: git did not list the files: {error.stderr.decode().strip() or error}")
+    return [ROOT / name for name in listed.decode().split("\0") if name and (ROOT / name).is_file()]
 
 
 def names():

@@ -3,6 +3,7 @@
 import os
 import pty
 import shutil
+import socket
 import subprocess
 
 import pytest
@@ -58,3 +59,20 @@ def test_a_build_that_fails_says_why_and_where(project):
     assert done.returncode == 1
     assert done.stderr.startswith(STEPS.rpartition("Built")[0])
     assert done.stderr.endswith("build: could not build build/release\n")
+
+
+def test_steps_reach_a_socket(project):
+    ours, theirs = socket.socketpair()
+    done = build(project, stderr=theirs)
+    theirs.close()
+    with ours, ours.makefile() as told:
+        assert (done.returncode, told.read()) == (0, STEPS)
+
+
+def test_builds_of_one_folder_wait_for_each_other(project):
+    alone = "sh -c 'mkdir running && sleep 0.2 && rmdir running'"
+    (project / "CMakeLists.txt").write_text(PROJECT.replace("${CMAKE_COMMAND} -E touch made", alone))
+    command = [project / "script" / "build"]
+    builds = [subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True) for _ in range(3)]
+    told = [each.communicate(timeout=60)[0] for each in builds]
+    assert [each.returncode for each in builds] == [0, 0, 0], told

@@ -1,6 +1,8 @@
-"""The lint's rules that devices, addresses and switches have invented names, and that layers import from below."""
+"""The lint names its part that fails; its rules of invented names, and of layers that import from below."""
 
 import importlib.util
+import shutil
+import subprocess
 
 import pytest
 
@@ -110,3 +112,67 @@ class TestLayers:
         assert list(lint.layers()) == [
             f"qdp/{file}:{before.count(chr(10)) + 1}: may not import {name}, which stands above it; see LAYERS"
         ]
+
+
+class TestFailingParts:
+    SETUP = "lint: script/setup lint\n"
+    FORMAT = SETUP + "lint: script/format --check\n"
+    SOURCES = FORMAT + "lint: /usr/bin/python3 -X utf8 script/lint_sources.py\n"
+    BUILD = SOURCES + "lint: script/build lint\n"
+
+    @pytest.fixture
+    def parts(self, root, tmp_path):
+        """A checkout whose parts of the lint do nothing and say nothing."""
+        (tmp_path / "script").mkdir()
+        for name in ("lint", "common"):
+            shutil.copy(root / "script" / name, tmp_path / "script")
+        for name in ("setup", "format", "build"):
+            self.replace(tmp_path, name, "#!/bin/sh\n")
+        self.replace(tmp_path, "lint_sources.py", "")
+        return tmp_path
+
+    @staticmethod
+    def replace(parts, name, text):
+        (parts / "script" / name).write_text(text)
+        (parts / "script" / name).chmod(0o755)
+
+    @staticmethod
+    def lint(parts):
+        done = subprocess.run([parts / "script" / "lint"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        assert done.stderr == ""
+        return done.returncode, done.stdout
+
+    def test_all_pass(self, parts):
+        assert self.lint(parts) == (0, self.BUILD + "lint passed\n")
+
+    @pytest.mark.parametrize(
+        "name, text, told",
+        [
+            ("setup", "#!/bin/sh\nexit 1\n", SETUP + "lint: script/setup lint failed with exit code 1\n"),
+            ("format", "#!/bin/sh\nexit 3\n", FORMAT + "lint: script/format --check failed with exit code 3\n"),
+            ("format", "#!/bin/sh\nkill -9 $$\n", FORMAT + "lint: script/format --check was ended by signal 9\n"),
+            (
+                "lint_sources.py",
+                "raise SystemExit(1)",
+                SOURCES + "lint: /usr/bin/python3 -X utf8 script/lint_sources.py failed with exit code 1\n",
+            ),
+            ("build", "#!/bin/sh\necho why >&2\nexit 1\n", BUILD + "why\nlint: script/build lint failed with exit code 1\n"),
+        ],
+    )
+    def test_silent_part(self, parts, name, text, told):
+        self.replace(parts, name, text)
+        status, output = self.lint(parts)
+        # Of a process that a signal ends, the shell itself says more.
+        assert status == 1 and [line for line in output.splitlines(True) if "Killed" not in line] == told.splitlines(True)
+
+
+class TestListingFiles:
+    def test_no_repository(self, lint, tmp_path, monkeypatch):
+        monkeypatch.setattr(lint, "ROOT", tmp_path)
+        with pytest.raises(SystemExit, match="^lint_sources.py: git did not list the files: fatal: not a git repository"):
+            lint.files_of_the_repository()
+
+    def test_no_git(self, lint, tmp_path, monkeypatch):
+        monkeypatch.setenv("PATH", str(tmp_path))
+        with pytest.raises(SystemExit, match="^lint_sources.py: could not run git, which lists the files: .*'git'"):
+            lint.files_of_the_repository()
