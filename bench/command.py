@@ -1,5 +1,5 @@
-"""What a start of the command qdp and a snapshot cost, in processor time, beside an interpreter that imports argparse alone;
-and the key TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
+"""What a start of the command qdp and a snapshot cost, in processor time, beside an interpreter that imports argparse
+alone; and the key TAB in a shell. The interpreter's compiled files are kept, as an installation keeps them."""
 
 import os
 import pathlib

@@ -69,7 +69,8 @@ def file_facts(build):
 
 def counted(build, ways, rounds):
     """Instructions per call, [way][workload]. The ways by hand share the module's process; the others are alone, since
-    the strings that they keep would spare the module the making of its own. The longest list is counted by hand only."""
+    the strings that they keep would spare the module the making of its own. The longest list is counted by hand
+    only."""
     counts = {}
     for some in BY_HAND, *([way] for way in ways if way not in BY_HAND):
         say(f"counting instructions: {', '.join(some)}")

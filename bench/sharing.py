@@ -1,5 +1,5 @@
-"""Measures what a call costs over the socket of a shared host, beside the same call within the process, checks it against
-its bound, and adds it to docs/performance.md: BUILD.
+"""Measures what a call costs over the socket of a shared host, beside the same call within the process, checks it
+against its bound, and adds it to docs/performance.md: BUILD.
 
 With `calls` behind BUILD, it is the process that calls.
 """
@@ -17,8 +17,11 @@ CALLS = 20
 MOST = 30  # microseconds of a call of the platform, on top of one within the process
 
 # What is called, and in words.
-METHODS = {"GetFlowTimeout": ((), "`GetFlowTimeout`, a word"), "GetPortStats": ((0, 5), "`GetPortStats`, a record each"),
-           "ListPorts": ((0,), "`ListPorts`, 36 ports")}
+METHODS = {
+    "GetFlowTimeout": ((), "`GetFlowTimeout`, a word"),
+    "GetPortStats": ((0, 5), "`GetPortStats`, a record each"),
+    "ListPorts": ((0,), "`ListPorts`, 36 ports"),
+}
 HEAD = "## What a shared host adds"
 SAID = """
 `qdp-host serve` answers the calls of other processes at a socket. These are the least times of a method, in the best of
@@ -73,7 +76,10 @@ def on_top(own, shared, calls):
 
 
 def table(found):
-    lines = ["| method | within the process | over the socket | calls | a call on top | at most |", "|---|---|---|---|---|---|"]
+    lines = [
+        "| method | within the process | over the socket | calls | a call on top | at most |",
+        "|---|---|---|---|---|---|",
+    ]
     for name, (own, shared, calls) in found.items():
         top = on_top(own, shared, calls)
         lines.append(

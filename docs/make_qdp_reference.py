@@ -18,8 +18,8 @@ OPENING = """\
 # Reference of qdp
 
 This page is made from the package by `docs/make_qdp_reference.py`. [A guide](qdp.md) shows how these things are used,
-[another page](failures.md) the exceptions. `qdp.methods` has the module's 147 methods as typed functions; what each takes
-and gives is told in [the reference of the methods](reference/index.md).
+[another page](failures.md) the exceptions. `qdp.methods` has the module's 147 methods as typed functions; what each
+takes and gives is told in [the reference of the methods](reference/index.md).
 """
 
 PATHS = {
@@ -33,9 +33,10 @@ PATHS = {
 SETTINGS_OPENING = """
 ## Settings
 
-`setting.value` reads, `setting.set(value)` checks the range before any call, writes what differs, reads it back and returns a
-`Change`. `host.setting(path)` takes a path, `host.plan({path: value})` several with `.diff()` and `.apply()`, and
-`with host.temporarily({path: value}):` sets them for a block. SWITCH is an alias, a name in the datapath, or a number.
+`setting.value` reads, `setting.set(value)` checks the range before any call, writes what differs, reads it back and
+returns a `Change`. `host.setting(path)` takes a path, `host.plan({path: value})` several with `.diff()` and
+`.apply()`, and `with host.temporarily({path: value}):` sets them for a block. SWITCH is an alias, a name
+in the datapath, or a number.
 """
 
 CLASSES = [

@@ -103,7 +103,8 @@ def shell_files():
 
 
 def zsh_of_default_verbs(text):
-    """The same with what stands in a verb's place: shtab completes verbs alone there, and nothing behind another word."""
+    """The same with what stands in a verb's place: shtab completes verbs alone there, and nothing behind another
+    word."""
     for name in object_names():
         thing = load(name)
         parts = {words.split()[0] for words in thing.verbs if " " in words}

@@ -134,7 +134,10 @@ TEXTS = {
         "Failed to get borea log level.",
         "Failed to get current FPO flow stats config",
         "Failed to get current FPO revalidation config",
-        ("Failed to get current support FilterClasses on switch", "the switch has no filter class, or none can be read"),
+        (
+            "Failed to get current support FilterClasses on switch",
+            "the switch has no filter class, or none can be read",
+        ),
         "Failed to get dscp conf",
         "Failed to get host pfs",
         "Failed to get lif port list",

@@ -805,8 +805,8 @@ def DumpLBStats(
     Each further request repeats both counts and begins where the answers so far end. A dump of more than one answer can
     so hold more ports and contexts than asked for: cut the lists to the counts.
 
-    Between two requests Ctrl-C ends the dump in the main thread alone. In a second thread it cannot be interrupted, since
-    the interpreter runs signal handlers in the main thread only.
+    Between two requests Ctrl-C ends the dump in the main thread alone. In a second thread it cannot be interrupted,
+    since the interpreter runs signal handlers in the main thread only.
 
     switch: switch number, 0..15
     first_port: 0..16383

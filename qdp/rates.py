@@ -22,13 +22,12 @@ LONGEST = 24 * 60 * 60.0  # seconds between samples
 LOW_HALVES = {
     "FlowStats": frozenset(
         "numFlowsCreated hits miss slowpath fpoHits localHits firstLookupHits firstLookupLocalCacheHits "
-        "actionAllocFails actionGroupAllocFails keyInsertFailCount latSampleCount fpoCTHwPktQueued fpoCTHwPktDrop fpoCTPktsInjectedToHW "
+        "actionAllocFails actionGroupAllocFails keyInsertFailCount latSampleCount fpoCTHwPktQueued fpoCTHwPktDrop "
+        "fpoCTPktsInjectedToHW "
         "fpoCTPktsContinuedInSW fpoCTHwContextFailed fpoCTHwFlowInval fpoMarkMismatched fpoPnicMismatched "
         "fpoDelayMarkMatching fpoEphemeralFlows fpoTransientFlows fpoBackoffTimes".split()
     ),
-    "FPOStats": frozenset(
-        "hits markMismatched pnicMismatched delayMarkMatching ephemeralFlows transientFlows".split()
-    ),
+    "FPOStats": frozenset("hits markMismatched pnicMismatched delayMarkMatching ephemeralFlows transientFlows".split()),
 }
 
 

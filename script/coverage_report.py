@@ -1,5 +1,6 @@
 """Prints which share of the lines and branches of src/ the tests reach, from gcovr's JSON, and lists what they do not.
-What cannot be reached is justified in script/unreachable.toml, by the text of its line; such a line counts as reached."""
+What cannot be reached is justified in script/unreachable.toml, by the text of its line; such a line counts as
+reached."""
 
 import json
 import pathlib
@@ -53,7 +54,8 @@ def main():
         print(f"{LIST.name}: is reached, or gone: {path}: {line}")
     if len(justified) > MOST_ENTRIES:
         print(f"{LIST.name}: {len(justified)} entries are more than {MOST_ENTRIES}")
-    print(f"lines {share(all_lines).strip()} of {len(all_lines)}, branches {share(all_branches).strip()} of {len(all_branches)}")
+    lines = f"lines {share(all_lines).strip()} of {len(all_lines)}"
+    print(f"{lines}, branches {share(all_branches).strip()} of {len(all_branches)}")
     sys.exit(bool(missing or unused or len(justified) > MOST_ENTRIES or not all_lines))
 
 

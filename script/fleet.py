@@ -1,4 +1,5 @@
-"""Measures a fleet in small: N exporters on embedded hosts, one Prometheus, what each costs, and what that means at large."""
+"""Measures a fleet in small: N exporters on embedded hosts, one Prometheus, what each costs, and what that means at
+large."""
 
 import argparse
 import contextlib

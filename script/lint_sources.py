@@ -1,5 +1,5 @@
 """Checks what the compiler does not: who includes and imports whom, that the module's map is true, what each file opens
-with, and that devices, addresses and switches have invented names."""
+with, that devices, addresses and switches have invented names, and that no line is too long."""
 
 import ast
 import pathlib
@@ -132,7 +132,11 @@ def map_of_methods():
         elif found := re.match(r"\s+METHOD\(\"\w+\", (\w+),", line):
             rows += 1
             file = SOURCE / named if named else None
-            if not file or not file.exists() or not re.search(rf"^PyObject\* {found[1]}\(", file.read_text(), re.MULTILINE):
+            if (
+                not file
+                or not file.exists()
+                or not re.search(rf"^PyObject\* {found[1]}\(", file.read_text(), re.MULTILINE)
+            ):
                 yield f"src/{MAP}: {found[1]} is not in {named}"
     if rows == 0:
         yield f"src/{MAP}: no methods found"
@@ -149,7 +153,10 @@ def openings():
 REAL_NAMES = [
     (re.compile(r"vm(?:nic|k(?=[0-9{%]))", re.IGNORECASE), "name a device nic0, nic1, ..."),
     (re.compile(r"\bDvs(?:Portset|Uplinks?)-"), "name a portset portset-0, portset-1, ..."),
-    (re.compile(r"\b[0-9a-f]{2}(?: [0-9a-f]{2}){7}-[0-9a-f]{2}(?: [0-9a-f]{2}){7}\b", re.IGNORECASE), "name a switch in words"),
+    (
+        re.compile(r"\b[0-9a-f]{2}(?: [0-9a-f]{2}){7}-[0-9a-f]{2}(?: [0-9a-f]{2}){7}\b", re.IGNORECASE),
+        "name a switch in words",
+    ),
     (re.compile(r"\b[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12}\b", re.IGNORECASE), "name a switch in words"),
 ]
 MAC = re.compile(r"(?<![0-9a-z])([0-9a-f]{2})([:-])(?:[0-9a-f]{2}\2){4}[0-9a-f]{2}(?![0-9a-f])", re.IGNORECASE)
@@ -197,8 +204,41 @@ def names():
             yield f"{file.relative_to(ROOT)}:{line}: {fault}"
 
 
+MOST_COLUMNS = 120
+# A text in JSON, a drawing and a list of reasons or keys have no place to break. Nor have rows of tables and shown
+# output in Markdown, see below.
+WIDE_FORMATS = (".json", ".svg", ".toml", "golden/keys.txt")
+# What programs write, from expressions and sentences of any length.
+WRITTEN_FILES = ("docs/performance.md", "docs/qdp-reference.md", "docs/runbook/", "qdp/exporter/files/")
+# Files that still have longer lines.
+UNWRAPPED = ("bench/report.py", "fuzz/", "mutate/")
+
+
+def wide_lines(path, text):
+    """The numbers of the lines that are too long and could be broken."""
+    if path.endswith(WIDE_FORMATS) or path.startswith(WRITTEN_FILES + UNWRAPPED):
+        return
+    is_shown = False
+    for number, line in enumerate(text.splitlines(), 1):
+        if path.endswith(".md"):
+            is_shown ^= line.lstrip().startswith("```")
+            if is_shown or line.startswith("|"):
+                continue
+        if len(line) > MOST_COLUMNS and "://" not in line:
+            yield number
+
+
+def widths():
+    for file in files_of_the_repository():
+        path = file.relative_to(ROOT).as_posix()
+        data = file.read_bytes()
+        if b"\0" not in data:
+            for number in wide_lines(path, data.decode(errors="replace")):
+                yield f"{path}:{number}: is longer than {MOST_COLUMNS} columns"
+
+
 def main():
-    faults = [*inclusions(), *host_inclusions(), *layers(), *map_of_methods(), *openings(), *names()]
+    faults = [*inclusions(), *host_inclusions(), *layers(), *map_of_methods(), *openings(), *names(), *widths()]
     for fault in faults:
         print(fault, file=sys.stderr)
     sys.exit(1 if faults else 0)

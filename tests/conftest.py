@@ -35,7 +35,8 @@ def root():
 
 @pytest.fixture
 def host():
-    """The embedded host of the default scenario. Fails the test when a value of the switch state library is not released."""
+    """The embedded host of the default scenario. Fails the test when a value of the switch state library is not
+    released."""
     the_host.reset()
     before = the_host.unreleased_values()
     yield the_host
@@ -82,7 +83,9 @@ def core():
 
 def pytest_addoption(parser):
     parser.addoption("--long", action="store_true", help="run the tests marked as long, too")
-    parser.addoption("--one-of-each-shape", action="store_true", help="torture one method of each shape, not all methods")
+    parser.addoption(
+        "--one-of-each-shape", action="store_true", help="torture one method of each shape, not all methods"
+    )
 
 
 def pytest_configure(config):

@@ -37,7 +37,9 @@ class Exporter:
 
     def get(self, path="/metrics", timeout=20, **headers):
         """(status, content type, text) of a page."""
-        request = urllib.request.Request(self.url + path, headers={key.replace("_", "-"): v for key, v in headers.items()})
+        request = urllib.request.Request(
+            self.url + path, headers={key.replace("_", "-"): v for key, v in headers.items()}
+        )
         try:
             with urllib.request.urlopen(request, timeout=timeout) as answer:
                 return answer.status, answer.headers["Content-Type"], answer.read().decode()

@@ -4,7 +4,11 @@ import os
 import sys
 from dataclasses import dataclass, field
 
-from qdp_host import Call, Capacity, NullBuffer  # noqa: F401: the words in which tests write down the platform calls they expect
+from qdp_host import (
+    Call,
+    Capacity,
+    NullBuffer,
+)  # noqa: F401: the words in which tests write down the platform calls they expect
 
 INVALID_PARAMETER = "TypeError: Invalid parameter passed.\n"
 

@@ -1,5 +1,5 @@
-"""What the rows of contract.py say arguments with: names of the default scenario, and functions of the module that ask the
-host for what it has, or put a value there first."""
+"""What the rows of contract.py say arguments with: names of the default scenario, and functions of the module that ask
+the host for what it has, or put a value there first."""
 
 from ipaddress import ip_address
 

@@ -42,7 +42,8 @@ NONE_IS_NO_FAILURE = frozenset(
 )
 '''
 
-METHODS = '''"""The module's methods as typed functions that return records or raise; typings/make_qdp.py makes this file.
+METHODS = '''\
+"""The module's methods as typed functions that return records or raise; typings/make_qdp.py makes this file.
 
 The documentation of each is the module's own. What it says of texts that are printed is what the exception holds here:
 a text and None of the module is an exception of `qdp.errors` here.

@@ -65,7 +65,9 @@ class Writer:
         text = text.replace("'", '"')
         parts = re.split(r"(\b[A-Z]\w+)", text)
         parts = ["".join(group) for _, group in itertools.groupby(parts, lambda part: part in self.stub.types)]
-        parts = [self._name(part) if part in self.stub.types else f"``{part.strip()}``" for part in parts if part.strip()]
+        parts = [
+            self._name(part) if part in self.stub.types else f"``{part.strip()}``" for part in parts if part.strip()
+        ]
         return r"\ ".join(parts)
 
     @staticmethod

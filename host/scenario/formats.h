@@ -2,7 +2,7 @@
 //
 //     void read(const Node& node, Member& member) const               fails at the node
 //     void write(const Target& target, const Member& member) const    one value; none for a member that is absent
-//     Json schema<Member>(bool is_repeatable) const                   is_repeatable: within an entry that may be repeated
+//     Json schema<Member>(bool is_repeatable) const                  is_repeatable: in an entry that may be repeated
 #pragma once
 
 #include <limits>

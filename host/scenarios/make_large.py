@@ -15,7 +15,16 @@ PORTS = 16384  # of the first switch; the most that a switch can have
 MACS = 65536  # of the first switch; the most that a switch can have
 LCORES_OF_A_SWITCH = 4
 UPLINKS = 4
-SERVICES = [("tcp", 443), ("tcp", 80), ("udp", 53), ("tcp", 5432), ("udp", 4789), ("tcp", 22), ("udp", 123), ("tcp", 8443)]
+SERVICES = [
+    ("tcp", 443),
+    ("tcp", 80),
+    ("udp", 53),
+    ("tcp", 5432),
+    ("udp", 4789),
+    ("tcp", 22),
+    ("udp", 123),
+    ("tcp", 8443),
+]
 
 
 def stepped(start, step=1, modulo=None):
@@ -23,7 +32,10 @@ def stepped(start, step=1, modulo=None):
 
 
 def traffic(rng):
-    return {"packets": stepped(rng.randrange(100, 2000), rng.randrange(1, 40), 5000), "packetBytes": rng.randrange(64, 1400)}
+    return {
+        "packets": stepped(rng.randrange(100, 2000), rng.randrange(1, 40), 5000),
+        "packetBytes": rng.randrange(64, 1400),
+    }
 
 
 def switch(rng, number):
@@ -38,7 +50,12 @@ def switch(rng, number):
         "features": {"nic": {"models": ["Model 1 Level 1", "Model 2A"]}} if rng.random() < 0.5 else {},
     }
     if number == 0:
-        mac = {"repeat": MACS, "port": stepped(0, 1, PORTS), "mac": stepped("02:20:00:00:00:00"), "vlan": stepped(1, 1, 4000)}
+        mac = {
+            "repeat": MACS,
+            "port": stepped(0, 1, PORTS),
+            "mac": stepped("02:20:00:00:00:00"),
+            "vlan": stepped(1, 1, 4000),
+        }
         made["macTable"] = {"limit": MACS, "portLimit": PORTS, "macs": [mac]}
     return made, vnics + UPLINKS
 
@@ -69,13 +86,20 @@ def large(seed, num_flows):
         "$schema": "schema.json",
         "comment": f"Made by make_large.py with seed {seed}.",
         "switches": [each for each, _ in made],
-        "flows": [flows(rng, number, ports, share) for number, ((_, ports), share) in enumerate(zip(made, shares)) if share],
+        "flows": [
+            flows(rng, number, ports, share) for number, ((_, ports), share) in enumerate(zip(made, shares)) if share
+        ],
     }
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("file", nargs="?", default=pathlib.Path(__file__).with_name("large.json"), help="instead of large.json beside this script")
+    parser.add_argument(
+        "file",
+        nargs="?",
+        default=pathlib.Path(__file__).with_name("large.json"),
+        help="instead of large.json beside this script",
+    )
     parser.add_argument("--flows", type=int, default=1_000_000, help="how many flows (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="what the choices follow from (default: %(default)s)")
     arguments = parser.parse_args()

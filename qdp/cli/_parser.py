@@ -141,7 +141,8 @@ def whole():
     from . import load, object_names
 
     parser = argparse.ArgumentParser(prog="qdp", description=DESCRIPTION, epilog=EXIT_CODES)
-    parser.add_argument("--from", metavar="SNAPSHOT", help="show what a file of `qdp snapshot` holds").completes = "file"
+    snapshot = parser.add_argument("--from", metavar="SNAPSHOT", help="show what a file of `qdp snapshot` holds")
+    snapshot.completes = "file"
     parser.add_argument("--version", action="store_true", help="print the version")
     objects = parser.add_subparsers(metavar="OBJECT", dest="object")
     for name in object_names():

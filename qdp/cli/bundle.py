@@ -28,7 +28,10 @@ OBJECT = Object(
         selectors=[FILE],
         options=[
             Option("--flows", metavar="N", type=natural, default=16, help="pages of flows of each lcore (default: 16)"),
-            Option("--interval", metavar="TIME", type=seconds, default=10.0, help="between the readings (default: 10s)"),
+            Option(
+                "--interval", metavar="TIME", type=seconds, default=10.0,
+                help="between the readings (default: 10s)",
+            ),
             Option(
                 "--timeout", metavar="TIME", type=seconds, default=30.0,
                 help="give up a section that says nothing for so long (default: 30s)",

@@ -8,7 +8,9 @@ from ._output import OK, CommandError, UsageError, clear_progress, progress, wri
 FILE = Option("file", metavar="FILE", help="the file to write")
 PRIVACY = (
     Option("--anonymize", action="store_true", help="replace addresses and names by tokens; raw captures are left out"),
-    Option("--key-file", metavar="KEY", help="tokens are the same in all files of this key; it is made if it is not there"),
+    Option(
+        "--key-file", metavar="KEY", help="tokens are the same in all files of this key; it is made if it is not there"
+    ),
 )
 
 

@@ -1,7 +1,8 @@
-"""The conditions that call for a person: one row each, from which the alert rules, the runbook and `qdp check` are made.
+"""The conditions that call for a person: one row each, from which the alert rules, the runbook and `qdp check` are
+made.
 
-What is measured is written once, as an expression that is rendered as PromQL for a fleet and evaluated over two readings
-of one host.
+What is measured is written once, as an expression that is rendered as PromQL for a fleet and evaluated over two
+readings of one host.
 """
 
 from collections import namedtuple
@@ -10,8 +11,8 @@ from . import metrics
 
 
 class Expression:
-    """What is measured. `promql(window)` is its query; `evaluate(before, after)` is {labels: value} of one host, where the
-    readings are Samples and values that cannot be told are left out."""
+    """What is measured. `promql(window)` is its query; `evaluate(before, after)` is {labels: value} of one host, where
+    the readings are Samples and values that cannot be told are left out."""
 
     def promql(self, window):
         raise NotImplementedError
@@ -98,7 +99,8 @@ class Samples:
         self.families, self.time = families, time
 
     def of(self, name, match, by, join):
-        """{(label, value) pairs: value} of the matching series, joined over all labels but `by`; None keeps them all."""
+        """{(label, value) pairs: value} of the matching series, joined over all labels but `by`; None keeps them
+        all."""
         groups = {}
         for labels, value in self.families.get(name, ()):
             if all(labels.get(label) == wanted for label, wanted in match.items()):
@@ -139,8 +141,10 @@ CONDITIONS = (
         "The datapath does not answer.",
         "The exporter runs, and the datapath refuses or hangs when it is asked for its switches. Packets may still be "
         "forwarded: what is lost is the way to look at the datapath and to change it.",
-        "Run `qdp switch show` on the host. Where it hangs, the datapath's control channel hangs: look for the datapath's "
-        "process and its log, and migrate the guests before it is restarted. Where it is refused, the error line tells why.",
+        "Run `qdp switch show` on the host. Where it hangs, the datapath's control channel hangs: look for the "
+        "datapath's "
+        "process and its log, and migrate the guests before it is restarted. Where it is refused, the error line "
+        "tells why.",
     ),
     Condition(
         "QdpCollectorFailing",
@@ -148,10 +152,12 @@ CONDITIONS = (
         10,
         "warning",
         "The collector {{collector}} fails.",
-        "Some calls of this part of the datapath are refused, or hang. Its series are missing or old; other alerts that "
+        "Some calls of this part of the datapath are refused, or hang. Its series are missing or old; other alerts "
+        "that "
         "stand on them cannot fire.",
         "Compare `qdp_call_failures_total` by method: the method that grows is the one that is refused. Call it with "
-        "`qdp call METHOD ARGUMENTS` on the host; the error line tells why. `qdp_reader_restarts_total` grows where a call "
+        "`qdp call METHOD ARGUMENTS` on the host; the error line tells why. `qdp_reader_restarts_total` grows where "
+        "a call "
         "hangs.",
     ),
     Condition(
@@ -163,9 +169,11 @@ CONDITIONS = (
         5,
         "warning",
         "Port {{port}} of switch {{switch}} drops more than 100 packets a second and 0.1 % ({{direction}}).",
-        "Packets are lost at one port. A guest that does not fetch its packets in time, a full queue, or an lcore at its "
+        "Packets are lost at one port. A guest that does not fetch its packets in time, a full queue, or an lcore at "
+        "its "
         "limit are the usual reasons.",
-        "`qdp port stats` shows whether the slow path drops as well. Look at the load of the lcores that serve the port's "
+        "`qdp port stats` shows whether the slow path drops as well. Look at the load of the lcores that serve the "
+        "port's "
         "queues (`qdp port queues`, `qdp balancer show`); `qdp port migrate SWITCH PORT` moves a queue to another "
         "lcore.",
     ),
@@ -175,8 +183,10 @@ CONDITIONS = (
         5,
         "warning",
         "Uplink {{port}} of switch {{switch}} counts errors ({{direction}}).",
-        "The device of an uplink counts errors: a bad cable or transceiver, a wrong speed, or packets that find no buffer.",
-        "`qdp_uplink_errors_by_kind_total` names the kind. CRC, length and alignment errors are the link's: replace cable "
+        "The device of an uplink counts errors: a bad cable or transceiver, a wrong speed, or packets that find no "
+        "buffer.",
+        "`qdp_uplink_errors_by_kind_total` names the kind. CRC, length and alignment errors are the link's: replace "
+        "cable "
         "or transceiver. Missed packets and overflows are the host's: enlarge the ring "
         "(`qdp setting set SWITCH/uplink/NAME/rx-ring-size ENTRIES`).",
     ),
@@ -187,7 +197,8 @@ CONDITIONS = (
         "warning",
         "The flow table of uplink {{port}} of switch {{switch}} is more than 90 % full.",
         "New flows will soon not be offloaded. They are forwarded by lcores then, which costs CPU time.",
-        "`qdp flow top` shows who makes the flows. A scan or an attack shows as many flows of few packets. A shorter flow "
+        "`qdp flow top` shows who makes the flows. A scan or an attack shows as many flows of few packets. A shorter "
+        "flow "
         "timeout frees places sooner (`qdp setting set flow-timeout SECONDS`).",
     ),
     Condition(
@@ -206,7 +217,8 @@ CONDITIONS = (
         "warning",
         "More than 5 % of the offload calls of uplink {{port}} of switch {{switch}} fail.",
         "The uplink's NIC refuses flows. They are forwarded by lcores, which costs CPU time.",
-        "`qdp_offload_calls_total` names the call, `qdp_offload_rejects_total` the reason. `qdp uplink offload` shows what "
+        "`qdp_offload_calls_total` names the call, `qdp_offload_rejects_total` the reason. `qdp uplink offload` "
+        "shows what "
         "the NIC supports. Where resources fail (`bulk_res_…`), the NIC's tables are short: see QdpOffloadTableFull.",
     ),
     Condition(
@@ -227,9 +239,11 @@ CONDITIONS = (
         10,
         "warning",
         "More than 10 % of the packets of switch {{switch}} take the slow path.",
-        "The fast path cannot handle these packets, or the flow cache does not hold their flows. The slow path costs many "
+        "The fast path cannot handle these packets, or the flow cache does not hold their flows. The slow path costs "
+        "many "
         "times the CPU time a packet.",
-        "`qdp slowpath show` names the reasons where they are collected; `qdp slowpath on SWITCH` turns the collection on. "
+        "`qdp slowpath show` names the reasons where they are collected; `qdp slowpath on SWITCH` turns the "
+        "collection on. "
         "`qdp lcore show` tells whether the flow cache misses.",
     ),
     Condition(
@@ -239,7 +253,8 @@ CONDITIONS = (
         "warning",
         "Lcore {{lcore}} of switch {{switch}} cannot put flows into its cache ({{kind}}).",
         "An lcore has no room for actions or keys of flows. Their packets take the slow path.",
-        "`qdp flow top` shows what fills the cache. A shorter flow timeout empties it sooner; `qdp flow clear SWITCH` empties "
+        "`qdp flow top` shows what fills the cache. A shorter flow timeout empties it sooner; `qdp flow clear "
+        "SWITCH` empties "
         "it at once, at the price of a slow start of all flows.",
     ),
     Condition(
@@ -248,7 +263,8 @@ CONDITIONS = (
         10,
         "warning",
         "The exporter leaves out series of ports.",
-        "The host has more ports than `--max-series` allows for. Uplinks are reported first; the alerts of the ports that "
+        "The host has more ports than `--max-series` allows for. Uplinks are reported first; the alerts of the ports "
+        "that "
         "are left out cannot fire.",
         "Raise `--max-series`, or choose the ports that matter with `--include` and `--exclude`.",
     ),

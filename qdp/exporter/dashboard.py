@@ -41,7 +41,8 @@ def _panel(number, metric, x, y):
     return {
         "id": number,
         "type": "timeseries",
-        "title": metric.name + (" a second" if is_rate else ", 99th percentile" if metric.type == metrics.HISTOGRAM else ""),
+        "title": metric.name
+        + (" a second" if is_rate else ", 99th percentile" if metric.type == metrics.HISTOGRAM else ""),
         "description": metric.help,
         "datasource": DATASOURCE,
         "gridPos": _place(x, y, WIDTH, HEIGHT),

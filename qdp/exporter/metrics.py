@@ -1,7 +1,7 @@
 """The metrics of the exporter: one row a family, from which the reading, the documentation and the dashboard are made.
 
-A row's values come from one method: `keys` names the keys of its answer, each with the label values that it adds to those
-of the thing that was asked. A row without keys has a value that is no key of an answer.
+A row's values come from one method: `keys` names the keys of its answer, each with the label values that it adds to
+those of the thing that was asked. A row without keys has a value that is no key of an answer.
 """
 
 from collections import namedtuple
@@ -379,15 +379,16 @@ METRICS = (
         HISTOGRAM,
         (),
         "P4UKLatencyDump",
-        dict([(key, (str(bound / MICROSECONDS_A_SECOND),)) for bound, key in LATENCY_BUCKETS] + [("outOfBucket", ("+Inf",))]),
+        dict(
+            [(key, (str(bound / MICROSECONDS_A_SECOND),)) for bound, key in LATENCY_BUCKETS]
+            + [("outOfBucket", ("+Inf",))]
+        ),
         "How long the programming of a table of the SmartNIC took, where that is collected.",
         unit="seconds",
         scale=1 / MICROSECONDS_A_SECOND,
     ),
     # Ports, last: --max-series cuts here.
-    _metric(
-        "qdp_port_info", GAUGE, PORT + ("client_type",), "", {}, "A port; always 1."
-    ),
+    _metric("qdp_port_info", GAUGE, PORT + ("client_type",), "", {}, "A port; always 1."),
     _metric(
         "qdp_port_packets",
         COUNTER,

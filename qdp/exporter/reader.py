@@ -1,9 +1,9 @@
 """The reading process of the exporter: sweeps the host each time that it is asked, and sends what it finds.
 
 It is a process of its own because a call of the platform that hangs holds the interpreter lock: no thread of the same
-process could answer a scrape then. The first frame on standard input restores the counters of the reading process before
-this one; each further one asks for a sweep. The answer is one frame a collector, and a last one. A frame is its length in
-four bytes and a marshalled object.
+process could answer a scrape then. The first frame on standard input restores the counters of the reading process
+before this one; each further one asks for a sweep. The answer is one frame a collector, and a last one. A frame is its
+length in four bytes and a marshalled object.
 """
 
 import marshal

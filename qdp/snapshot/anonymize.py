@@ -1,4 +1,5 @@
-"""Anonymizes snapshots: addresses and names become tokens, the same ones for the same input wherever the key is the same."""
+"""Anonymizes snapshots: addresses and names become tokens, the same ones for the same input wherever the key is the
+same."""
 
 import hashlib
 import hmac
@@ -124,7 +125,8 @@ def key_from(path):
 
 
 def anonymize(source, target, key):
-    """Writes the snapshot `source` as `target`, without what names people, hosts or addresses. Captures are left out."""
+    """Writes the snapshot `source` as `target`, without what names people, hosts or addresses. Captures are left
+    out."""
     snapshot = Snapshot(source)
     tokens = Tokens(key)
     each = Anonymizer(tokens, names_in(snapshot))

@@ -158,7 +158,9 @@ class Snapshot:
         place = next((calls[key] for calls in readings if key in calls), None)
         if place is None:
             shown = "{}({})".format(method, ", ".join(map(repr, arguments)))
-            raise SnapshotError("{} does not hold {}".format(self.path, shown), hint="it holds what `qdp snapshot` reads")
+            raise SnapshotError(
+                "{} does not hold {}".format(self.path, shown), hint="it holds what `qdp snapshot` reads"
+            )
         answer = self._answer(place)
         if "error" in answer:
             about = answer["error"]

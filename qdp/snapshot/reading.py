@@ -1,7 +1,7 @@
 """The reading process of a snapshot: writes the lines of the sections that it is asked for to standard output.
 
-It is a process of its own because a call of the platform that hangs holds the interpreter lock: nothing else could end it,
-note it, and go on with the next section.
+It is a process of its own because a call of the platform that hangs holds the interpreter lock: nothing else could end
+it, note it, and go on with the next section.
 """
 
 import gc

@@ -116,7 +116,9 @@ def settings(asker):
     from ..host import Host
 
     host, answers = Host(), {}
-    host.aliases.known = aliases_of(asker.switches, host.aliases)  # a look-up for each setting costs as much as the call
+    host.aliases.known = aliases_of(
+        asker.switches, host.aliases
+    )  # a look-up for each setting costs as much as the call
     for path, setting in host.all_settings():
         if not setting.is_readable:
             continue

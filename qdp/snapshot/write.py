@@ -53,8 +53,8 @@ def new_file(path, ending=""):
 
 @contextlib.contextmanager
 def replacing(path):
-    """A Sink whose lines are the file `path` when the block has ended well; else there is the old file, or none. What is
-    there and is no regular file stays: to root, even a device could be replaced."""
+    """A Sink whose lines are the file `path` when the block has ended well; else there is the old file, or none. What
+    is there and is no regular file stays: to root, even a device could be replaced."""
     if os.path.exists(path) and not os.path.isfile(path):
         raise OSError(errno.EINVAL, "it is no regular file", path)
     handle, temporary = new_file(path)
@@ -181,8 +181,8 @@ class Supervisor:
 
 
 class Options:
-    """What is read: these sections, so many times, so many seconds apart, so many pages of each lcore's flows. A section
-    that says nothing for so many seconds hangs."""
+    """What is read: these sections, so many times, so many seconds apart, so many pages of each lcore's flows. A
+    section that says nothing for so many seconds hangs."""
 
     def __init__(self, names=None, readings=1, interval=10.0, flow_pages=1, seconds=SECTION_SECONDS):
         self.names = [name for name, _ in sweep.SECTIONS] if names is None else list(names)

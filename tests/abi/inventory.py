@@ -1,6 +1,6 @@
-"""Lists the embedded host, calls every method, or those that are named, as it succeeds and on each of its failure paths,
-and prints it all: run by other interpreters, whose output must be the same. The clock is stopped as soon as the host is
-made, so that counters are the same too."""
+"""Lists the embedded host, calls every method, or those that are named, as it succeeds and on each of its failure
+paths, and prints it all: run by other interpreters, whose output must be the same. The clock is stopped as soon as the
+host is made, so that counters are the same too."""
 
 import ctypes
 import inspect

@@ -8,7 +8,9 @@ import pytest
 from contract import RECIPES, one_of_each_shape
 
 
-@pytest.mark.parametrize("names", [one_of_each_shape(), pytest.param(RECIPES, marks=pytest.mark.long)], ids=["shapes", "all"])
+@pytest.mark.parametrize(
+    "names", [one_of_each_shape(), pytest.param(RECIPES, marks=pytest.mark.long)], ids=["shapes", "all"]
+)
 def test_valgrind_has_nothing_to_say(root, build, names):
     done = subprocess.run(
         [

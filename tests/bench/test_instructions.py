@@ -23,7 +23,9 @@ FULL = 4  # times as many: all that a switch may have
 @pytest.fixture(scope="module")
 def counts(build):
     """Instructions per call by (way, workload). All are counted in one process, whose results are compared first."""
-    return instructions.measured(build, [(way, each) for each in COMPARED for way in ("_libqdp", "checked", "floor")], rounds=3)
+    return instructions.measured(
+        build, [(way, each) for each in COMPARED for way in ("_libqdp", "checked", "floor")], rounds=3
+    )
 
 
 @pytest.mark.parametrize("way", ["checked", "floor"])

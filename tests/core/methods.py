@@ -1,4 +1,5 @@
-"""All methods in the order of the module's table: name, documentation, parameters. Part of the interface, letter by letter."""
+"""All methods in the order of the module's table: name, documentation, parameters. Part of the interface, letter by
+letter."""
 
 METHODS = [
     ("ListSwitches", "List All QDP switches", ""),
@@ -12,7 +13,13 @@ METHODS = [
     ("ClearSwitchMACTable", "Clear MAC table for a switch", "switch"),
     ("GetFlowStats", "Get flow stats for lcores", "selector lcores value"),
     ("GetRepPortStats", "Get rep port stats for a port in switch", ""),
-    ("DumpFlowTable", "Dump flow table for a lcore", "selector lcore start_index option source_mac_filter source_mac destination_mac_filter destination_mac source_ip_version source_ip destination_ip_version destination_ip filter_1 filter_2 filter_3 filter_4 filter_5"),
+    (
+        "DumpFlowTable",
+        "Dump flow table for a lcore",
+        "selector lcore start_index option source_mac_filter source_mac destination_mac_filter destination_mac "
+        "source_ip_version source_ip destination_ip_version destination_ip filter_1 filter_2 filter_3 filter_4 "
+        "filter_5",
+    ),
     ("DumpDecapFlowTable", "Dump decap flow table for a switch", ""),
     ("DumpDecapSaFlowTable", "Dump decap SA flow table for a switch", ""),
     ("DumpPortFlow", "Dmo port flows for a switch", ""),
@@ -80,10 +87,18 @@ METHODS = [
     ("ListSwitchShadowPorts", "List all shadow port configuartion", "switch start_fc_port"),
     ("HostPFSet", "Set host PF lifs", "count pf_0 pf_1 pf_2 pf_3"),
     ("HostPFGet", "Get Host PFs", ""),
-    ("LifPortCreate", "create an LIF port", "lif source_port rep_port flow_key_type lif_type is_mux_pf fwd_mode status"),
+    (
+        "LifPortCreate",
+        "create an LIF port",
+        "lif source_port rep_port flow_key_type lif_type is_mux_pf fwd_mode status",
+    ),
     ("LifPortUpdate", "update lif port config", "lif flow_key_type is_mux_pf fwd_mode"),
     ("LifPortList", "List lif ports", "start_index"),
-    ("VlanPortCreate", "Create a MUX vlan based port", "mux_vlan source_port rep_port flow_key_type pf_lif_0 pf_lif_1 status"),
+    (
+        "VlanPortCreate",
+        "Create a MUX vlan based port",
+        "mux_vlan source_port rep_port flow_key_type pf_lif_0 pf_lif_1 status",
+    ),
     ("VlanPortUpdate", "Update MUX vlan port config", "mux_vlan flow_key_type"),
     ("VlanPortList", "List EMU ports(MUX VLAN ports)", "start_index"),
     ("PortUpdate", "Update port default VLAN", "port default_vlan"),
@@ -126,9 +141,18 @@ METHODS = [
     ("TableCTStateGet", "Read CT state table entry", "index selector"),
     ("TableMirrorGet", "Read mirror table entry", "session selector"),
     ("TableMirrorL3Get", "Read mirror L3 table entry", "first second"),
-    ("TableTunnelTerminateGet", "Read tunnel termintate hash table entry", "mac value is_first is_ipv4 vlan_1 vlan_2 address_low address_high"),
+    (
+        "TableTunnelTerminateGet",
+        "Read tunnel termintate hash table entry",
+        "mac value is_first is_ipv4 vlan_1 vlan_2 address_low address_high",
+    ),
     ("TableTunnelSAGet", "Read tunnel SA hash table entry", "value is_ipv4 address_low address_high"),
-    ("TableFlowKeyGet", "Read flow key hash table entry", "value mac_1 mac_2 port flow_index vni protocol is_ipv4 address_1_low address_1_high address_2_low address_2_high port_1 port_2"),
+    (
+        "TableFlowKeyGet",
+        "Read flow key hash table entry",
+        "value mac_1 mac_2 port flow_index vni protocol is_ipv4 address_1_low address_1_high address_2_low "
+        "address_2_high port_1 port_2",
+    ),
     ("TableFlowInfoGet", "Read flow info table entry", "index"),
     ("TableFlowRewriteGet", "Read flow rewrite table entry", "index"),
     ("TableTunnelRewriteGet", "Read tunnel rewrite table entry (encap record)", "index"),

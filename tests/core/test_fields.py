@@ -232,7 +232,16 @@ def test_wrong_tables_do_not_compile(root, compiler):
         ["/usr/bin/python3-config", "--includes"], capture_output=True, text=True, check=True
     ).stdout.split()
     compiled = subprocess.run(
-        [compiler, "-std=c++20", "-fsyntax-only", "-DPy_LIMITED_API=0x03060000", f"-I{root}/src", *python, "-xc++", "-"],
+        [
+            compiler,
+            "-std=c++20",
+            "-fsyntax-only",
+            "-DPy_LIMITED_API=0x03060000",
+            f"-I{root}/src",
+            *python,
+            "-xc++",
+            "-",
+        ],
         input=TABLES,
         capture_output=True,
         text=True,

@@ -52,7 +52,9 @@ def test_keyword_arguments_are_refused_by_the_interpreter(host, name):
 def test_every_method_has_tests_of_its_own(root):
     tested = set()
     for path in (root / "tests").rglob("test_*.py"):
-        for name, body in re.findall(r"^class Test(\w+)(?:\(\w+\))?:\n((?:    .*\n|\n)*)", path.read_text(), re.MULTILINE):
+        for name, body in re.findall(
+            r"^class Test(\w+)(?:\(\w+\))?:\n((?:    .*\n|\n)*)", path.read_text(), re.MULTILINE
+        ):
             if re.search(r"^    def test_", body, re.MULTILINE):
                 tested.add(name)
     assert [name for name in methods() if name not in tested] == []
@@ -83,7 +85,8 @@ def writable_memory(module):
 
 
 def test_no_call_leaves_anything_in_the_modules_variables(configured, tortured):
-    names = [name for name in RECIPES if name != "DumpLBDebugBuf"]  # its buffer is kept until its next call, by contract
+    # The buffer of DumpLBDebugBuf is kept until its next call, by contract.
+    names = [name for name in RECIPES if name != "DumpLBDebugBuf"]
 
     def call_all(names):
         with standard_error():

@@ -54,7 +54,8 @@ def blocks_of(page, text):
 
 
 def is_as_shown(printed, shown):
-    """Whether a text is what is shown of it. "..." in a line of its own stands for any lines, else for any part of one."""
+    """Whether a text is what is shown of it. "..." in a line of its own stands for any lines, else for any part of
+    one."""
     pattern = "\n".join(map(_pattern, shown.rstrip("\n").split("\n")))
     return re.fullmatch(pattern, printed.rstrip("\n")) is not None
 

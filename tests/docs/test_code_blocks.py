@@ -9,7 +9,11 @@ from docs.blocks import RUN, Block, blocks_of, commands_of, is_as_shown, run_com
 from interpreters import oldest_and_newest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PAGES = ["README.md", "host/scenarios/README.md", *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md"))]
+PAGES = [
+    "README.md",
+    "host/scenarios/README.md",
+    *sorted(str(page.relative_to(ROOT)) for page in (ROOT / "docs").rglob("*.md")),
+]
 BLOCKS = [block for page in PAGES for block in blocks_of(page, (ROOT / page).read_text())]
 
 # Blocks that are not run, by page and first line, and why.

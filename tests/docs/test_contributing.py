@@ -34,7 +34,9 @@ def without_comment(line):
 
 
 def test_the_code_stands_in_the_source():
-    files = [path for folder in ("src", "host") for path in (ROOT / folder).rglob("*.*") if path.suffix in (".cpp", ".def")]
+    files = [
+        path for folder in ("src", "host") for path in (ROOT / folder).rglob("*.*") if path.suffix in (".cpp", ".def")
+    ]
     source = {without_comment(line) for path in files for line in path.read_text().splitlines()}
     lines = [line for block in BLOCKS[1:] for line in block.text.splitlines() if line]
     assert len(lines) > 8

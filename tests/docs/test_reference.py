@@ -156,7 +156,9 @@ def test_methods_that_fail_without_a_text_are_listed(pages):
     silent = re.compile(r"^(None|False), without a text", re.MULTILINE)
     said = {name: silent.findall(STUB.documentation(name)) for name in method_names()}
     tables = pages["failures.html"].select("table")
-    (table,) = [each for each in tables if [cell.get_text() for cell in each.select("th")] == ["Method", "Result", "When"]]
+    (table,) = [
+        each for each in tables if [cell.get_text() for cell in each.select("th")] == ["Method", "Result", "When"]
+    ]
     shown = [[cell.get_text() for cell in row.select("td")[:2]] for row in table.select("tbody tr")]
     assert shown == [[f"{name}()", result] for name, results in said.items() for result in results]
     assert "P4AppGet()" in [name for name, _ in shown]
@@ -295,7 +297,9 @@ def test_the_embedded_host_says_what_it_makes_of_each_argument_passed_as_given(p
 def test_a_method_says_what_the_embedded_host_makes_of_its_arguments(pages):
     ((_, description),) = described(pages, "function")["GetUplinkQueueStats"]
     text = " ".join(description.get_text().split())
-    assert "What the embedded host makes of them, and promises of no real one: direction: 0 is receive, 1 transmit" in text
+    assert (
+        "What the embedded host makes of them, and promises of no real one: direction: 0 is receive, 1 transmit" in text
+    )
 
 
 def test_the_embedded_hosts_page_has_every_method(pages):

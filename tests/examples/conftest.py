@@ -12,8 +12,8 @@ import pytest
 
 @pytest.fixture(scope="session")
 def command(root, build):
-    """The command line of an example, and its environment with the size of its terminal. A preparation prepares its host,
-    see prepared.py."""
+    """The command line of an example, and its environment with the size of its terminal. A preparation prepares its
+    host, see prepared.py."""
 
     def command(name, *options, prepare=None, columns=100, lines=24):
         environment = {

@@ -67,7 +67,9 @@ _libqdp.ListPorts = lambda switch: [port for port in ports(switch) if port["port
 def test_what_is_no_address(run, text):
     done = run("mac_owner.py", text)
     assert (done.returncode, done.stdout) == (1, "")
-    assert done.stderr.endswith(f"mac_owner.py: error: argument MAC: '{text}' is not a MAC address such as 02:20:00:00:03:01\n")
+    assert done.stderr.endswith(
+        f"mac_owner.py: error: argument MAC: '{text}' is not a MAC address such as 02:20:00:00:03:01\n"
+    )
 
 
 def test_an_address_is_needed(run):

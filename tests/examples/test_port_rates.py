@@ -61,7 +61,9 @@ def test_json_has_the_answers_of_the_methods(frozen, rows):
     assert len(sample["ports"]) == 36
     dropping = {port["portID"]: port["dropsPerSecond"] for port in sample["ports"] if port["dropsPerSecond"]}
     assert list(dropping) == [9, 20]
-    assert all(rate in (per_second, per_second + 1, per_second + 2) for rate, per_second in zip(dropping.values(), (120, 150)))
+    assert all(
+        rate in (per_second, per_second + 1, per_second + 2) for rate, per_second in zip(dropping.values(), (120, 150))
+    )
 
 
 def test_text(printed):

@@ -95,7 +95,9 @@ def test_a_lcore_that_there_is_not(run):
 def test_what_is_no_address(run):
     done = run("top_flows.py", "--source", "10.0.4")
     assert (done.returncode, done.stdout) == (1, "")
-    assert done.stderr.endswith("error: argument --source: '10.0.4' is not an IP address such as 10.0.0.1 or 2001:db8::1\n")
+    assert done.stderr.endswith(
+        "error: argument --source: '10.0.4' is not an IP address such as 10.0.0.1 or 2001:db8::1\n"
+    )
 
 
 def test_a_table_that_ends_early(run):

@@ -40,7 +40,8 @@ def control(host, build):
 
 @pytest.fixture
 def release_only(build):
-    """For tests of what things cost, and of the large scenario, which takes minutes where more than the work is done."""
+    """For tests of what things cost, and of the large scenario, which takes minutes where more than the work is
+    done."""
     if build.name in ("sanitize", "coverage"):
         pytest.skip("takes minutes in this build, whose cost is not the host's")
 

@@ -109,7 +109,8 @@ def replay(capture, methods, seeds):
                 refused += 1
                 continue
             answered += 1
-            # A damaged answer may say for ever that more follows; the dump that believes it ends by a signal, as by Ctrl-C.
+            # A damaged answer may say for ever that more follows; the dump that believes it ends by a signal, as by
+            # Ctrl-C.
             signal.alarm(ENDLESS_SECONDS)
             try:
                 exported.LibraryInit()

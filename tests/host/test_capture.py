@@ -48,7 +48,9 @@ class TestRuns:
         """Not only has each operation an answer: with arguments that make sense, the answer is that all is well."""
         returning_nothing = {"DVSState_SwitchForEach", "DVSState_GlobalPropForEach", "DVSHCK_DataFree"}
         succeeded = {
-            call["operation"] for call in lines_of(sweep[0])[1:] if call["result"] == 0 or isinstance(call["result"], (str, dict))
+            call["operation"]
+            for call in lines_of(sweep[0])[1:]
+            if call["result"] == 0 or isinstance(call["result"], (str, dict))
         }
         assert sorted(succeeded | returning_nothing) == sorted(host.operations())
 
@@ -454,9 +456,18 @@ class TestBrokenCaptures:
         self.refuses(host, tmp_path / "capture", f"line 3: {message}")
 
     FIT = [
-        ({"operation": "DVS_ClassName", "in": [{"handle": 1}], "out": [], "result": 2}, "expected an object with \"bytes\""),
-        ({"operation": "DVS_SwitchId", "in": [{"handle": 1}], "out": [], "result": 2}, "expected an object with \"bytes\""),
-        ({"operation": "DVSData_Name", "in": [{"handle": 1}], "out": [], "result": {"handle": 2}}, "expected an object with"),
+        (
+            {"operation": "DVS_ClassName", "in": [{"handle": 1}], "out": [], "result": 2},
+            'expected an object with "bytes"',
+        ),
+        (
+            {"operation": "DVS_SwitchId", "in": [{"handle": 1}], "out": [], "result": 2},
+            'expected an object with "bytes"',
+        ),
+        (
+            {"operation": "DVSData_Name", "in": [{"handle": 1}], "out": [], "result": {"handle": 2}},
+            "expected an object with",
+        ),
         (
             {"operation": "DVSData_Data", "in": [{"handle": 1}], "out": [{"bytes": "6162", "size": 3}], "result": 0},
             '"size" 3 beyond 2 bytes',
@@ -517,7 +528,9 @@ class TestBrokenCaptures:
         self.refuses(host, tmp_path / "capture", f"line 2: {message}")
 
     def test_a_deeply_nested_line(self, host, tmp_path):
-        call = '{"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": ' + "[" * 100000 + "]" * 100000 + "}"
+        call = (
+            '{"operation": "Qdp_Set_Flow_Timeout", "in": [1], "out": [], "result": ' + "[" * 100000 + "]" * 100000 + "}"
+        )
         (tmp_path / "capture").write_text(json.dumps(HEADER) + "\n" + call + "\n")
         expected = "line 2: /result/0/0/0/0/0/0/0: expected at most 64 levels of objects and lists, found one more"
         self.refuses(host, tmp_path / "capture", expected)

@@ -141,7 +141,10 @@ class TestOutputThatCannotBeWritten:
     def run_into(self, build, arguments, redirection):
         command = 'exec "$0" -m qdp_host "$@" ' + redirection
         return subprocess.run(
-            ["/bin/sh", "-c", command, sys.executable, *arguments], env=environment(build), capture_output=True, timeout=60
+            ["/bin/sh", "-c", command, sys.executable, *arguments],
+            env=environment(build),
+            capture_output=True,
+            timeout=60,
         )
 
     @pytest.mark.parametrize("arguments", COMMANDS)

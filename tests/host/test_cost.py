@@ -96,7 +96,9 @@ def test_balancer_statistics_follow_the_page_and_not_the_switch(control, host, t
     seconds = {}
     for ports in (1024, 16384):
         path = tmp_path / "ports.json"
-        path.write_text('{"switches": [{"alias": "a", "ports": [{"repeat": %d, "txQueues": 4, "rxQueues": 4}]}]}' % ports)
+        path.write_text(
+            '{"switches": [{"alias": "a", "ports": [{"repeat": %d, "txQueues": 4, "rxQueues": 4}]}]}' % ports
+        )
         assert control.load(path) == 0
 
         def pages():

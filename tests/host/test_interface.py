@@ -31,7 +31,12 @@ def status_of(host):
         ((LIST,), {"outputs": ["x"]}, TypeError, "outputs[0]: give bytes, not 'x'"),
         ((LIST,), {"outputs": [b"", b""]}, ValueError, "outputs: Qdp_Get_Port_List has 1, not 2"),
         ((LIST,), {"sizes": {9: 1}}, ValueError, "sizes: Qdp_Get_Port_List has 1 outputs, none of index 9"),
-        ((LIST,), {"sizes": {0: -1}}, ValueError, "sizes[0] is the size that an output reports: 0 to 4294967295, not -1"),
+        (
+            (LIST,),
+            {"sizes": {0: -1}},
+            ValueError,
+            "sizes[0] is the size that an output reports: 0 to 4294967295, not -1",
+        ),
         ((LIST,), {"sizes": [1]}, TypeError, "sizes: give a dict of an output's index and its size, not [1]"),
         ((LIST,), {"text": b"x"}, ValueError, "text: Qdp_Get_Port_List returns no text"),
         ((TEXT,), {"text": "hello"}, TypeError, "text: give bytes, not 'hello'"),
@@ -55,7 +60,12 @@ def test_script_checks_its_arguments_and_queues_nothing(host, arguments, options
     "arguments, options, error, message",
     [
         ((LIST,), {"status": 0}, ValueError, "status is the status of a failure: 1 to 4294967295, not 0"),
-        ((LIST,), {"status": 1 << 40}, ValueError, "status is the status of a failure: 1 to 4294967295, not 1099511627776"),
+        (
+            (LIST,),
+            {"status": 1 << 40},
+            ValueError,
+            "status is the status of a failure: 1 to 4294967295, not 1099511627776",
+        ),
         ((LIST,), {"status": "x"}, TypeError, "status is the status of a failure: give an int, not 'x'"),
         ((None,), {}, TypeError, "operation: give a name as a str, not None"),
         ((LIST,), {"nth": 0}, ValueError, FROM + "not 0 and 1"),
@@ -91,7 +101,11 @@ def test_a_pointer_fails_with_null_whatever_the_status(host):
             "scenario: give a path as a str or a pathlib.Path, a name or a dict, not b'mux'",
         ),
         (lambda host: host.check(3), TypeError, "scenario: give a path as a str or a pathlib.Path or a name, not 3"),
-        (lambda host: host.completed(None), TypeError, "scenario: give a path as a str or a pathlib.Path or a name, not None"),
+        (
+            lambda host: host.completed(None),
+            TypeError,
+            "scenario: give a path as a str or a pathlib.Path or a name, not None",
+        ),
         (lambda host: host.replay(7), TypeError, "capture: give a path as a str or a pathlib.Path, not 7"),
         (
             lambda host: package.running("mux", "capture").__enter__(),
@@ -114,7 +128,11 @@ class TestRecording:
                 _libqdp.SetFlowTimeout(9)
             _libqdp.GetFlowTimeout()
         get, put = ("Qdp_Get_Flow_Timeout", []), ("Qdp_Set_Flow_Timeout", [9])
-        assert [(call.operation, [a for a in call.arguments if isinstance(a, int)]) for call in outer] == [get, put, get]
+        assert [(call.operation, [a for a in call.arguments if isinstance(a, int)]) for call in outer] == [
+            get,
+            put,
+            get,
+        ]
         assert [(call.operation, call.arguments) for call in inner] == [put]
 
     def test_a_call_carries_its_status_and_its_answer(self, host):

@@ -42,7 +42,9 @@ def test_counters_go_on(kept):
 
 
 def test_processes_that_the_script_starts_have_the_same_host(kept):
-    code = "import subprocess, sys, _libqdp; _libqdp.SetFlowTimeout(5); subprocess.run([sys.executable, '-c', %r])" % SHOW
+    code = (
+        "import subprocess, sys, _libqdp; _libqdp.SetFlowTimeout(5); subprocess.run([sys.executable, '-c', %r])" % SHOW
+    )
     assert kept(code) == (0, "5\n", "")
 
 
@@ -87,7 +89,10 @@ def test_state_is_kept_when_the_script_fails(kept):
 
 
 def test_signals_reach_the_script(kept, build):
-    code = "import signal, time; signal.signal(signal.SIGTERM, lambda *_: exit(9)); print('on', flush=True); time.sleep(60)"
+    code = (
+        "import signal, time; signal.signal(signal.SIGTERM, lambda *_: exit(9)); print('on', flush=True); "
+        "time.sleep(60)"
+    )
     line = [sys.executable, "-m", "qdp_host", "run", "--keep", kept.path, "-c", code]
     running = subprocess.Popen(line, env=environment(build), stdout=subprocess.PIPE, text=True)
     assert running.stdout.readline() == "on\n"
@@ -134,7 +139,9 @@ def test_mode_of_the_file_stays(kept):
     assert stat.S_IMODE(os.stat(kept.path).st_mode) == 0o600
 
 
-@pytest.mark.parametrize("content", ["nonsense", "{}", "[]", '{"uptime": "x", "scenario": {}}', '{"uptime": 1, "scenario": 5}'])
+@pytest.mark.parametrize(
+    "content", ["nonsense", "{}", "[]", '{"uptime": "x", "scenario": {}}', '{"uptime": 1, "scenario": 5}']
+)
 def test_file_that_keeps_no_host(kept, content):
     kept.path.write_text(content)
     status, out, error = kept("print('started')")

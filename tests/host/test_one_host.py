@@ -186,7 +186,11 @@ class TestAnOffloadedFlow:
                 text,
             ).groups()
             entry = at("TableMirrorGet", int(index), int(direction))
-            assert (entry["dstPort"], entry["tunnelRewriteVld"], entry["tunnelVNI"]) == (int(port), int(tunnel), int(vni))
+            assert (entry["dstPort"], entry["tunnelRewriteVld"], entry["tunnelVNI"]) == (
+                int(port),
+                int(tunnel),
+                int(vni),
+            )
             assert [entry["uplinkLport0"], entry["uplinkLport1"]] == list(map(int, uplinks))
             assert entry["TunnelIdx"] == max(int(record), 0)
             if entry["tunnelRewriteVld"]:
@@ -295,7 +299,15 @@ class TestTunnels:
         local = int(ipaddress.ip_address(first["ipsa"]))
         arguments = mac_number(first["smac"]), 8, 1, 1, first["vlanID"], 4095, local, 0
         assert at("TableTunnelTerminateGet", *arguments) == {"vtepIdx": 1, "valid": 1}
-        arguments = mac_number(second["smac"]), 9, 1, 0, second["vlanID"], 4095, *halves(ipaddress.ip_address(second["ipsa"]))
+        arguments = (
+            mac_number(second["smac"]),
+            9,
+            1,
+            0,
+            second["vlanID"],
+            4095,
+            *halves(ipaddress.ip_address(second["ipsa"])),
+        )
         assert at("TableTunnelTerminateGet", *arguments) == {"vtepIdx": 2, "valid": 1}
 
     def test_security_associations(self, at):
@@ -313,7 +325,11 @@ class TestCounters:
             stats = list(at("CTStatsGet", number).values())
             for table in (0, 1):
                 counters = at("TableCTStatsGet", number, table)
-                by_set = [counters[f"{name}{i}"] for i in (0, 1) for name in ("passBytes", "passPkts", "dropBytes", "dropPkts")]
+                by_set = [
+                    counters[f"{name}{i}"]
+                    for i in (0, 1)
+                    for name in ("passBytes", "passPkts", "dropBytes", "dropPkts")
+                ]
                 assert by_set == stats
 
     def test_the_whole_pipelines_agree(self, host, at):
@@ -417,7 +433,9 @@ class TestCost:
         )
         times = []
         for _ in range(3):
-            done = subprocess.run([sys.executable, "-c", script, str(build)], capture_output=True, text=True, check=True)
+            done = subprocess.run(
+                [sys.executable, "-c", script, str(build)], capture_output=True, text=True, check=True
+            )
             status, seconds = done.stdout.split()
             assert status == "0"
             times.append(float(seconds))

@@ -117,7 +117,9 @@ class TestAnotherInterpreter:
             "print(len(_libqdp.ListSwitches()), _libqdp.__file__, qdp_host.__file__, u.find_spec('others'))"
         )
         arguments = ["run", "--interpreter", interpreter, "-c", code]
-        start = f"import sys; sys.path.insert(0, {str(site)!r}); from qdp_host.__main__ import main; main({arguments!r})"
+        start = (
+            f"import sys; sys.path.insert(0, {str(site)!r}); from qdp_host.__main__ import main; main({arguments!r})"
+        )
         variables = {"PYTHONPATH": "", "QDP_HOST_LIBRARIES": ""}
         done = started([sys.executable, "-c", start], build, cwd=tmp_path, variables=variables)
         path = f"{site}/_libqdp.abi3.so {site}/qdp_host/__init__.py"

@@ -39,6 +39,16 @@ def test_no_cpp_runtime_is_needed(build, library):
 @pytest.mark.parametrize("library", LIBRARIES)
 def test_no_function_of_the_runtime_is_exported(build, library):
     exported = re.findall(r"^\S+ g +\S+ +\S+\s+\S+\s+(?:Base +)?(\S+)$", objdump(build, library, "-T"), re.MULTILINE)
-    taken = ["dlopen", "dlsym", "dlerror", "pthread_once", "fstat", "stat", "getentropy", "arc4random", "_dl_find_object"]
+    taken = [
+        "dlopen",
+        "dlsym",
+        "dlerror",
+        "pthread_once",
+        "fstat",
+        "stat",
+        "getentropy",
+        "arc4random",
+        "_dl_find_object",
+    ]
     assert exported
     assert [name for name in exported if name in taken] == []

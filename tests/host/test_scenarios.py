@@ -19,7 +19,8 @@ SHIPPED = ["default.json", "mux.json", "large.json"]
 
 @pytest.fixture
 def load(control, tmp_path):
-    """Loads a scenario that is given as a value or as a text; returns what is wrong with it, without the file's name."""
+    """Loads a scenario that is given as a value or as a text; returns what is wrong with it, without the file's
+    name."""
 
     def load(scenario):
         path = tmp_path / "scenario.json"
@@ -59,7 +60,8 @@ FAULTS = {
     ),
     "an unknown key below": (
         port(tx={"packets": 1, "size": 2}),
-        "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown key",
+        "/switches/0/ports/1/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown "
+        "key",
     ),
     "an unknown key of a turn": (
         {"devices": [{"repeat": 2, "turns": [{"name": "a"}, {"name": "b", "node": 1}]}]},
@@ -71,7 +73,8 @@ FAULTS = {
     ),
     "an unknown key below a turn": (
         switch(ports=[{"repeat": 2, "turns": [{}, {"tx": {"size": 2}}]}]),
-        "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown key",
+        "/switches/0/ports/0/tx/size: expected one of the keys packets, packetBytes, drops, errors, found an unknown "
+        "key",
     ),
     "a key that needs escapes": (
         {"timing": {"a/b~": 1}},
@@ -79,13 +82,22 @@ FAULTS = {
         "found an unknown key",
     ),
     "a missing key": ({"switches": [{}]}, "/switches/0/alias: expected a text of 1 to 127 bytes, found nothing"),
-    "a text for a number": (switch(mtu="big"), '/switches/0/mtu: expected a whole number from 0 to 4294967295, found "big"'),
+    "a text for a number": (
+        switch(mtu="big"),
+        '/switches/0/mtu: expected a whole number from 0 to 4294967295, found "big"',
+    ),
     "a fraction": (switch(mtu=1.5), "/switches/0/mtu: expected a whole number from 0 to 4294967295, found 1.5"),
     "a negative number": (switch(mtu=-1), "/switches/0/mtu: expected a whole number from 0 to 4294967295, found -1"),
-    "a number out of range": (switch(lcores=[0, 64]), "/switches/0/lcores/1: expected a whole number from 0 to 63, found 64"),
+    "a number out of range": (
+        switch(lcores=[0, 64]),
+        "/switches/0/lcores/1: expected a whole number from 0 to 63, found 64",
+    ),
     "no list": (switch(ports={}), "/switches/0/ports: expected a list, found an object"),
     "no truth": (switch(settings={"flowCache": 1}), "/switches/0/settings/flowCache: expected true or false, found 1"),
-    "no truth of a word": (port(passThrough="yes"), '/switches/0/ports/1/passThrough: expected true or false, found "yes"'),
+    "no truth of a word": (
+        port(passThrough="yes"),
+        '/switches/0/ports/1/passThrough: expected true or false, found "yes"',
+    ),
     "no text": (switch(id=5), "/switches/0/id: expected a text of 1 to 63 bytes, found 5"),
     "an empty text": (switch(portset=""), '/switches/0/portset: expected a text of 1 to 127 bytes, found ""'),
     "a text that is too long": (
@@ -97,11 +109,13 @@ FAULTS = {
     "no IP address": (flow(source="10.0.0"), f'/flows/0/source: expected {FLOW_ADDRESS}, found "10.0.0"'),
     "no name": (
         port(client="VM"),
-        '/switches/0/ports/1/client: expected one of "VNIC", "UPLINK", "GENERIC", "REPRESENTOR", or a number, found "VM"',
+        '/switches/0/ports/1/client: expected one of "VNIC", "UPLINK", "GENERIC", "REPRESENTOR", or a number, found '
+        '"VM"',
     ),
     "no name in a list": (
         port(conf={"receives": ["UNICAST", None]}),
-        '/switches/0/ports/1/conf/receives/1: expected one of "UNICAST", "MULTICAST", "ALLMULTI", "BROADCAST", "PROMISC", '
+        '/switches/0/ports/1/conf/receives/1: expected one of "UNICAST", "MULTICAST", "ALLMULTI", "BROADCAST", '
+        '"PROMISC", '
         '"USE_LADRF", or a number, found nothing',
     ),
     "no property": (
@@ -154,23 +168,42 @@ FAULTS = {
     ),
     "a MAC address twice": (
         {**switch(ports=[{}], macTable={"macs": [{"repeat": 2, "port": 0, "mac": "02:00:00:00:00:01", "vlan": 7}]})},
-        "/switches/0/macTable/macs/0: expected an entry whose MAC address and VLAN no other entry has, found the MAC address "
+        "/switches/0/macTable/macs/0: expected an entry whose MAC address and VLAN no other entry has, found the MAC "
+        "address "
         "and VLAN 02:00:00:00:00:01 in VLAN 7 again",
     ),
     "a flow of no switch": (flow(lcore=9), "/flows/0/lcore: expected an lcore of a switch, found 9"),
     "a flow of no port": (flow(inputPort=2), "/flows/0/inputPort: expected a port of the lcore's switch, found 2"),
     "addresses of two families": (
-        {**switch(), "l3span": [{"switch": 0, "address": "10.0.0.1", "gre": {
-            "sourceMac": "02:00:00:00:00:01", "destinationMac": "02:00:00:00:00:02", "source": "::1", "destination": "1.2.3.4"}}]},
+        {
+            **switch(),
+            "l3span": [
+                {
+                    "switch": 0,
+                    "address": "10.0.0.1",
+                    "gre": {
+                        "sourceMac": "02:00:00:00:00:01",
+                        "destinationMac": "02:00:00:00:00:02",
+                        "source": "::1",
+                        "destination": "1.2.3.4",
+                    },
+                }
+            ],
+        },
         '/l3span/0/gre/destination: expected an address of the same family as the source, found "1.2.3.4"',
     ),
     "an entry of another size": (
-        {"pipeline": {"tables": [{"table": 0, "entryBytes": 4, "entries": 9, "contents": [{"index": 1, "bytes": "00"}]}]}},
+        {
+            "pipeline": {
+                "tables": [{"table": 0, "entryBytes": 4, "entries": 9, "contents": [{"index": 1, "bytes": "00"}]}]
+            }
+        },
         '/pipeline/tables/0/contents/0/bytes: expected as many bytes as an entry has, found "00"',
     ),
     "no cycle": (
         switch(ports=[{"repeat": 2, "name": {"cycle": []}}]),
-        '/switches/0/ports/0/name: expected the key "cycle" alone, with a list of values that take turns, found an object',
+        '/switches/0/ports/0/name: expected the key "cycle" alone, with a list of values that take turns, found an '
+        'object',
     ),
     "runs that end early": (
         switch(ports=[{"repeat": 3, "name": {"runs": [[1, "a"], [1, "b"]]}}]),
@@ -186,7 +219,8 @@ FAULTS = {
     ),
     "steps that are none": (
         switch(ports=[{"repeat": 3, "number": {"from": 1, "steps": 2}}]),
-        "/switches/0/ports/0/number/steps: expected one of the keys from, step, every, offset, modulo, found an unknown key",
+        "/switches/0/ports/0/number/steps: expected one of the keys from, step, every, offset, modulo, found an "
+        "unknown key",
     ),
     "series around series": (
         '{"devices": [{"repeat": 2, "name": "n", "affinity": ' + '{"from": ' * 20 + "1" + "}" * 20 + "}]}",
@@ -204,7 +238,10 @@ FAULTS = {
         '{"switches": [{"alias": "a", "mtu": 1, "ports": [], "mtu": 2}]}',
         "/switches/0/mtu: expected each key once, found it again",
     ),
-    "a key twice that needs escapes": ('{"timing": {"a/b": 1, "a/b": 1}}', "/timing/a~1b: expected each key once, found it again"),
+    "a key twice that needs escapes": (
+        '{"timing": {"a/b": 1, "a/b": 1}}',
+        "/timing/a~1b: expected each key once, found it again",
+    ),
     "an alias twice": (
         {"switches": [{"alias": "a"}, {"alias": "a"}]},
         '/switches/1: expected an entry whose alias no other entry has, found the alias "a" again',
@@ -218,8 +255,19 @@ FAULTS = {
         '/flows/0/destination: expected an address of the same family as the source, found "2001:db8::1"',
     ),
     "a tunnel between two families": (
-        {"hardwareTables": {"tunnels": [{"record": 1, "localMac": "02:00:00:00:00:01", "remoteMac": "02:00:00:00:00:02",
-                                         "local": "10.0.0.1", "remote": "2001:db8::1"}]}},
+        {
+            "hardwareTables": {
+                "tunnels": [
+                    {
+                        "record": 1,
+                        "localMac": "02:00:00:00:00:01",
+                        "remoteMac": "02:00:00:00:00:02",
+                        "local": "10.0.0.1",
+                        "remote": "2001:db8::1",
+                    }
+                ]
+            }
+        },
         '/hardwareTables/tunnels/0/remote: expected an address of the same family as the source, found "2001:db8::1"',
     ),
     "a SmartNIC behind no switch": (
@@ -231,7 +279,10 @@ FAULTS = {
         "/smartnic/muxSwitches/0/switch: expected the number of a switch of the datapath, found 3",
     ),
     "an RSS override of no switch": (
-        {**switch(), "smartnic": {"rssOverrides": [{"switch": 0, "port": 1, "queue": 2}, {"switch": 2, "port": 1, "queue": 2}]}},
+        {
+            **switch(),
+            "smartnic": {"rssOverrides": [{"switch": 0, "port": 1, "queue": 2}, {"switch": 2, "port": 1, "queue": 2}]},
+        },
         "/smartnic/rssOverrides/1/switch: expected the number of a switch of the datapath, found 2",
     ),
     "an RSS override to no queue": (
@@ -247,11 +298,16 @@ FAULTS = {
         "/l3span/0/switch: expected the number of a switch of the datapath, found 0",
     ),
     "more MAC addresses than the limit": (
-        switch(ports=[{}], macTable={"limit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]}),
+        switch(
+            ports=[{}], macTable={"limit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]}
+        ),
         "/switches/0/macTable/limit: expected room for all entries of the table, found 2",
     ),
     "more MAC addresses of a port than the limit": (
-        switch(ports=[{}], macTable={"portLimit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]}),
+        switch(
+            ports=[{}],
+            macTable={"portLimit": 2, "macs": [{"repeat": 3, "port": 0, "mac": {"from": "02:00:00:00:00:01"}}]},
+        ),
         "/switches/0/macTable/portLimit: expected room for the entries of each port, found 2",
     ),
     "more ports than the most": (
@@ -277,7 +333,8 @@ FAULTS = {
     ),
     "a missing comma": (
         '{"switches": []\n "flows": []}',
-        "line 2, column 8: expected JSON, found a syntax error while parsing object - unexpected string literal; expected '}'",
+        "line 2, column 8: expected JSON, found a syntax error while parsing object - unexpected string literal; "
+        "expected '}'",
     ),
     "nothing": (
         "",
@@ -365,7 +422,13 @@ def assert_all_calls_fail(done, scenario, host):
     assert done.returncode == 0, done.stderr
     results = dict(line.split() for line in done.stdout.splitlines())
     assert sorted(results) == sorted(host.operations())
-    returning_pointers = {"DVSState_SwitchFindByAlias", "DVS_SwitchId", "DVS_ClassName", "DVSState_PortFind", "DVSData_Name"}
+    returning_pointers = {
+        "DVSState_SwitchFindByAlias",
+        "DVS_SwitchId",
+        "DVS_ClassName",
+        "DVSState_PortFind",
+        "DVSData_Name",
+    }
     returning_nothing = {"DVSState_SwitchForEach", "DVSState_GlobalPropForEach", "DVSHCK_DataFree"}
     for name, result in results.items():
         if name in returning_pointers:
@@ -405,7 +468,23 @@ class TestBrokenScenarios:
         """Whatever stands where something else is expected, loading ends with a message or with a host."""
         rng = random.Random(7)
         path = tmp_path / "mutated.json"
-        odd = [None, True, -1, 2**64 - 1, 2**70, 1.5, "", "x", "{0}", [], [[]], {}, {"cycle": [1]}, {"repeat": 3}, {"from": 1}]
+        odd = [
+            None,
+            True,
+            -1,
+            2**64 - 1,
+            2**70,
+            1.5,
+            "",
+            "x",
+            "{0}",
+            [],
+            [[]],
+            {},
+            {"cycle": [1]},
+            {"repeat": 3},
+            {"from": 1},
+        ]
 
         def replace_one(value):
             while isinstance(value, (dict, list)) and value:
@@ -460,9 +539,24 @@ class TestShippedScenarios:
 
     def test_every_key_of_the_state_comes_back_after_a_change(self, control, configured, qdp, tmp_path):
         """What calls have set is part of what is written."""
-        for name in ("SetPortLRO", "AddMACEntry", "MigratePort", "InjectLBTraffic", "SetLBParam", "LifPortCreate",
-                     "VlanPortCreate", "PortUpdate", "SetFlowTimeout", "SetFPORevalConfig", "AgingIntervalSet",
-                     "P4RssOverrideSet", "SetOffloadFlows", "DSCPConfSet", "EnableSwitchFlowCache", "SetUplinkRingSize"):
+        for name in (
+            "SetPortLRO",
+            "AddMACEntry",
+            "MigratePort",
+            "InjectLBTraffic",
+            "SetLBParam",
+            "LifPortCreate",
+            "VlanPortCreate",
+            "PortUpdate",
+            "SetFlowTimeout",
+            "SetFPORevalConfig",
+            "AgingIntervalSet",
+            "P4RssOverrideSet",
+            "SetOffloadFlows",
+            "DSCPConfSet",
+            "EnableSwitchFlowCache",
+            "SetUplinkRingSize",
+        ):
             arguments = {"EnableSwitchFlowCache": (0, 0)}.get(name, RECIPES[name])
             assert qdp.call(name, *is_made_of(arguments, qdp.module)).raised is None
         before = control.scenario()
@@ -501,14 +595,17 @@ class TestSchema:
                 yield from self.members(item, path)
         elif isinstance(value, dict):
             for key, member in value.get("properties", {}).items():
-                required = value.get("required", []) + [key for each in value.get("anyOf", []) for key in each.get("required", [])]
+                required = value.get("required", []) + [
+                    key for each in value.get("anyOf", []) for key in each.get("required", [])
+                ]
                 yield f"{path}/{key}", member, key in required
                 yield from self.members(member, f"{path}/{key}")
             for key in ("items", "anyOf"):
                 yield from self.members(value.get(key), path)
 
     def test_every_default_is_said_once(self, control):
-        """A member that may be absent has a default, or members with defaults, or a sentence about what it follows from."""
+        """A member that may be absent has a default, or members with defaults, or a sentence about what it follows
+        from."""
         schema = json.loads(control.schema())
         members = list(self.members({key: value for key, value in schema.items() if key != "$defs"}))
         assert len(members) > 200
@@ -568,7 +665,16 @@ class TestWritten:
             switch(hostProperties={"": "", "a/b~": {"hex": "ff00"}, "comment": "x"}),
             {"switches": [{"alias": "b", "number": 1}, {"alias": "a"}, {"alias": "c"}]},
         ],
-        ids=["uplinks named alike", "switches with one NIC", "a long name", "4000 ports", "a small MAC table", "20 switches elsewhere", "properties", "numbers"],
+        ids=[
+            "uplinks named alike",
+            "switches with one NIC",
+            "a long name",
+            "4000 ports",
+            "a small MAC table",
+            "20 switches elsewhere",
+            "properties",
+            "numbers",
+        ],
     )
     def test_corner_cases(self, load, control, scenario):
         self.assert_it_comes_back(load, control, scenario)
@@ -621,17 +727,26 @@ class RandomScenario:
         rng = self.rng
         if "$ref" in schema:
             name = schema["$ref"].split("/")[-1]
-            return {"comment": "a comment", "property": rng.choice(["text", "", {"hex": "00 ff"}]), "repeat": rng.randint(1, 3),
-                    "turns": [{}, {}]}[name]  # fmt: skip
+            return {
+                "comment": "a comment",
+                "property": rng.choice(["text", "", {"hex": "00 ff"}]),
+                "repeat": rng.randint(1, 3),
+                "turns": [{}, {}],
+            }[name]
         if "anyOf" in schema and "properties" not in schema:
-            return self.value(next(each for each in [rng.choice(schema["anyOf"]), *schema["anyOf"]] if "$ref" not in each), depth)
+            return self.value(
+                next(each for each in [rng.choice(schema["anyOf"]), *schema["anyOf"]] if "$ref" not in each), depth
+            )
         if "enum" in schema:
             return rng.choice(schema["enum"])
         types = schema["type"] if isinstance(schema["type"], list) else [schema["type"]]
         return getattr(self, rng.choice(types))(schema, depth, all_of_it)
 
     def object(self, schema, depth, all_of_it):
-        properties = schema.get("properties") or {"a": schema["additionalProperties"], "": schema["additionalProperties"]}
+        properties = schema.get("properties") or {
+            "a": schema["additionalProperties"],
+            "": schema["additionalProperties"],
+        }
         keys = [key for key in properties if key not in ("turns", "datapath")]
         share = 0.9 if all_of_it else 0.4
         return {key: self.value(properties[key], depth + 1) for key in keys if self.rng.random() < share}
@@ -642,7 +757,9 @@ class RandomScenario:
     def integer(self, schema, *_):
         low, high = schema.get("minimum", 0), schema.get("maximum", 2**16)
         near = min(low + 12, high)
-        return self.rng.choice([low, high, self.rng.randint(low, near), self.rng.randint(low, near), self.rng.randint(low, high)])
+        return self.rng.choice(
+            [low, high, self.rng.randint(low, near), self.rng.randint(low, near), self.rng.randint(low, high)]
+        )
 
     def boolean(self, *_):
         return self.rng.random() < 0.5
@@ -712,8 +829,9 @@ class TestTinyScenario:
     def test_what_it_has_can_be_asked_for(self, tiny, qdp):
         for name, arguments in {
             "GetPortStats": (0, 3), "GetPortConf": (0, 3), "GetPortTxUplink": (0, 3), "GetUplinkStats": (0, 0),
-            "ListRSSEngine": (0, 0), "GetPortNetQInfo": (0, 3), "ListPortMACTable": (0, 3), "GetSwitchFilterTypes": ("a",),
-            "GetLBParams": ("a",), "DumpLBStats": (0, 0, 4, 0, 2), "GetPortLRO": (0, 3), "ListLCoreIDs": (0,),
+            "ListRSSEngine": (0, 0), "GetPortNetQInfo": (0, 3), "ListPortMACTable": (0, 3),
+            "GetSwitchFilterTypes": ("a",), "GetLBParams": ("a",), "DumpLBStats": (0, 0, 4, 0, 2),
+            "GetPortLRO": (0, 3), "ListLCoreIDs": (0,),
         }.items():  # fmt: skip
             outcome = qdp.call(name, *arguments)
             assert outcome.result and not outcome.printed, name
@@ -735,12 +853,17 @@ class TestTurns:
         [
             ({"repeat": 3, "name": "nic{7}"}, [("nic7", 0), ("nic8", 0), ("nic9", 0)]),
             ({"repeat": 3, "name": "n{0}", "affinity": {"from": 5}}, [("n0", 5), ("n1", 6), ("n2", 7)]),
-            ({"repeat": 4, "name": "n{0}", "affinity": {"from": 1, "step": 2, "every": 2}}, [("n0", 1), ("n1", 1), ("n2", 3), ("n3", 3)]),
-            ({"repeat": 4, "name": "n{0}", "affinity": {"from": 9, "offset": 2, "modulo": 3}}, [("n0", 11), ("n1", 9), ("n2", 10), ("n3", 11)]),
+            ({"repeat": 4, "name": "n{0}", "affinity": {"from": 1, "step": 2, "every": 2}},
+             [("n0", 1), ("n1", 1), ("n2", 3), ("n3", 3)]),
+            ({"repeat": 4, "name": "n{0}", "affinity": {"from": 9, "offset": 2, "modulo": 3}},
+             [("n0", 11), ("n1", 9), ("n2", 10), ("n3", 11)]),
             ({"repeat": 3, "name": "n{0}", "affinity": {"cycle": [4, {"from": 6}]}}, [("n0", 4), ("n1", 7), ("n2", 4)]),
-            ({"repeat": 3, "name": "n{0}", "affinity": {"runs": [[2, 4], [1, None]]}}, [("n0", 4), ("n1", 4), ("n2", 0)]),
-            ({"repeat": 3, "name": "n{0}", "affinity": {"from": {"cycle": [0, 10]}}}, [("n0", 0), ("n1", 11), ("n2", 2)]),
-            ({"repeat": 3, "affinity": 1, "turns": [{"name": "a{0}"}, {"name": "b{0}", "affinity": 2}]}, [("a0", 1), ("b1", 2), ("a2", 1)]),
+            ({"repeat": 3, "name": "n{0}", "affinity": {"runs": [[2, 4], [1, None]]}},
+             [("n0", 4), ("n1", 4), ("n2", 0)]),
+            ({"repeat": 3, "name": "n{0}", "affinity": {"from": {"cycle": [0, 10]}}},
+             [("n0", 0), ("n1", 11), ("n2", 2)]),
+            ({"repeat": 3, "affinity": 1, "turns": [{"name": "a{0}"}, {"name": "b{0}", "affinity": 2}]},
+             [("a0", 1), ("b1", 2), ("a2", 1)]),
         ],
     )  # fmt: skip
     def test_values_take_turns(self, load, qdp, entry, expected):
@@ -748,7 +871,14 @@ class TestTurns:
 
     def test_addresses_count_up(self, load, qdp):
         macs = switch(ports=[{"repeat": 3, "mac": {"from": "02:00:00:00:00:ff", "step": 256}}])
-        flows = [{"repeat": 3, "lcore": 0, "source": {"from": "10.0.0.255"}, "destination": {"from": "2001:db8::ffff", "step": 2}}]
+        flows = [
+            {
+                "repeat": 3,
+                "lcore": 0,
+                "source": {"from": "10.0.0.255"},
+                "destination": {"from": "2001:db8::ffff", "step": 2},
+            }
+        ]
         assert load({**macs, "flows": flows[:0]}) is None
         assert [each["hwAddr"] for each in qdp.result("ListPorts", 0)] == [f"02:00:00:00:0{i}:ff" for i in range(3)]
         flows[0]["destination"]["from"] = "10.1.255.254"
@@ -766,7 +896,12 @@ class TestRates:
         host.freeze()
         host.advance(400)
         stats, nic = qdp.result("GetPortStats", 0, 0), qdp.result("PortStatsGet", 20)
-        assert (stats["txPkts"], stats["txBytes"], stats["rxPkts"], stats["rxBytes"]) == (28000, 2800000, 44000, 8800000)
+        assert (stats["txPkts"], stats["txBytes"], stats["rxPkts"], stats["rxBytes"]) == (
+            28000,
+            2800000,
+            44000,
+            8800000,
+        )
         assert (nic["txUcastPkts"], nic["rxUcastPkts"]) == (28000, 44000)
         assert qdp.result("P4IStatsGet")["rxFromHost"] == 13 * 4000
 
@@ -833,7 +968,14 @@ class TestMuxScenario:
         lifs = at("LifPortList", 0)["liflist"]
         assert [each["lifID"] for each in lifs] == [1, 2, 3, 4, 8, 9, *range(16, 22)]
         entry = at("TableMuxVlanGet", 105, 0)
-        assert [entry[key] for key in ("vlanId", "valid", "lif0", "lif1", "srcPortId", "repPortId")] == [105, 1, 3, 4, 261, 773]
+        assert [entry[key] for key in ("vlanId", "valid", "lif0", "lif1", "srcPortId", "repPortId")] == [
+            105,
+            1,
+            3,
+            4,
+            261,
+            773,
+        ]
         assert at("TableMuxVlanGet", 124, 0)["valid"] == 0
 
     def test_offloaded_flows_and_their_tunnels(self, at):
@@ -851,7 +993,10 @@ class TestMuxScenario:
         assert buffer.raw[16:32] == bytes(range(16))
 
     def test_an_automatic_balancer_refuses_to_be_overruled(self, at, qdp):
-        assert "utomatic" in qdp.call("MigrateNetQFilter", 0, 3, 1).printed + qdp.call("MigratePort", 0, 3, 3, 1, 1).printed
+        assert (
+            "utomatic"
+            in qdp.call("MigrateNetQFilter", 0, 3, 1).printed + qdp.call("MigratePort", 0, 3, 3, 1, 1).printed
+        )
 
     def test_what_is_switched_on(self, host, at):
         host.advance(10)

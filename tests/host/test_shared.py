@@ -105,7 +105,9 @@ class TestOneState:
         outputs = []
         for variables in (own, shared.environment()):
             outputs.append(
-                subprocess.run(line, env=variables, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120)
+                subprocess.run(
+                    line, env=variables, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120
+                )
             )
         assert outputs[0].returncode == outputs[1].returncode == 0
         assert outputs[0].stdout == outputs[1].stdout
@@ -139,7 +141,8 @@ assert ctypes.PyDLL(_libqdp.__file__).LibraryInit() == 0
 for _ in range(3):
     child = os.fork()
     if child == 0:
-        os._exit(_libqdp.GetSwitchBurstSize("dvs-production") != 32 or _libqdp.GetSwitchBurstSize("dvs-storage") is None)
+        size = _libqdp.GetSwitchBurstSize("dvs-production")
+        os._exit(size != 32 or _libqdp.GetSwitchBurstSize("dvs-storage") is None)
     assert os.waitpid(child, 0)[1] == 0
     assert _libqdp.GetSwitchBurstSize("dvs-production") == 32
 """
@@ -180,7 +183,9 @@ class TestControl:
         shared.fail("Qdp_Get_Flow_Timeout", 7, nth=2)
         results = []
         for _ in range(3):
-            done = subprocess.run([sys.executable, "-c", code], env=shared.environment(), capture_output=True, text=True)
+            done = subprocess.run(
+                [sys.executable, "-c", code], env=shared.environment(), capture_output=True, text=True
+            )
             results.append(done.stdout)
         assert results == ["10 False\n", "None False\n", "10 False\n"]
         shared.delay("Qdp_Get_Flow_Timeout", 0.4)
@@ -188,7 +193,9 @@ class TestControl:
 
     def test_delayed_call_holds_up_no_other_process(self, shared):
         shared.delay("Qdp_Get_Flow_Timeout", 20)
-        slow = subprocess.Popen([sys.executable, "-c", "import _libqdp; _libqdp.GetFlowTimeout()"], env=shared.environment())
+        slow = subprocess.Popen(
+            [sys.executable, "-c", "import _libqdp; _libqdp.GetFlowTimeout()"], env=shared.environment()
+        )
         try:
             time.sleep(1)
             begin = time.monotonic()
@@ -251,7 +258,8 @@ class TestControl:
 
     def test_replay_answers_all(self, shared, tmp_path):
         (tmp_path / "capture").write_text(
-            '{"capture": 1}\n{"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"bytes": "2a000000"}], "result": 0}\n'
+            '{"capture": 1}\n{"operation": "Qdp_Get_Flow_Timeout", "in": [], "out": [{"bytes": "2a000000"}], '
+            '"result": 0}\n'
         )
         shared.replay(tmp_path / "capture")
         assert run(shared, "import _libqdp; print(_libqdp.GetFlowTimeout())") == "42\n"
@@ -297,8 +305,8 @@ sys.stdin.read()
         assert shared.unreleased_values() == 0
 
     def test_module_releases_all(self, shared):
-        code = "import ctypes, _libqdp; ctypes.PyDLL(_libqdp.__file__).LibraryInit(); _libqdp.GetLBMetric('dvs-production')"
-        run(shared, code + "; _libqdp.GetSwitchMetaFlow('dvs-production')")
+        code = "import ctypes, _libqdp; ctypes.PyDLL(_libqdp.__file__).LibraryInit()"
+        run(shared, code + "; _libqdp.GetLBMetric('dvs-production'); _libqdp.GetSwitchMetaFlow('dvs-production')")
         assert shared.unreleased_values() == 0
 
     def test_value_that_is_no_value_ends_its_process_alone(self, shared):
@@ -330,7 +338,9 @@ class TestServe:
         client = qdp_host.SharedHost(server.path)
         client.delay("Qdp_Get_Flow_Timeout", 60)
         line = [sys.executable, "-c", "import _libqdp; print(_libqdp.GetFlowTimeout())"]
-        slow = subprocess.Popen(line, env=client.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        slow = subprocess.Popen(
+            line, env=client.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
+        )
         time.sleep(1)
         begin = time.monotonic()
         assert server.end() == (0, "", "")
@@ -384,7 +394,11 @@ class TestServe:
         assert done == (NO_HOST, "", f"qdp-host: {tmp_path}/nowhere/socket: No such file or directory\n")
         long = tmp_path / ("x" * 120)
         done = command(build, "serve", long)
-        assert done == (NO_HOST, "", f"qdp-host: {long}: the path of a socket has at most 107 bytes; name a shorter one\n")
+        assert done == (
+            NO_HOST,
+            "",
+            f"qdp-host: {long}: the path of a socket has at most 107 bytes; name a shorter one\n",
+        )
 
     def test_process_goes_on_with_the_next_host(self, serve):
         """One at the same socket."""
@@ -427,7 +441,10 @@ class TestAttach:
         code = "import _libqdp; _libqdp.SetFlowTimeout(5); print(len(_libqdp.ListSwitches()))"
         variables = {"QDP_HOST": str(server.path)}
         assert command(build, "run", "--scenario", "mux", "-c", code, variables=variables) == (0, "1\n", "")
-        assert command(build, "run", "-c", "import _libqdp; print(_libqdp.GetFlowTimeout())", variables=variables)[1] == "10\n"
+        assert (
+            command(build, "run", "-c", "import _libqdp; print(_libqdp.GetFlowTimeout())", variables=variables)[1]
+            == "10\n"
+        )
 
     def test_no_host_there(self, build, tmp_path):
         message = f"qdp-host: {tmp_path}/socket: no host serves there; qdp-host serve starts one\n"
@@ -436,12 +453,16 @@ class TestAttach:
     def test_no_host_there_for_a_process_without_the_command(self, build, tmp_path):
         code = "import _libqdp; print(_libqdp.GetFlowTimeout(), _libqdp.GetFlowTimeout(), _libqdp.ListSwitches())"
         variables = {
-            "QDP_HOST": str(tmp_path / "socket"), "LD_LIBRARY_PATH": str(build / "host"), "PYTHONPATH": f"{build}:{PACKAGES}",
-        }  # fmt: skip
+            "QDP_HOST": str(tmp_path / "socket"),
+            "LD_LIBRARY_PATH": str(build / "host"),
+            "PYTHONPATH": f"{build}:{PACKAGES}",
+        }
         done = started([sys.executable, "-c", code], build, variables=variables)
         assert done.stdout == "None None None\n"
         lines = done.stderr.splitlines()
-        assert [line for line in lines if "no host serves there" in line] == [f"qdp-host: {tmp_path}/socket: no host serves there"]
+        assert [line for line in lines if "no host serves there" in line] == [
+            f"qdp-host: {tmp_path}/socket: no host serves there"
+        ]
 
     @pytest.mark.parametrize("option", [["--scenario", "mux"], ["--replay", "x"], ["--real"], ["--keep", "x"]])
     def test_options_that_exclude_it(self, build, option):
@@ -450,7 +471,9 @@ class TestAttach:
         assert done[2].endswith("error: --attach excludes --scenario, --replay, --real and --keep\n")
 
     def test_host_of_a_process_of_its_own_is_refused(self, shared):
-        code = "import qdp_host\ntry:\n    with qdp_host.running(): pass\nexcept qdp_host.HostError as error: print(error)"
+        code = (
+            "import qdp_host\ntry:\n    with qdp_host.running(): pass\nexcept qdp_host.HostError as error: print(error)"
+        )
         expected = "QDP_HOST attaches this process to a shared host; unset it for a host of the process's own\n"
         assert run(shared, code) == expected
 
@@ -505,7 +528,10 @@ class TestCtl:
                 "the platform has no operation 'Qdp_Nothing'; `qdp-host ctl SOCKET operations` lists them, and so does "
                 "EmbeddedHost.operations()",
             ),
-            (["fail", "Qdp_Get_Port_List", "--status", "0"], "status is the status of a failure: 1 to 4294967295, not 0"),
+            (
+                ["fail", "Qdp_Get_Port_List", "--status", "0"],
+                "status is the status of a failure: 1 to 4294967295, not 0",
+            ),
             (["advance", "-1"], "-1.0 seconds: time goes on only, and for less than 292 years"),
             (["load", "nothing"], "there is no scenario 'nothing'; name a file, or one of: default, large, mux"),
         ],
@@ -539,7 +565,9 @@ with qdp_host.serving() as host:
     os.kill(os.getpid(), signal.SIGKILL)
 """
         variables = {name: value for name, value in shared.environment().items() if name != "QDP_HOST"}
-        done = subprocess.run([sys.executable, "-c", code], env=variables, stdout=subprocess.PIPE, text=True, timeout=60)
+        done = subprocess.run(
+            [sys.executable, "-c", code], env=variables, stdout=subprocess.PIPE, text=True, timeout=60
+        )
         assert done.returncode == -signal.SIGKILL
         deadline = time.monotonic() + 10
         while os.path.exists(done.stdout.strip()) and time.monotonic() < deadline:

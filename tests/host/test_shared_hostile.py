@@ -142,8 +142,10 @@ class TestGarbage:
         for text in (
             b"", b"nonsense", b"[]", b"{}", b'{"call": 5, "arguments": []}', b'{"call": "serve", "arguments": [1]}',
             b'{"call": "fail", "arguments": []}', b'{"call": "fail", "arguments": ["Qdp_Get_Port_List", -1, 1, 1]}',
-            b'{"call": "fail", "arguments": [null, 1, 1, 1]}', b'{"call": "script_output", "arguments": ["x", 0, "xyz"]}',
-            b'{"call": "record", "arguments": []}', b'{"call": "restore", "arguments": ["x"]}', b"\xff\xfe", b"[" * 1_000_000,
+            b'{"call": "fail", "arguments": [null, 1, 1, 1]}',
+            b'{"call": "script_output", "arguments": ["x", 0, "xyz"]}',
+            b'{"call": "record", "arguments": []}', b'{"call": "restore", "arguments": ["x"]}',
+            b"\xff\xfe", b"[" * 1_000_000,
         ):  # fmt: skip
             client.send(b"k", struct.pack("=I", len(text)) + text)
             kind, parts = client.receive()
@@ -156,7 +158,9 @@ class TestGarbage:
         texts = [None, b"", b"portset-0", b"dvs-production", b"x" * 300, b"\xff" * 9, b"com.tarnix.common.host.portset"]
 
         def some_bytes():
-            return chance.choice([None, b"", chance.randbytes(chance.choice([1, 4, 8, 12, 20, 44, 128, 4096])), b"[" * 9999])
+            return chance.choice(
+                [None, b"", chance.randbytes(chance.choice([1, 4, 8, 12, 20, 44, 128, 4096])), b"[" * 9999]
+            )
 
         def part(role):
             if role in ("in", "handle", "callback", "release"):

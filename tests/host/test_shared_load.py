@@ -71,7 +71,8 @@ while time.monotonic() < end:
         names = [each["name"] for each in timed(_libqdp.ListSwitches)]
         check(names == ["edge"], "switches", names)
 latencies.sort()
-print(json.dumps({"wrong": wrong, "calls": len(latencies), "macs": macs, "median": latencies[len(latencies) // 2] / 1000,
+print(json.dumps({"wrong": wrong, "calls": len(latencies), "macs": macs,
+                  "median": latencies[len(latencies) // 2] / 1000,
                   "p99": latencies[len(latencies) * 99 // 100] / 1000, "most": latencies[-1] / 1000}))
 """
 LEFT = "import _libqdp, json; print(json.dumps(_libqdp.ListSwitchMACTable(0)['MacTableList']))"

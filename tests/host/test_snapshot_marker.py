@@ -21,7 +21,10 @@ def test_answers(qdp_host):
 def test_snapshot_answers_in_a_test(build, root, tmp_path):
     environment = environment_of(build, root)
     path = str(tmp_path / "host.qdp")
-    program = "from qdp.snapshot import write, read; write.write({0!r}); print(read.Snapshot({0!r}).call('GetPortStats', (0, 3)))"
+    program = (
+        "from qdp.snapshot import write, read; write.write({0!r}); "
+        "print(read.Snapshot({0!r}).call('GetPortStats', (0, 3)))"
+    )
     counters = subprocess.run(
         [sys.executable, "-c", program.format(path)], env=environment, cwd="/", stdout=subprocess.PIPE, check=True
     ).stdout.decode()

@@ -28,7 +28,10 @@ def test_typical_uses_pass_the_strict_type_checker(root, checked):
 
 # A wrong use, and what mypy says of it.
 WRONG_USES = [
-    ('host.fail("Qdp_Get_Port_List", status="7")', 'Argument "status" to "fail" of "EmbeddedHost" has incompatible type "str"'),
+    (
+        'host.fail("Qdp_Get_Port_List", status="7")',
+        'Argument "status" to "fail" of "EmbeddedHost" has incompatible type "str"',
+    ),
     ("host.fail(7)", 'Argument 1 to "fail" of "EmbeddedHost" has incompatible type "int"; expected "str"'),
     ('host.script("Qdp_Get_Port_List", outputs=["text"])', 'List item 0 has incompatible type "str"'),
     ('host.script("Qdp_Get_Port_List", text="text")', 'Argument "text" to "script" of "EmbeddedHost" has incompatible'),
@@ -44,7 +47,9 @@ WRONG_USES = [
 
 def test_wrong_uses_are_found(tmp_path, checked):
     script = tmp_path / "wrong.py"
-    script.write_text("import qdp_host\nhost = qdp_host.EmbeddedHost()\n" + "".join(use + "\n" for use, _ in WRONG_USES))
+    script.write_text(
+        "import qdp_host\nhost = qdp_host.EmbeddedHost()\n" + "".join(use + "\n" for use, _ in WRONG_USES)
+    )
     reports = [line for line in checked(script).stdout.splitlines() if ": error: " in line]
     found = {int(line.split(":")[1]): line.split(": error: ")[1] for line in reports}
     assert list(found) == list(range(3, 3 + len(WRONG_USES)))

@@ -22,7 +22,9 @@ def test_answer_without_bytes_reads_the_same_after_any_other(configured, qdp, ca
     assert call(method, arguments) == before
 
 
-@pytest.mark.parametrize("name", [method.name for method in METHODS if method.sends and not (method.answer or method.answers)])
+@pytest.mark.parametrize(
+    "name", [method.name for method in METHODS if method.sends and not (method.answer or method.answers)]
+)
 def test_answer_without_bytes_reads_as_one_of_zeros(configured, qdp, call, name):
     method = BY_NAME[name]
     arguments = is_made_of(method.sent_for, qdp.module)

@@ -35,8 +35,8 @@ class Index:
 
 
 def arrives(letter, value):
-    """What a letter of the format makes of an integer: unsigned letters keep its low bits, signed ones are exact. The 64-bit
-    unsigned one takes integers alone, no objects that stand for them."""
+    """What a letter of the format makes of an integer: unsigned letters keep its low bits, signed ones are exact. The
+    64-bit unsigned one takes integers alone, no objects that stand for them."""
     if letter == "K" and isinstance(value, Index):
         raise TypeError
     value = value.__index__()
@@ -67,7 +67,9 @@ def refusal(method, way, text, left_set=None):
     raised = method.raises.get(way)
     if raised:
         return Outcome(raised=raised)
-    return Outcome(None if left_set else method.returns, text, left_set=left_set)  # the interpreter's check takes it away
+    return Outcome(
+        None if left_set else method.returns, text, left_set=left_set
+    )  # the interpreter's check takes it away
 
 
 def unparsed(method, exception=TypeError):

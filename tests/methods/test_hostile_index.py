@@ -1,6 +1,6 @@
-"""Every method's integers as objects whose __index__ does more than tell a number: it runs the collector, calls the method
-again, gives up what holds it, raises, or tells none. Nothing crashes, and the outcome is that of the number itself, or of
-an argument that is none."""
+"""Every method's integers as objects whose __index__ does more than tell a number: it runs the collector, calls the
+method again, gives up what holds it, raises, or tells none. Nothing crashes, and the outcome is that of the number
+itself, or of an argument that is none."""
 
 import gc
 from types import SimpleNamespace
@@ -144,7 +144,9 @@ def test_index_that_raises_or_tells_no_integer_is_refused(qdp, call, name):
         for given in hostile_arguments(method, qdp.module, hostile):
             outcome = call(method, given)
             if any(isinstance(each, Hostile) for each in given):
-                assert outcome == (Outcome(raised=raised) if raised else Outcome(None, method.invalid, left_set=exception))
+                assert outcome == (
+                    Outcome(raised=raised) if raised else Outcome(None, method.invalid, left_set=exception)
+                )
             else:  # in a tuple or a dict: methods differ in whether they keep the exception
                 assert outcome.result in (None, method.returns) and outcome.left_set in (None, exception), given
                 assert outcome.printed, given

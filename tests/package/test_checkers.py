@@ -1,4 +1,5 @@
-"""What the field's checkers say of the packages: abi3audit, twine and pyright of the wheel, lintian of the Debian packages."""
+"""What the field's checkers say of the packages: abi3audit, twine and pyright of the wheel, lintian of the Debian
+packages."""
 
 import json
 import os
@@ -54,7 +55,9 @@ class TestPyright:
             (tmp_path / "script.py").write_text(text)
             options = {"typeCheckingMode": "standard", "pythonVersion": "3.8", "reportMissingModuleSource": False}
             (tmp_path / "pyrightconfig.json").write_text(json.dumps(options))
-            found = ran(TOOLS / "pyright", "--outputjson", "--pythonpath", "/usr/bin/python3", "script.py", cwd=tmp_path)
+            found = ran(
+                TOOLS / "pyright", "--outputjson", "--pythonpath", "/usr/bin/python3", "script.py", cwd=tmp_path
+            )
             reports = json.loads(found.stdout)["generalDiagnostics"]
             return {each["range"]["start"]["line"]: each["message"] for each in reports if each["severity"] == "error"}
 

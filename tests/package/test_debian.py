@@ -68,7 +68,9 @@ def test_the_module_its_stubs_and_the_operator_layer(packages, root, version):
 
 def test_the_command_runs_from_the_package(fresh_root, in_fresh_root, tmp_path):
     in_fresh_root["LD_LIBRARY_PATH"] = str(fresh_root / PYTHON_FOLDER / "qdp_host" / "stand_ins")
-    assert output(fresh_root / "usr/bin/qdp", "switch", "show", env=in_fresh_root, cwd=tmp_path).startswith("switch  name")
+    assert output(fresh_root / "usr/bin/qdp", "switch", "show", env=in_fresh_root, cwd=tmp_path).startswith(
+        "switch  name"
+    )
 
 
 def test_the_host_and_its_command(packages, root):

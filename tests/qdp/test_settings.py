@@ -328,7 +328,9 @@ def test_device_that_is_not_there(layer):
 def test_settings_are_a_mapping(layer):
     settings = layer.switch(0).settings
     assert list(settings) == [row.name for row in SETTINGS if row.scope == "switch"]
-    assert "lro" in settings and "affinity" not in settings and 7 not in settings and len(settings) == len(list(settings))
+    assert (
+        "lro" in settings and "affinity" not in settings and 7 not in settings and len(settings) == len(list(settings))
+    )
     assert settings.get("affinity") is None and isinstance(settings["lro"], Setting)
     assert settings.set("min-flow-layer", 3) == (2, 3, f"{ALIAS}/min-flow-layer", True)
     assert "aging-interval:3" in layer.settings and "flow-timeout:3" not in layer.settings
@@ -387,7 +389,9 @@ def test_texts_of_values():
     assert parse(ROWS["host", "flow-timeout"], "0x10") == 16
     assert [parse(ROWS["switch", "lro"], text) for text in ("yes", "TRUE", "0", "no")] == [True, True, False, False]
     override = ROWS["port", "rss-override"]
-    assert [parse(override, text) for text in ("none", "off", "5")] == [None, None, 5] and show(override, None) == "none"
+    assert [parse(override, text) for text in ("none", "off", "5")] == [None, None, 5] and show(
+        override, None
+    ) == "none"
     assert parse(ROWS["switch", "balancer-metric"], "cpu") == "cpu"
     for row, text in [("flow-timeout", "ten"), ("p4-app", "maybe"), ("host-pfs", "1,x"), ("fpo-reval-interval", "-1")]:
         with pytest.raises(qdp.InvalidArgument):

@@ -8,7 +8,8 @@ import checker
 
 # Modules that are checked strictly themselves.
 STRICT = """
-    __init__ _capture aliases call errors flow_text flows host methods nic paging rates record records settings switch values
+    __init__ _capture aliases call errors flow_text flows host methods nic paging rates record records settings switch
+    values
 """.split()
 
 

@@ -16,7 +16,9 @@ def test_mac_address_in_any_form(mac):
     assert mac_number_reversed(mac) == 0x01AB105E0002
 
 
-@pytest.mark.parametrize("mac", ["", "02:00:5e:10:ab", "02:00:5e:10:ab:01:02", "02:00:5e:10:ab:0x", "02 00 5e 10 ab 01", 5, None])
+@pytest.mark.parametrize(
+    "mac", ["", "02:00:5e:10:ab", "02:00:5e:10:ab:01:02", "02:00:5e:10:ab:0x", "02 00 5e 10 ab 01", 5, None]
+)
 def test_text_that_is_no_mac_address_is_refused(mac):
     with pytest.raises(qdp.InvalidArgument, match="a MAC address is six bytes"):
         mac_text(mac)

@@ -1,4 +1,4 @@
-"""The lint names its part that fails; its rules of invented names, and of layers that import from below."""
+"""The lint names its part that fails; its rules of invented names, of layers that import from below, and of widths."""
 
 import importlib.util
 import shutil
@@ -156,23 +156,55 @@ class TestFailingParts:
                 "raise SystemExit(1)",
                 SOURCES + "lint: /usr/bin/python3 -X utf8 script/lint_sources.py failed with exit code 1\n",
             ),
-            ("build", "#!/bin/sh\necho why >&2\nexit 1\n", BUILD + "why\nlint: script/build lint failed with exit code 1\n"),
+            (
+                "build",
+                "#!/bin/sh\necho why >&2\nexit 1\n",
+                BUILD + "why\nlint: script/build lint failed with exit code 1\n",
+            ),
         ],
     )
     def test_silent_part(self, parts, name, text, told):
         self.replace(parts, name, text)
         status, output = self.lint(parts)
         # Of a process that a signal ends, the shell itself says more.
-        assert status == 1 and [line for line in output.splitlines(True) if "Killed" not in line] == told.splitlines(True)
+        assert status == 1 and [line for line in output.splitlines(True) if "Killed" not in line] == told.splitlines(
+            True
+        )
 
 
 class TestListingFiles:
     def test_no_repository(self, lint, tmp_path, monkeypatch):
         monkeypatch.setattr(lint, "ROOT", tmp_path)
-        with pytest.raises(SystemExit, match="^lint_sources.py: git did not list the files: fatal: not a git repository"):
+        with pytest.raises(
+            SystemExit, match="^lint_sources.py: git did not list the files: fatal: not a git repository"
+        ):
             lint.files_of_the_repository()
 
     def test_no_git(self, lint, tmp_path, monkeypatch):
         monkeypatch.setenv("PATH", str(tmp_path))
         with pytest.raises(SystemExit, match="^lint_sources.py: could not run git, which lists the files: .*'git'"):
             lint.files_of_the_repository()
+
+
+class TestWidths:
+    WIDE = "x " * 61  # 122 columns
+
+    @pytest.mark.parametrize(
+        "path, text, numbers",
+        [
+            ("src/module.cpp", f"// first\n{WIDE}\n", [2]),
+            ("script/lint", "x" * 120 + "\n" + "x" * 121, [2]),
+            ("src/module.cpp", "\u00e9" * 120, []),
+            ("README.md", f"{WIDE}\n| {WIDE} |\n", [1]),
+            ("README.md", f"```console\n{WIDE}\n```\n{WIDE}\n", [4]),
+            ("README.md", f"| a |\n  | {WIDE}|", [2]),
+            ("docs/host.md", "[a page](https://host.example/" + "x" * 120 + ")", []),
+            ("host/scenarios/mux.json", WIDE, []),
+            ("docs/runbook/QdpDown.md", WIDE, []),
+        ],
+    )
+    def test_wide_lines(self, lint, path, text, numbers):
+        assert list(lint.wide_lines(path, text)) == numbers
+
+    def test_the_repository_has_none(self, lint):
+        assert list(lint.widths()) == []

@@ -19,7 +19,9 @@ def pytest_collection_modifyitems(config, items):
     deselected = [
         item
         for item in items
-        if FOLDER in item.path.parents and getattr(item, "callspec", None) and item.callspec.params.get("name") in left_out
+        if FOLDER in item.path.parents
+        and getattr(item, "callspec", None)
+        and item.callspec.params.get("name") in left_out
     ]
     config.hook.pytest_deselected(items=deselected)
     items[:] = [item for item in items if item not in set(deselected)]

@@ -1,5 +1,5 @@
-"""Calls all methods on the embedded host with random arguments, for a time or a number of calls: the heap stays flat, and
-nothing is printed or raised that is not documented. `python3 soak.py BUILD --seconds 60`; see script/soak."""
+"""Calls all methods on the embedded host with random arguments, for a time or a number of calls: the heap stays flat,
+and nothing is printed or raised that is not documented. `python3 soak.py BUILD --seconds 60`; see script/soak."""
 
 import argparse
 import array
@@ -45,8 +45,40 @@ ALLOWED = {"bytes of the heap": 256, "blocks of the interpreter": 16, "open file
 RAISED = (ValueError, OSError, SystemError, TypeError)
 COMPLAINTS = ("returned a result with an exception set", "returned NULL without setting an exception")
 
-NUMBERS = [15, 16, 63, 64, 1023, 1024, 4094, 4095, 16383, 16384, 0xFFFF, 1 << 22, 0xFFFFFFFF, 1 << 32, -1, 1 << 63, 1 << 80]
-TEXTS = [ALIAS, "dvs-storage", "nic0", "nic1", "VLANMAC", "cpu", "count", "none", "cpuload_low", "10.20.0.5", "fe80::1", "", "unknown"]
+NUMBERS = [
+    15,
+    16,
+    63,
+    64,
+    1023,
+    1024,
+    4094,
+    4095,
+    16383,
+    16384,
+    0xFFFF,
+    1 << 22,
+    0xFFFFFFFF,
+    1 << 32,
+    -1,
+    1 << 63,
+    1 << 80,
+]
+TEXTS = [
+    ALIAS,
+    "dvs-storage",
+    "nic0",
+    "nic1",
+    "VLANMAC",
+    "cpu",
+    "count",
+    "none",
+    "cpuload_low",
+    "10.20.0.5",
+    "fe80::1",
+    "",
+    "unknown",
+]
 OTHERS = [None, 1.5, b"cpu", [1], object(), "nul\0", "\udc80"]
 
 
@@ -216,7 +248,9 @@ def options_given():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path, help="folder of the build")
     parser.add_argument("--seconds", type=float, default=60)
-    parser.add_argument("--calls", type=int, help="so many calls instead, in whole rounds, of which there are some at least")
+    parser.add_argument(
+        "--calls", type=int, help="so many calls instead, in whole rounds, of which there are some at least"
+    )
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1 << 32))
     parser.add_argument("--progress", action="store_true")
     parser.add_argument(

@@ -1,5 +1,5 @@
-"""Every allocation of every method fails in turn, once and from then on for ever, and so does every store of an item in a
-list or a tuple: nothing crashes, nothing leaks, and the failure is the documented one."""
+"""Every allocation of every method fails in turn, once and from then on for ever, and so does every store of an item in
+a list or a tuple: nothing crashes, nothing leaks, and the failure is the documented one."""
 
 import gc
 import sys
@@ -48,7 +48,9 @@ EXPORTED = ["PyQDP_CreatePortList", "PyQDP_CreateVlanList", "PyQDP_PortNetQInfo"
 def longest_list(result):
     """The length of the longest list in a result; a tuple of lists counts as these, another tuple as a list."""
     parts = result.values() if isinstance(result, dict) else result if isinstance(result, (list, tuple)) else []
-    is_list = isinstance(result, list) or isinstance(result, tuple) and not any(isinstance(each, list) for each in parts)
+    is_list = (
+        isinstance(result, list) or isinstance(result, tuple) and not any(isinstance(each, list) for each in parts)
+    )
     return max([len(parts) * is_list, *map(longest_list, parts)])
 
 

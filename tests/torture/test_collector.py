@@ -1,5 +1,5 @@
-"""Results that callbacks of the garbage collector change while they are being built. A method may give another result or
-an exception then; it never crashes, leaks nothing, and answers the next call as ever."""
+"""Results that callbacks of the garbage collector change while they are being built. A method may give another result
+or an exception then; it never crashes, leaks nothing, and answers the next call as ever."""
 
 import gc
 

@@ -291,7 +291,8 @@ class TestFailures:
             texts = [each.text for each in stub.failures(name) if re.fullmatch(each.pattern, outcome.printed)]
             assert len(set(texts)) == 1 and texts[0].startswith("TypeError: ")
 
-    # Arguments whose results are small enough to fail at each of their allocations, and whose calls are the same each time.
+    # Arguments whose results are small enough to fail at each of their allocations, and whose calls are the same each
+    # time.
     SMALL = {"ListPorts": (1,), "DumpLBStats": (0, 5, 1, 0, 1), "GetUplinkRingSize": ("dvs-production", "nic1")}
 
     BUILDING = {"Failed to allocate buffer.\n", "Failed to set dict item.\n", "Failed to set list item.\n"}

@@ -16,7 +16,8 @@ USAGE = 1  # a wrong command line
 NO_HOST = 2  # a host that cannot be set up, or a scenario that is not valid
 
 EPILOG = (
-    "Exit codes: 0; 1 for a wrong command line; 2 for a host that cannot be set up, a scenario that is not valid, or an "
+    "Exit codes: 0; 1 for a wrong command line; 2 for a host that cannot be set up, a scenario that is not valid, or "
+    "an "
     "output that cannot be written. 'run' becomes the script, whose exit code it is then."
 )
 
@@ -64,9 +65,13 @@ def options_of(arguments: Sequence[str]) -> argparse.Namespace:
     command.add_argument("--capture", metavar="FILE", help="record every platform call into this new file")
     command.add_argument("--overwrite", action="store_true", help="let the capture replace a file that is there")
     command.add_argument("--replay", metavar="FILE", help="answer from this capture instead of a scenario")
-    command.add_argument("--attach", metavar="SOCKET", help="let the host answer that serves there; see 'qdp-host serve'")
+    command.add_argument(
+        "--attach", metavar="SOCKET", help="let the host answer that serves there; see 'qdp-host serve'"
+    )
     command.add_argument("--keep", metavar="FILE", help="begin with the host that this file keeps, and keep it there")
-    command.add_argument("--real", action="store_true", help="use the libraries of this machine, to capture their calls")
+    command.add_argument(
+        "--real", action="store_true", help="use the libraries of this machine, to capture their calls"
+    )
     command.set_defaults(function=run, parser=command)
 
     command = commands.add_parser("check", help="check that scenarios are valid", epilog=EPILOG)

@@ -35,7 +35,8 @@ _Asked = NamedTuple("_Asked", [("operation", str), ("arguments", List[Argument])
 
 
 class Call(_Asked):
-    """A call of a platform operation: its name and its arguments, in order; a buffer and its size word are one argument.
+    """A call of a platform operation: its name and its arguments, in order; a buffer and its size word are one
+    argument.
 
     Numbers are ints as they lay in the register (unsigned, 64 bits); texts are str; byte arguments are bytes; a buffer
     for an answer is a Capacity; a null pointer is None.

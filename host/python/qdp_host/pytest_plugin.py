@@ -1,8 +1,8 @@
-"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the markers `scenario` and `snapshot` that choose
-what it has.
+"""For pytest: the fixture `qdp_host`, the embedded host of a test, and the markers `scenario` and `snapshot` that
+choose what it has.
 
-The plugin loads the stand-ins where the fixture is used. A test file that names it, itself or in a conftest.py, can import
-_libqdp at its top; in every other run _libqdp finds the libraries of the machine, or none.
+The plugin loads the stand-ins where the fixture is used. A test file that names it, itself or in a conftest.py, can
+import _libqdp at its top; in every other run _libqdp finds the libraries of the machine, or none.
 """
 
 import importlib
@@ -50,8 +50,12 @@ _before_the_module = _BeforeTheModule()
 
 
 def pytest_configure(config: Any) -> None:
-    config.addinivalue_line("markers", "scenario(name): the scenario, by file or by name, that the fixture qdp_host has")
-    config.addinivalue_line("markers", "snapshot(file): the snapshot of a host whose answers the fixture qdp_host replays")
+    config.addinivalue_line(
+        "markers", "scenario(name): the scenario, by file or by name, that the fixture qdp_host has"
+    )
+    config.addinivalue_line(
+        "markers", "snapshot(file): the snapshot of a host whose answers the fixture qdp_host replays"
+    )
     config.pluginmanager.register(_before_the_module, "qdp_host.before_the_module")
     sys.meta_path.insert(0, _before_the_module)
 

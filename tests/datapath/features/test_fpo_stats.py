@@ -162,7 +162,9 @@ class TestGetFPOStats:
         others = [key for key in LCORE_KEYS[1:] if key not in failures]
         assert all(late[key] > early[key] for early, late in zip(before, after) for key in others)
 
-    @pytest.mark.parametrize("switch, lcores", [(3, (0,)), (0, (8,)), (1, (7,)), (0, (64,)), (0, (1, -1)), (0, (1,) * 33)])
+    @pytest.mark.parametrize(
+        "switch, lcores", [(3, (0,)), (0, (8,)), (1, (7,)), (0, (64,)), (0, (1, -1)), (0, (1,) * 33)]
+    )
     def test_embedded_host_has_no_such_lcores(self, qdp, switch, lcores):
         outcome = qdp.call("GetFPOStats", switch, lcores)
         assert (outcome.result, outcome.printed) == (None, self.CANNOT)

@@ -129,7 +129,9 @@ class TestGetL3SPANRecord:
     def test_the_low_byte_of_the_flag_is_the_address_family(self, host, qdp, flag, low_byte):
         host.script("Qdp_Get_L3SPAN_Record")
         text, address = ("fd00::7", ipv6("fd00::7")) if low_byte else ("10.0.0.7", ipv4("10.0.0.7"))
-        assert qdp.call("GetL3SPANRecord", 0, flag, text, 0) == Outcome({"isValid": 0}, calls=[call(0, low_byte, address)])
+        assert qdp.call("GetL3SPANRecord", 0, flag, text, 0) == Outcome(
+            {"isValid": 0}, calls=[call(0, low_byte, address)]
+        )
 
     @pytest.mark.parametrize(
         "value, low", [(0, 0), (1, 1), (0xABCDEF, 0xABCDEF), (0x12345678, 0x345678), (0xFF000000, 0), (-1, 0xFFFFFF)]

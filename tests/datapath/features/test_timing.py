@@ -130,7 +130,8 @@ class TestSetFPORevalConfig:
         }
 
     @pytest.mark.parametrize(
-        "given, kept", [((0, 1, KEEP, 5), (0, 1, 256, 5)), ((0, 1, 5, KEEP), (0, 1, 5, 1000)), (None, (1, 0, 256, 1000))]
+        "given, kept",
+        [((0, 1, KEEP, 5), (0, 1, 256, 5)), ((0, 1, 5, KEEP), (0, 1, 5, 1000)), (None, (1, 0, 256, 1000))],
     )
     def test_embedded_datapath_keeps_current_values_too(self, host, qdp, given, kept):
         status = host.libqdp.Qdp_Set_FPO_Reval_Config(reval_record(*given) if given else None)

@@ -99,7 +99,9 @@ FLOWS = {
     "offloaded, with a null pointer": Flow(area(offload=OFFLOADED | HAS_INDEXES | IS_POINTER)),
     "offloaded, with a pointer flag alone": Flow(area(offload=OFFLOADED | IS_POINTER, software_index=5)),
     "not offloaded, with indexes": Flow(area(offload=0xFFFFFFFE, software_index=5)),
-    "multicast": Flow(area(generation=6, inval=5, length=480, group_flags=MULTICAST, n_ag=2, n_dp=255), group(3, 5, 20)),
+    "multicast": Flow(
+        area(generation=6, inval=5, length=480, group_flags=MULTICAST, n_ag=2, n_dp=255), group(3, 5, 20)
+    ),
     "multicast with further flags, offloaded": Flow(area(offload=OFFLOADED, group_flags=0xFFFFFFFF), group(3)),
 }
 
@@ -132,7 +134,9 @@ class TestFCActionsToStr:
     def test_golden_line(self, exported, case):
         assert self.written(exported, FLOWS[case]) == (0, ACTION_TEXTS[case], "")
 
-    @pytest.mark.parametrize("case", [case for case, flow in FLOWS.items() if flow.bitmap and not flow.bitmap >> META_FLOW & 1])
+    @pytest.mark.parametrize(
+        "case", [case for case, flow in FLOWS.items() if flow.bitmap and not flow.bitmap >> META_FLOW & 1]
+    )
     def test_an_action_is_followed_by_another(self, exported, case):
         flow = FLOWS[case]
         bitmap = flow.bitmap | 1 << META_FLOW

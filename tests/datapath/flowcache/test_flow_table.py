@@ -358,7 +358,9 @@ class TestDumpFlowTable:
         else:
             assert outcome == Outcome(None, INVALID_RESPONSE, calls=[call()])
 
-    @pytest.mark.parametrize("last_offset, accepted", [(RESPONSE_BYTES - ENTRY_ROOM, True), (RESPONSE_BYTES - ENTRY_ROOM + 1, False)])
+    @pytest.mark.parametrize(
+        "last_offset, accepted", [(RESPONSE_BYTES - ENTRY_ROOM, True), (RESPONSE_BYTES - ENTRY_ROOM + 1, False)]
+    )
     def test_the_last_place_of_an_entry(self, host, qdp, last_offset, accepted):
         leading = area(length=last_offset - 24 - 112) + group()
         given = response(entry(actions=leading, room=last_offset - 24), entry(room=ENTRY_ROOM), valid=0xFFFFFFFF)
@@ -413,8 +415,8 @@ class TestDumpFlowTable:
         )
 
     def test_a_short_length_moves_the_tail_into_the_key(self, host, qdp):
-        """Ten bytes before the action area lie the key's last ten: two of its second address, and its reserved ones. The
-        key has been cleared by then."""
+        """Ten bytes before the action area lie the key's last ten: two of its second address, and its reserved ones.
+        The key has been cleared by then."""
         actions = area(length=112) + group(25)
         given = response(entry(key(addresses=b"\x11" * 32), actions, room=ENTRY_ROOM))
         outcome = self.dumped(host, qdp, given)
@@ -440,8 +442,12 @@ class TestDumpFlowTable:
         while rng.random() < 0.8:
             length = rng.choice([0, 50, 122, 304, 426, 576, rng.randrange(0x10000)])
             bits = rng.sample(range(64), rng.randrange(12))
-            actions = area(length=length, offload=rng.getrandbits(16), group_flags=rng.choice([0, 0, MULTICAST])) + group(*bits)
-            actions = actions.ljust(max(length, len(actions)), rng.choice([b"\0", b"\x03", b"\xff"]))[: max(length, 180)]
+            actions = area(
+                length=length, offload=rng.getrandbits(16), group_flags=rng.choice([0, 0, MULTICAST])
+            ) + group(*bits)
+            actions = actions.ljust(max(length, len(actions)), rng.choice([b"\0", b"\x03", b"\xff"]))[
+                : max(length, 180)
+            ]
             made.append(entry(key(rng.randrange(16)), actions))
         given = bytearray(
             response(
@@ -555,7 +561,10 @@ class TestEmbeddedHost:
 
     @pytest.mark.parametrize("start", [27, 28, NO_MORE - 1])
     def test_a_page_behind_the_last_flow(self, qdp, start):
-        assert qdp.result("DumpFlowTable", *arguments(lcore=3, start_index=start)) == {"startIndex": NO_MORE, "list": []}
+        assert qdp.result("DumpFlowTable", *arguments(lcore=3, start_index=start)) == {
+            "startIndex": NO_MORE,
+            "list": [],
+        }
 
     @pytest.mark.parametrize(
         "column, wanted",

@@ -118,7 +118,9 @@ class TestListPorts:
             "Qdp_Get_Port_List",
             outputs=[
                 port_list(
-                    port_entry(7, 0x04000007, bytes([0x0A, 0x1B, 0xFF, 0, 1, 0xC0]), 2, 0, 1, 0, b"\x01\x02\x03", b"\xff"),
+                    port_entry(
+                        7, 0x04000007, bytes([0x0A, 0x1B, 0xFF, 0, 1, 0xC0]), 2, 0, 1, 0, b"\x01\x02\x03", b"\xff"
+                    ),
                     port_entry(0xFFFFFFFF, 0xFFFFFFFE, b"\xff" * 6, 0xFFFF, 1, 2, 0xFFFFFFFF),
                 )
             ],

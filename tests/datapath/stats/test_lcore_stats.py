@@ -86,7 +86,13 @@ class TestGetFlowStats:
 
     @pytest.mark.parametrize(
         "counter, reported",
-        [((1 << 32) - 1, (1 << 32) - 1), (1 << 32, 0), ((1 << 32) + 5, 5), ((1 << 64) - 1, (1 << 32) - 1), (1 << 63, 0)],
+        [
+            ((1 << 32) - 1, (1 << 32) - 1),
+            (1 << 32, 0),
+            ((1 << 32) + 5, 5),
+            ((1 << 64) - 1, (1 << 32) - 1),
+            (1 << 63, 0),
+        ],
     )
     def test_counters_are_reported_modulo_2_to_the_32nd(self, host, qdp, counter, reported):
         host.script("Qdp_Get_Flow_Stats", outputs=[flow_stats(entry((1, 2, 3), [counter] * 26))])
@@ -110,7 +116,9 @@ class TestGetFlowStats:
         assert qdp.call("GetFlowStats", 0, (1,), 0) == Outcome([], calls=[self.call(0, [1], 0)])
 
     def test_all_entries_and_what_lies_beyond_them(self, host, qdp):
-        host.script("Qdp_Get_Flow_Stats", outputs=[flow_stats(*[entry((i, 1, 1), [2] * 26) for i in range(32)], count=34)])
+        host.script(
+            "Qdp_Get_Flow_Stats", outputs=[flow_stats(*[entry((i, 1, 1), [2] * 26) for i in range(32)], count=34)]
+        )
         stats = qdp.result("GetFlowStats", 0, (0,), 0)
         assert [each["lcoreID"] for each in stats] == [*range(32), 0, 0]
         assert list(stats[31].values()) == [31, 1, 1] + [2] * 24
@@ -170,7 +178,9 @@ class TestEmbeddedHost:
         for stats in qdp.result("GetFlowStats", 0, self.ALL, 0):
             start, flows = 0, []
             while start != 0xFFFFFFFF:
-                page = qdp.result("DumpFlowTable", 0, stats["lcoreID"], start, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0)
+                page = qdp.result(
+                    "DumpFlowTable", 0, stats["lcoreID"], start, 0, 0, "", 0, "", 0, "", 0, "", 0, 0, 0, 0, 0
+                )
                 flows += page["list"]
                 start = page["startIndex"]
             assert stats["numFlows"] == stats["numFlowsCreated"] == len(flows)

@@ -1,4 +1,5 @@
-"""Tests of `qdp snapshot`, `bundle`, `diff`, `check` and `--from`, as processes: a snapshot answers for a whole process."""
+"""Tests of `qdp snapshot`, `bundle`, `diff`, `check` and `--from`, as processes: a snapshot answers for a whole
+process."""
 
 import functools
 import json
@@ -87,7 +88,11 @@ def without_counters(row):
 def test_snapshot_shows_what_the_host_shows(run, file, words):
     live, kept = rows(run(*words, "-j")), rows(run("--from", file, *words, "-j"))
     assert len(kept) == len(live) and [list(row) for row in kept] == [list(row) for row in live]
-    if words[0] in ("switch", "mac", "setting", "table") or words[:2] in (["port", "show"], ["port", "conf"], ["nic", "lif"]):
+    if words[0] in ("switch", "mac", "setting", "table") or words[:2] in (
+        ["port", "show"],
+        ["port", "conf"],
+        ["nic", "lif"],
+    ):
         assert kept == live
 
 
@@ -105,11 +110,15 @@ def test_command_without_platform_says_what_to_do(process, tmp_path):
     environment.pop("LD_LIBRARY_PATH")
     done = subprocess.run(command, env=environment, cwd=str(tmp_path), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     assert (done.returncode, done.stdout) == (2, b"")
-    assert done.stderr.startswith(b"qdp: ListSwitches(): _libqdp cannot be loaded: libqdp.so: cannot open shared object")
+    assert done.stderr.startswith(
+        b"qdp: ListSwitches(): _libqdp cannot be loaded: libqdp.so: cannot open shared object"
+    )
     assert done.stderr.endswith(b"run this on a host, or by `qdp-host run`\n")
 
 
-@pytest.mark.parametrize("words", [["port", "reset", "0", "3"], ["exporter"], ["setting", "set", "flow-timeout", "5"], ["bundle", "x"]])
+@pytest.mark.parametrize(
+    "words", [["port", "reset", "0", "3"], ["exporter"], ["setting", "set", "flow-timeout", "5"], ["bundle", "x"]]
+)
 def test_snapshot_cannot_be_changed(run, file, words):
     code, out, err = run("--from", file, *words)
     assert (code, out) == (1, "")
@@ -164,7 +173,14 @@ def test_diff_of_settings(run, file, tmp_path):
     code, out, err = run("diff", file, "other.qdp", "--only", "settings,inventory", "-j")
     assert (code, err) == (3, "")
     assert json.loads(out) == [
-        {"kind": "setting", "path": "dvs-production/burst-size", "before": 32, "after": 64, "growth": None, "rate": None}
+        {
+            "kind": "setting",
+            "path": "dvs-production/burst-size",
+            "before": 32,
+            "after": 64,
+            "growth": None,
+            "rate": None,
+        }
     ]
 
 

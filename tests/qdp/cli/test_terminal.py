@@ -119,7 +119,9 @@ def test_counters_are_never_cut(terminal, columns):
 
 
 @pytest.mark.parametrize("columns", [40, 80, 200])
-@pytest.mark.parametrize("words", [["uplink", "offload"], ["nic", "show"], ["mirror"], ["table", "get", "flow-info", "101"]])
+@pytest.mark.parametrize(
+    "words", [["uplink", "offload"], ["nic", "show"], ["mirror"], ["table", "get", "flow-info", "101"]]
+)
 def test_long_values_are_broken_between_words(terminal, run_process, words, columns):
     shown = terminal(*words, columns=columns)
     lines = BOLD.sub("", shown.read_until()).splitlines()

@@ -1,4 +1,5 @@
-"""Tests of what the exporter reads, on the embedded host: which series, from which calls, and that nothing is written."""
+"""Tests of what the exporter reads, on the embedded host: which series, from which calls, and that nothing is
+written."""
 
 import gc
 import re
@@ -219,7 +220,9 @@ def test_all_families_of_the_table_are_read_on_a_host_that_has_all(host):
     _libqdp.P4UKLatencySet(1)
     host.freeze()
     host.advance(10)
-    about_the_exporter = {name for name in metrics.BY_NAME if not name.startswith(("qdp_switch", "qdp_port", "qdp_nic"))}
+    about_the_exporter = {
+        name for name in metrics.BY_NAME if not name.startswith(("qdp_switch", "qdp_port", "qdp_nic"))
+    }
     own = {name for name in about_the_exporter if not metrics.BY_NAME[name].method}
     assert set(families()) == set(metrics.BY_NAME) - own
 

@@ -101,7 +101,13 @@ def every_series(value):
     """One series for each key of each row, with the label values that the key adds."""
     return {
         metric.name: [
-            (dict(dict.fromkeys(metric.labels, "x"), **dict(zip(metric.labels[len(metric.labels) - len(added) :], added))), value)
+            (
+                dict(
+                    dict.fromkeys(metric.labels, "x"),
+                    **dict(zip(metric.labels[len(metric.labels) - len(added) :], added)),
+                ),
+                value,
+            )
             for added in metric.keys.values() or [()]
         ]
         for metric in metrics.METRICS

@@ -63,7 +63,11 @@ def test_openmetrics_form(exporter):
 def test_promtool_finds_nothing(exporter):
     text = exporter.get()[2]
     done = subprocess.run(
-        ["promtool", "check", "metrics"], input=text, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True
+        ["promtool", "check", "metrics"],
+        input=text,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        universal_newlines=True,
     )
     assert (done.returncode, done.stdout) == (0, "")
 
@@ -219,7 +223,12 @@ def connection(exporter):
 
 def test_garbage_slow_and_many_clients_cost_the_others_nothing(exporter):
     held = []
-    for content in [b"\0\xff" * 5000, b"GET", b"GET /metrics HTTP/1.1\r\nX: " + b"a" * 70000, b"POST / HTTP/1.1\r\n\r\n"]:
+    for content in [
+        b"\0\xff" * 5000,
+        b"GET",
+        b"GET /metrics HTTP/1.1\r\nX: " + b"a" * 70000,
+        b"POST / HTTP/1.1\r\n\r\n",
+    ]:
         client = connection(exporter)
         client.sendall(content)
         held.append(client)

@@ -82,7 +82,10 @@ def test_heads_of_the_two_forms():
     families = {"qdp_switch_mtu_bytes": "x\n", "qdp_port_bytes": "y\n"}
     assert render.page(families, is_openmetrics=False) == (
         "# HELP qdp_switch_mtu_bytes Largest packet that a switch forwards.\n# TYPE qdp_switch_mtu_bytes gauge\nx\n"
-        "# HELP qdp_port_bytes_total Bytes that a port has sent (tx) or received (rx), on the fast and on the slow path.\n"
+        "# HELP qdp_port_bytes_total Bytes that a port has sent (tx) or received (rx), on the fast and on the slow "
+        "path.\n"
         "# TYPE qdp_port_bytes_total counter\ny\n"
     )
-    assert "# TYPE qdp_port_bytes counter\n# UNIT qdp_port_bytes bytes\ny\n" in render.page(families, is_openmetrics=True)
+    assert "# TYPE qdp_port_bytes counter\n# UNIT qdp_port_bytes bytes\ny\n" in render.page(
+        families, is_openmetrics=True
+    )

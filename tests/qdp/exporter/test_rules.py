@@ -60,7 +60,11 @@ FIRING = [
         ],
         dict(PORT, direction="rx"),
     ),
-    ("QdpUplinkErrors", [(series("qdp_uplink_errors_total", direction="rx", **PORT), "0+120x30")], dict(PORT, direction="rx")),
+    (
+        "QdpUplinkErrors",
+        [(series("qdp_uplink_errors_total", direction="rx", **PORT), "0+120x30")],
+        dict(PORT, direction="rx"),
+    ),
     (
         "QdpOffloadTableFull",
         [(series("qdp_offload_flows", **PORT), "91x30"), (series("qdp_offload_flows_limit", **PORT), "100x30")],
@@ -92,12 +96,30 @@ FIRING = [
 
 # What looks similar and brings nothing.
 QUIET = [
-    ("QdpPortDrops", [(series("qdp_port_drops_total", **RX), "0+6060x30"), (series("qdp_port_packets_total", **RX), "0+6120000x30")]),
-    ("QdpPortDrops", [(series("qdp_port_drops_total", **RX), "0+5940x30"), (series("qdp_port_packets_total", **RX), "0+6000x30")]),
-    ("QdpOffloadTableFull", [(series("qdp_offload_flows", **PORT), "90x30"), (series("qdp_offload_flows_limit", **PORT), "100x30")]),
-    ("QdpOffloadTableFull", [(series("qdp_offload_flows", **PORT), "0x30"), (series("qdp_offload_flows_limit", **PORT), "0x30")]),
+    (
+        "QdpPortDrops",
+        [(series("qdp_port_drops_total", **RX), "0+6060x30"), (series("qdp_port_packets_total", **RX), "0+6120000x30")],
+    ),
+    (
+        "QdpPortDrops",
+        [(series("qdp_port_drops_total", **RX), "0+5940x30"), (series("qdp_port_packets_total", **RX), "0+6000x30")],
+    ),
+    (
+        "QdpOffloadTableFull",
+        [(series("qdp_offload_flows", **PORT), "90x30"), (series("qdp_offload_flows_limit", **PORT), "100x30")],
+    ),
+    (
+        "QdpOffloadTableFull",
+        [(series("qdp_offload_flows", **PORT), "0x30"), (series("qdp_offload_flows_limit", **PORT), "0x30")],
+    ),
     ("QdpDown", [(series("qdp_up"), "1x30")]),
-    ("QdpSlowPathShare", [(series("qdp_port_packets_total", **dict(RX, path="slow")), "0+600x30"), (series("qdp_port_packets_total", **RX), "0+600x30")]),
+    (
+        "QdpSlowPathShare",
+        [
+            (series("qdp_port_packets_total", **dict(RX, path="slow")), "0+600x30"),
+            (series("qdp_port_packets_total", **RX), "0+600x30"),
+        ],
+    ),
 ]
 
 
@@ -120,7 +142,10 @@ def run_rules(root, tmp_path, alert, values, alerts):
     file = tmp_path / "test.yml"
     file.write_text(json.dumps(test))
     done = subprocess.run(
-        ["promtool", "test", "rules", str(file)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True
+        ["promtool", "test", "rules", str(file)],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        universal_newlines=True,
     )
     assert done.returncode == 0, done.stdout
 

@@ -20,6 +20,8 @@ def test_unit_starts_the_command_with_its_default_address(root):
 @pytest.mark.skipif(not shutil.which("systemd-analyze"), reason="there is no systemd on this machine")
 def test_unit_is_hardened(root):
     done = subprocess.run(
-        ["systemd-analyze", "security", "--offline=yes", str(root / UNIT)], stdout=subprocess.PIPE, universal_newlines=True
+        ["systemd-analyze", "security", "--offline=yes", str(root / UNIT)],
+        stdout=subprocess.PIPE,
+        universal_newlines=True,
     )
     assert float(re.search(r"Overall exposure level for \S+: ([\d.]+)", done.stdout)[1]) <= MOST_EXPOSURE

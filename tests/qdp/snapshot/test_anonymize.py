@@ -86,7 +86,11 @@ def test_tokens_have_the_form_of_what_they_stand_for():
     assert re.fullmatch(r"10(\.\d+){3}", tokens.ip("192.0.2.1"))
     assert tokens.ip("2001:db8::1") == tokens.ip("2001:db8:0::1")
     assert tokens.ip("2001:db8::1").startswith("fd00:")
-    assert (tokens.mac("ff:ff:ff:ff:ff:ff"), tokens.ip("0.0.0.0"), tokens.ip("::")) == ("ff:ff:ff:ff:ff:ff", "0.0.0.0", "::")
+    assert (tokens.mac("ff:ff:ff:ff:ff:ff"), tokens.ip("0.0.0.0"), tokens.ip("::")) == (
+        "ff:ff:ff:ff:ff:ff",
+        "0.0.0.0",
+        "::",
+    )
     assert (tokens.ip("300.1.1.1"), tokens.ip("1:2")) == ("300.1.1.1", "1:2")
 
 

@@ -61,7 +61,9 @@ def test_counters_of_64_bits(tmp_path, before, after, grown, rate):
 
 
 def test_counters_of_32_bits(tmp_path):
-    a = snapshot(tmp_path, "a", 0, call("GetFlowStats", (0, (4, 5), 0), [{"lcoreID": 4, "hits": 2**32 - 5, "numFlows": 1}]))
+    a = snapshot(
+        tmp_path, "a", 0, call("GetFlowStats", (0, (4, 5), 0), [{"lcoreID": 4, "hits": 2**32 - 5, "numFlows": 1}])
+    )
     b = snapshot(tmp_path, "b", 10, call("GetFlowStats", (0, (4, 5), 0), [{"lcoreID": 4, "hits": 15, "numFlows": 9}]))
     assert list(differences(a, b)) == [Difference(COUNTER, "lcore/0/4/hits", 2**32 - 5, 15, 20, 2.0)]
 

@@ -169,10 +169,14 @@ def test_hanging_section_is_given_up_and_the_rest_is_read(on_embedded_host, monk
 
 
 def test_snapshot_costs_little_beside_a_start_of_the_interpreter(reading_environment, root, tmp_path):
-    """Processor time of both processes, with compiled files as an installation keeps them; script/bench has the figures."""
+    """Processor time of both processes, with compiled files as an installation keeps them; script/bench has the
+    figures."""
     environment = {**reading_environment, "PYTHONPYCACHEPREFIX": str(tmp_path), "PYTHONDONTWRITEBYTECODE": ""}
     environment["PYTHONPATH"] = environment["PYTHONPATH"].partition(os.pathsep)[0]  # without the recorder
-    commands = [["-c", "import argparse"], [str(root / "script" / "qdp_command.py"), "snapshot", str(tmp_path / "x.qdp")]]
+    commands = [
+        ["-c", "import argparse"],
+        [str(root / "script" / "qdp_command.py"), "snapshot", str(tmp_path / "x.qdp")],
+    ]
     times = [[], []]
     for _ in range(8):  # in turns; the least counts
         for line, found in zip(commands, times):
@@ -362,7 +366,9 @@ def test_huge_line_takes_no_more_than_twice_the_file(tmp_path, line, end, what):
     path = file_of(tmp_path, [began("ports"), line % (b"x" * (32 << 20))])
     os.truncate(path, os.path.getsize(path) - end)
     environment = dict(os.environ, PYTHONPATH=os.pathsep.join(filter(None, sys.path)))
-    done = subprocess.run([sys.executable, "-c", READS, path], cwd="/", env=environment, stdout=subprocess.PIPE, check=True)
+    done = subprocess.run(
+        [sys.executable, "-c", READS, path], cwd="/", env=environment, stdout=subprocess.PIPE, check=True
+    )
     grown, _, said = done.stdout.decode().strip().partition(" ")
     assert said.endswith(what)
     assert int(grown) * 1024 <= 2 * os.path.getsize(path) + (4 << 20)

@@ -80,7 +80,9 @@ class TestAdvStatsGetCounters:
             dict(zip(KEYS, words, strict=True)), calls=[self.call(switch, selector, text)]
         )
 
-    @pytest.mark.parametrize("word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 1, -1)])
+    @pytest.mark.parametrize(
+        "word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 1, -1)]
+    )
     def test_counters_are_signed(self, host, qdp, word, shown):
         host.script("Qdp_AdvStatsGetCounters", outputs=[bytes(132) + struct.pack("<Q", word) * 37])
         assert qdp.result("AdvStatsGetCounters", 0, 0, "") == dict.fromkeys(KEYS, shown)

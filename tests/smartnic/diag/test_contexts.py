@@ -155,7 +155,9 @@ class TestFPOQueryContextMgr:
     def test_embedded_host_knows_no_such_context(self, qdp, ids):
         assert qdp.call("FPOQueryContextMgr", *ids).printed == "Query mgr failed.\n\n"
 
-    @pytest.mark.parametrize("query_type, named_size, accepted", [(2, 64, True), (1, 64, False), (2, 63, False), (2, 0, False)])
+    @pytest.mark.parametrize(
+        "query_type, named_size, accepted", [(2, 64, True), (1, 64, False), (2, 63, False), (2, 0, False)]
+    )
     def test_embedded_host_refuses_what_no_query_looks_like(self, host, query_type, named_size, accepted):
         request = struct.pack("<IIII", 2, 101, 1, query_type)
         answer, size = ctypes.create_string_buffer(struct.pack("<I", named_size), 64), ctypes.c_uint32(64)

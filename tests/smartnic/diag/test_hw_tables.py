@@ -139,7 +139,11 @@ class TestP4HWTableDump:
 
     def test_what_is_stated_beyond_the_buffer_reads_as_zero(self, host, qdp):
         lines = self.lines(host, qdp, b"\x01" * 2032, length=2048 + 20)
-        assert lines[126:] == [f"0x{0x1000 + 126 * 16:x}: " + "01 " * 16, "0x17f0: " + "00 " * 16, "0x1800: 00 00 00 00 "]
+        assert lines[126:] == [
+            f"0x{0x1000 + 126 * 16:x}: " + "01 " * 16,
+            "0x17f0: " + "00 " * 16,
+            "0x1800: 00 00 00 00 ",
+        ]
 
 
 class TestEmbeddedTableMemory:
@@ -164,7 +168,9 @@ class TestEmbeddedTableMemory:
         assert two[:64] != two[64:]
         assert two != self.dump(qdp, 2, 5, 2)[1]
 
-    @pytest.mark.parametrize("table, first, count, bytes_shown", [(3, 0, 200, 15 * 128), (4, 0, 64, 63 * 32), (7, 0, 99, 7 * 256)])
+    @pytest.mark.parametrize(
+        "table, first, count, bytes_shown", [(3, 0, 200, 15 * 128), (4, 0, 64, 63 * 32), (7, 0, 99, 7 * 256)]
+    )
     def test_a_dump_is_cut_to_the_entries_that_fit(self, qdp, table, first, count, bytes_shown):
         assert len(self.dump(qdp, table, first, count)[1]) == bytes_shown
 

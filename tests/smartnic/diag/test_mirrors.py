@@ -55,7 +55,10 @@ class TestP4MirrorTableDump:
             (session(tunnel=-(1 << 31)), EMPTY_SESSION.replace("TunnelIdx:0", "TunnelIdx:-2147483648")),
             (session(vni=-5), EMPTY_SESSION.replace("vni:0", "vni:-5")),
             (session(vni=(1 << 31) - 1), EMPTY_SESSION.replace("vni:0", "vni:2147483647")),
-            (session(uplinks=(0xFFFF, 0x8000)), EMPTY_SESSION.replace("Lport0:0", "Lport0:65535").replace("Lport1:0", "Lport1:32768")),
+            (
+                session(uplinks=(0xFFFF, 0x8000)),
+                EMPTY_SESSION.replace("Lport0:0", "Lport0:65535").replace("Lport1:0", "Lport1:32768"),
+            ),
         ],
     )
     def test_every_field_and_no_other(self, host, qdp, entry, line):
@@ -99,7 +102,9 @@ class TestP4MirrorTableDump:
 
 
 def mirror(first=0, gre_key=0, eighth=0, hardware=0, eleventh=0, snap=0, source=b"", destination=b"", erspan=0):
-    return struct.pack("<HxxiBBxB14xH16s16sHxx", first, gre_key, eighth, hardware, eleventh, snap, source, destination, erspan)
+    return struct.pack(
+        "<HxxiBBxB14xH16s16sHxx", first, gre_key, eighth, hardware, eleventh, snap, source, destination, erspan
+    )
 
 
 def ipv6(text):
@@ -215,7 +220,8 @@ class TestP4PortMirrorTableDump:
 
     def test_embedded_host_shows_the_mirrors_of_a_port(self, qdp):
         assert qdp.result("P4PortMirrorTableDump", 1, 0) == [
-            "OL:1 Idx:0 fcPort:1 greKey:100 GRE_ONLY cos:3 ns:0 hwID:0 snapLen:128 erspanID:0 SA:10.20.30.1 DA:10.20.30.99",
+            "OL:1 Idx:0 fcPort:1 greKey:100 GRE_ONLY cos:3 ns:0 hwID:0 snapLen:128 erspanID:0 SA:10.20.30.1 "
+            "DA:10.20.30.99",
             "OL:1 Idx:1 fcPort:1 greKey:0 ERSPAN3 cos:3 ns:0 hwID:1 snapLen:128 erspanID:11 "
             f"SA:{column('fd00::1')} DA:{column('fd00::99')}",
         ]

@@ -139,7 +139,9 @@ class TestGetOffloadFlows:
 class TestSetOffloadICMPEcho:
     @pytest.mark.parametrize("enable", [0, 1, 7, 0xFFFFFFFF])
     def test_the_library_gets_the_value_as_it_is(self, host, qdp, enable):
-        assert qdp.call("SetOffloadICMPEcho", enable) == Outcome(None, calls=[Call("Qdp_Set_Offload_ICMP_Echo", [enable])])
+        assert qdp.call("SetOffloadICMPEcho", enable) == Outcome(
+            None, calls=[Call("Qdp_Set_Offload_ICMP_Echo", [enable])]
+        )
 
 
 class TestGetOffloadICMPEcho:

@@ -30,7 +30,9 @@ class TestP4StatsFlowGet:
         host.script("Qdp_P4_HWTable_Dump", outputs=[dump(bytes([0, 0, 0, 0, 0, 0, 1, 0]) + bytes(24))])
         assert qdp.result("P4StatsFlowGet", 0) == {"pcnt": 256, "bcnt": 0, "tcp_flags": 0}
 
-    @pytest.mark.parametrize("word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 2, -2)])
+    @pytest.mark.parametrize(
+        "word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 2, -2)]
+    )
     def test_counters_are_signed_and_flags_are_not(self, host, qdp, word, shown):
         host.script("Qdp_P4_HWTable_Dump", outputs=[dump(entry(word, word, 0xFF))])
         assert qdp.result("P4StatsFlowGet", 0) == {"pcnt": shown, "bcnt": shown, "tcp_flags": 255}

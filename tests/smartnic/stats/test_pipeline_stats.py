@@ -100,7 +100,10 @@ def assert_decodes(host, qdp, counters, arguments, passed_on):
 
 @each_method
 class TestAllCounters:
-    @pytest.mark.parametrize("word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 1, -1)])
+
+    @pytest.mark.parametrize(
+        "word, shown", [((1 << 63) - 1, (1 << 63) - 1), (1 << 63, -(1 << 63)), ((1 << 64) - 1, -1)]
+    )
     def test_counters_are_signed(self, host, qdp, counters, word, shown):
         host.script(counters.operation, outputs=[struct.pack("<Q", word) * (counters.size // 8)])
         assert qdp.call(counters.method, *counters.arguments) == Outcome(
