@@ -151,8 +151,8 @@ def openings():
 
 # Names of a real platform's form, and what to write instead.
 REAL_NAMES = [
-    (re.compile(r"vm(?:nic|k(?=[0-9{%]))", re.IGNORECASE), "name a device nic0, nic1, ..."),
-    (re.compile(r"\bDvs(?:Portset|Uplinks?)-"), "name a portset portset-0, portset-1, ..."),
+    (re.compile(r"\b(?!vnic|smartnic)[a-z]+nic(?=[0-9{%])", re.IGNORECASE), "name a device nic0, nic1, ..."),
+    (re.compile(r"\b[A-Z]\w*(?:Portset|Uplinks?)-(?=[0-9{%])"), "name a portset portset-0, portset-1, ..."),
     (
         re.compile(r"\b[0-9a-f]{2}(?: [0-9a-f]{2}){7}-[0-9a-f]{2}(?: [0-9a-f]{2}){7}\b", re.IGNORECASE),
         "name a switch in words",

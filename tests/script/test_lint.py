@@ -17,11 +17,10 @@ def lint(root):
 
 # In two pieces each, so that this file holds none.
 REAL = {
-    "a device": "vm" "nic0",
-    "a counted device": "vm" "nic{4}",
-    "a port of the kernel": "vm" "k0",
-    "a portset": "Dvs" "Portset-0",
-    "an uplink": "Dvs" "Uplink-1",
+    "a device": "en" "nic0",
+    "a counted device": "en" "nic{4}",
+    "a portset": "Net" "Portset-0",
+    "an uplink": "Net" "Uplink-1",
     "an id of octets": "0a 1b 2c 3d 4e 5f 60 71-" "82 93 a4 b5 c6 d7 e8 f9",
     "a UUID": "0a1b2c3d-4e5f-6071-" "8293-a4b5c6d7e8f9",
     "an address of a maker": "00:1b" ":21:00:00:01",
