@@ -75,8 +75,8 @@ void counted_free(void* context, void* memory)
     original->free(original->ctx, memory);
 }
 
-// --- Large records: AddressSanitizer would map and unmap each anew. One of each size is kept, with poison behind it; while
-// nobody has it, its first bytes are poisoned too. ---
+// --- Large records: AddressSanitizer would map and unmap each anew. One of each size is kept, with poison behind it;
+// while nobody has it, its first bytes are poisoned too. ---
 
 constexpr size_t least_large = 100'000;
 constexpr size_t most_large = 32 << 20;

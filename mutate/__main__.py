@@ -1,5 +1,6 @@
-"""Changes one thing at a time in the built module or, with --source, in its sources, runs the tests that concern it, and
-prints the share that is noticed. What is not noticed is listed; it has to be argued for in mutate/equivalent.toml."""
+"""Changes one thing at a time in the built module or, with --source, in its sources, runs the tests that concern it,
+and prints the share that is noticed. What is not noticed is listed; it has to be argued for in
+mutate/equivalent.toml."""
 
 import argparse
 import os
@@ -50,7 +51,9 @@ def parse_arguments():
     )
     parser.add_argument("files", nargs="*", metavar="FILE", help="change only what comes from these sources")
     parser.add_argument("--source", action="store_true", help="change sources: compile one anew, link, load the result")
-    parser.add_argument("--kind", choices=[*KINDS, *SOURCE_KINDS], action="append", help="change only this; may be given again")
+    parser.add_argument(
+        "--kind", choices=[*KINDS, *SOURCE_KINDS], action="append", help="change only this; may be given again"
+    )
     parser.add_argument("--sample", type=int, metavar="N", help="try only N of the changes, chosen at random")
     parser.add_argument("--seed", type=int, help="of the choice, which is printed; another one each time without it")
     parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")

@@ -10,8 +10,8 @@ FOLDERS = ["core", "datapath", "host", "methods", "smartnic", "switchid", "tortu
 # The fixture of tests that judge times, which trials beside each other spoil.
 OF_TIMES = "release_only"
 
-# The embedded host of the test's own process. Tests of the host without it start hosts and scripts as processes, which is
-# slow and says little about the module.
+# The embedded host of the test's own process. Tests of the host without it start hosts and scripts as processes, which
+# is slow and says little about the module.
 IN_PROCESS = "host"
 
 # The table of all methods stands above the rooms; its tests stand with the core's.
@@ -27,8 +27,8 @@ LONG = ["test_leaks.py", "test_scenarios.py", "test_soak.py"]
 
 
 class Concern:
-    """Of each source and of those that include its header, in this order: the tests of their mirrors; those made for one
-    of their methods; and those of files that name one of their methods."""
+    """Of each source and of those that include its header, in this order: the tests of their mirrors; those made for
+    one of their methods; and those of files that name one of their methods."""
 
     def __init__(self, sources, items):
         self._sources = sources
@@ -119,7 +119,8 @@ def _methods_by_file(sources):
         elif method := re.match(r'\s+METHOD\("(\w+)"', line):
             methods.setdefault(file, []).append(method[1])
     for function in re.findall(r"PyQDP_\w+", sources.text("src/core/exports.map")):  # no methods, but like them
-        file = next(each for each in sources if each.endswith(".cpp") and f"\nPyObject* {function}(" in sources.text(each))
+        defines = f"\nPyObject* {function}("
+        file = next(each for each in sources if each.endswith(".cpp") and defines in sources.text(each))
         methods.setdefault(file, []).append(function)
     return methods
 

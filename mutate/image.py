@@ -56,7 +56,8 @@ class Library:
         self._base = self._loaded_at()
         with open(path, "rb") as file:
             elf = ELFFile(file)
-            self._sections = {each.name: (each["sh_addr"], each.data()) for each in elf.iter_sections() if each["sh_addr"]}
+            mapped = [each for each in elf.iter_sections() if each["sh_addr"]]
+            self._sections = {each.name: (each["sh_addr"], each.data()) for each in mapped}
             self._offsets = {each.name: each["sh_offset"] - each["sh_addr"] for each in elf.iter_sections()}
             self.symbols = sorted(self._read_symbols(elf), key=lambda each: each.address)
             self.pointers = {

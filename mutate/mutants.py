@@ -6,8 +6,9 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class Mutant:
-    """One change. `files` are the sources whose tests concern it, the first of them the one with `line`; `inlined` is the
-    place (file, line) whose code the compiler put there; the edits are (address in the module, old bytes, new bytes)."""
+    """One change. `files` are the sources whose tests concern it, the first of them the one with `line`; `inlined` is
+    the place (file, line) whose code the compiler put there; the edits are (address in the module, old bytes, new
+    bytes)."""
 
     kind: str
     files: tuple[str, ...]

@@ -46,9 +46,9 @@ class Rebuild:
             for each in commands
             if "module_objects.dir" in each["command"]
         }
+        links = {each: _ninja(build, "-t", "commands", "-s", each)[-1] for each in LINKED}
         self._link = {
-            each: shlex.split(_ninja(build, "-t", "commands", "-s", each)[-1].removeprefix(": && ").removesuffix(" && :"))
-            for each in LINKED
+            each: shlex.split(command.removeprefix(": && ").removesuffix(" && :")) for each, command in links.items()
         }
         self._dependents = self._read_dependents()
 

@@ -27,7 +27,9 @@ class Results:
         self._names = dict(zip(mutants, _names(mutants), strict=True))
         self._noticed = {} if afresh else self._kept()
         self._results = {
-            each: True for each, name in self._names.items() if name in self._noticed and self._holds(self._noticed[name])
+            each: True
+            for each, name in self._names.items()
+            if name in self._noticed and self._holds(self._noticed[name])
         }
         self._tried, self._to_try = 0, len(self._names) - len(self._results) if most is None else most
         self._said = self._saved = time.monotonic()
@@ -112,8 +114,9 @@ class Equivalents:
         if unknown:
             raise LookupError(f"{path} has no argument named {', '.join(unknown)}")
         for file, place, _ in self._because:
-            if file not in sources or not re.search(rf"^\s*{re.escape(place)}$|\b{re.escape(place)}\b", sources.text(file), re.M):
-                raise LookupError(f"{path} argues for {place!r}, which {file} does not have; name what stands there now")
+            there = rf"^\s*{re.escape(place)}$|\b{re.escape(place)}\b"
+            if file not in sources or not re.search(there, sources.text(file), re.MULTILINE):
+                raise LookupError(f"{path} argues for {place!r}, which {file} does not have; name what it has now")
 
     def line(self, mutant):
         return self._sources.line(mutant.files[0], mutant.line)

@@ -1,7 +1,7 @@
 """Changes of the field tables: the place that each row names. Keys are texts, which mutate/texts.py changes.
 
-In the built file a table is an array of rows: the pointer to the key, the place, and the pointer to the converter, which
-is null for an integer. See src/core/fields.h, which this file follows."""
+In the built file a table is an array of rows: the pointer to the key, the place, and the pointer to the converter,
+which is null for an integer. See src/core/fields.h, which this file follows."""
 
 import struct
 from dataclasses import dataclass, replace

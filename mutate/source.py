@@ -1,12 +1,15 @@
-"""Changes of the sources, one line at a time: formats, widths, returns, statements and constants, which the built module
-does not show as such."""
+"""Changes of the sources, one line at a time: formats, widths, returns, statements and constants, which the built
+module does not show as such."""
 
 import re
 from dataclasses import dataclass
 
 # The letters of the interpreter's formats, and those that take or make another value.
 LETTERS = {"I": "iH", "i": "I", "L": "K", "K": "L", "s": "z"}
-FORMAT = re.compile(r'\b(PyArg_ParseTuple\(args|Py_BuildValue\(|print_none_format\(|print_format\()(?:, )?"((?:[^"\\]|\\.)*)"')
+FORMAT = re.compile(
+    r"\b(PyArg_ParseTuple\(args|Py_BuildValue\(|print_none_format\(|print_format\()"
+    r'(?:, )?"((?:[^"\\]|\\.)*)"'
+)
 
 WIDTH = re.compile(r"\b(u?)int(8|16|32|64)_t\b")
 OTHER_WIDTHS = {"8": "16", "16": "8", "32": "16", "64": "32"}

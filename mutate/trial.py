@@ -111,7 +111,8 @@ class Trial:
 
 
 class InMemory:
-    """Makes changes in what this process has loaded, and in a copy of the module's file for tests that start processes."""
+    """Makes changes in what this process has loaded, and in a copy of the module's file for tests that start
+    processes."""
 
     def __init__(self, image):
         self._image = image
@@ -173,7 +174,8 @@ class Trials:
     def _run(self, session):
         self._items = {each.nodeid: each for each in session.items}
         self._concern = Concern(self._sources, session.items)
-        self._conftest = next(each for each in session.config.pluginmanager.get_plugins() if hasattr(each, "the_module"))
+        plugins = session.config.pluginmanager.get_plugins()
+        self._conftest = next(each for each in plugins if hasattr(each, "the_module"))
         gc.freeze()  # or each process would copy all of this one when it first collects
         waiting = collections.deque(self._mutants)
         running = {}  # by the descriptors of their processes

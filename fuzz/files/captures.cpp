@@ -40,8 +40,8 @@ private:
     int descriptor_;
 };
 
-// The parameters of one call: what went in as the line has it, and outputs with little room, each in a block of its own,
-// so that a write beyond one is seen.
+// The parameters of one call: what went in as the line has it, and outputs with little room, each in a block of its
+// own, so that a write beyond one is seen.
 class Parameters {
 public:
     Parameters(const host::Signature& signature, const Json::Array& inputs)
