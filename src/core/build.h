@@ -54,12 +54,18 @@ inline PyObject* highest_bits(uint64_t word, const Place& where)
                                            : PyLong_FromUnsignedLong(word >> where.down));
 }
 
+// The integer at a place, from the word that begins there.
+inline PyObject* integer_object(uint64_t word, const Place& where)
+{
+    return highest_bits(word << where.up, where);
+}
+
 // The object of a row.
 inline PyObject* field_object(Bytes record, const Field& field)
 {
     if (field.convert) [[unlikely]]
         return field.convert(record, field);
-    return highest_bits(record.load<uint64_t>(field.where.offset) << field.where.up, field.where);
+    return integer_object(record.load<uint64_t>(field.where.offset), field.where);
 }
 
 // Sets a table's keys from the record at the start of `record`.
@@ -90,7 +96,7 @@ private:
 
     void remember(PyObject* first, const char* key);
     bool fill_inline(PyObject* dict, Fields fields, Bytes record);
-    bool fill_first(PyObject* dict, Fields fields, Bytes record);
+    bool fill_one_by_one(PyObject* dict, Fields fields, Bytes record);
 
     bool is_shared_;
     Py_ssize_t next_ = 0;  // of the first dict

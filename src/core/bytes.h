@@ -58,6 +58,14 @@ public:
         return value;
     }
 
+    // The word at an offset that the caller has found to lie within the bytes.
+    uint64_t word_within(size_t offset) const
+    {
+        uint64_t word;
+        std::memcpy(&word, data_ + offset, sizeof word);
+        return word;
+    }
+
     // The integer at a place.
     uint64_t unsigned_at(const Place& where) const { return load<uint64_t>(where.offset) << where.up >> where.down; }
     int64_t signed_at(const Place& where) const

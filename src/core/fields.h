@@ -112,9 +112,9 @@ PyObject* address_field_object(Bytes record, const Field& field, Place is_ipv6);
 template <class Element>
 PyObject* integers_object(Bytes record, const Field& field, Place count);
 
-// A list of `length` unsigned integers, which lie back to back.
+// A list of `length` unsigned integers, which lie back to back. So short a list needs no look at signals.
 template <class Element>
-PyObject* integers(Bytes elements, uint64_t length);
+PyObject* integers(Bytes elements, uint16_t length);
 
 template <const auto& names>
 inline constexpr Conversion as_name{[](Bytes record, const Field& field) {
@@ -130,7 +130,7 @@ inline constexpr Conversion as_address{
 
 // A list of unsigned integers, which lie back to back, as many as the record's own count says.
 template <class Element, Place count>
-inline constexpr Conversion as_list{
+requires(count.bits() <= 16) inline constexpr Conversion as_list{
     [](Bytes record, const Field& field) { return integers_object<Element>(record, field, count); }};
 
 // --- Rows and tables ---
@@ -166,7 +166,7 @@ struct Field {
 template <class Element>
 PyObject* integers_object(Bytes record, const Field& field, Place count)
 {
-    return integers<Element>(record.from(field.where.offset), record.unsigned_at(count));
+    return integers<Element>(record.from(field.where.offset), static_cast<uint16_t>(record.unsigned_at(count)));
 }
 
 template <size_t record_bytes, size_t count>

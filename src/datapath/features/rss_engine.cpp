@@ -18,8 +18,8 @@ constexpr Names<5> engine_types{{"UNKNOWN", "DFTRSS", "DEVRSS", "SHARSS", "OFLRS
 // As many as the engine says that it has, and at most what it has room for.
 PyObject* queue_ids(Bytes engine, const Field& field)
 {
-    const uint64_t count = engine.unsigned_at(AT(R, num_queues));
-    return integers<uint16_t>(engine.from(field.where.offset), std::min<uint64_t>(count, max_queues));
+    const uint64_t count = std::min<uint64_t>(engine.unsigned_at(AT(R, num_queues)), max_queues);
+    return integers<uint16_t>(engine.from(field.where.offset), static_cast<uint16_t>(count));
 }
 
 constexpr auto engine_fields = fields<sizeof(R)>({

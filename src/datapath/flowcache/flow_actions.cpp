@@ -13,18 +13,14 @@ namespace qdp {
 
 namespace {
 
-// An unsigned member of a record. Reads its own bytes and no others: a caller's record may end with it.
-[[gnu::noinline]] uint64_t word(Bytes record, const Place& where)
+// Reads an integer's own bytes and no others: a caller's record may end with it. Out of line, since many lines use it.
+template <class Integer>
+[[gnu::noinline]] Integer integer_at(Bytes record, size_t offset)
 {
-    uint64_t value = 0;
-    record.copy(where.offset, &value, where.size);
-    return value;
+    return record.load<Integer>(offset);
 }
 
-uint32_t number(Bytes record, const Place& where)
-{
-    return static_cast<uint32_t>(word(record, where));
-}
+#define MEMBER(record, Record, member) integer_at<decltype(Record::member)>(record, offsetof(Record, member))
 
 using A = FlowActionArea;
 using E = FlowEntry;
@@ -33,53 +29,54 @@ using T = FlowActionTail;
 
 void write_offload(Bytes area, TextBuffer& text)
 {
-    const uint32_t flags = number(area, AT(A, offload_flags));
+    const uint32_t flags = MEMBER(area, A, offload_flags);
     if (!(flags & offload_is_offloaded))
         return;
     text << "OL; ";
     if (!(flags & offload_has_indexes))
         return;
+    const uint64_t software_index = MEMBER(area, A, software_index);
     if (flags & offload_software_index_is_pointer) {
         text << "swFlowIdx: ";
-        if (const uint64_t pointer = word(area, AT(A, software_index)))
-            text << Hex{pointer};
+        if (software_index != 0)
+            text << Hex{software_index};
         else
             text << "(nil)";
         text << "; hwFlowIdx: N/A; ";
     } else {
-        text << "swFlowIdx: " << number(area, AT(A, software_index));
-        text << "; hwFlowIdx: " << number(area, AT(A, hardware_index)) << "; ";
+        text << "swFlowIdx: " << static_cast<uint32_t>(software_index);
+        text << "; hwFlowIdx: " << MEMBER(area, A, hardware_index) << "; ";
     }
 }
 
 void write_multicast(Bytes area, TextBuffer& text)
 {
-    text << "MC: inval(s):" << number(area, AT(A, num_invalidations));
-    text << " cg:" << word(area, AT(A, generation));
-    text << " len:" << number(area, AT(A, length));
-    text << "; flag " << Hex{number(area, AT(A, group_flags))};
-    text << " n_ag:" << number(area, AT(A, num_groups));
-    text << " n_dp:" << number(area, AT(A, num_destination_ports));
+    text << "MC: inval(s):" << MEMBER(area, A, num_invalidations);
+    text << " cg:" << MEMBER(area, A, generation);
+    text << " len:" << MEMBER(area, A, length);
+    text << "; flag " << Hex{MEMBER(area, A, group_flags)};
+    text << " n_ag:" << MEMBER(area, A, num_groups);
+    text << " n_dp:" << MEMBER(area, A, num_destination_ports);
 }
 
 void write_header(Bytes area, Bytes group, TextBuffer& text)
 {
-    const uint64_t bitmap = word(group, AT(G, bitmap));
+    const uint64_t bitmap = MEMBER(group, G, bitmap);
     text << "bmap:" << Hex{bitmap};
-    text << " inval(s):" << number(area, AT(A, num_invalidations));
-    text << " cg:" << word(area, AT(A, generation));
+    text << " inval(s):" << MEMBER(area, A, num_invalidations);
+    text << " cg:" << MEMBER(area, A, generation);
     text << " dp:";
     if (bitmap & action_bit(FlowAction::destination_port))
-        text << Hex{number(group, AT(G, destination_port))};
+        text << Hex{MEMBER(group, G, destination_port)};
     else
         text << "-";
-    text << " len:" << number(area, AT(A, length)) << "; ";
+    text << " len:" << MEMBER(area, A, length) << "; ";
 }
 
 // False when the output ended before the last instance.
 bool write_routing(Bytes tail, TextBuffer& text)
 {
-    const uint32_t count = number(tail, AT(T, num_instances));
+    const uint32_t count = MEMBER(tail, T, num_instances);
     text << "VDR inst: " << count << "; ";
     for (uint32_t i = 0; i < count; ++i) {
         if (text.is_full())
@@ -103,7 +100,7 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
     const Bytes group = flow.group;
     switch (action) {
     case FlowAction::input_child_port:
-        text << "KCPInputChildPort: " << number(group, AT(G, input_child_port)) << "; ";
+        text << "KCPInputChildPort: " << MEMBER(group, G, input_child_port) << "; ";
         return true;
     case FlowAction::lro:
         text << "LRO; ";
@@ -115,8 +112,8 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
         text << "DROP; ";
         return true;
     case FlowAction::firewall_source:
-        if (number(flow.entry, AT(E, source_has_context)) != 0)
-            text << "DFW on srcPort, ctCtxId: " << Hex{word(flow.entry, AT(E, source_context))} << "; ";
+        if (MEMBER(flow.entry, E, source_has_context) != 0)
+            text << "DFW on srcPort, ctCtxId: " << Hex{MEMBER(flow.entry, E, source_context)} << "; ";
         else
             text << "DFW on srcPort; ";
         return true;
@@ -124,13 +121,13 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
         text << "SP; ";
         return true;
     case FlowAction::vlan_insert:
-        text << "VI: " << number(group, AT(G, vlan)) << "; ";
+        text << "VI: " << MEMBER(group, G, vlan) << "; ";
         return true;
     case FlowAction::vlan_remove:
         text << "VR; ";
         return true;
     case FlowAction::port_insert:
-        text << "PI: " << number(group, AT(G, port_index)) << "; ";
+        text << "PI: " << MEMBER(group, G, port_index) << "; ";
         return true;
     case FlowAction::port_remove:
         text << "PR; ";
@@ -139,7 +136,7 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
         text << "GVLAN Insert; ";
         return true;
     case FlowAction::mirror_ingress:
-        text << "Mirror Ingress: " << number(group, AT(G, ingress_mirror)) << "; ";
+        text << "Mirror Ingress: " << MEMBER(group, G, ingress_mirror) << "; ";
         return true;
     case FlowAction::destination_mac:
         text << "DMAC; ";
@@ -147,7 +144,7 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
     case FlowAction::routing:
         return write_routing(flow.tail, text);
     case FlowAction::vni:
-        text << "VNI: " << number(group, AT(G, vni)) << "; ";
+        text << "VNI: " << MEMBER(group, G, vni) << "; ";
         return true;
     case FlowAction::geneve_decap:
         text << "GENEVE DECAP; ";
@@ -156,11 +153,11 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
         text << "VXLAN DECAP; ";
         return true;
     case FlowAction::geneve_encap:
-        text << "VNI: " << number(group, AT(G, vni)) << "; ";
+        text << "VNI: " << MEMBER(group, G, vni) << "; ";
         text << "GENEVE ENCAP VNI: " << vni_at(flow.tail, offsetof(T, geneve_vni)) << "; ";
         return true;
     case FlowAction::vxlan_encap:
-        text << "VNI: " << number(group, AT(G, vni)) << "; ";
+        text << "VNI: " << MEMBER(group, G, vni) << "; ";
         text << "VXLAN ENCAP VNI: " << vni_at(flow.tail, offsetof(T, vxlan_vni)) << "; ";
         return true;
     case FlowAction::guest_vlan_remove:
@@ -170,16 +167,16 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
         text << "IPFIX Egress; ";
         return true;
     case FlowAction::firewall_destination:
-        if (number(flow.entry, AT(E, destination_has_context)) != 0)
-            text << "DFW on dstPort, ctCtxId: " << Hex{word(flow.entry, AT(E, destination_context))} << "; ";
+        if (MEMBER(flow.entry, E, destination_has_context) != 0)
+            text << "DFW on dstPort, ctCtxId: " << Hex{MEMBER(flow.entry, E, destination_context)} << "; ";
         else
             text << "DFW on dstPort; ";
         return true;
     case FlowAction::mirror_egress:
-        text << "Mirror Egress: " << number(group, AT(G, egress_mirror)) << "; ";
+        text << "Mirror Egress: " << MEMBER(group, G, egress_mirror) << "; ";
         return true;
     case FlowAction::output_vlan:
-        text << "KCPOutputVLAN: " << number(group, AT(G, output_vlan)) << "; ";
+        text << "KCPOutputVLAN: " << MEMBER(group, G, output_vlan) << "; ";
         return true;
     case FlowAction::inner_lookup:
         text << "InnerLookup; ";
@@ -203,7 +200,7 @@ bool write_action(FlowAction action, const FlowActionData& flow, TextBuffer& tex
 // them: also before a bit that has no text. A cut in the text of the last action alone is no failure.
 bool write_group(const FlowActionData& flow, TextBuffer& text)
 {
-    for (uint64_t bits = word(flow.group, AT(G, bitmap)); bits != 0; bits &= bits - 1) {
+    for (uint64_t bits = MEMBER(flow.group, G, bitmap); bits != 0; bits &= bits - 1) {
         if (text.is_full())
             return false;
         const auto action = static_cast<FlowAction>(std::countr_zero(bits));
@@ -233,7 +230,7 @@ bool write_actions(const FlowActionData& flow, char* out, size_t size)
 {
     TextBuffer text{out, out + size};
     write_offload(flow.area, text);
-    if (number(flow.area, AT(A, group_flags)) & action_group_is_multicast) {
+    if (MEMBER(flow.area, A, group_flags) & action_group_is_multicast) {
         write_multicast(flow.area, text);
         return true;
     }

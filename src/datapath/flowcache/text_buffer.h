@@ -53,20 +53,20 @@ struct TextBuffer {
         return *this;
     }
 
-    TextBuffer& operator<<(uint64_t number) { return write_digits(number, 10); }
+    TextBuffer& operator<<(uint64_t number) { return write_digits<10>(number); }
     TextBuffer& operator<<(Hex hex)
     {
         if (hex.number != 0)
             *this << "0x";
-        return write_digits(hex.number, 16);
+        return write_digits<16>(hex.number);
     }
 
-    // Two blanks and a number, followed by blanks up to a width. Returns the length of the uncut column.
+    // Two blanks and a number, followed by blanks up to a width of 12 at most. Returns the length of the uncut column.
     int column(uint32_t number, size_t width)
     {
         char cut[column_bytes];
         char* text = room() > column_bytes ? cursor : cut;
-        std::memset(text, ' ', 2 + width);
+        std::memset(text, ' ', column_bytes);
         const size_t digits = static_cast<size_t>(std::to_chars(text + 2, text + column_bytes, number).ptr - text) - 2;
         const size_t length = 2 + std::max(digits, width);
         take(text, length);
@@ -75,9 +75,10 @@ struct TextBuffer {
 
 private:
     static constexpr size_t max_digits = 20;
-    static constexpr size_t column_bytes = 16;  // of the widest column and of the longest number
+    static constexpr size_t column_bytes = 15;  // of the widest column with its NUL, more than of the longest number
 
-    [[gnu::noinline]] TextBuffer& write_digits(uint64_t number, int base)
+    template <int base>
+    [[gnu::noinline]] TextBuffer& write_digits(uint64_t number)
     {
         char cut[max_digits];
         char* digits = room() > max_digits ? cursor : cut;
