@@ -202,6 +202,13 @@ def test_entries_beyond_an_answer_read_as_zero(core):
     )
 
 
+@pytest.mark.parametrize("length", range(2 * 40, 3 * 40 + 10))
+def test_entries_of_an_answer_that_ends_anywhere(core, length):
+    answer = bytes(range(1, 131))[:length]
+    whole = answer.ljust(3 * 40, b"\0")
+    assert core.entries(answer, 3) == [core.entry(whole[at : at + 40]) for at in (0, 40, 80)]
+
+
 def test_no_entries(core):
     assert core.entries(b"", 0) == []
 
