@@ -65,10 +65,19 @@ the texts of flows by one header, without `printf`: the texts are not what the w
 
 ABOUT_BUDGETS = """\
 Where a figure is out of reach, the ways by hand say so too: the floor does not reach it either. Beside the ways by
-hand lists, dumps of flows and `GetSwitchBurstSize` have wider budgets than single dicts. A dict whose keys exist
-costs half of one whose keys are made, so that what the module pays for reading a table's row weighs twice as much;
-`checked` itself is up to a tenth above the floor there, and in `GetSwitchBurstSize`, which is little more than its
-checks."""
+hand lists have wider budgets than single dicts: a dict whose keys exist costs half of one whose keys are made, so that
+what the module pays for reading a table's row weighs twice as much. Beside the floor dumps of flows and
+`GetSwitchBurstSize`, which is little more than its checks, have wider budgets too; `checked` itself is 1.03 to 1.10
+of the floor in all of these. No wider budget lies more than a hundredth above what has been measured."""
+
+WHY_PEERS_ARE_AHEAD = """\
+What the peers that are ahead in dumps of flows and short lists leave out is set by the contract. The flows' dicts come
+from `Py_BuildValue`, which reads its format and makes six keys for each flow; fresh keys differ from shared ones by
+identity and by the length of a pickle, so that they stay fresh. For 16 flows the format takes 26,000 of the floor's
+230,000 instructions and the fresh keys take 36,000: a floor whose flows share their keys takes 169,000, less than any
+peer. In a list of 16 ports making the first dict's keys takes 7,400 of the floor's 69,000 instructions: with keys kept
+between calls it takes 61,500, about what Cython takes and less than nanobind and pybind11. At 1024 ports the floor
+takes less than both; the module's 3.5 % more are the bounds and the objects that they do not check."""
 
 WHO_KEEPS_KEYS = """\
 All ways are timed in one process, in which the ways that keep their keys have made these strings already, as a script
@@ -93,22 +102,23 @@ HOW_IT_GROWS = """\
 Of each method the time, and below it the instructions, in which the growth is judged: the time is also that of the
 caches, and of the pages that the interpreter asks the kernel for and gives back."""
 
-# The most that the module may take of the instructions of `checked` and of `floor`. A budget is wider where its reason
-# says so, and then by a hundredth at most beyond what has been measured. Beside the floor nearly all are: `checked`
-# itself is 1.03 to 1.10 of it there, by the checks of objects that a dict whose keys exist is mostly made of.
+# The most that the module may take of the instructions of `checked` and of `floor`. A wider budget lies at most a
+# hundredth above what has been measured. Most of the width beside the floor is what `checked` takes as well: 1.03 to 1.10
+# of the floor in the workloads named here.
 MOST, WIDER = (1.03, 1.05), {
-    # The first dict compares the keys that it shares with its texts, for a single other dict.
+    # The first dict's keys are compared with their texts and owned, and one other dict alone gains by it.
     "ListPorts, 2 ports": (1.03, 1.135),
-    # Reading a row costs a dict whose keys exist, half as much as another, twice the share.
+    # A dict whose keys exist costs half of another, so that reading a row of the table weighs twice as much. The floor
+    # also looks at no object that it has made.
     "ListPorts, 16 ports": (1.04, 1.09),
-    "ListPorts, 1024 ports": (1.03, 1.07),
-    "ListPorts, 16384 ports": (1.03, 1.07),
-    # Every text piece looks whether it fits, and every member whether it lies in the response.
+    "ListPorts, 1024 ports": (1.035, 1.07),
+    "ListPorts, 16384 ports": (1.035, 1.07),
+    # The floor does not look whether an entry lies in the response, the module at each member that it shows.
     "DumpFlowTable, 16 flows": (1.03, 1.07),
-    # Dicts of four or five keys, each made by a call for any table instead of by lines of its own.
+    # Dicts of few keys, each made by a call of what fills the dicts of all tables.
     "DumpLBStats, 3 chunks": (1.04, 1.115),
-    # Little more than its checks.
-    "GetSwitchBurstSize": (1.03, 1.115),
+    # Little more than its checks, none of which the floor makes.
+    "GetSwitchBurstSize": (1.03, 1.11),
 }
 
 
@@ -228,6 +238,7 @@ def table(found, workloads, ways):
         "## What is to be reached",
         rows_text(["", "wanted", "found", "reached"], aim.rows),
         ABOUT_BUDGETS,
+        WHY_PEERS_ARE_AHEAD,
         "## Time of a call",
         "Processor time: medians of interleaved rounds, and half the distance between their quartiles.",
         cells(time_of),

@@ -422,38 +422,34 @@ static void read_record(void* record, size_t size, const LBStatsChunk* chunk, si
     }
 }
 
-static PyObject* features(const LBStatsChunk* chunk, size_t offset, LBItemGroup group, Keys* keys)
+static int fill(PyObject* dict, const LBFeatureItem& item, Keys* keys)
 {
-    LBFeatureItem item;
-    PyObject *dict = nullptr, *tuple = PyTuple_New(group.count);
-    if (!tuple)
-        FAIL("Failed to allocate buffer.\n");
-    for (uint32_t i = 0; i < group.count; ++i) {
-        read_record(&item, sizeof item, chunk, offset + (size_t{group.first} + i) * sizeof item);
-        dict = PyDict_New();
-        if (!dict)
-            FAIL("Failed to allocate buffer.\n");
-        Py_INCREF(dict);
-        if (PyTuple_SetItem(tuple, i, dict) != 0)
-            FAIL("Failed to set tuple item.\n");
-        SET_SHARED_UNSIGNED(keys, 0, dict, "count load", item.count_load);
-        SET_SHARED_UNSIGNED(keys, 1, dict, "feat ID", item.feature);
-        SET_SHARED_UNSIGNED(keys, 2, dict, "ctx ID", item.context);
-        SET_SHARED_UNSIGNED(keys, 3, dict, "pkts", item.packets);
-        SET_SHARED_UNSIGNED(keys, 4, dict, "bytes", item.bytes);
-        Py_CLEAR(dict);
-    }
-    return tuple;
+    int position = 0;
+#define ROW(key, member)                                         \
+    SET_SHARED_UNSIGNED(keys, position, dict, key, item.member); \
+    ++position;
+    LB_FEATURE_ROWS(ROW)
+    return 0;
 
 fail:
-    Py_XDECREF(dict);
-    Py_XDECREF(tuple);
-    return nullptr;
+    return -1;
 }
 
-static PyObject* queues(const LBStatsChunk* chunk, size_t offset, LBItemGroup group, Keys* keys)
+static int fill(PyObject* dict, const LBQueueItem& item, Keys* keys)
 {
-    LBQueueItem item;
+    int position = 0;
+    LB_QUEUE_ROWS(ROW)
+#undef ROW
+    return 0;
+
+fail:
+    return -1;
+}
+
+template <class Item>
+static PyObject* items_of(const LBStatsChunk* chunk, size_t offset, LBItemGroup group, Keys* keys)
+{
+    Item item;
     PyObject *dict = nullptr, *tuple = PyTuple_New(group.count);
     if (!tuple)
         FAIL("Failed to allocate buffer.\n");
@@ -465,10 +461,8 @@ static PyObject* queues(const LBStatsChunk* chunk, size_t offset, LBItemGroup gr
         Py_INCREF(dict);
         if (PyTuple_SetItem(tuple, i, dict) != 0)
             FAIL("Failed to set tuple item.\n");
-        SET_SHARED_UNSIGNED(keys, 0, dict, "count load", item.count_load);
-        SET_SHARED_UNSIGNED(keys, 1, dict, "ctx ID", item.context);
-        SET_SHARED_UNSIGNED(keys, 2, dict, "pkts", item.packets);
-        SET_SHARED_UNSIGNED(keys, 3, dict, "bytes", item.bytes);
+        if (fill(dict, item, keys) != 0)
+            goto fail;
         Py_CLEAR(dict);
     }
     return tuple;
@@ -537,16 +531,20 @@ static uint64_t add_entry(PyObject* lists, const LBStatsChunk* chunk, size_t off
         SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "port ID", port.port);
         SET_SHARED_UNSIGNED(&keys->entries, 1, dict, "mem affinity mask", port.affinity_mask);
         SET_SHARED_UNSIGNED(&keys->entries, 2, dict, "priority", port.priority);
-        SET_SHARED_MADE(&keys->entries, 3, dict, "vnicRxQ", features(chunk, offset, port.vnic_rx_queues, &keys->items));
-        SET_SHARED_MADE(&keys->entries, 4, dict, "ofldRSS", features(chunk, offset, port.offload_rss, &keys->items));
-        SET_SHARED_MADE(&keys->entries, 5, dict, "vnicTxQ", features(chunk, offset, port.vnic_tx_queues, &keys->items));
-        SET_SHARED_MADE(&keys->entries, 6, dict, "filt", features(chunk, offset, port.filters, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 3, dict, "vnicRxQ",
+                        items_of<LBFeatureItem>(chunk, offset, port.vnic_rx_queues, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 4, dict, "ofldRSS",
+                        items_of<LBFeatureItem>(chunk, offset, port.offload_rss, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 5, dict, "vnicTxQ",
+                        items_of<LBFeatureItem>(chunk, offset, port.vnic_tx_queues, &keys->items));
+        SET_SHARED_MADE(&keys->entries, 6, dict, "filt",
+                        items_of<LBFeatureItem>(chunk, offset, port.filters, &keys->items));
         break;
     case LBEntryType::uplink:
         SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "port ID", uplink.port);
         SET_SHARED_UNSIGNED(&keys->entries, 1, dict, "mem affinity ID", uplink.affinity);
         SET_SHARED_MADE(&keys->entries, 2, dict, "uplinkRx",
-                        queues(chunk, offset + sizeof uplink, uplink.rx_queues, &keys->items));
+                        items_of<LBQueueItem>(chunk, offset + sizeof uplink, uplink.rx_queues, &keys->items));
         break;
     case LBEntryType::context:
         SET_SHARED_UNSIGNED(&keys->entries, 0, dict, "ctx ID", context.context);
@@ -611,14 +609,8 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
                 goto fail;
             offset += length;
         }
-        if (chunk->next_port != lb_stats_finished && chunk->next_port < port + ports)
-            port = chunk->next_port;
-        else
-            ports = 0;
-        if (chunk->next_context != lb_stats_finished && chunk->next_context < context + contexts)
-            context = chunk->next_context;
-        else
-            contexts = 0;
+        advance(chunk->next_port, port, ports);
+        advance(chunk->next_context, context, contexts);
         if (PyErr_CheckSignals() != 0)
             goto fail;
     }
@@ -634,13 +626,10 @@ fail:
 }
 
 static PyMethodDef methods[] = {
-    {"GetPortStats", get_port_stats, METH_VARARGS, nullptr},
-    {"TableFlowInfoGet", table_flow_info_get, METH_VARARGS, nullptr},
-    {"ListPorts", list_ports, METH_VARARGS, nullptr},
-    {"DumpFlowTable", dump_flow_table, METH_VARARGS, nullptr},
-    {"GetSwitchBurstSize", get_switch_burst_size, METH_VARARGS, nullptr},
-    {"DumpLBStats", dump_lb_stats, METH_VARARGS, nullptr},
-    {nullptr, nullptr, 0, nullptr},
+#define ROW(name, function) {name, function, METH_VARARGS, nullptr},
+    MEASURED_METHODS(ROW)
+#undef ROW
+        {nullptr, nullptr, 0, nullptr},
 };
 
 static PyModuleDef definition = {

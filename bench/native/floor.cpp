@@ -182,34 +182,29 @@ static PyObject* get_switch_burst_size(PyObject*, PyObject* args)
     return PyLong_FromUnsignedLong(burst_size);
 }
 
-static PyObject* features(const uint8_t* items, LBItemGroup group, Keys& keys)
+static void fill(PyObject* dict, const LBFeatureItem& item, Keys& keys)
 {
-    PyObject* tuple = PyTuple_New(group.count);
-    const auto* item = reinterpret_cast<const LBFeatureItem*>(items) + group.first;
-    for (uint32_t i = 0; i < group.count; ++i, ++item) {
-        PyObject* dict = PyDict_New();
-        PyTuple_SetItem(tuple, i, dict);
-        keys.set_unsigned(dict, 0, "count load", item->count_load);
-        keys.set_unsigned(dict, 1, "feat ID", item->feature);
-        keys.set_unsigned(dict, 2, "ctx ID", item->context);
-        keys.set_unsigned(dict, 3, "pkts", item->packets);
-        keys.set_unsigned(dict, 4, "bytes", item->bytes);
-        keys.take(dict);
-    }
-    return tuple;
+    int position = 0;
+#define ROW(key, member) keys.set_unsigned(dict, position++, key, item.member);
+    LB_FEATURE_ROWS(ROW)
 }
 
-static PyObject* queues(const uint8_t* items, LBItemGroup group, Keys& keys)
+static void fill(PyObject* dict, const LBQueueItem& item, Keys& keys)
+{
+    int position = 0;
+    LB_QUEUE_ROWS(ROW)
+#undef ROW
+}
+
+template <class Item>
+static PyObject* items_of(const uint8_t* items, LBItemGroup group, Keys& keys)
 {
     PyObject* tuple = PyTuple_New(group.count);
-    const auto* item = reinterpret_cast<const LBQueueItem*>(items) + group.first;
+    const auto* item = reinterpret_cast<const Item*>(items) + group.first;
     for (uint32_t i = 0; i < group.count; ++i, ++item) {
         PyObject* dict = PyDict_New();
         PyTuple_SetItem(tuple, i, dict);
-        keys.set_unsigned(dict, 0, "count load", item->count_load);
-        keys.set_unsigned(dict, 1, "ctx ID", item->context);
-        keys.set_unsigned(dict, 2, "pkts", item->packets);
-        keys.set_unsigned(dict, 3, "bytes", item->bytes);
+        fill(dict, *item, keys);
         keys.take(dict);
     }
     return tuple;
@@ -233,10 +228,10 @@ static size_t add_entry(PyObject* lists, const uint8_t* bytes, KindKeys* keys)
         entry_keys.set_unsigned(dict, 0, "port ID", port.port);
         entry_keys.set_unsigned(dict, 1, "mem affinity mask", port.affinity_mask);
         entry_keys.set_unsigned(dict, 2, "priority", port.priority);
-        entry_keys.set(dict, 3, "vnicRxQ", features(items, port.vnic_rx_queues, keys[type].items));
-        entry_keys.set(dict, 4, "ofldRSS", features(items, port.offload_rss, keys[type].items));
-        entry_keys.set(dict, 5, "vnicTxQ", features(items, port.vnic_tx_queues, keys[type].items));
-        entry_keys.set(dict, 6, "filt", features(items, port.filters, keys[type].items));
+        entry_keys.set(dict, 3, "vnicRxQ", items_of<LBFeatureItem>(items, port.vnic_rx_queues, keys[type].items));
+        entry_keys.set(dict, 4, "ofldRSS", items_of<LBFeatureItem>(items, port.offload_rss, keys[type].items));
+        entry_keys.set(dict, 5, "vnicTxQ", items_of<LBFeatureItem>(items, port.vnic_tx_queues, keys[type].items));
+        entry_keys.set(dict, 6, "filt", items_of<LBFeatureItem>(items, port.filters, keys[type].items));
         entry_keys.take(dict);
         return sizeof port + sizeof(LBFeatureItem) * (port.vnic_rx_queues.count + port.offload_rss.count +
                                                       port.vnic_tx_queues.count + port.filters.count);
@@ -245,7 +240,8 @@ static size_t add_entry(PyObject* lists, const uint8_t* bytes, KindKeys* keys)
         const auto& uplink = *reinterpret_cast<const LBUplinkEntry*>(bytes);
         entry_keys.set_unsigned(dict, 0, "port ID", uplink.port);
         entry_keys.set_unsigned(dict, 1, "mem affinity ID", uplink.affinity);
-        entry_keys.set(dict, 2, "uplinkRx", queues(bytes + sizeof uplink, uplink.rx_queues, keys[type].items));
+        entry_keys.set(dict, 2, "uplinkRx",
+                       items_of<LBQueueItem>(bytes + sizeof uplink, uplink.rx_queues, keys[type].items));
         entry_keys.take(dict);
         return sizeof uplink + sizeof(LBQueueItem) * uplink.rx_queues.count;
     }
@@ -275,27 +271,18 @@ static PyObject* dump_lb_stats(PyObject*, PyObject* args)
         const uint8_t* entry = chunk->entries;
         for (uint32_t i = 0; i < chunk->count; ++i)
             entry += add_entry(lists, entry, keys);
-        if (chunk->next_port < port + ports)
-            port = chunk->next_port;
-        else
-            ports = 0;
-        if (chunk->next_context < context + contexts)
-            context = chunk->next_context;
-        else
-            contexts = 0;
+        advance(chunk->next_port, port, ports);
+        advance(chunk->next_context, context, contexts);
     }
     free(chunk);
     return lists;
 }
 
 static PyMethodDef methods[] = {
-    {"GetPortStats", get_port_stats, METH_VARARGS, nullptr},
-    {"TableFlowInfoGet", table_flow_info_get, METH_VARARGS, nullptr},
-    {"ListPorts", list_ports, METH_VARARGS, nullptr},
-    {"DumpFlowTable", dump_flow_table, METH_VARARGS, nullptr},
-    {"GetSwitchBurstSize", get_switch_burst_size, METH_VARARGS, nullptr},
-    {"DumpLBStats", dump_lb_stats, METH_VARARGS, nullptr},
-    {nullptr, nullptr, 0, nullptr},
+#define ROW(name, function) {name, function, METH_VARARGS, nullptr},
+    MEASURED_METHODS(ROW)
+#undef ROW
+        {nullptr, nullptr, 0, nullptr},
 };
 
 static PyModuleDef definition = {

@@ -1,5 +1,5 @@
-// What the compiled ways share: the keys of the measured results, for which each defines what a row does, the records
-// that only they lay out as structs, and the texts of MAC addresses and of ports' clients.
+// What the compiled ways share: the methods and the keys of their results, for which each defines what a row does, the
+// records that only they lay out as structs, and the texts of MAC addresses and of ports' clients.
 #pragma once
 
 #include <cstdint>
@@ -86,6 +86,38 @@ static_assert(sizeof(FlowInfo) == 56);
     ROW("ctEgressIdx", ct_egress_index)         \
     ROW("ipfixIngressIdx", ipfix_ingress_index) \
     ROW("ipfixEgressIdx", ipfix_egress_index)
+
+// ROW(key, member) of the items in the balancer's entries
+#define LB_FEATURE_ROWS(ROW)      \
+    ROW("count load", count_load) \
+    ROW("feat ID", feature)       \
+    ROW("ctx ID", context)        \
+    ROW("pkts", packets)          \
+    ROW("bytes", bytes)
+#define LB_QUEUE_ROWS(ROW)        \
+    ROW("count load", count_load) \
+    ROW("ctx ID", context)        \
+    ROW("pkts", packets)          \
+    ROW("bytes", bytes)
+
+// ROW(name, function) of the measured methods
+#define MEASURED_METHODS(ROW)                        \
+    ROW("GetPortStats", get_port_stats)              \
+    ROW("TableFlowInfoGet", table_flow_info_get)     \
+    ROW("ListPorts", list_ports)                     \
+    ROW("DumpFlowTable", dump_flow_table)            \
+    ROW("GetSwitchBurstSize", get_switch_burst_size) \
+    ROW("DumpLBStats", dump_lb_stats)
+
+// Goes on with a range of ports or contexts behind a chunk of the balancer's statistics. The count stays; it is 0 when
+// the range is done.
+inline void advance(uint32_t next, uint32_t& first, uint32_t& count)
+{
+    if (next < first + count)
+        first = next;
+    else
+        count = 0;
+}
 
 // The request that reads one entry of a hardware table.
 struct TableReadRequest {

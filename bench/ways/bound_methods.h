@@ -251,32 +251,26 @@ Record record_at(const LBStatsChunk& chunk, size_t offset)
     return record;
 }
 
-py::object features(const LBStatsChunk& chunk, size_t offset, LBItemGroup group)
+void fill(const py::object& dict, const LBFeatureItem& item)
 {
-    py::object tuple = steal(made(PyTuple_New(group.count)));
-    for (uint32_t i = 0; i < group.count; ++i) {
-        const auto item = record_at<LBFeatureItem>(chunk, offset + (size_t{group.first} + i) * sizeof(LBFeatureItem));
-        const py::object dict = new_dict();
-        SET(dict, "count load", item.count_load);
-        SET(dict, "feat ID", item.feature);
-        SET(dict, "ctx ID", item.context);
-        SET(dict, "pkts", item.packets);
-        SET(dict, "bytes", item.bytes);
-        PyTuple_SET_ITEM(tuple.ptr(), i, py::object(dict).release().ptr());
-    }
-    return tuple;
+#define ROW(key, member) SET(dict, key, item.member);
+    LB_FEATURE_ROWS(ROW)
 }
 
-py::object queues(const LBStatsChunk& chunk, size_t offset, LBItemGroup group)
+void fill(const py::object& dict, const LBQueueItem& item)
+{
+    LB_QUEUE_ROWS(ROW)
+#undef ROW
+}
+
+template <class Item>
+py::object items_of(const LBStatsChunk& chunk, size_t offset, LBItemGroup group)
 {
     py::object tuple = steal(made(PyTuple_New(group.count)));
     for (uint32_t i = 0; i < group.count; ++i) {
-        const auto item = record_at<LBQueueItem>(chunk, offset + (size_t{group.first} + i) * sizeof(LBQueueItem));
+        const auto item = record_at<Item>(chunk, offset + (size_t{group.first} + i) * sizeof(Item));
         const py::object dict = new_dict();
-        SET(dict, "count load", item.count_load);
-        SET(dict, "ctx ID", item.context);
-        SET(dict, "pkts", item.packets);
-        SET(dict, "bytes", item.bytes);
+        fill(dict, item);
         PyTuple_SET_ITEM(tuple.ptr(), i, py::object(dict).release().ptr());
     }
     return tuple;
@@ -293,17 +287,17 @@ size_t add_entry(const py::object& lists, const LBStatsChunk& chunk, size_t offs
         SET(entry, "port ID", port.port);
         SET(entry, "mem affinity mask", port.affinity_mask);
         SET(entry, "priority", port.priority);
-        SET(entry, "vnicRxQ", features(chunk, items, port.vnic_rx_queues));
-        SET(entry, "ofldRSS", features(chunk, items, port.offload_rss));
-        SET(entry, "vnicTxQ", features(chunk, items, port.vnic_tx_queues));
-        SET(entry, "filt", features(chunk, items, port.filters));
+        SET(entry, "vnicRxQ", items_of<LBFeatureItem>(chunk, items, port.vnic_rx_queues));
+        SET(entry, "ofldRSS", items_of<LBFeatureItem>(chunk, items, port.offload_rss));
+        SET(entry, "vnicTxQ", items_of<LBFeatureItem>(chunk, items, port.vnic_tx_queues));
+        SET(entry, "filt", items_of<LBFeatureItem>(chunk, items, port.filters));
         length = sizeof port + sizeof(LBFeatureItem) * (size_t{port.vnic_rx_queues.count} + port.offload_rss.count +
                                                         port.vnic_tx_queues.count + port.filters.count);
     } else if (type == static_cast<uint32_t>(LBEntryType::uplink)) {
         const auto uplink = record_at<LBUplinkEntry>(chunk, offset);
         SET(entry, "port ID", uplink.port);
         SET(entry, "mem affinity ID", uplink.affinity);
-        SET(entry, "uplinkRx", queues(chunk, offset + sizeof uplink, uplink.rx_queues));
+        SET(entry, "uplinkRx", items_of<LBQueueItem>(chunk, offset + sizeof uplink, uplink.rx_queues));
         length = sizeof uplink + sizeof(LBQueueItem) * size_t{uplink.rx_queues.count};
     } else if (type == static_cast<uint32_t>(LBEntryType::context)) {
         const auto context = record_at<LBContextEntry>(chunk, offset);
@@ -338,27 +332,17 @@ py::object dump_lb_stats(uint32_t switch_number, uint32_t port, uint32_t ports, 
         size_t offset = offsetof(LBStatsChunk, entries);
         for (uint32_t i = 0; i < chunk->count; ++i)
             offset += add_entry(lists, *chunk, offset);
-        if (chunk->next_port < port + ports)
-            port = chunk->next_port;
-        else
-            ports = 0;
-        if (chunk->next_context < context + contexts)
-            context = chunk->next_context;
-        else
-            contexts = 0;
+        advance(chunk->next_port, port, ports);
+        advance(chunk->next_context, context, contexts);
     }
     return lists;
 }
 
-}  // namespace
+void define_methods(py::module_& module)
+{
+#define ROW(name, function) module.def(name, function);
+    MEASURED_METHODS(ROW)
+#undef ROW
+}
 
-// For the module of each library.
-#define DEFINE_METHODS(module)                                     \
-    do {                                                           \
-        (module).def("GetPortStats", get_port_stats);              \
-        (module).def("TableFlowInfoGet", table_flow_info_get);     \
-        (module).def("ListPorts", list_ports);                     \
-        (module).def("DumpFlowTable", dump_flow_table);            \
-        (module).def("GetSwitchBurstSize", get_switch_burst_size); \
-        (module).def("DumpLBStats", dump_lb_stats);                \
-    } while (0)
+}  // namespace

@@ -17,5 +17,5 @@ static py::object steal(PyObject* object)
 
 NB_MODULE(with_nanobind, module)
 {
-    DEFINE_METHODS(module);
+    define_methods(module);
 }

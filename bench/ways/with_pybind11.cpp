@@ -17,5 +17,5 @@ static py::object steal(PyObject* object)
 
 PYBIND11_MODULE(with_pybind11, module)
 {
-    DEFINE_METHODS(module);
+    define_methods(module);
 }
