@@ -26,11 +26,12 @@ SharedKeys::~SharedKeys()
 namespace {
 
 // As set_dict_item, with a key object.
-inline bool set_with(PyObject* key, PyObject* dict, PyRef value)
+inline bool set_with(PyObject* key, PyObject* dict, PyObject* value)
 {
-    if (!value) [[unlikely]]
+    const PyRef owned{value};
+    if (!owned) [[unlikely]]
         return false;
-    if (PyDict_SetItem(dict, key, value.get()) != 0) [[unlikely]]
+    if (PyDict_SetItem(dict, key, value) != 0) [[unlikely]]
         return building_failed(cannot_set_dict_item);
     return true;
 }
@@ -51,7 +52,7 @@ inline void SharedKeys::remember(PyObject* first, const char* key)
 bool SharedKeys::set(PyObject* dict, size_t position, const char* key, PyObject* value)
 {
     if (position < count_) [[likely]]
-        return set_with(keys_[position], dict, PyRef{value});
+        return set_with(keys_[position], dict, value);
     if (!set_dict_item(dict, key, value))
         return false;
     if (is_shared_ && position < max_keys)
@@ -77,9 +78,9 @@ bool SharedKeys::fill_one_by_one(PyObject* dict, Fields fields, Bytes record)
         return fill_one_by_one(dict, fields, record);
     PyObject* const* key = keys_;
     for (const Field& field : fields) {
-        PyRef value{field.convert ? field.convert(record, field)
-                                  : integer_object(record.word_within(field.where.offset), field.where)};
-        if (!set_with(*key++, dict, std::move(value))) [[unlikely]]
+        PyObject* value = field.convert ? field.convert(record, field)
+                                        : integer_object(record.word_within(field.where.offset), field.where);
+        if (!set_with(*key++, dict, value)) [[unlikely]]
             return false;
     }
     return true;
