@@ -109,17 +109,17 @@ class TestDumpLBStats:
             calls=self.one_call,
         )
 
-    def test_all_numbers_are_unsigned(self, dumped):
+    def test_all_numbers_are_unsigned_in_first_and_later_dicts(self, dumped):
         w, q = 0xFFFFFFFF, (1 << 64) - 1
-        outcome = dumped(
+        entries = (
             port_entry(w, q, w, [(0, 1), (0, 0), (0, 0), (0, 0)], [feature(w, w, w, q, q)]),
             uplink_entry(w, w, (0, 1), [queue(w, w, q, q)]),
             context_entry(w, w, w, w, q, q, w),
         )
-        assert outcome.result == (
-            [port_dict(w, q, w, (feature_dict(w, w, w, q, q),))],
-            [uplink_dict(w, w, (dict(zip(QUEUE_KEYS, [w, w, q, q])),))],
-            [dict(zip(CONTEXT_KEYS, [w, q, w, w, q, q, w]))],
+        assert dumped(*entries, *entries).result == (
+            [port_dict(w, q, w, (feature_dict(w, w, w, q, q),))] * 2,
+            [uplink_dict(w, w, (dict(zip(QUEUE_KEYS, [w, w, q, q])),))] * 2,
+            [dict(zip(CONTEXT_KEYS, [w, q, w, w, q, q, w]))] * 2,
         )
 
     @pytest.mark.parametrize(
