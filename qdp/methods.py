@@ -466,7 +466,7 @@ def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int) -> "
 
 
 def ListRSSEngine(switch: int, port: int) -> "List[RSSEngine]":
-    """Lists the receive-side scaling engines of a port (`Qdp_Get_RSS_Engine_List`).
+    """Lists the RSS engines of a port (`Qdp_Get_RSS_Engine_List`).
 
     switch: switch number, 0..15
     port: port id, 0..16383

@@ -254,7 +254,7 @@ class UplinkStats(Record):
 
 
 class RSSEngine(Record):
-    """One receive-side scaling engine of a port."""
+    """One RSS engine of a port."""
 
     __slots__ = ()
 

@@ -121,7 +121,7 @@ class Port:
         return methods.GetPortTxUplink(*self._at)
 
     def rss_engines(self) -> "List[RSSEngine]":
-        """The receive-side scaling engines."""
+        """The RSS engines."""
         return methods.ListRSSEngine(*self._at)
 
     def mac_table(self) -> PortMACTable:

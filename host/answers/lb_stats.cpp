@@ -13,7 +13,7 @@ namespace host {
 namespace {
 
 constexpr uint64_t context_packet_rate = 2'000'000;  // that keeps a context fully busy
-constexpr uint32_t most_percent = 100;
+constexpr uint32_t max_percent = 100;
 constexpr int32_t first_world = 1'000'100;
 constexpr int32_t no_world = -1;
 constexpr size_t queues_with_rss = 4;  // a port with so many has an engine that spreads half of what it receives
@@ -140,12 +140,12 @@ struct Chunk {
 };
 
 // As many items as fit into a chunk of their own.
-constexpr size_t most_features = (sizeof(LBStatsChunk::entries) - sizeof(LBPortEntry)) / sizeof(LBFeatureItem);
+constexpr size_t max_features = (sizeof(LBStatsChunk::entries) - sizeof(LBPortEntry)) / sizeof(LBFeatureItem);
 
 LBItemGroup add_group(std::vector<LBFeatureItem>& items, const std::vector<Load>& loads)
 {
     const size_t first = items.size();
-    for (size_t i = 0; i < loads.size() && items.size() < most_features; ++i)
+    for (size_t i = 0; i < loads.size() && items.size() < max_features; ++i)
         items.push_back(
             {word(loads[i].rate), static_cast<uint32_t>(i), loads[i].context, 0, loads[i].packets, loads[i].bytes});
     return {static_cast<uint32_t>(first), static_cast<uint32_t>(items.size() - first)};
@@ -224,8 +224,8 @@ bool add_context(Chunk& chunk, uint32_t context, const ContextLoad& load, std::o
     head.type = static_cast<uint32_t>(LBEntryType::context);
     head.context = context;
     head.world = load.num_queues == 0 ? no_world : first_world + static_cast<int32_t>(context);
-    head.raw_cpu = cpu.value_or(std::min(word(load.rate * most_percent / context_packet_rate), most_percent));
-    head.biased_cpu = std::min(head.raw_cpu + head.raw_cpu / 10, most_percent);
+    head.raw_cpu = cpu.value_or(std::min(word(load.rate * max_percent / context_packet_rate), max_percent));
+    head.biased_cpu = std::min(head.raw_cpu + head.raw_cpu / 10, max_percent);
     head.packets = load.packets;
     head.bytes = load.bytes;
     head.max_pb_load = word(load.max_rate);

@@ -25,7 +25,7 @@ Json digits_of(std::string_view text)
     return hex(std::as_bytes(std::span{text}));
 }
 
-Json serialised(const Properties& properties)
+Json properties_json(const Properties& properties)
 {
     Json::Array result;
     for (const auto& [key, value] : properties)
@@ -55,7 +55,7 @@ std::string text_of_digits(const Json& json)
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-Properties deserialised(const Json& properties)
+Properties properties_of(const Json& properties)
 {
     Properties result;
     if (!properties.array())
@@ -79,7 +79,7 @@ uint32_t state_get(Host& host, ValueSlot state)
     for (const Switch& each : host.switches)
         all.push_back(
             Json::list({digits_of(each.config.alias), digits_of(each.config.id), digits_of(each.config.class_name),
-                        serialised(each.config.host_properties), serialised(each.config.global_properties)}));
+                        properties_json(each.config.host_properties), properties_json(each.config.global_properties)}));
     const std::string text = text_of(std::move(all));
     return state.put(std::as_bytes(std::span{text}));
 }
@@ -94,7 +94,7 @@ uint32_t config_deserialize(Host& host, ByteSpan state)
         for (const Json& each : *all.array()) {
             const Json::Array& parts = elements(each, 5);
             LoadedSwitch result{{text_of_digits(parts[0]), text_of_digits(parts[1]), text_of_digits(parts[2]),
-                                 deserialised(parts[3]), deserialised(parts[4])},
+                                 properties_of(parts[3]), properties_of(parts[4])},
                                 text_of_digits(parts[1])};
             result.readable_id.resize(std::max(result.id.size(), switch_id_bytes));
             loaded.push_back(std::move(result));
@@ -182,7 +182,7 @@ const Port* port_find(Host& host, const char* id, const char* name, uintptr_t, u
 }
 
 // The host kernel keeps this many bytes of names and values for a switch or a port.
-constexpr size_t most_property_bytes = 1 << 20;
+constexpr size_t max_property_bytes = 1 << 20;
 
 uint32_t store(Properties& properties, std::string_view key, ByteSpan value)
 {
@@ -190,7 +190,7 @@ uint32_t store(Properties& properties, std::string_view key, ByteSpan value)
     for (const auto& [name, stored] : properties)
         if (name != key)
             bytes += name.size() + stored.size();
-    if (bytes > most_property_bytes)
+    if (bytes > max_property_bytes)
         return status_refused;
     properties.insert_or_assign(std::string{key}, value_of(value));
     return status_success;

@@ -9,8 +9,8 @@ namespace host {
 
 namespace {
 
-constexpr size_t most_levels = 64;
-constexpr size_t most_named_levels = 8;
+constexpr size_t max_levels = 64;
+constexpr size_t max_named_levels = 8;
 
 // What the parser read last may be anything.
 std::string printable(const std::string& text)
@@ -81,8 +81,8 @@ private:
 
     bool open(Json container)
     {
-        if (open_.size() == most_levels)
-            throw InputError(pointer(most_named_levels) + ": expected at most " + std::to_string(most_levels) +
+        if (open_.size() == max_levels)
+            throw InputError(pointer(max_named_levels) + ": expected at most " + std::to_string(max_levels) +
                              " levels of objects and lists, found one more");
         open_.push_back({std::move(container), {}});
         return true;
@@ -109,7 +109,7 @@ private:
     }
 
     // Of the value that is being read, or of one so many levels deep around it.
-    std::string pointer(size_t levels = most_levels) const
+    std::string pointer(size_t levels = max_levels) const
     {
         std::string made_pointer;
         for (const Open& each : std::span{open_}.first(std::min(levels, open_.size())))

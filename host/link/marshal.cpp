@@ -99,7 +99,7 @@ ReceivedCall::ReceivedCall(Reader& reader)
     for (size_t i = 0; i < signature_->num_parameters; ++i) {
         if (is_second(signature_->parameters[i]))
             continue;
-        argument->output.capacity = std::min(argument->output.capacity, most_answer_bytes);
+        argument->output.capacity = std::min(argument->output.capacity, max_answer_bytes);
         argument->output.end = &words_[i].end;
         ++argument;
     }
@@ -116,7 +116,7 @@ ReceivedCall::~ReceivedCall()
 // only.
 uint64_t ReceivedCall::room(size_t size, ByteSpan content)
 {
-    constexpr size_t most_zeros = 4096;
+    constexpr size_t max_zeros = 4096;
     auto* made = static_cast<std::byte*>(std::malloc(std::max<size_t>(size, 1)));
     if (!made)
         throw std::bad_alloc{};
@@ -124,11 +124,11 @@ uint64_t ReceivedCall::room(size_t size, ByteSpan content)
     const size_t filled = std::min(content.size(), size);
     if (filled > 0)
         std::memcpy(made, content.data(), filled);
-    std::memset(made + filled, 0, std::min(size - filled, most_zeros));
+    std::memset(made + filled, 0, std::min(size - filled, max_zeros));
     return word_of(made);
 }
 
-uint64_t ReceivedCall::kept(const std::optional<ByteSpan>& bytes, size_t more)
+uint64_t ReceivedCall::keep(const std::optional<ByteSpan>& bytes, size_t more)
 {
     return bytes ? room(bytes->size() + more, *bytes) : 0;
 }
@@ -141,14 +141,14 @@ void ReceivedCall::read_parameter(Reader& reader, size_t i)
     switch (role) {
     case Role::host_text:
     case Role::text:
-        parameters_[i] = kept(reader.optional_bytes(), 1);
+        parameters_[i] = keep(reader.optional_bytes(), 1);
         break;
     case Role::mac:
     case Role::record: {
         const auto record = reader.optional_bytes();
         if (record && record->size() != (role == Role::mac ? mac_bytes : target_bytes))
             reader.refuse();
-        parameters_[i] = kept(record);
+        parameters_[i] = keep(record);
         break;
     }
     case Role::bytes:
@@ -157,7 +157,7 @@ void ReceivedCall::read_parameter(Reader& reader, size_t i)
         const size_t item_bytes = role == Role::items ? target_bytes : 1;
         if (items && items->size() % item_bytes != 0)
             reader.refuse();
-        parameters_[i] = kept(items);
+        parameters_[i] = keep(items);
         parameters_[i + 1] = items ? items->size() / item_bytes : 0;
         break;
     }
@@ -192,7 +192,7 @@ void ReceivedCall::read_output(Reader& reader, size_t i)
     const auto content = reader.optional_bytes();
     const bool is_record = role == Role::out || role == Role::handle_out;
     if (has_data)
-        parameters_[i] = room(is_record ? signature_->target_bytes[i] : std::min(capacity, most_answer_bytes),
+        parameters_[i] = room(is_record ? signature_->target_bytes[i] : std::min(capacity, max_answer_bytes),
                               content.value_or(ByteSpan{}));
     words_[i].size = static_cast<uint32_t>(capacity);
     if (role == Role::buffer)

@@ -46,7 +46,7 @@ private:
     void read_parameter(Reader& reader, size_t i);
     void read_output(Reader& reader, size_t i);
     uint64_t room(size_t size, ByteSpan content = {});
-    uint64_t kept(const std::optional<ByteSpan>& bytes, size_t more = 0);
+    uint64_t keep(const std::optional<ByteSpan>& bytes, size_t more = 0);
 
     const Signature* signature_ = nullptr;
     uint64_t parameters_[9] = {};

@@ -101,7 +101,7 @@ bool Socket::receive_until(size_t size, bool is_patient)
     return true;
 }
 
-std::optional<Message> Socket::receive(size_t most, bool is_patient)
+std::optional<Message> Socket::receive(size_t max_bytes, bool is_patient)
 {
     num_received_ = 0;
     if (received_.size() > 1 << 20)
@@ -111,7 +111,7 @@ std::optional<Message> Socket::receive(size_t most, bool is_patient)
     uint32_t length;
     std::memcpy(&length, received_.data(), sizeof length);
     const size_t size = sizeof length + length;
-    if (length < sizeof(Kind) || size > most || !receive_until(size, is_patient) || num_received_ != size)
+    if (length < sizeof(Kind) || size > max_bytes || !receive_until(size, is_patient) || num_received_ != size)
         return std::nullopt;
     return Message{static_cast<Kind>(received_[sizeof length]), ByteSpan{received_}.subspan(head, size - head)};
 }

@@ -27,8 +27,8 @@ enum class Kind : uint8_t {
 // answer holds the number of its own connection.
 inline constexpr std::string_view greeting = "qdp-host 1";
 
-inline constexpr size_t most_request_bytes = 4 << 20;
-inline constexpr size_t most_answer_bytes = 64 << 20;
+inline constexpr size_t max_request_bytes = 4 << 20;
+inline constexpr size_t max_answer_bytes = 64 << 20;
 inline constexpr std::chrono::seconds patience{5};  // with a peer in the middle of a message
 
 // The parts of a message that is being made.
@@ -127,7 +127,7 @@ public:
 
     // The next message, none when the peer has gone, is too slow, or sends more than `most` bytes at once. A wait for
     // the begin of a message has no end, unless `is_patient` is false.
-    std::optional<Message> receive(size_t most, bool is_patient = true);
+    std::optional<Message> receive(size_t max_bytes, bool is_patient = true);
 
     // Sets how long the kernel waits in a send and a receive.
     void limit_waits();

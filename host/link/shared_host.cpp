@@ -80,7 +80,7 @@ std::string SharedHost::connect()
     hello.number(std::exchange(parent_, 0));
     if (!made->send(hello.finished()))
         return "the host closed the connection";
-    const auto message = made->receive(link::most_answer_bytes);
+    const auto message = made->receive(link::max_answer_bytes);
     if (!message)
         return "the host closed the connection";
     link::Reader reader{message->parts};
@@ -116,7 +116,7 @@ uint64_t SharedHost::call(const Signature& signature, Arguments arguments, std::
     link::Writer request{link::Kind::call};
     write_call(request, signature, arguments, token);
     const ByteSpan bytes = request.finished();
-    if (bytes.size() > link::most_request_bytes)
+    if (bytes.size() > link::max_request_bytes)
         return fail(signature, std::string{signature.name} + ": the call is too large for a shared host");
 
     // A host that has ended since the last call has not seen this one; another one may serve there by now.
@@ -130,7 +130,7 @@ uint64_t SharedHost::call(const Signature& signature, Arguments arguments, std::
         if (!socket_->send(bytes))
             return fail(signature, "the host ended during a call");
     }
-    const auto message = socket_->receive(link::most_answer_bytes);
+    const auto message = socket_->receive(link::max_answer_bytes);
     if (!message) {
         disconnect();
         return fail(signature, "the host ended during a call");

@@ -135,7 +135,7 @@ const char* qdp_host_error(void)
 
 const char* qdp_host_scenario(void)
 {
-    return state_text(__func__, scenario::written);
+    return state_text(__func__, scenario::to_text);
 }
 
 const char* qdp_host_version(void)
@@ -157,7 +157,7 @@ const char* qdp_host_completed(const char* path, int* is_valid)
 {
     *is_valid = 1;
     try {
-        return keep_text(__func__, scenario::completed(path));
+        return keep_text(__func__, scenario::with_defaults(path));
     } catch (const std::exception& error) {
         *is_valid = 0;
         return keep_text(__func__, error.what());

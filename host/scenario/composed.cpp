@@ -5,7 +5,7 @@ namespace host::scenario {
 
 namespace {
 
-constexpr uint64_t most_written_out = 1000;
+constexpr uint64_t max_written_out = 1000;
 
 }  // namespace
 
@@ -19,7 +19,7 @@ bool stays_repeated(const Json::Array& list)
         is_repeated |= times != nullptr;
         entries += times ? *times : 1;
     }
-    return is_repeated && entries > most_written_out;
+    return is_repeated && entries > max_written_out;
 }
 
 std::string display_text(const std::string& text)

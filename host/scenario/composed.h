@@ -101,7 +101,7 @@ struct Unique {
 template <class Format, class Distinct>
 struct List {
     Format format;
-    size_t most;
+    size_t max_entries;
     Distinct distinct;
 
     template <class Members>
@@ -167,7 +167,7 @@ private:
             return add(list, node, members, known);
 
         uint64_t times;
-        number(1, most - members.size()).read(node.child("repeat", repeat), times);
+        number(1, max_entries - members.size()).read(node.child("repeat", repeat), times);
         const Json* turns = json.find("turns");
         if (turns)
             check_turns(node.child("turns", turns));
@@ -192,8 +192,8 @@ private:
     template <class Members, class Known>
     void add(const Node& list, const Node& node, Members& members, Known& known) const
     {
-        if (members.size() >= most)
-            list.fail("at most " + std::to_string(most) + " entries");
+        if (members.size() >= max_entries)
+            list.fail("at most " + std::to_string(max_entries) + " entries");
         typename Members::value_type member{};
         format.read(node, member);
         if constexpr (!std::is_same_v<Distinct, NothingUnique>)
@@ -205,16 +205,16 @@ private:
 };
 
 template <class Format>
-List<Format, NothingUnique> list(Format format, size_t most)
+List<Format, NothingUnique> list(Format format, size_t max_entries)
 {
-    return {format, most, {}};
+    return {format, max_entries, {}};
 }
 
 // Of entries of which no two have the same key: `name` says what it is.
 template <class Format, class KeyOf>
-List<Format, Unique<KeyOf>> list(Format format, size_t most, const char* name, KeyOf key_of)
+List<Format, Unique<KeyOf>> list(Format format, size_t max_entries, const char* name, KeyOf key_of)
 {
-    return {format, most, {name, key_of}};
+    return {format, max_entries, {name, key_of}};
 }
 
 // A list that a record keeps as an array and the number of its elements that count.

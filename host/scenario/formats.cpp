@@ -69,14 +69,14 @@ uint64_t OneOf::read_number(const Node& node, size_t bytes) const
             if (*text == name.name)
                 return name.value;
     uint64_t value = 0;
-    if (const Json* counted = node.counted().json; counted && counted->natural())
+    if (const Json* json = node.turn_value().json; json && json->natural())
         number(0, highest_in(bytes)).read(node, value);
     else
         node.fail("one of " + listed(names) + "or a number");
     return value;
 }
 
-Json OneOf::written(uint64_t value) const
+Json OneOf::json_of(uint64_t value) const
 {
     for (const NamedValue& name : names)
         if (name.value == value)
@@ -104,7 +104,7 @@ uint64_t Bits::read_bits(const Node& node, size_t bytes) const
     return bits;
 }
 
-Json Bits::written(uint64_t bits) const
+Json Bits::json_of(uint64_t bits) const
 {
     Json::Array result;
     for (const NamedValue& name : names)
@@ -119,12 +119,12 @@ Json Bits::written(uint64_t bits) const
 
 // --- Texts ---
 
-std::string Text::read_text(const Node& node, size_t most) const
+std::string Text::read_text(const Node& node, size_t max_bytes) const
 {
     const std::string* text = node.text();
     std::string result = text ? node.turn ? in_turn(*text, *node.turn) : *text : std::string{};
-    if (!text || result.size() < shortest || result.size() > most || result.find('\0') != std::string::npos)
-        node.fail("a text of " + std::to_string(shortest) + " to " + std::to_string(most) + " bytes");
+    if (!text || result.size() < shortest || result.size() > max_bytes || result.find('\0') != std::string::npos)
+        node.fail("a text of " + std::to_string(shortest) + " to " + std::to_string(max_bytes) + " bytes");
     return result;
 }
 
@@ -200,7 +200,7 @@ void PropertiesFormat::write(const Target& target, const Properties& member) con
 uint64_t MacFormat::read_number(const Node& node)
 {
     constexpr size_t length = 17;
-    const auto [json, added] = node.counted();
+    const auto [json, increment] = node.turn_value();
     const std::string* text = json ? json->text() : nullptr;
     uint64_t mac = 0;
     bool is_mac = text && text->size() == length;
@@ -212,13 +212,13 @@ uint64_t MacFormat::read_number(const Node& node)
         else
             mac = mac << 4 | static_cast<uint64_t>(digit((*text)[i]));
     }
-    mac += added;
+    mac += increment;
     if (!is_mac || mac >> 48)
         node.fail("a MAC address such as \"02:10:00:00:00:01\"");
     return mac;
 }
 
-std::string MacFormat::written(uint64_t mac)
+std::string MacFormat::text_of(uint64_t mac)
 {
     char result[18];
     std::snprintf(result, sizeof result, "%02x:%02x:%02x:%02x:%02x:%02x", static_cast<unsigned>(mac >> 40 & 0xff),
@@ -231,7 +231,7 @@ std::string MacFormat::written(uint64_t mac)
 // Addresses are counted up in their last four bytes.
 void IpFormat::read(const Node& node, Ip& member) const
 {
-    const auto [json, added] = node.counted();
+    const auto [json, increment] = node.turn_value();
     const std::string* text = json ? json->text() : nullptr;
     member = {};
     member.is_ipv6 = text && text->find(':') != std::string::npos;
@@ -240,7 +240,7 @@ void IpFormat::read(const Node& node, Ip& member) const
     uint8_t* last = member.bytes.data() + (member.is_ipv6 ? member.bytes.size() : 4) - 4;
     uint32_t number;
     std::memcpy(&number, last, sizeof number);
-    number = htonl(ntohl(number) + static_cast<uint32_t>(added));
+    number = htonl(ntohl(number) + static_cast<uint32_t>(increment));
     std::memcpy(last, &number, sizeof number);
 }
 

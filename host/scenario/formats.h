@@ -28,7 +28,7 @@ struct Number {
     void read(const Node& node, Member& member) const
     {
         const auto bounds = range<Member>();  // not bindings: lambdas capture none of them everywhere
-        const auto [json, added] = node.counted();
+        const auto [json, increment] = node.turn_value();
         const auto take = [&](auto value) {
             const bool is_in_range =
                 std::cmp_greater_equal(value, bounds.first) && std::cmp_less_equal(value, bounds.second);
@@ -37,9 +37,9 @@ struct Number {
             return is_in_range;
         };
         const uint64_t* natural = json ? json->natural() : nullptr;
-        const int64_t* negative = json && added == 0 ? json->negative() : nullptr;
+        const int64_t* negative = json && increment == 0 ? json->negative() : nullptr;
         const bool is_taken =
-            natural ? *natural + added >= added && take(*natural + added) : negative && take(*negative);
+            natural ? *natural + increment >= increment && take(*natural + increment) : negative && take(*negative);
         if (!is_taken)
             node.fail("a whole number from " + std::to_string(bounds.first) + " to " + std::to_string(bounds.second));
     }
@@ -116,7 +116,7 @@ struct OneOf {
     template <class Member>
     void write(const Target& target, const Member& member) const
     {
-        target.text.value(written(static_cast<uint64_t>(member)));
+        target.text.value(json_of(static_cast<uint64_t>(member)));
     }
 
     template <class Member>
@@ -126,7 +126,7 @@ struct OneOf {
     }
 
     uint64_t read_number(const Node& node, size_t bytes) const;
-    Json written(uint64_t value) const;
+    Json json_of(uint64_t value) const;
     Json named_schema() const;
 };
 
@@ -143,7 +143,7 @@ struct Bits {
     template <class Member>
     void write(const Target& target, const Member& member) const
     {
-        target.text.value(written(member));
+        target.text.value(json_of(member));
     }
 
     template <class Member>
@@ -153,7 +153,7 @@ struct Bits {
     }
 
     uint64_t read_bits(const Node& node, size_t bytes) const;
-    Json written(uint64_t bits) const;
+    Json json_of(uint64_t bits) const;
 };
 
 // --- Texts ---
@@ -187,7 +187,7 @@ struct Text {
         return repeatable(Json::object({{"type", "string"}}), is_repeatable);
     }
 
-    std::string read_text(const Node& node, size_t most) const;
+    std::string read_text(const Node& node, size_t max_bytes) const;
 };
 
 constexpr Text text(size_t longest = 4096, size_t shortest = 1)
@@ -249,7 +249,7 @@ struct MacFormat {
         else
             for (const uint8_t byte : member)
                 mac = mac << 8 | byte;
-        target.text.value(written(mac));
+        target.text.value(text_of(mac));
     }
 
     template <class Member>
@@ -260,7 +260,7 @@ struct MacFormat {
     }
 
     static uint64_t read_number(const Node& node);
-    static std::string written(uint64_t mac);
+    static std::string text_of(uint64_t mac);
 };
 
 // An IP address in network byte order; of IPv4 the first four bytes.

@@ -110,9 +110,9 @@ void check(const std::string& scenario)
     with_json_of(scenario, [](const Json& json) { read(json, false); });
 }
 
-std::string completed(const std::string& scenario)
+std::string with_defaults(const std::string& scenario)
 {
-    return with_json_of(scenario, [](const Json& json) { return written(read(json, false), &json); });
+    return with_json_of(scenario, [](const Json& json) { return to_text(read(json, false), &json); });
 }
 
 }  // namespace host::scenario

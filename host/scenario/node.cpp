@@ -8,7 +8,7 @@ namespace host::scenario {
 namespace {
 
 constexpr size_t longest_found = 60;
-constexpr size_t most_series = 16;  // around a value
+constexpr size_t max_series = 16;  // around a value
 
 const Json* cycled(const Node& node, const Json& cycle)
 {
@@ -64,12 +64,12 @@ Node Node::child(size_t child_index, const Json* value) const
     return in_turn({value, known_series, this, nullptr, child_index, turn});
 }
 
-Node::Counted Node::counted(size_t series_around) const
+Node::TurnValue Node::turn_value(size_t series_around) const
 {
     if (!turn || !object() || !json->find("from"))
         return {json, 0};
-    if (series_around == most_series)
-        fail("a value with at most " + std::to_string(most_series) + " series around it");
+    if (series_around == max_series)
+        fail("a value with at most " + std::to_string(max_series) + " series around it");
     auto known = known_series->find(json);
     if (known == known_series->end()) {
         Series result;
@@ -80,8 +80,8 @@ Node::Counted Node::counted(size_t series_around) const
         known = known_series->emplace(json, result).first;
     }
     const Series& series = known->second;
-    const Counted from = child("from", series.from).counted(series_around + 1);
-    return {from.json, from.added + series.added(*turn)};
+    const TurnValue from = child("from", series.from).turn_value(series_around + 1);
+    return {from.json, from.increment + series.increment(*turn)};
 }
 
 std::string Node::pointer() const
@@ -91,7 +91,7 @@ std::string Node::pointer() const
     return parent->pointer() + "/" + (key ? escaped(key) : std::to_string(index));
 }
 
-std::string Node::found() const
+std::string Node::shown_value() const
 {
     if (!json)
         return "nothing";

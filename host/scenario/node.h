@@ -18,7 +18,7 @@ struct Series {
     uint64_t offset = 0;
     uint64_t modulo = 0;  // 0: none
 
-    uint64_t added(uint64_t turn) const
+    uint64_t increment(uint64_t turn) const
     {
         const uint64_t sum = offset + turn / every * step;
         return modulo ? sum % modulo : sum;
@@ -43,11 +43,11 @@ struct Node {
     Node child(size_t child_index, const Json* value) const;
 
     // The value without its series, and what the series adds to it.
-    struct Counted {
+    struct TurnValue {
         const Json* json;
-        uint64_t added;
+        uint64_t increment;
     };
-    Counted counted(size_t series_around = 0) const;
+    TurnValue turn_value(size_t series_around = 0) const;
 
     // Null when the node is of another type.
     const Json::Array* array() const { return json ? json->array() : nullptr; }
@@ -55,8 +55,8 @@ struct Node {
     const std::string* text() const { return json ? json->text() : nullptr; }
 
     std::string pointer() const;
-    std::string found() const;
-    [[noreturn]] void fail(const std::string& expected) const { fail(expected, found()); }
+    std::string shown_value() const;
+    [[noreturn]] void fail(const std::string& expected) const { fail(expected, shown_value()); }
     [[noreturn]] void fail(const std::string& expected, const std::string& found) const;
 };
 

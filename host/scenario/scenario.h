@@ -21,10 +21,10 @@ void check(const std::string& scenario);
 
 // A scenario with all that follows from it written out, but for lists whose entries repeat very often. Throws as load
 // does.
-std::string completed(const std::string& scenario);
+std::string with_defaults(const std::string& scenario);
 
 // The scenario of a host as it stands. Its counters have no past.
-std::string written(Host host);
+std::string to_text(Host host);
 
 // How many switches, ports, flows and so on it has, as JSON under the words that `qdp-host show` prints.
 std::string summary(const Host& host);

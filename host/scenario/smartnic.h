@@ -19,11 +19,11 @@ auto values_of(const Table& table)
 
 // A table of the SmartNIC, as the list of its records; `number_of` is a record's key in it.
 template <class V, class Table, class Format, class NumberOf>
-void describe_table(V& v, const char* key, Table& table, Format format, size_t most, const char* name,
+void describe_table(V& v, const char* key, Table& table, Format format, size_t max_entries, const char* name,
                     NumberOf number_of, const char* help)
 {
     auto records = values_of(table);
-    v.optional(key, records, list(format, most, name, number_of), help);
+    v.optional(key, records, list(format, max_entries, name, number_of), help);
     v.derive([&] {
         table.clear();
         for (const auto& record : records)

@@ -112,7 +112,7 @@ struct MacInVlan {
 inline std::string display_text(const MacInVlan& address)
 {
     constexpr unsigned mac_bits = 48;
-    return MacFormat::written(address.key & ((uint64_t{1} << mac_bits) - 1)) + " in VLAN " +
+    return MacFormat::text_of(address.key & ((uint64_t{1} << mac_bits) - 1)) + " in VLAN " +
            std::to_string(address.key >> mac_bits);
 }
 

@@ -19,7 +19,7 @@ Json reference(const char* definition)
 
 }  // namespace
 
-const Json* Reader::found(const char* key) const
+const Json* Reader::find(const char* key) const
 {
     if (node_.own)
         if (const Json* member = node_.own->find(key))
@@ -30,7 +30,7 @@ const Json* Reader::found(const char* key) const
 Node Reader::member_at(const char* key)
 {
     keys_.at(count_++) = key;
-    const Json* member = found(key);
+    const Json* member = find(key);
     num_found_ += member != nullptr;
     return node_.child(key, member);
 }

@@ -67,14 +67,14 @@ public:
     void check(bool is_right, const char* key, const char* expected) const
     {
         if (!is_right)
-            node_.child(key, found(key)).fail(expected);
+            node_.child(key, find(key)).fail(expected);
     }
 
     // That no key is there that was not asked for.
     void finish() const;
 
 private:
-    const Json* found(const char* key) const;  // null when there is none
+    const Json* find(const char* key) const;  // null when there is none
     Node member_at(const char* key);
     bool is_known(const std::string& key) const;
     void check_keys(const Json& object) const;

@@ -229,6 +229,6 @@ inline auto host_format(bool keeps_repeated_flows)
 }
 
 // With lists as the source has them whose entries repeat very often.
-std::string written(Host host, const Json* source);
+std::string to_text(Host host, const Json* source);
 
 }  // namespace host::scenario

@@ -4,16 +4,16 @@
 
 namespace host::scenario {
 
-std::string written(Host host, const Json* source)
+std::string to_text(Host host, const Json* source)
 {
     JsonText text{true};
     host_format(true).write({text, source}, host);
     return std::move(text.text) + '\n';
 }
 
-std::string written(Host host)
+std::string to_text(Host host)
 {
-    return written(std::move(host), nullptr);
+    return to_text(std::move(host), nullptr);
 }
 
 }  // namespace host::scenario

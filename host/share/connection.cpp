@@ -14,8 +14,8 @@ namespace host::share {
 namespace {
 
 // Of one client: values that it has not given back.
-constexpr size_t most_unreleased = 65'536;
-constexpr size_t most_unreleased_bytes = 16 << 20;
+constexpr size_t max_unreleased = 65'536;
+constexpr size_t max_unreleased_bytes = 16 << 20;
 
 // All that have said hello, by their numbers; with the process locked.
 std::map<uint64_t, Connection*>& connections()
@@ -59,7 +59,7 @@ void Connection::refuse(std::string_view reason)
 
 bool Connection::greet()
 {
-    const auto message = socket_.receive(link::most_request_bytes, false);
+    const auto message = socket_.receive(link::max_request_bytes, false);
     if (!message)
         return false;
     link::Reader reader{message->parts};
@@ -86,7 +86,7 @@ void Connection::serve()
     socket_.limit_waits();
     if (!greet())
         return;
-    while (const auto message = socket_.receive(link::most_request_bytes)) {
+    while (const auto message = socket_.receive(link::max_request_bytes)) {
         bool is_answered = false;
         if (message->kind == link::Kind::call)
             is_answered = answer_call(message->parts);
@@ -117,7 +117,7 @@ bool Connection::answer_call(ByteSpan parts)
     RecordedAnswer answer;
     Walk walk;
     const bool has_room =
-        caller_.values.num_unreleased() < most_unreleased && caller_.values.unreleased_bytes() < most_unreleased_bytes;
+        caller_.values.num_unreleased() < max_unreleased && caller_.values.unreleased_bytes() < max_unreleased_bytes;
     if (!has_room && returns_value(signature)) {
         answer.result = operation.failed(status_refused);
         answer.outputs = call.outputs(caller_.values);

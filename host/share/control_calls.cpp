@@ -272,7 +272,7 @@ std::string control_reply(std::string_view request, uint64_t client)
     }
     LockedProcess()->forget_texts();
     std::string text = text_of(reply);
-    return text.size() < link::most_answer_bytes / 2 ? text : R"({"error": "the answer is too large"})";
+    return text.size() < link::max_answer_bytes / 2 ? text : R"({"error": "the answer is too large"})";
 }
 
 void forget_client(uint64_t client)

@@ -27,7 +27,7 @@ namespace host::share {
 
 namespace {
 
-constexpr size_t most_clients = 512;
+constexpr size_t max_clients = 512;
 constexpr rlim_t wanted_files = 1024;
 constexpr std::chrono::seconds time_to_end{1};  // of calls that are under way
 
@@ -140,7 +140,7 @@ void accept_client()
     auto client = std::make_unique<Connection>(file, ++server.clients_so_far);
     {
         const std::lock_guard lock{server.mutex};
-        if (server.clients.size() >= most_clients)
+        if (server.clients.size() >= max_clients)
             return client->refuse("the host serves as many processes as it may");
         server.clients.insert(client.get());
     }

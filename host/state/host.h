@@ -20,7 +20,7 @@
 #include "host/state/pipeline.h"
 #include "host/state/placement.h"
 #include "host/state/port_settings.h"
-#include "host/state/rss_engines.h"
+#include "host/state/rss_engine.h"
 #include "host/state/smartnic.h"
 #include "host/state/timing.h"
 #include "host/state/traffic.h"

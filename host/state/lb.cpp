@@ -28,8 +28,8 @@ void keep_newest_lines(std::string& text)
 
 void SwitchLb::inject(uint64_t now, const LBTraffic& traffic)
 {
-    if (injected.size() >= most_injected_flows)
-        injected.erase(injected.begin(), injected.begin() + most_injected_flows / 2);
+    if (injected.size() >= max_injected_flows)
+        injected.erase(injected.begin(), injected.begin() + max_injected_flows / 2);
     injected.push_back({now, traffic});
 }
 

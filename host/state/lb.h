@@ -30,7 +30,7 @@ struct SwitchLb {
 };
 
 // A balancer that has so many forgets the older half.
-inline constexpr size_t most_injected_flows = 65'536;
+inline constexpr size_t max_injected_flows = 65'536;
 
 // Of a switch whose ports stand already: how it was placed, to begin with.
 std::string default_debug_text(const Switch& owner);

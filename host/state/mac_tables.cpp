@@ -15,7 +15,7 @@ namespace {
 constexpr uint64_t generation_seconds = 30;
 
 constexpr uint32_t neighbours_of_an_uplink = 12;
-constexpr uint32_t most_nested = 3;  // behind a port of a virtual machine
+constexpr uint32_t max_nested = 3;  // behind a port of a virtual machine
 
 // An uplink sees the hosts behind it, in VLANs from 100 on; another port itself, and some addresses nested in it.
 template <class IsKnown>
@@ -34,7 +34,7 @@ void learn(std::vector<Mac>& macs, uint32_t switch_number, const Port& port, uin
     const uint32_t vlan = 100 + entry.port % 8;
     if (!is_a(port, ClientType::uplink))
         add(entry.mac, vlan);
-    const uint32_t others = is_a(port, ClientType::uplink) ? neighbours_of_an_uplink : entry.port % (most_nested + 1);
+    const uint32_t others = is_a(port, ClientType::uplink) ? neighbours_of_an_uplink : entry.port % (max_nested + 1);
     for (uint32_t i = 0; i < others; ++i)
         add({0x02, 0x20, 0x00, static_cast<uint8_t>(switch_number), static_cast<uint8_t>(entry.port),
              static_cast<uint8_t>(i)},

@@ -8,7 +8,7 @@ namespace host {
 
 namespace {
 
-uint64_t counted(const Clock& clock, uint64_t per_second)
+uint64_t count_until_now(const Clock& clock, uint64_t per_second)
 {
     return clock.counter_value(1) * per_second;
 }
@@ -51,10 +51,10 @@ P4PortCounters p4_port_counters(const Host& host, uint32_t port)
     if (!row || row->status != port_is_up)
         return {};
     const auto [in, out] = host.smartnic.traffic_of(port);
-    const uint64_t rx = counted(host.clock, in.packets);
-    const uint64_t tx = counted(host.clock, out.packets);
-    const uint64_t rx_drops = in.drops ? counted(host.clock, *in.drops) : rx / drop_share;
-    const uint64_t tx_drops = out.drops ? counted(host.clock, *out.drops) : tx / drop_share;
+    const uint64_t rx = count_until_now(host.clock, in.packets);
+    const uint64_t tx = count_until_now(host.clock, out.packets);
+    const uint64_t rx_drops = in.drops ? count_until_now(host.clock, *in.drops) : rx / drop_share;
+    const uint64_t tx_drops = out.drops ? count_until_now(host.clock, *out.drops) : tx / drop_share;
     return {traffic(rx, in.packet_bytes), traffic(rx_drops, in.packet_bytes), traffic(tx, out.packet_bytes),
             traffic(tx_drops, out.packet_bytes)};
 }
@@ -69,7 +69,7 @@ P4LifCounters lif_counters(const Host& host, uint32_t number)
     result.rx_queue.empty = result.traffic.rx_drops.unicast_packets;
     const auto [in, out] = host.smartnic.traffic_of(lif->source_port);
     const auto errors = [&](const Traffic& of_port, uint64_t packets) {
-        return of_port.errors && packets ? counted(host.clock, *of_port.errors) : packets / error_share;
+        return of_port.errors && packets ? count_until_now(host.clock, *of_port.errors) : packets / error_share;
     };
     result.rx_queue.descriptor_fetch_error = errors(in, result.traffic.rx.unicast_packets);
     result.tx_queue.descriptor_fetch_error = errors(out, result.traffic.tx.unicast_packets);
@@ -93,7 +93,7 @@ P4ConntrackCounters conntrack_counters(const Host& host, uint32_t port)
 
 P4IngressCounters ingress_counters(const Host& host)
 {
-    const uint64_t packets = counted(host.clock, host.pipeline.packet_rate);
+    const uint64_t packets = count_until_now(host.clock, host.pipeline.packet_rate);
     P4IngressCounters result{};
     result.from_host = packets;
     result.from_switch = packets / 2 * 3;

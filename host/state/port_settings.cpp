@@ -86,9 +86,9 @@ PortConf default_conf(const PortListEntry& entry)
 TxUplinks default_tx_uplinks(const PortListEntry& entry, const std::vector<uint16_t>& uplinks)
 {
     TxUplinks result{};
-    const auto use = [&](TxUplinkType type, size_t most) {
+    const auto use = [&](TxUplinkType type, size_t max_uplinks) {
         result.type = static_cast<uint8_t>(type);
-        result.count = static_cast<uint8_t>(std::min(most, uplinks.size()));
+        result.count = static_cast<uint8_t>(std::min(max_uplinks, uplinks.size()));
         std::copy_n(uplinks.begin(), result.count, result.uplinks);
     };
     if (static_cast<ClientType>(entry.client_type) == ClientType::uplink) {

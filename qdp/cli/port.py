@@ -170,7 +170,7 @@ OBJECT = Object(
     ),
     Read(
         "queues",
-        "the queues of ports: lcores, uplinks, receive filters and scaling engines",
+        "the queues of ports: lcores, uplinks, receive filters and RSS engines",
         queues,
         methods=["GetPortTxUplink", "GetPortNetQInfo", "ListRSSEngine"],
         selectors=[ANY_SWITCH, ANY_PORT],

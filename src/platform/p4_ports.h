@@ -1,6 +1,7 @@
 // Records of the SmartNIC's port model, which travel over its command channel.
 #pragma once
 
+#include "platform/bit_field.h"
 #include "platform/p4_command.h"
 #include "platform/p4_counters.h"
 
@@ -35,17 +36,10 @@ static_assert(offsetof(P4LifPort, flags) == 9);
 static_assert(offsetof(P4LifPort, status) == 10);
 static_assert(sizeof(P4LifPort) == 12);
 
-// A field of a LIF's flags byte.
-struct P4LifFlag {
-    unsigned lowest_bit;
-    unsigned bits;
-
-    constexpr uint32_t packed(uint32_t value) const { return (value & ((1u << bits) - 1)) << lowest_bit; }
-    constexpr uint32_t unpacked(uint32_t flags) const { return flags >> lowest_bit & ((1u << bits) - 1); }
-};
-inline constexpr P4LifFlag lif_flow_key_type{0, 3};
-inline constexpr P4LifFlag lif_fwd_mode{3, 2};
-inline constexpr P4LifFlag lif_is_mux_pf{5, 1};
+// In a LIF's flags byte.
+inline constexpr BitField lif_flow_key_type{0, 3};
+inline constexpr BitField lif_fwd_mode{3, 2};
+inline constexpr BitField lif_is_mux_pf{5, 1};
 
 constexpr uint8_t lif_flags(uint32_t flow_key_type, uint32_t fwd_mode, uint32_t is_mux_pf)
 {

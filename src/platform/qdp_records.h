@@ -14,7 +14,7 @@
 #include "platform/pipeline.h"
 #include "platform/port_conf.h"
 #include "platform/ports.h"
-#include "platform/rss_engines.h"
+#include "platform/rss_engine.h"
 #include "platform/settings.h"
 #include "platform/stats.h"
 #include "platform/table_memory.h"

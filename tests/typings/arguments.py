@@ -5,7 +5,7 @@ texts of methods that print where they succeed."""
 MORE_ARGUMENTS = {"GetPortConf": (0, 4), "DumpLBStats": (0, 0, 16384, 0, 64)}
 
 # What a method prints although nothing fails.
-PRINTED = {
+TEXTS_OF_SUCCESS = {
     "DumpDecapFlowTable": "Dump Decap  Flow Not supported below 2.10.0.0\n",
     "DumpDecapSaFlowTable": "Dump Decap  Flow Not supported below 2.10.0.0\n",
     "DumpPortFlow": "Dump Port Flow Not supported below 2.10.0.0\n",

@@ -16,7 +16,7 @@ from adversity import starved
 from observe import Outcome
 from contract import RECIPES
 from recipes import is_made_of
-from typings.arguments import MORE_ARGUMENTS, PRINTED
+from typings.arguments import MORE_ARGUMENTS, TEXTS_OF_SUCCESS
 from typings.stub import UNIONS, Stub
 
 THE_STUB = Stub(pathlib.Path(__file__).parents[2] / "typings" / "_libqdp-stubs" / "__init__.pyi")
@@ -80,7 +80,7 @@ class TestResults:
         assert list(stub.mismatches(arguments, tuple[tuple(parameters)], "arguments")) == []
 
         outcome = qdp.call(name, *arguments)
-        assert outcome == Outcome(outcome.result, PRINTED.get(name, ""), calls=outcome.calls)
+        assert outcome == Outcome(outcome.result, TEXTS_OF_SUCCESS.get(name, ""), calls=outcome.calls)
         assert list(stub.mismatches(outcome.result, annotation)) == []
         assert (outcome.result is None) == (annotation is type(None))
 

@@ -623,7 +623,7 @@ def GetUplinkQueueStats(switch: int, port: int, direction: int, queue: int, /) -
     """
 
 class RSSEngine(TypedDict):
-    """One receive-side scaling engine of a port."""
+    """One RSS engine of a port."""
 
     id: int
     type: Literal["DFTRSS", "DEVRSS", "SHARSS", "OFLRSS", "UNKNOWN"]
@@ -637,7 +637,7 @@ class RSSEngine(TypedDict):
     secQ: list[int]  # queue ids, numQ of them but at most 64
 
 def ListRSSEngine(switch: int, port: int, /) -> list[RSSEngine] | None:
-    """Lists the receive-side scaling engines of a port (`Qdp_Get_RSS_Engine_List`).
+    """Lists the RSS engines of a port (`Qdp_Get_RSS_Engine_List`).
 
     switch: switch number, 0..15
     port: port id, 0..16383

@@ -1,11 +1,11 @@
-// The receive-side scaling engines of a port.
+// The RSS engines of a port.
 #include <algorithm>
 
 #include "core/arguments.h"
 #include "core/build.h"
 #include "datapath/features/features.h"
 #include "platform/qdp_control.h"
-#include "platform/rss_engines.h"
+#include "platform/rss_engine.h"
 
 namespace qdp {
 

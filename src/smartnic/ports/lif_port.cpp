@@ -11,19 +11,14 @@ namespace {
 
 using R = P4LifPort;
 
-constexpr Place flag(P4LifFlag field)
-{
-    return bits(offsetof(R, flags), field.lowest_bit, field.bits);
-}
-
 constexpr auto lif_fields = fields<sizeof(R)>({
     {"lifID", AT(R, lif)},
     {"srcPort", AT(R, source_port)},
     {"repPort", AT(R, rep_port)},
-    {"flowKeyType", flag(lif_flow_key_type)},
+    {"flowKeyType", bits(AT(R, flags), lif_flow_key_type)},
     {"lifType", AT(R, type)},
-    {"isMuxPF", flag(lif_is_mux_pf)},
-    {"fwdMode", flag(lif_fwd_mode)},
+    {"isMuxPF", bits(AT(R, flags), lif_is_mux_pf)},
+    {"fwdMode", bits(AT(R, flags), lif_fwd_mode)},
     {"status", AT(R, status)},
 });
 

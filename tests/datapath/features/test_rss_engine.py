@@ -1,4 +1,4 @@
-"""The receive-side scaling engines of a port."""
+"""The RSS engines of a port."""
 
 import struct
 

@@ -1,5 +1,5 @@
-// The receive-side scaling engines of the uplinks.
-#include "host/state/rss_engines.h"
+// The RSS engines of the uplinks.
+#include "host/state/rss_engine.h"
 
 #include "host/state/host.h"
 

@@ -1,4 +1,4 @@
-// Answers about receive-side scaling engines.
+// Answers about RSS engines.
 #include <algorithm>
 
 #include "host/answers/answer.h"

@@ -1,10 +1,10 @@
-// The receive-side scaling engines of the uplinks.
+// The RSS engines of the uplinks.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "platform/rss_engines.h"
+#include "platform/rss_engine.h"
 
 namespace host {
 

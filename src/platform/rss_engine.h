@@ -1,4 +1,4 @@
-// Records of the receive-side scaling engines of a port.
+// Records of the RSS engines of a port.
 #pragma once
 
 #include "platform/limits.h"
