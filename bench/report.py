@@ -103,8 +103,8 @@ Of each method the time, and below it the instructions, in which the growth is j
 caches, and of the pages that the interpreter asks the kernel for and gives back."""
 
 # The most that the module may take of the instructions of `checked` and of `floor`. A wider budget lies at most a
-# hundredth above what has been measured. Most of the width beside the floor is what `checked` takes as well: 1.03 to 1.10
-# of the floor in the workloads named here.
+# hundredth above what has been measured. Most of the width beside the floor is what `checked` takes as well: 1.03 to
+# 1.10 of the floor in the workloads named here.
 MOST, WIDER = (1.03, 1.05), {
     # The first dict's keys are compared with their texts and owned, and one other dict alone gains by it.
     "ListPorts, 2 ports": (1.03, 1.135),
@@ -286,8 +286,18 @@ def growth_row(method, points, text):
 
 # --- The chart: for each workload a group of bars, the time as a multiple of the module's, on a logarithmic scale ---
 
-COLOURS = {"_libqdp": "#1b6ca8", "checked": "#6fa8dc", "floor": "#b8cfe5", "with_cython": "#3c9d5b",
-           "with_nanobind": "#e0b040", "with_pybind11": "#d98c21", "with_numpy": "#a64d79", "with_cffi": "#c0504d", "with_struct": "#8064a2", "with_ctypes": "#5a5a5a"}
+COLOURS = {
+    "_libqdp": "#1b6ca8",
+    "checked": "#6fa8dc",
+    "floor": "#b8cfe5",
+    "with_cython": "#3c9d5b",
+    "with_nanobind": "#e0b040",
+    "with_pybind11": "#d98c21",
+    "with_numpy": "#a64d79",
+    "with_cffi": "#c0504d",
+    "with_struct": "#8064a2",
+    "with_ctypes": "#5a5a5a",
+}
 LEFT, WIDTH, BAR, GAP, TOP = 190, 560, 11, 14, 60
 
 
