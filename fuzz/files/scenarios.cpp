@@ -6,14 +6,14 @@
 namespace {
 
 using host::scenario::load_text;
-using host::scenario::written;
+using host::scenario::to_text;
 
 // A host that was read stands for a scenario that is read again, and then written as before.
 void write_and_read(host::Host host)
 {
-    const std::string text = written(std::move(host));
+    const std::string text = to_text(std::move(host));
     try {
-        if (written(load_text(text)) != text)
+        if (to_text(load_text(text)) != text)
             fuzz::fault("a scenario that was written and read is written otherwise");
     } catch (const std::exception& refusal) {
         fuzz::fault("a scenario that was written is refused: %s", refusal.what());
