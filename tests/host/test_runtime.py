@@ -38,17 +38,8 @@ def test_no_cpp_runtime_is_needed(build, library):
 
 @pytest.mark.parametrize("library", LIBRARIES)
 def test_no_function_of_the_runtime_is_exported(build, library):
-    exported = re.findall(r"^\S+ g +\S+ +\S+\s+\S+\s+(?:Base +)?(\S+)$", objdump(build, library, "-T"), re.MULTILINE)
-    taken = [
-        "dlopen",
-        "dlsym",
-        "dlerror",
-        "pthread_once",
-        "fstat",
-        "stat",
-        "getentropy",
-        "arc4random",
-        "_dl_find_object",
-    ]
+    """Neither the static runtime's nor those that the host's own sources make of its templates."""
+    command = ["nm", "-D", "--defined-only", "--format=just-symbols", build / "host" / library]
+    exported = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True).stdout.split()
     assert exported
-    assert [name for name in exported if name in taken] == []
+    assert [name for name in exported if not name.startswith(("Qdp_", "DVS", "qdp_host_", "_ZN4host"))] == []
