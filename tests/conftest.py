@@ -6,6 +6,7 @@ import importlib.machinery
 import importlib.util
 import os
 import pathlib
+import signal
 import sys
 
 import pytest
@@ -15,6 +16,12 @@ from qdp_host import EmbeddedHost
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = pathlib.Path(os.environ.get("QDP_BUILD", ROOT / "build" / "release")).resolve()
+
+# The processes that tests start write and take signals as those of a user do, also where this one runs in the
+# background or unbuffered.
+os.environ.pop("PYTHONUNBUFFERED", None)
+if signal.getsignal(signal.SIGINT) == signal.SIG_IGN:
+    signal.signal(signal.SIGINT, signal.default_int_handler)
 
 sys.path[:0] = [str(BUILD), str(BUILD / "tests")]
 the_host = EmbeddedHost(BUILD / "host")

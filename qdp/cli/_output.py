@@ -56,6 +56,14 @@ def report(error, as_json=False):
     complain(line)
 
 
+def silence(stream):
+    """Nothing is written to a stream any more, not even at the interpreter's end."""
+    try:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), stream.fileno())
+    except (OSError, ValueError, AttributeError):
+        pass  # it is closed already
+
+
 def complain(line):
     """Writes a line to standard error, if that can be written to."""
     try:
@@ -63,7 +71,7 @@ def complain(line):
         sys.stderr.write(line.encode("ascii", "backslashreplace").decode() + "\n")
         sys.stderr.flush()
     except (OSError, ValueError, AttributeError):
-        pass  # standard error is closed
+        silence(sys.stderr)  # it is closed, or its terminal is
 
 
 _progress = {"shown": False, "since": None}

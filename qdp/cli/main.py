@@ -1,10 +1,9 @@
 """The command's entry: finds the verb, parses its command line, runs it, and turns what happens into an exit code."""
 
-import os
 import sys
 
 from . import load, object_names
-from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, write_json, write_lines
+from ._output import INTERRUPTED, OK, REFUSED, CommandError, UsageError, report, silence, write_json, write_lines
 
 HEAD = "usage: qdp [--from SNAPSHOT] OBJECT [VERB] [SELECTORS] [OPTIONS]"
 
@@ -27,14 +26,6 @@ def main(arguments=None):
         silence(sys.stdout)
         report(CommandError("cannot write: {}".format(error)), is_json(arguments))
         return REFUSED
-
-
-def silence(stream):
-    """Nothing is written to a stream any more, not even at the interpreter's end."""
-    try:
-        os.dup2(os.open(os.devnull, os.O_WRONLY), stream.fileno())
-    except (OSError, ValueError, AttributeError):
-        pass  # it is closed already
 
 
 def guarded(arguments):
