@@ -30,6 +30,13 @@ bool has_property(const LoadedSwitches& loaded, const void* handle)
         loaded, [&](const LoadedSwitch& each) { return is_in(each.host_properties) || is_in(each.global_properties); });
 }
 
+Host::Host() = default;
+Host::Host(const Host&) = default;
+Host::Host(Host&&) noexcept = default;
+Host& Host::operator=(const Host&) = default;
+Host& Host::operator=(Host&&) noexcept = default;
+Host::~Host() = default;
+
 Switch* Host::datapath_switch(uint32_t switch_number)
 {
     const auto found = std::ranges::find_if(switches, [&](const Switch& candidate) {

@@ -84,6 +84,14 @@ struct Switch {
 };
 
 struct Host {
+    // Defined in one place, which spares every user of the type a good deal of code.
+    Host();
+    Host(const Host& other);
+    Host(Host&& other) noexcept;
+    Host& operator=(const Host& other);
+    Host& operator=(Host&& other) noexcept;
+    ~Host();
+
     Clock clock;
     std::vector<Switch> switches;
 

@@ -8,7 +8,11 @@ import subprocess
 
 import pytest
 
-STEPS = "Configuring build/release\nBuilding build/release; the first time takes minutes\nBuilt build/release\n"
+STEPS = (
+    "Configuring build/release\n"
+    "Building build/release; the first time takes a minute or more\n"
+    "Built build/release\n"
+)
 PROJECT = """\
 cmake_minimum_required(VERSION 3.25)
 project(small LANGUAGES NONE)
@@ -42,6 +46,14 @@ def test_a_further_build_is_silent(project):
     build(project)
     done = build(project)
     assert (done.returncode, done.stdout, done.stderr) == (0, "", "")
+
+
+def test_a_build_behind_one_that_did_not_end_says_its_steps(project):
+    (project / "CMakeLists.txt").write_text(PROJECT.replace("-E touch made", "-E false"))
+    build(project)
+    (project / "CMakeLists.txt").write_text(PROJECT)
+    assert build(project).stderr == STEPS
+    assert build(project).stderr == ""
 
 
 def test_a_terminal_shows_the_tools_own_progress(project):
