@@ -1,33 +1,23 @@
 // The module `_libqdp`: its table of methods, which is also the map of the source. The comment above a run of methods
 // names the file that they live in.
 #include "core/python.h"
-#include "datapath/features/features.h"
-#include "datapath/flowcache/flowcache.h"
-#include "datapath/lb/lb.h"
-#include "datapath/mac/mac.h"
-#include "datapath/placement/placement.h"
-#include "datapath/ports/ports.h"
-#include "datapath/stats/stats.h"
-#include "datapath/uplink/uplink.h"
-#include "smartnic/diag/diag.h"
-#include "smartnic/ports/ports.h"
-#include "smartnic/settings/settings.h"
-#include "smartnic/stats/stats.h"
-#include "smartnic/tables/tables.h"
 
-namespace {
+namespace qdp {
 
-using namespace qdp;
-
-// The interpreter takes the parameter names for help() and inspect.signature() from the text before "--", and leaves
-// the text behind it as the method's __doc__.
-#define METHOD(name, function, parameters, doc)                                     \
-    {                                                                               \
-        name, function, METH_VARARGS, name "($module" parameters ", /)\n--\n\n" doc \
+// A row declares its method, which no other file does. The interpreter takes the parameter names for help() and
+// inspect.signature() from the text before "--", and leaves the text behind it as the method's __doc__.
+#define METHOD(name, function, parameters, doc)                         \
+    {                                                                   \
+        name,                                                           \
+            [] {                                                        \
+                Method function;                                        \
+                return function;                                        \
+            }(),                                                        \
+            METH_VARARGS, name "($module" parameters ", /)\n--\n\n" doc \
     }
 
 // The order is part of the interface.
-PyMethodDef methods[] = {
+static PyMethodDef methods[] = {
     // datapath/ports/inventory.cpp
     METHOD("ListSwitches", PyQDP_List_Switches, "", "List All QDP switches"),
     METHOD("ListPorts", PyQDP_List_Ports, ", switch", "List all ports on a QDP switch."),
@@ -280,7 +270,7 @@ PyMethodDef methods[] = {
     {nullptr, nullptr, 0, nullptr},
 };
 
-PyModuleDef definition = {
+static PyModuleDef definition = {
     PyModuleDef_HEAD_INIT,
     "_libqdp",
     "Python binding for qdp",
@@ -292,12 +282,12 @@ PyModuleDef definition = {
     nullptr,
 };
 
-}  // namespace
+}  // namespace qdp
 
 // The interpreter's version of the module interface, fixed for every CPython that the binary runs on.
 static_assert(PYTHON_API_VERSION == 1013);
 
 PyMODINIT_FUNC PyInit__libqdp()
 {
-    return PyModule_Create2(&definition, PYTHON_API_VERSION);
+    return PyModule_Create2(&qdp::definition, PYTHON_API_VERSION);
 }

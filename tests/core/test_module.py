@@ -10,8 +10,7 @@ import sys
 import pytest
 
 import _libqdp
-from contract import RECIPES
-from core.methods import METHODS
+from contract import METHODS, RECIPES
 from observe import standard_error
 from recipes import is_made_of
 
@@ -30,10 +29,10 @@ def test_definition():
 
 
 def test_methods_in_table_order():
-    assert methods() == [name for name, _, _ in METHODS]
+    assert methods() == [method.name for method in METHODS]
 
 
-@pytest.mark.parametrize("name, documentation, parameters", METHODS)
+@pytest.mark.parametrize("name, documentation, parameters", [method[:3] for method in METHODS])
 def test_documentation_and_signature(name, documentation, parameters):
     method = getattr(_libqdp, name)
     assert method.__doc__ == documentation
@@ -42,7 +41,7 @@ def test_documentation_and_signature(name, documentation, parameters):
     assert all(each.kind is inspect.Parameter.POSITIONAL_ONLY for each in shown)
 
 
-@pytest.mark.parametrize("name", [name for name, _, _ in METHODS])
+@pytest.mark.parametrize("name", [method.name for method in METHODS])
 def test_keyword_arguments_are_refused_by_the_interpreter(host, name):
     with standard_error() as error, host.recording() as calls, pytest.raises(TypeError):
         getattr(_libqdp, name)(switch=0)

@@ -1,5 +1,4 @@
 // Whether and how a switch offloads flows to its NICs, kept as a host property of the switch.
-#include "datapath/features/features.h"
 
 #include <bit>
 

@@ -1,7 +1,6 @@
 // Counters of flow offload, by lcore and by uplink, and what an uplink can offload.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "datapath/features/features.h"
 #include "platform/fpo.h"
 #include "platform/qdp_control.h"
 

@@ -1,7 +1,6 @@
 // The lowest protocol layer on which a switch makes its flows.
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "datapath/features/features.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

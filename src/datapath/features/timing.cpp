@@ -1,7 +1,6 @@
 // Host-wide timing: when flows expire, and when offloaded flows and connections are looked at.
 #include "platform/timing.h"
 #include "core/build.h"
-#include "datapath/features/features.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

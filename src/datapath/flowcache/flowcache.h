@@ -1,19 +1,9 @@
-// Methods on the flow caches of the lcores, and the texts of flows for other readers of the datapath's records.
+// The texts of flows, for other readers of the datapath's records.
 #pragma once
 
 #include "core/python.h"
 
 namespace qdp {
-
-// flow_table.cpp
-Method PyQDP_Dump_Flow_Table;
-Method PyQDP_Dump_Decap_Flow_Table;
-Method PyQDP_Dump_Decap_Sa_Flow_Table;
-Method PyQDP_Dump_Port_Flow;
-
-// flowcache_control.cpp
-Method PyQDP_Clear_Switch_Flow_Table;
-Method PyQDP_Enable_Switch_Flow_Cache;
 
 inline constexpr uint32_t flow_key_text_bytes = 256;
 
@@ -21,12 +11,10 @@ inline constexpr uint32_t flow_key_text_bytes = 256;
 
 // --- The callers' records need not be aligned, and are as long as what is read of them. ---
 
-// flow_key.cpp
 // Writes the line of a flow key into flow_key_text_bytes. Clears those fields of the key, in place, that have no
 // meaning at its layer. Returns the length of the last column.
 QDP_EXPORT int FCFlowKeyToStr(void* key, char* out);
 
-// flow_actions.cpp
 // Writes what a flow's action area says: its header, and each action of the group at `group_offset`. The sections of
 // the tail are found backwards from `tail_length`; the flow's entry tells the connection-tracking contexts. Returns 0;
 // or 1, and says so on standard error, when the output ended before the actions.

@@ -1,7 +1,6 @@
 // Commands to the flow cache of a switch.
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "datapath/flowcache/flowcache.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -3,7 +3,6 @@
 
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "datapath/lb/lb.h"
 #include "platform/lb.h"
 #include "platform/qdp_control.h"
 

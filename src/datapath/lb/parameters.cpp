@@ -3,7 +3,6 @@
 #include <iterator>
 
 #include "core/build.h"
-#include "datapath/lb/lb.h"
 #include "platform/lb.h"
 #include "platform/qdp_control.h"
 #include "switchid/identity.h"

@@ -4,7 +4,6 @@
 
 #include "core/arguments.h"
 #include "core/build.h"
-#include "datapath/lb/lb.h"
 #include "platform/lb.h"
 #include "platform/qdp_control.h"
 

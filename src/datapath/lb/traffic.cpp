@@ -2,7 +2,6 @@
 #include "core/arguments.h"
 #include "core/bytes.h"
 #include "core/fail.h"
-#include "datapath/lb/lb.h"
 #include "platform/lb.h"
 #include "platform/ports.h"
 #include "platform/qdp_control.h"

@@ -2,7 +2,6 @@
 // library does.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "datapath/mac/mac.h"
 #include "platform/mac.h"
 #include "platform/qdp_control.h"
 
@@ -41,6 +40,28 @@ constexpr auto switch_table_fields = fields<sizeof(H)>({
 });
 
 constexpr char cannot_clear[] = "Failed to clear mac table.\n";  // of a port and of a switch
+
+// Adding and deleting are one method with the operation as its third parameter.
+PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
+{
+    uint32_t switch_argument, port, vlan_argument;
+    long long address;
+    if (!PyArg_ParseTuple(args, "IILI", &switch_argument, &port, &address, &vlan_argument))
+        return print_none(invalid_parameter);
+
+    // Deliberate: the upper half of the VLAN argument replaces the lower half of the switch number. Callers name switch
+    // 5 and VLAN 100 as 0x00050064; a plain VLAN id means switch 0, whatever the switch argument says.
+    const uint32_t switch_number = (switch_argument & 0xffff0000) | vlan_argument >> 16;
+    const auto vlan = low_16(vlan_argument);
+    if (!is_switch(switch_number))
+        return print_none(invalid_parameter);
+
+    uint8_t mac[mac_bytes];  // the lowest byte of the integer comes first
+    std::memcpy(mac, &address, sizeof mac);
+    const char* refusal = operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
+                                                         : "Failed to delete MAC entry.\n";
+    return command_result(Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)), refusal);
+}
 
 }  // namespace
 
@@ -90,27 +111,6 @@ PyObject* PyQDP_Clear_Switch_MACTable(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "I", &switch_number) || !is_switch(switch_number))
         return print_none(invalid_parameter);
     return command_result(Qdp_Clear_Switch_MAC_Table(switch_number), cannot_clear);
-}
-
-PyObject* PyQDP_MAC_Entry_Ops(PyObject*, PyObject* args, MacOperation operation)
-{
-    uint32_t switch_argument, port, vlan_argument;
-    long long address;
-    if (!PyArg_ParseTuple(args, "IILI", &switch_argument, &port, &address, &vlan_argument))
-        return print_none(invalid_parameter);
-
-    // Deliberate: the upper half of the VLAN argument replaces the lower half of the switch number. Callers name switch
-    // 5 and VLAN 100 as 0x00050064; a plain VLAN id means switch 0, whatever the switch argument says.
-    const uint32_t switch_number = (switch_argument & 0xffff0000) | vlan_argument >> 16;
-    const auto vlan = low_16(vlan_argument);
-    if (!is_switch(switch_number))
-        return print_none(invalid_parameter);
-
-    uint8_t mac[mac_bytes];  // the lowest byte of the integer comes first
-    std::memcpy(mac, &address, sizeof mac);
-    const char* refusal = operation == MacOperation::add ? "Failed to add a MAC entry."  // deliberately unbroken line
-                                                         : "Failed to delete MAC entry.\n";
-    return command_result(Qdp_MAC_Entry_Ops(switch_number, port, mac, vlan, static_cast<uint8_t>(operation)), refusal);
 }
 
 PyObject* PyQDP_Add_MAC_Entry(PyObject* module, PyObject* args)

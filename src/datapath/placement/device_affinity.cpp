@@ -1,6 +1,5 @@
 // The affinity of the physical NICs.
 #include "core/build.h"
-#include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
 #include "platform/uplink.h"
 

@@ -1,7 +1,6 @@
 // The lcores of the host.
 #include "core/build.h"
 #include "core/render.h"
-#include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
 
 namespace qdp {

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "core/fail.h"
-#include "datapath/placement/placement.h"
 #include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"

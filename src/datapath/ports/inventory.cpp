@@ -1,7 +1,6 @@
 // The inventory of the datapath: its switches, and the ports of a switch.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "datapath/ports/ports.h"
 #include "platform/ports.h"
 #include "platform/qdp_control.h"
 

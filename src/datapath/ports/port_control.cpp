@@ -1,7 +1,6 @@
 // Commands to a port or a switch of the datapath. Most tell the library one thing and return None.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "datapath/ports/ports.h"
 #include "platform/port_conf.h"
 #include "platform/qdp_control.h"
 

@@ -1,27 +1,7 @@
-// Methods on the datapath's switches and ports.
+// Flags, ports and VLANs of a port's configuration, for the hosting process.
 #pragma once
 
 #include "core/python.h"
-
-namespace qdp {
-
-// inventory.cpp
-Method PyQDP_List_Switches;
-Method PyQDP_List_Ports;
-
-// port_conf.cpp
-Method PyQDP_Get_Port_Conf;
-
-// port_control.cpp
-Method PyQDP_Migrate_Port;
-Method PyQDP_Unpin_Port;
-Method PyQDP_Reset_Port;
-Method PyQDP_Get_Port_Tx_Uplink;
-Method PyQDP_Set_Uplink_MAC_Learn;
-Method PyQDP_Get_Panic_On_Tx_Hang;
-Method PyQDP_Set_Panic_On_Tx_Hang;
-
-}  // namespace qdp
 
 // Writes the names of a port's receive filter flags, each with a blank behind it, cut to `size` bytes, the NUL
 // included.

@@ -1,6 +1,5 @@
 // The sizes of an uplink's transmit and receive rings, kept in the port's data.
 #include "core/fail.h"
-#include "datapath/uplink/uplink.h"
 #include "platform/uplink.h"
 #include "switchid/property.h"
 

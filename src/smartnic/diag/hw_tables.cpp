@@ -6,7 +6,6 @@
 #include "platform/qdp_control.h"
 #include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
-#include "smartnic/diag/diag.h"
 
 namespace qdp {
 

@@ -2,7 +2,6 @@
 #include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
-#include "smartnic/diag/diag.h"
 
 namespace qdp {
 

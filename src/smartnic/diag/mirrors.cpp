@@ -6,7 +6,6 @@
 #include "core/render.h"
 #include "platform/mirrors.h"
 #include "platform/qdp_control.h"
-#include "smartnic/diag/diag.h"
 
 namespace qdp {
 

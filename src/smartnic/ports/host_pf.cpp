@@ -3,7 +3,6 @@
 #include "core/build.h"
 #include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
-#include "smartnic/ports/ports.h"
 
 namespace qdp {
 

@@ -3,7 +3,6 @@
 #include "platform/p4_ports.h"
 #include "smartnic/channel/channel.h"
 #include "smartnic/ports/page.h"
-#include "smartnic/ports/ports.h"
 
 namespace qdp {
 

@@ -3,7 +3,6 @@
 #include "core/arguments.h"
 #include "platform/qdp_control.h"
 #include "smartnic/ports/page.h"
-#include "smartnic/ports/ports.h"
 
 namespace qdp {
 

@@ -3,7 +3,6 @@
 #include "core/build.h"
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
-#include "smartnic/settings/settings.h"
 
 namespace qdp {
 

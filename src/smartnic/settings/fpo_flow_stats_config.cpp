@@ -3,7 +3,6 @@
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "platform/timing.h"
-#include "smartnic/settings/settings.h"
 
 namespace qdp {
 

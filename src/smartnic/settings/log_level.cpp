@@ -3,7 +3,6 @@
 #include "core/build.h"
 #include "platform/p4_settings.h"
 #include "smartnic/channel/channel.h"
-#include "smartnic/settings/settings.h"
 
 namespace qdp {
 

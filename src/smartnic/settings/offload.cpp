@@ -3,7 +3,6 @@
 #include "platform/pipeline.h"
 #include "platform/qdp_control.h"
 #include "platform/switch_state.h"
-#include "smartnic/settings/settings.h"
 #include "switchid/identity.h"
 
 namespace qdp {

@@ -1,7 +1,6 @@
 // The counters of one offloaded flow, from the raw memory of the IPFIX table.
 #include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
-#include "smartnic/stats/stats.h"
 
 namespace qdp {
 

@@ -2,7 +2,6 @@
 #include "platform/p4_counters.h"
 #include "platform/qdp_control.h"
 #include "smartnic/counters/counters.h"
-#include "smartnic/stats/stats.h"
 
 namespace qdp {
 

@@ -1,7 +1,6 @@
 // Tables of one entry: the DSCP configuration, and the map of uplinks to ports.
 #include "platform/p4_entries.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 

@@ -1,7 +1,6 @@
 // Counters of flows, and connection tracking: each a pair of tables, one for each direction.
 #include "platform/p4_entries.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 

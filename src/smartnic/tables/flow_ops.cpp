@@ -1,7 +1,6 @@
 // What the flow table library counts of the operations on it.
 #include "platform/p4_entries.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 

@@ -4,7 +4,6 @@
 #include "platform/p4_entries.h"
 #include "smartnic/tables/keys.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 

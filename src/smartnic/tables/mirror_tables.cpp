@@ -1,7 +1,6 @@
 // Mirror sessions, and the headers that their copies travel in.
 #include "platform/p4_entries.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 

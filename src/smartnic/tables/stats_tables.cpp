@@ -2,7 +2,6 @@
 #include "platform/p4_tables.h"
 #include "smartnic/counters/counters.h"
 #include "smartnic/tables/reader.h"
-#include "smartnic/tables/tables.h"
 
 namespace qdp {
 
