@@ -250,6 +250,10 @@ class TestLeaks:
                     pass
 
         many()
-        before = held()
-        many()
-        assert [after - one for after, one in zip(held(), before) if abs(after - one) > 50] == []
+        for _ in range(3):  # what earlier tests left may still go in one turn; what calls hold or lose shows in each
+            before = held()
+            many()
+            changed = [after - one for after, one in zip(held(), before) if abs(after - one) > 50]
+            if not changed:
+                break
+        assert changed == []
