@@ -7,7 +7,6 @@
 #include "bench/fixed/marks.h"
 #include "platform/p4_tables.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 
 namespace {
 

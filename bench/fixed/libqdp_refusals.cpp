@@ -2,7 +2,6 @@
 #include "bench/fixed/marks.h"
 #include "host/call/define_operations.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 
 #define OPERATION(name, ...)                        \
     [[gnu::weak]] OPERATION_HEAD(name, __VA_ARGS__) \

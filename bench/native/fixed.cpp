@@ -3,7 +3,6 @@
 
 #include "bench/fixed/marks.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 
 static PyObject* none()
 {

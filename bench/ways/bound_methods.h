@@ -12,7 +12,6 @@
 #include "bench/native/keys.h"
 #include "platform/p4_tables.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
 

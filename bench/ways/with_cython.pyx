@@ -17,7 +17,7 @@ cdef extern from "bench/native/flow_text.h":
 cdef extern from "platform/p4_tables.h":
     pass
 
-cdef extern from "platform/qdp_records.h":
+cdef extern from "platform/qdp_control.h":
     pass
 
 cdef extern from "platform/qdp_control.h":

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "host/answers/answer.h"
-#include "platform/qdp_control.h"
 
 namespace host {
 

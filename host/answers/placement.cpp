@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "host/answers/answer.h"
+#include "platform/placement.h"
 
 namespace host {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "host/answers/answer.h"
-#include "platform/qdp_control.h"
+#include "platform/lb.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include "host/answers/answer.h"
 #include "host/state/property.h"
 #include "host/state/traffic.h"
-#include "platform/qdp_control.h"
+#include "platform/lb.h"
 
 namespace host {
 

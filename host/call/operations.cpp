@@ -3,7 +3,6 @@
 
 #include "platform/mac.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 #include "platform/switch_state.h"
 
 namespace host {

@@ -2,7 +2,6 @@
 #include "host/call/define_operations.h"
 #include "host/capture/recorder.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 #include "platform/switch_state.h"
 
 namespace {

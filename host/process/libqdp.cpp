@@ -1,7 +1,6 @@
 // The stand-in for the datapath control library: every operation passes its call to the embedded host.
 #include "host/call/define_operations.h"
 #include "platform/qdp_control.h"
-#include "platform/qdp_records.h"
 
 #define OPERATION(name, ...)                                                              \
     OPERATION_HEAD(name, __VA_ARGS__)                                                     \

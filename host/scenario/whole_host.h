@@ -5,6 +5,7 @@
 #include "host/scenario/pipeline.h"
 #include "host/scenario/smartnic.h"
 #include "host/scenario/switches.h"
+#include "platform/placement.h"
 
 namespace host::scenario {
 

@@ -1,4 +1,5 @@
-// Records of the datapath's flow cache: the key and the actions of a flow, and the pages of a lcore's flow table.
+// Operations and records of the datapath's flow cache: the key and the actions of a flow, and the pages of a lcore's
+// flow table.
 #pragma once
 
 #include "platform/limits.h"
@@ -228,3 +229,11 @@ struct FlowTableResponse {
 static_assert(offsetof(FlowTableResponse, next_start_index) == 8);
 static_assert(offsetof(FlowTableResponse, entries) == 24);
 static_assert(sizeof(FlowTableResponse) == 10264);
+
+extern "C" {
+
+uint32_t Qdp_Dump_Flow_Table(const FlowTableRequest* request, FlowTableResponse* response, uint32_t* size);
+uint32_t Qdp_Clear_Switch_Flow_Table(uint32_t switch_number);
+uint32_t Qdp_Enable_Switch_Flow_Cache(uint32_t switch_number, uint32_t enable);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of flow processing offload (FPO), which pushes flows into NIC hardware.
+// Operations and records of flow processing offload (FPO), which pushes flows into NIC hardware.
 #pragma once
 
 #include <cstddef>
@@ -131,3 +131,13 @@ static_assert(offsetof(FpoUplinkStats, context_succeeded) == 224);
 static_assert(offsetof(FpoUplinkStats, context_failed) == 256);
 static_assert(offsetof(FpoUplinkStats, num_calls_while_disabled) == 304);
 static_assert(sizeof(FpoUplinkStats) == 312);
+
+extern "C" {
+
+// The answer about lcores has one entry a given lcore.
+uint32_t Qdp_Get_FPO_Stats(uint32_t switch_number, const uint32_t* lcores, uint32_t lcore_count,
+                           FpoLcoreStatsList* list, uint32_t* size);
+uint32_t Qdp_Get_FPO_Uplink_Status(uint32_t switch_number, uint32_t port, FpoUplinkStatus* status, uint32_t* size);
+uint32_t Qdp_Get_FPO_Uplink_Stats(uint32_t switch_number, uint32_t port, FpoUplinkStats* stats, uint32_t* size);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of the encapsulation of mirrored (L3 SPAN) traffic towards a destination address.
+// Operations and records of the encapsulation of mirrored (L3 SPAN) traffic towards a destination address.
 #pragma once
 
 #include "platform/limits.h"
@@ -53,3 +53,9 @@ static_assert(offsetof(L3SPANRecord, gre.destination_mac) == 66);
 static_assert(offsetof(L3SPANRecord, gre.addresses.ipv4.source) == 92);
 static_assert(offsetof(L3SPANRecord, gre.addresses.ipv6.destination) == 104);
 static_assert(sizeof(L3SPANRecord) == 120);
+
+extern "C" {
+
+uint32_t Qdp_Get_L3SPAN_Record(const L3SPANRequest* request, L3SPANRecord* answer, uint32_t* size);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of the thread load balancer: its settings, its statistics, and traffic that is injected into it.
+// Operations and records of the thread load balancer: its settings, its statistics, and traffic that is injected.
 #pragma once
 
 #include <cstddef>
@@ -161,3 +161,18 @@ struct LBTrafficRequest {
 };
 static_assert(offsetof(LBTrafficRequest, entries) == 8);
 static_assert(sizeof(LBTrafficRequest) == 4808);
+
+// What the migration of a port or a filter answers while the load balancer moves them by itself.
+inline constexpr uint32_t status_lb_is_automatic = 1;
+
+extern "C" {
+
+uint32_t Qdp_GetLBParams(const char* portset_name, LBParameters* parameters);
+uint32_t Qdp_SetLBParam(const char* portset_name, uint32_t parameter, uint64_t value);
+uint32_t Qdp_DumpLBDebugBuf(uint32_t switch_number, int8_t flag, char* text, uint32_t* length);
+uint32_t Qdp_FlushLBDebugBuf(uint32_t switch_number);
+uint32_t Qdp_DumpLBStats(uint32_t switch_number, uint32_t first_port, uint32_t port_count, uint32_t first_context,
+                         uint32_t context_count, LBStatsChunk* chunk, uint32_t size);
+uint32_t Qdp_InjectLBTraffic(const LBTrafficRequest* request);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of the datapath's MAC tables.
+// Operations and records of the datapath's MAC tables.
 #pragma once
 
 #include "platform/limits.h"
@@ -41,3 +41,13 @@ struct SwitchMacTable {
 static_assert(sizeof(SwitchMacTable) == 1310736);
 
 enum class MacOperation : uint8_t { remove = 0, add = 1 };
+
+extern "C" {
+
+uint32_t Qdp_Dump_Port_MAC_Table(uint32_t switch_number, uint32_t port, PortMacTable* table, uint32_t* size);
+uint32_t Qdp_Dump_Switch_MAC_Table(uint32_t switch_number, SwitchMacTable* table, uint32_t* size);
+uint32_t Qdp_Clear_Port_MAC_Table(uint32_t switch_number, uint32_t port);
+uint32_t Qdp_Clear_Switch_MAC_Table(uint32_t switch_number);
+uint32_t Qdp_MAC_Entry_Ops(uint32_t switch_number, uint32_t port, const uint8_t* mac, uint16_t vlan, uint8_t operation);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of the SmartNIC's mirror sessions and port mirrors.
+// Operations and records of the SmartNIC's mirror sessions and port mirrors.
 #pragma once
 
 #include <cstddef>
@@ -93,3 +93,11 @@ using PortMirrorDump = MirrorDump<PortMirror>;
 static_assert(PortMirrorDump::max_entries == 31);
 static_assert(offsetof(PortMirrorDump, entries) == PortMirrorDump::header_bytes);
 static_assert(sizeof(PortMirrorDump) == mirror_dump_bytes);
+
+extern "C" {
+
+uint32_t Qdp_P4_MirrorTable_Dump(MirrorSessionDump* dump, uint32_t* size);
+uint32_t Qdp_P4_PortMirrorTable_Dump(const PortMirrorRequest* request, uint32_t length, PortMirrorDump* dump,
+                                     uint32_t* size);
+
+}  // extern "C"

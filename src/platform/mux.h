@@ -1,4 +1,4 @@
-// Records of switches in mux mode, in which several ports share a PF and are told apart by internal VLANs.
+// Operations and records of switches in mux mode, in which several ports share a PF and internal VLANs tell them apart.
 #pragma once
 
 #include <cstddef>
@@ -42,3 +42,13 @@ using ShadowPortList = MuxListResponse<ShadowPortEntry>;
 static_assert(offsetof(ShadowPortList, entries) == ShadowPortList::header_bytes);
 static_assert(sizeof(MuxVlanList) == mux_list_response_bytes);
 static_assert(sizeof(ShadowPortList) == mux_list_response_bytes);
+
+extern "C" {
+
+uint32_t Qdp_Get_Mux_Mode(uint32_t switch_number, uint32_t* is_enabled);
+uint32_t Qdp_List_Mux_VLAN_Info(const MuxListRequest* request, uint32_t request_length, MuxVlanList* list,
+                                uint32_t* size);
+uint32_t Qdp_List_Shadow_Ports(const MuxListRequest* request, uint32_t request_length, ShadowPortList* list,
+                               uint32_t* size);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// The framing of the SmartNIC's command channel: what Qdp_P4_Cmd carries.
+// The SmartNIC's command channel: its operation, and the framing of what it carries.
 #pragma once
 
 #include <cstddef>
@@ -50,3 +50,9 @@ struct P4ListResponse {
     Entry entries[max_entries];
     uint8_t unused[p4_list_response_bytes - header_bytes - max_entries * sizeof(Entry)];
 };
+
+extern "C" {
+
+uint32_t Qdp_P4_Cmd(const void* request, uint32_t request_length, void* response, uint32_t* response_length);
+
+}  // extern "C"

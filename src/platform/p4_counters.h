@@ -1,4 +1,4 @@
-// Counter blocks of the SmartNIC's pipeline, as the library's calls and the hardware's tables both give them.
+// Counter blocks of the SmartNIC's pipeline, as the operations here and the hardware's tables both give them.
 #pragma once
 
 #include <cstddef>
@@ -86,3 +86,13 @@ struct P4ConntrackCounters {
 static_assert(offsetof(P4ConntrackCounters, rx_pass_bytes) == 32);
 static_assert(offsetof(P4ConntrackCounters, rx_drop_packets) == 56);
 static_assert(sizeof(P4ConntrackCounters) == 256);
+
+extern "C" {
+
+uint32_t Qdp_Lif_Stats_Get(uint32_t lif, P4LifCounters* counters, uint32_t* size);
+uint32_t Qdp_Port_Stats_Get(uint32_t port, P4PortCounters* counters, uint32_t* size);
+uint32_t Qdp_CT_Stats_Get(uint32_t index, P4ConntrackCounters* counters, uint32_t* size);
+uint32_t Qdp_P4I_Stats_Get(P4IngressCounters* counters, uint32_t* size);
+uint32_t Qdp_P4E_Stats_Get(P4EgressCounters* counters, uint32_t* size);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of the pipeline's offload settings, contexts and diagnostics.
+// Operations and records of the pipeline's offload settings, aging, contexts and diagnostics.
 #pragma once
 
 #include <cstddef>
@@ -84,3 +84,30 @@ struct [[gnu::packed]] AdvancedCounters {
 };
 static_assert(offsetof(AdvancedCounters, counters) == 132);
 static_assert(sizeof(AdvancedCounters) == 428);
+
+extern "C" {
+
+// Offload and DSCP settings, flow aging.
+uint32_t Qdp_Get_FPO_Flow_Stats_Config(FpoFlowStatsConfig* config);
+uint32_t Qdp_Set_FPO_Flow_Stats_Config(const FpoFlowStatsConfig* config);
+uint32_t Qdp_Set_Offload_Flows(const char* portset_name, uint32_t is_enabled);
+uint32_t Qdp_Get_Offload_Flows(const char* portset_name, uint32_t* is_enabled);
+uint32_t Qdp_Set_Offload_ICMP_Echo(uint32_t is_enabled);
+uint32_t Qdp_Get_Offload_ICMP_Echo(uint32_t* is_enabled);
+uint32_t Qdp_DSCP_Conf_Set(const DscpConfig* config, uint32_t length);
+uint32_t Qdp_DSCP_Conf_Get(DscpConfig* config, uint32_t* size);
+uint32_t Qdp_GetAgingInterval(uint32_t selector, uint32_t* interval);
+uint32_t Qdp_SetAgingInterval(uint32_t selector, uint32_t interval);
+
+// The P4 application, its latency, its contexts and advanced statistics.
+uint32_t Qdp_P4AppSet(uint32_t is_enabled);
+uint32_t Qdp_P4AppGet(uint32_t* is_enabled);
+uint32_t Qdp_P4UKLatencySet(uint32_t is_enabled);
+uint32_t Qdp_P4UKLatencyDump(uint32_t selector, LatencyHistogram* histogram, uint32_t* size);
+uint32_t Qdp_FPOQueryMgr(const FpoContextRequest* request, FpoContext* context, uint32_t* size);
+uint32_t Qdp_AdvStatsSetEnabled(uint32_t switch_number, uint32_t mode);
+uint32_t Qdp_AdvStatsGetEnabled(uint32_t switch_number, uint8_t* is_enabled);
+uint32_t Qdp_AdvStatsGetCounters(uint32_t switch_number, uint32_t selector, const char* text,
+                                 AdvancedCounters* counters, uint32_t* size);
+
+}  // extern "C"

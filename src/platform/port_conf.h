@@ -1,4 +1,4 @@
-// Records of a port's configuration and of the uplinks it transmits on.
+// Operations and records of a port's configuration and of the uplinks it transmits on.
 #pragma once
 
 #include "platform/limits.h"
@@ -124,3 +124,16 @@ struct TxUplinks {
 };
 static_assert(offsetof(TxUplinks, uplinks) == 2);
 static_assert(sizeof(TxUplinks) == 18);
+
+extern "C" {
+
+uint32_t Qdp_Get_Port_Conf(uint32_t switch_number, uint32_t port, PortConf* conf, uint32_t* size);
+uint32_t Qdp_Migrate_Port(uint32_t switch_number, uint32_t port, uint32_t, uint32_t, uint32_t);
+uint32_t Qdp_Unpin_Port(uint32_t switch_number, uint32_t port, uint32_t);
+uint32_t Qdp_Reset_Port(uint32_t switch_number, uint32_t port, uint32_t);
+uint32_t Qdp_Get_Port_Tx_Uplink(uint32_t switch_number, uint32_t port, TxUplinks* uplinks, uint32_t* size);
+uint32_t Qdp_Set_Uplink_MAC_Learn(uint32_t switch_number, uint32_t enable);
+uint32_t Qdp_Get_Panic_On_Tx_Hang(uint32_t switch_number, uint32_t* enabled);
+uint32_t Qdp_Set_Panic_On_Tx_Hang(uint32_t switch_number, uint32_t enable);
+
+}  // extern "C"

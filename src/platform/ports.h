@@ -1,4 +1,4 @@
-// Records of the datapath's switch and port inventory.
+// Operations and records of the datapath's switch and port inventory.
 #pragma once
 
 #include "platform/limits.h"
@@ -59,3 +59,10 @@ struct PortList {
 static_assert(offsetof(PortList, count) == 4);
 static_assert(offsetof(PortList, entries) == 12);
 static_assert(sizeof(PortList) == 2555916);
+
+extern "C" {
+
+uint32_t Qdp_Get_Switch_List(SwitchList* list, uint32_t* size);
+uint32_t Qdp_Get_Port_List(uint32_t switch_number, PortList* list, uint32_t* size);
+
+}  // extern "C"

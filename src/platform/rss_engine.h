@@ -1,4 +1,4 @@
-// Records of the RSS engines of a port.
+// Operations and records of the RSS engines of a port.
 #pragma once
 
 #include "platform/limits.h"
@@ -30,3 +30,9 @@ struct RSSEngineList {
 };
 static_assert(offsetof(RSSEngineList, entries) == 4);
 static_assert(sizeof(RSSEngineList) == 10244);
+
+extern "C" {
+
+uint32_t Qdp_Get_RSS_Engine_List(uint32_t switch_number, uint32_t port, RSSEngineList* list);
+
+}  // extern "C"

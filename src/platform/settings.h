@@ -1,5 +1,5 @@
-// Settings of a switch: the records of its host properties, which the datapath picks up by itself, and the words of the
-// settings that the datapath alone holds.
+// Settings of a switch: the records of its host properties, which the datapath picks up by itself, and the operations
+// on the settings that the datapath alone holds.
 #pragma once
 
 #include <cstddef>
@@ -28,3 +28,16 @@ static_assert(sizeof(WordSetting) == 8);
 
 // Whose large receive offload a call means; with whole_switch the port is 0.
 enum class LroScope : uint32_t { port = 0, whole_switch = 1 };
+
+extern "C" {
+
+// A portset name is a text; the first call also wants the size of its buffer.
+uint32_t Qdp_GetSwitchNUMATeam(const char* portset_name, uint32_t name_bytes, uint8_t* enabled);
+uint32_t Qdp_GetSwitchBurstSize(const char* portset_name, uint32_t* burst_size);
+uint32_t Qdp_GetSwitchOverlayL2Flow(const char* portset_name, uint32_t* value);
+uint32_t Qdp_GetLRO(LroScope scope, uint32_t switch_number, uint32_t port, uint32_t* value);
+uint32_t Qdp_SetLRO(LroScope scope, uint32_t switch_number, uint32_t port, uint32_t value);
+uint32_t Qdp_GetSwitchMinFlowLayer(uint32_t switch_number, uint32_t* layer);
+uint32_t Qdp_SetSwitchMinFlowLayer(uint32_t switch_number, uint32_t layer);
+
+}  // extern "C"

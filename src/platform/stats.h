@@ -1,4 +1,4 @@
-// Records of the datapath's port, uplink and lcore counters.
+// Operations and records of the datapath's port, uplink and lcore counters.
 #pragma once
 
 #include <cstddef>
@@ -108,3 +108,18 @@ struct FlowStats {
 };
 static_assert(offsetof(FlowStats, entries) == 8);
 static_assert(sizeof(FlowStats) == 7176);
+
+extern "C" {
+
+uint32_t Qdp_Get_Port_Stats(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
+uint32_t Qdp_Get_Port_Stats_Slowpath(uint32_t switch_number, uint32_t port, PortCounters* counters, uint32_t* size);
+
+uint32_t Qdp_Get_Uplink_Priv_Stats_Len(uint32_t switch_number, uint32_t port, uint32_t* length, uint32_t* size);
+uint32_t Qdp_Get_Uplink_Priv_Stats(uint32_t switch_number, uint32_t port, char* text, uint32_t* length);
+uint32_t Qdp_Get_Uplink_Stats(uint32_t switch_number, uint32_t port, UplinkCounters* counters, uint32_t* size);
+uint32_t Qdp_Get_Uplink_Queue_Stats(uint32_t switch_number, uint32_t port, uint32_t queue, uint32_t direction,
+                                    UplinkCounters* counters, uint32_t* size);
+uint32_t Qdp_Get_Flow_Stats(uint32_t selector, const uint32_t* lcores, uint32_t count, uint32_t value, FlowStats* stats,
+                            uint32_t* size);
+
+}  // extern "C"

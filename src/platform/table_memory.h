@@ -1,4 +1,5 @@
-// Records of the SmartNIC's table memory (HBM): its inventory, raw dumps, and the entries that are decoded from them.
+// Operations and records of the SmartNIC's table memory (HBM): its inventory, raw dumps, and the entries that are
+// decoded from them.
 #pragma once
 
 #include <cstddef>
@@ -84,3 +85,11 @@ static_assert(offsetof(ConntrackEntry, destination) == 12);
 static_assert(offsetof(ConntrackEntry, destination.state_and_scale) == 22);
 static_assert(offsetof(ConntrackEntry, log) == 24);
 static_assert(sizeof(ConntrackEntry) == 32);
+
+extern "C" {
+
+uint32_t Qdp_P4_HWTable_List(TableList* list, uint32_t* size);
+uint32_t Qdp_P4_HWTable_Dump(const TableRange* range, uint32_t length, TableDump* dump, uint32_t* size);
+uint32_t Qdp_P4_Cache_Invalidate(const TableRange* range, uint32_t length);
+
+}  // extern "C"

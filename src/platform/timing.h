@@ -1,4 +1,4 @@
-// Records of the host-wide timing of flows and of their offload.
+// Operations and records of the host-wide timing of flows and of their offload.
 #pragma once
 
 #include <cstddef>
@@ -25,3 +25,16 @@ struct FpoConntrackDelay {
 };
 static_assert(offsetof(FpoConntrackDelay, enabled) == 4);
 static_assert(sizeof(FpoConntrackDelay) == 8);
+
+extern "C" {
+
+uint32_t Qdp_Get_Flow_Timeout(uint32_t* seconds);
+uint32_t Qdp_Set_Flow_Timeout(uint32_t seconds);
+uint32_t Qdp_Get_FPO_Reval_Config(FpoRevalConfig* config);
+uint32_t Qdp_Set_FPO_Reval_Config(const FpoRevalConfig* config);
+uint32_t Qdp_Get_FPO_DelayCtOl_Config(FpoConntrackDelay* config);
+uint32_t Qdp_Set_FPO_DelayCtOl_Config(const FpoConntrackDelay* config);
+uint32_t Qdp_Get_Refresh_Pkt_Injection(uint32_t* value);
+uint32_t Qdp_Set_Refresh_Pkt_Injection(uint32_t value);
+
+}  // extern "C"

@@ -1,4 +1,4 @@
-// Records of uplinks' queues, filters and settings, and of where the datapath's work runs.
+// Operations and records of uplinks' queues, filters and settings.
 #pragma once
 
 #include "platform/limits.h"
@@ -82,23 +82,13 @@ static_assert(sizeof(FilterTypesSetting) == 6);
 inline constexpr char filter_types_property[] = "com.tarnix.wyx.qdp.filterType";
 inline constexpr uint16_t filter_type_vlan_mac = 4;  // the bit of the VLAN-and-MAC class
 
-// --- Placement ---
-
-struct DeviceAffinity {
-    char device[32];
-    uint32_t affinity;
-};
-static_assert(offsetof(DeviceAffinity, affinity) == 32);
-static_assert(sizeof(DeviceAffinity) == 36);
-
-inline constexpr size_t max_devices = 32;
-
-struct DeviceAffinityList {
-    uint32_t count;
-    DeviceAffinity entries[max_devices];
-};
-static_assert(offsetof(DeviceAffinityList, entries) == 4);
-static_assert(sizeof(DeviceAffinityList) == 1156);
-
 // The global property that marks a switch of the fast datapath.
 inline constexpr char fast_datapath_property[] = "com.tarnix.extraconfig.opaqueDvs.qdp";
+
+extern "C" {
+
+uint32_t Qdp_Get_Port_NetQ_Info(uint32_t switch_number, uint32_t port, NetQInfo* info, uint32_t* size);
+uint32_t Qdp_Migrate_NetQ_Filter(uint32_t switch_number, uint32_t port, uint32_t value);
+uint32_t Qdp_GetSwitchFilterTypes(const char* portset_name, uint16_t* mask);
+
+}  // extern "C"

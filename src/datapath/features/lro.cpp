@@ -1,7 +1,6 @@
 // Large receive offload, of a port and of a whole switch.
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "platform/qdp_control.h"
 #include "platform/settings.h"
 
 namespace qdp {

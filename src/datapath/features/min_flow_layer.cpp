@@ -1,7 +1,7 @@
 // The lowest protocol layer on which a switch makes its flows.
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "platform/qdp_control.h"
+#include "platform/settings.h"
 
 namespace qdp {
 

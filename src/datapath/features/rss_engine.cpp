@@ -3,7 +3,6 @@
 
 #include "core/arguments.h"
 #include "core/build.h"
-#include "platform/qdp_control.h"
 #include "platform/rss_engine.h"
 
 namespace qdp {

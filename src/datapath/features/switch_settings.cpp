@@ -1,6 +1,5 @@
 // Settings that a switch keeps in its host properties: NUMA-aware teaming, burst size, overlay L2 flow and metaflow.
 #include "core/fail.h"
-#include "platform/qdp_control.h"
 #include "platform/settings.h"
 #include "platform/switch_state.h"
 #include "switchid/property.h"

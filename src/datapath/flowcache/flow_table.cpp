@@ -8,7 +8,6 @@
 #include "datapath/flowcache/flow_actions.h"
 #include "datapath/flowcache/flowcache.h"
 #include "platform/flowcache.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -1,7 +1,7 @@
 // Commands to the flow cache of a switch.
 #include "core/arguments.h"
 #include "core/fail.h"
-#include "platform/qdp_control.h"
+#include "platform/flowcache.h"
 
 namespace qdp {
 

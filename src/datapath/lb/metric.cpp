@@ -4,7 +4,6 @@
 
 #include "core/build.h"
 #include "platform/lb.h"
-#include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "switchid/property.h"
 

@@ -4,7 +4,6 @@
 
 #include "core/build.h"
 #include "platform/lb.h"
-#include "platform/qdp_control.h"
 #include "switchid/identity.h"
 
 namespace qdp {

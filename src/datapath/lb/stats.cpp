@@ -5,7 +5,6 @@
 #include "core/arguments.h"
 #include "core/build.h"
 #include "platform/lb.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -4,7 +4,6 @@
 #include "core/fail.h"
 #include "platform/lb.h"
 #include "platform/ports.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -3,7 +3,6 @@
 #include "core/arguments.h"
 #include "core/build.h"
 #include "platform/mac.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

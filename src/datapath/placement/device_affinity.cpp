@@ -1,7 +1,6 @@
 // The affinity of the physical NICs.
 #include "core/build.h"
-#include "platform/qdp_control.h"
-#include "platform/uplink.h"
+#include "platform/placement.h"
 
 namespace qdp {
 

@@ -1,7 +1,7 @@
 // The lcores of the host.
 #include "core/build.h"
 #include "core/render.h"
-#include "platform/qdp_control.h"
+#include "platform/placement.h"
 
 namespace qdp {
 

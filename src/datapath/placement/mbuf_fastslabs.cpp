@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "core/fail.h"
-#include "platform/qdp_control.h"
+#include "platform/placement.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"
 #include "switchid/property.h"

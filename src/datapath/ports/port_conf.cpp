@@ -8,7 +8,6 @@
 #include "core/render.h"
 #include "datapath/ports/ports.h"
 #include "platform/port_conf.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -1,8 +1,8 @@
 // Commands to a port or a switch of the datapath. Most tell the library one thing and return None.
 #include "core/arguments.h"
 #include "core/build.h"
+#include "platform/lb.h"
 #include "platform/port_conf.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -1,7 +1,6 @@
 // The counters of the lcores' flow caches.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "platform/qdp_control.h"
 #include "platform/stats.h"
 
 namespace qdp {

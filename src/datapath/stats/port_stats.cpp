@@ -1,7 +1,6 @@
 // A port's traffic counters, of the fast path and of the slow path.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "platform/qdp_control.h"
 #include "platform/stats.h"
 
 namespace qdp {

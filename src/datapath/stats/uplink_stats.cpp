@@ -1,7 +1,6 @@
 // An uplink's device counters, those of one of its queues, and the private statistics of its driver.
 #include "core/arguments.h"
 #include "core/build.h"
-#include "platform/qdp_control.h"
 #include "platform/stats.h"
 
 namespace qdp {

@@ -2,7 +2,6 @@
 #include "core/fail.h"
 #include "datapath/uplink/uplink.h"
 #include "platform/lb.h"
-#include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "platform/uplink.h"
 #include "switchid/property.h"

@@ -5,7 +5,7 @@
 #include "core/build.h"
 #include "core/render.h"
 #include "datapath/uplink/uplink.h"
-#include "platform/qdp_control.h"
+#include "platform/lb.h"
 #include "platform/uplink.h"
 
 namespace qdp {

@@ -2,7 +2,6 @@
 #include "smartnic/channel/channel.h"
 
 #include "platform/p4_command.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

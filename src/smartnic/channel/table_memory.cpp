@@ -1,7 +1,6 @@
 // Dumps of raw entries from the SmartNIC's table memory.
 #include "smartnic/channel/table_memory.h"
 
-#include "platform/qdp_control.h"
 #include "platform/table_memory.h"
 
 namespace qdp {

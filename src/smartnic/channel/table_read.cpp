@@ -8,7 +8,6 @@
 
 #include "core/fail.h"
 #include "platform/p4_command.h"
-#include "platform/qdp_control.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 // The TCP state of offloaded connections: a raw entry of the connection-tracking table, and the context manager's view.
 #include "core/build.h"
 #include "platform/pipeline.h"
-#include "platform/qdp_control.h"
 #include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
 

@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "core/build.h"
-#include "platform/qdp_control.h"
 #include "platform/table_memory.h"
 #include "smartnic/channel/table_memory.h"
 

@@ -1,7 +1,6 @@
 // The histogram of how long the programming of P4 tables took. A refusing library leaves None, and no message.
 #include "core/build.h"
 #include "platform/pipeline.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -5,7 +5,6 @@
 #include "core/build.h"
 #include "core/render.h"
 #include "platform/mirrors.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -1,6 +1,6 @@
 // The interval at which the flow table's entries are aged.
 #include "core/fail.h"
-#include "platform/qdp_control.h"
+#include "platform/pipeline.h"
 
 namespace qdp {
 

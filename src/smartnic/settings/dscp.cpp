@@ -2,7 +2,6 @@
 #include "core/arguments.h"
 #include "core/build.h"
 #include "platform/pipeline.h"
-#include "platform/qdp_control.h"
 
 namespace qdp {
 

@@ -1,7 +1,6 @@
 // How the statistics of offloaded flows are refreshed.
 #include "core/fail.h"
 #include "platform/pipeline.h"
-#include "platform/qdp_control.h"
 #include "platform/timing.h"
 
 namespace qdp {

@@ -1,7 +1,6 @@
 // Whether the flows of a switch, and ICMP echo flows, are offloaded to the SmartNIC.
 #include "core/fail.h"
 #include "platform/pipeline.h"
-#include "platform/qdp_control.h"
 #include "platform/switch_state.h"
 #include "switchid/identity.h"
 

@@ -1,6 +1,6 @@
 // The switch of the SmartNIC's P4 user application. A refusing library leaves None, and deliberately no message.
 #include "core/fail.h"
-#include "platform/qdp_control.h"
+#include "platform/pipeline.h"
 
 namespace qdp {
 

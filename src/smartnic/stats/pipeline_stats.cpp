@@ -1,6 +1,5 @@
 // The counters of the SmartNIC's pipeline: of a LIF, a port, a connection-tracking entry, and of the whole.
 #include "platform/p4_counters.h"
-#include "platform/qdp_control.h"
 #include "smartnic/counters/counters.h"
 
 namespace qdp {
