@@ -253,11 +253,11 @@ class Trials:
 
     def _import_again(self):
         """The module's initialiser runs anew, on the module's object that the tests have."""
-        initialise = ctypes.PyDLL(self._conftest.the_module.__file__).PyInit__libqdp
-        initialise.restype = ctypes.py_object
         try:
+            initialise = ctypes.PyDLL(self._conftest.the_module.__file__).PyInit__libqdp
+            initialise.restype = ctypes.py_object
             fresh = vars(initialise())
-        except Exception:
+        except Exception:  # a function that nobody defines any more, or what the initialiser raises
             os._exit(NOTICED)
         attributes = vars(self._conftest.the_module)
         before = dict(attributes)

@@ -18,9 +18,6 @@ cdef extern from "platform/p4_tables.h":
     pass
 
 cdef extern from "platform/qdp_control.h":
-    pass
-
-cdef extern from "platform/qdp_control.h":
     cdef struct PortDirectionCounters:
         int64_t bytes, packets, multicast_bytes, multicast_packets, broadcast_bytes, broadcast_packets, drops, errors
     cdef struct PortCounters:

@@ -42,7 +42,7 @@ def test_the_version_message_can_name_another_key(configured, core):
     assert read(core, 5, "other") == ("malformed", "Format of property other value is from unknown version.\n")
 
 
-@pytest.mark.parametrize("value", [b"", b"\0", b"\0\0\0\0", b"\0\0\0\0\x07\x08", b"\0" * 24])
+@pytest.mark.parametrize("value", [b"", b"\0", bytes(4), b"\0\0\0\0\x07\x08", bytes(24), bytes(0x10005)], ids=len)
 def test_a_wrong_length(configured, core, value):
     configured.script("DVSHCK_HostPropGet", outputs=[value])
     assert read(core, 5, "other") == ("malformed", f"Property {KEY} value length is odd.\n")

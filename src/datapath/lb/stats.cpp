@@ -113,8 +113,7 @@ PyObject* group_object(Bytes entry, const EntryLayout& layout, const Group& row,
         return nullptr;
     for (uint64_t i = 0; i < group.count; ++i) {
         const Bytes item = entry.from(layout.head_bytes + (group.first + i) * layout.item_fields.record_size);
-        if (is_interrupted(group.count, i) ||
-            !set_tuple_item(tuple.get(), i, keys.items.dict_of(layout.item_fields, item)))
+        if (!set_tuple_item(tuple.get(), i, keys.items.dict_of(layout.item_fields, item)))
             return nullptr;
     }
     return tuple.release();
