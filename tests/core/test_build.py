@@ -115,6 +115,33 @@ def test_results_that_are_cleared_while_they_are_built(configured, qdp, clearing
     assert call(*arguments) == whole
 
 
+def test_a_first_dict_that_loses_a_key_does_not_mislead_the_later_ones(configured, qdp):
+    """The keys behind the lost one stand one place earlier in the dict than in its table from then on."""
+    whole = qdp.module.ListPorts(0)
+    keys = list(whole[0])
+    lost = []
+
+    def take_a_key(phase, info):
+        lists = [each for each in gc.get_objects() if type(each) is list]
+        for port in [] if lost else gc.get_referents(*lists):  # without a look at places that are still empty
+            if type(port) is dict and list(port) == keys[:7]:
+                lost.append(port.popitem()[0])
+
+    threshold = gc.get_threshold()
+    for objects in range(1, 10):  # until the collector runs while the first dict has seven keys
+        gc.collect()  # keeps no list for reuse: each new one is an allocation, which the collector counts
+        gc.callbacks.append(take_a_key)
+        gc.set_threshold(objects)
+        ports = qdp.module.ListPorts(0)
+        gc.set_threshold(*threshold)
+        gc.callbacks.remove(take_a_key)
+        if lost:
+            break
+    assert lost == [keys[6]]
+    assert list(ports[0]) == [key for key in keys if key not in lost]
+    assert [list(port) for port in ports[1:]] == [keys] * len(ports[1:]) and ports[1:] == whole[1:]
+
+
 @pytest.fixture
 def alarm():
     """Arms a signal whose handler raises."""

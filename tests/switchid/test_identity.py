@@ -55,6 +55,13 @@ class TestLoadConfig:
         ]
         assert calls[2].arguments == [b"serialised"]
 
+    def test_loads_nothing_of_an_answer_without_a_state(self, host, load):
+        host.script("DVSHCK_StateGet")  # which leaves the state and its length as they are
+        host.script("DVSState_ConfigDeserialize")
+        with host.recording() as calls:
+            assert load() == 0
+        assert calls[2].arguments == [None]
+
     @pytest.mark.skipif(not COUNTS_BYTES, reason="the sanitizers bring an allocator that does not count")
     def test_frees_the_buffer(self, host, load):
         before = bytes_in_use()
