@@ -27,6 +27,7 @@ ACTION_TEXTS = golden("actions.txt")
 
 DROP, META_FLOW = 5, 37
 BITMAP = 16  # its place in a group
+BEHIND = 64  # so many bytes behind an output stay as they are
 
 
 class Flow:
@@ -118,12 +119,12 @@ class TestFCActionsToStr:
     def written(self, exported, flow, size=512):
         """(result, text, standard error) of a flow whose entry lies in a buffer of its own."""
         memory = memory_of(flow.entry)
-        out = ctypes.create_string_buffer(b"#" * (size + 1), size + 1)
+        out = ctypes.create_string_buffer(b"#" * (size + BEHIND), size + BEHIND)
         with standard_error() as error:
             result = exported.FCActionsToStr(
                 address_of(memory, 112), out, size, len(flow.data), address_of(memory), GROUP_OFFSET
             )
-        assert out.raw[size:] == b"#"
+        assert out.raw[size:] == b"#" * BEHIND
         assert memory.raw == flow.entry
         return result, out.value.decode() if size else "", error.text
 
@@ -143,6 +144,19 @@ class TestFCActionsToStr:
         text = ACTION_TEXTS[case].replace(f"bmap:{flow.bitmap:#x} ", f"bmap:{bitmap:#x} ")
         is_last = flow.bitmap >> DROP & 1 or "MC: " in text
         assert self.written(exported, flow.with_bitmap(bitmap)) == (0, text + ("" if is_last else "MetaFlow; "), "")
+
+    @pytest.mark.parametrize("digits", range(1, 20))
+    def test_numbers_of_all_lengths(self, exported, digits):
+        """The greatest of so many digits, and the least of one more."""
+        for number in (10**digits - 1, 10**digits):
+            text = f"bmap:0 inval(s):0 cg:{number} dp:- len:0; "
+            assert self.written(exported, Flow(area(generation=number))) == (0, text, "")
+
+    @pytest.mark.parametrize("digits", range(1, 16))
+    def test_hexadecimal_numbers_of_all_lengths(self, exported, digits):
+        for number in (16**digits - 1, 16**digits):
+            flow = Flow(action_group=group(6), sides=contexts(number, 1))
+            assert self.written(exported, flow)[1].endswith(f"ctCtxId: {number:#x}; ")
 
     def test_the_group_lies_where_the_caller_says(self, exported):
         memory = memory_of(area() + OTHER * 5 + group(11))
@@ -179,6 +193,13 @@ class TestFCActionsToStr:
     @pytest.mark.parametrize("size", [1, 2, 20, len(HEADER), len(HEADER) + 1])
     def test_a_header_is_cut(self, exported, size):
         assert self.written(exported, Flow(), size) == (0, self.HEADER[: size - 1], "")
+
+    @pytest.mark.parametrize("case", ACTION_TEXTS)
+    def test_a_text_is_cut_anywhere(self, exported, case):
+        """With room for whole pieces, for a part of one, and for none."""
+        text = ACTION_TEXTS[case]
+        for size in range(1, len(text) + 2):
+            assert self.written(exported, FLOWS[case], size)[1] == text[: size - 1]
 
     def test_no_output_at_all(self, exported):
         assert self.written(exported, Flow(), 0) == (0, "", "")
@@ -225,14 +246,14 @@ class TestFCActionsToStr:
 class TestFCActionGroupToStr:
     def written(self, exported, bits, size, action_tail=None, sides=None, **fields):
         """(result, text) of a group whose record, tail and contexts lie in buffers of their own."""
-        out = ctypes.create_string_buffer(b"#" * (size + 1), size + 1)
+        out = ctypes.create_string_buffer(b"#" * (size + BEHIND), size + BEHIND)
         data = memory_of(action_tail or tail())
         record = memory_of(group(*bits, **fields))
         entry = memory_of(sides or contexts())
         with standard_error() as error:
             result = exported.FCActionGroupToStr(data, record, out, address_of(out, size), len(data), entry)
         assert error.text == ""  # the caller says so
-        assert out.raw[size:] == b"#"
+        assert out.raw[size:] == b"#" * BEHIND
         return result, out.raw.split(b"\0")[0][:size].decode()
 
     def test_the_actions_alone(self, exported):
