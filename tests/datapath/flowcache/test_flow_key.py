@@ -60,6 +60,15 @@ class TestFCFlowKeyToStr:
         assert text == KEY_TEXTS[case]
         assert result == 14  # of the last column alone: two blanks and twelve characters
 
+    @pytest.mark.parametrize("digits", range(1, 8))
+    def test_columns_of_all_lengths(self, exported, digits):
+        """The greatest VNI of so many digits, and the least of one more, in a column of seven and two blanks."""
+        for vni in (10**digits - 1, 10**digits):
+            expected = KEY_TEXTS["flags 0"].replace("  7      ", f"  {vni:<7}")
+            assert expected != KEY_TEXTS["flags 0"] or vni == 7
+            _, text, _ = self.written(exported, key(0, FIRST, SECOND, ports=PORTS, vni=vni, protocol=6, addresses=PAIR))
+            assert text == expected
+
     @pytest.mark.parametrize("flags", range(16))
     def test_clears_in_place_what_has_no_meaning(self, exported, flags):
         given = key(
