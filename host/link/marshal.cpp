@@ -112,8 +112,8 @@ ReceivedCall::~ReceivedCall()
             std::free(const_cast<void*>(*argument.value_output.pointer));
 }
 
-// Its pages that nobody writes take no memory. Zeros follow the content for a while: an answer leaves gaps in its head
-// only.
+// Only the first bytes behind the content are cleared, so that the other pages of a large buffer take no memory until
+// an answer writes them: an answer leaves no gaps but in its head.
 uint64_t ReceivedCall::room(size_t size, ByteSpan content)
 {
     constexpr size_t max_zeros = 4096;
@@ -133,7 +133,7 @@ uint64_t ReceivedCall::keep(const std::optional<ByteSpan>& bytes, size_t more)
     return bytes ? room(bytes->size() + more, *bytes) : 0;
 }
 
-// Reads a parameter, and the one that belongs to it.
+// Reads a parameter, and with a buffer the size that belongs to it.
 void ReceivedCall::read_parameter(Reader& reader, size_t i)
 {
     const Role role = signature_->parameters[i];

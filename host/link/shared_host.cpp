@@ -55,7 +55,7 @@ bool SharedHost::is_connected() const
 void SharedHost::disconnect()
 {
     if (!is_connected())
-        static_cast<void>(socket_.release());  // its number belongs to another file by now
+        static_cast<void>(socket_.release());  // the process has closed it, and its number is another file's
     socket_.reset();
     tokens_.clear();
 }
@@ -119,7 +119,7 @@ uint64_t SharedHost::call(const Signature& signature, Arguments arguments, std::
     if (bytes.size() > link::max_request_bytes)
         return fail(signature, std::string{signature.name} + ": the call is too large for a shared host");
 
-    // A host that has ended since the last call has not seen this one; another one may serve there by now.
+    // A host that has ended since the last call has not received this call; the call is sent again to the next one.
     bool was_taken = false;
     const bool was_connected = is_connected();
     if (!was_connected || !socket_->send(bytes, &was_taken)) {

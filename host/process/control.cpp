@@ -11,7 +11,7 @@ using namespace host;
 
 namespace {
 
-// A text for a caller in C: kept until the same thread calls the same function again.
+// A text for a caller in C, which stays valid until the same thread calls the same function again.
 const char* keep_text(const char* function, std::string text)
 {
     const LockedProcess process;
@@ -20,7 +20,7 @@ const char* keep_text(const char* function, std::string text)
     return kept.c_str();
 }
 
-// The text that `make` returns; null when it throws, for want of memory.
+// The text that `make` returns; null when memory fails.
 template <class Make>
 const char* text_or_null(const char* function, Make make)
 {

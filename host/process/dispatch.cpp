@@ -15,7 +15,7 @@ Json bytes_json(ByteSpan bytes)
     return Json::object({{"bytes", hex(bytes)}});
 }
 
-// An argument as it goes in.
+// An argument as the caller passes it.
 Json argument_json(const Argument& argument)
 {
     switch (argument.kind) {
@@ -35,8 +35,8 @@ Json argument_json(const Argument& argument)
     return {};
 }
 
-// What an output holds after the call: as much as its size word says and there is, or null. A scripted size may be
-// beyond the bytes, and a scripted answer may leave the caller's words as they were.
+// The bytes of an output after the call, as many as its size word says and its buffer has; null without a buffer. A
+// scripted size may be greater than the buffer, and a scripted answer may leave the size word unchanged.
 Json output_json(const Argument& argument, const Values& values)
 {
     if (argument.kind == Argument::Kind::output) {
@@ -91,7 +91,7 @@ Json result_json(const Signature& signature, uint64_t result, const Values& valu
     return {};
 }
 
-// The time passes without the lock: other threads' calls go on.
+// The lock is free during a delay: calls of other threads proceed.
 void wait_if_planned(Operation& operation, LockedProcess& process)
 {
     if (!operation.delay || !operation.delay->calls.take())
@@ -164,7 +164,7 @@ bool has_handles(const LoadedSwitches& loaded, const Signature& signature, Argum
     return true;
 }
 
-// From the capture or from the state.
+// The answer of the capture, or else of the state.
 uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess& process, Caller& caller, Walk& walk)
 {
     if (Replay* replay = process->replay())
@@ -180,7 +180,7 @@ uint64_t source_answer(Operation& operation, Arguments arguments, LockedProcess&
     return (*operation.answer)(*host, arguments, {caller.values, walk});
 }
 
-// Callers are C: an exception ends here.
+// Callers are C functions, which no exception may pass.
 uint64_t planned_answer(Operation& operation, Arguments arguments, LockedProcess& process, Caller& caller, Walk& walk)
 {
     if (operation.failure && operation.failure->calls.take())

@@ -23,7 +23,7 @@ struct ScriptedAnswer {
     bool result_is_text = false;
 };
 
-// Calls counted from now: the n-th and those after it, so many times; 0 times is for ever.
+// `times` calls of an operation from the `nth` on, counted from now; 0 means all that follow.
 class ChosenCalls {
 public:
     ChosenCalls(unsigned nth, unsigned times)
@@ -31,7 +31,7 @@ public:
     {
     }
 
-    // Counts the present call; whether it is one of them.
+    // Counts a call. True when it is one of them.
     bool take()
     {
         if (before_ > 0) {
@@ -47,7 +47,7 @@ public:
 
 private:
     unsigned before_;
-    std::optional<unsigned> left_;  // none: for ever
+    std::optional<unsigned> left_;  // none: all that follow
 };
 
 struct Failure {

@@ -17,7 +17,7 @@
 
 namespace host {
 
-// What a reader made, or null and what was wrong.
+// The result of `read` and an empty text; or null and the message of the exception that it threw.
 template <class Read>
 auto attempt(Read read) -> std::pair<decltype(read()), std::string>
 {
@@ -31,10 +31,10 @@ auto attempt(Read read) -> std::pair<decltype(read()), std::string>
 // Reads a scenario file; null is the default scenario.
 std::pair<std::shared_ptr<const Host>, std::string> read_scenario(const char* path);
 
-// Who calls, and what the switch state library holds in that process.
+// A calling process: the values that it holds, and its snapshot of the switches.
 struct Caller {
     Values values;
-    std::shared_ptr<const LoadedSwitches> loaded;  // null for this process, whose snapshot is that of its host
+    std::shared_ptr<const LoadedSwitches> loaded;  // null: this process, which has the snapshot of its host
 };
 
 // All of it is reached through LockedProcess alone.
@@ -42,13 +42,13 @@ class Process {
 public:
     Process();
 
-    // What answers: the capture, or else the host. The environment is asked at the first call and after every reset.
-    // Both are null when nothing can answer; error() then says why.
+    // The capture that answers, or else the host. The first call, and the first after each reset, reads the
+    // environment. Both are null when neither could be read; error() then says why.
     Replay* replay();
     Host* host();
     const std::string& error() const { return error_; }
 
-    // Makes a scenario or a capture that was read the one that answers. Null with an error: nothing answers.
+    // Replaces what answers by a scenario or a capture; null with an error leaves nothing that answers.
     void set_scenario(std::shared_ptr<const Host> scenario, std::string error);
     void set_replay(std::unique_ptr<Replay> replay, std::string error);
 

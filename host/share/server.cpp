@@ -29,11 +29,11 @@ namespace {
 
 constexpr size_t max_clients = 512;
 constexpr rlim_t wanted_files = 1024;
-constexpr std::chrono::seconds time_to_end{1};  // of calls that are under way
+constexpr std::chrono::seconds time_to_end{1};  // for calls that have not returned
 
 struct Server {
     std::string path;
-    struct stat socket {};  // of the path: another host may have taken its place
+    struct stat socket {};  // at the path; another one there is another host's
     int listener = -1;
     int signals = -1;
     uint64_t clients_so_far = 0;
@@ -74,7 +74,7 @@ std::string wrong(const std::string& path, const char* reason)
     return path + ": " + reason;
 }
 
-// Removes what a server left that could not end in order. Returns why the path cannot be used, or an empty text.
+// Removes the socket of a server that was killed. Returns why the path cannot be used, or an empty text.
 std::string make_room(const std::string& path, const sockaddr_un& address)
 {
     struct stat found {};
@@ -124,7 +124,7 @@ void serve_client(Connection* served)
     try {
         client->serve();
     } catch (const std::exception&) {
-        // Without memory for its call, the client is left.
+        // Without memory for a call, the connection ends.
     }
     leave(client.get());
 }

@@ -79,7 +79,8 @@ int FCFlowKeyToStr(void* key, char* out)
     std::memcpy(key, &shown, sizeof shown);
 
     TextBuffer text{out, out + flow_key_text_bytes};
-    text << "L" << layer_of(shown);
+    const char layer[] = {'L', static_cast<char>('0' + layer_of(shown)), '\0'};
+    text << layer;
     for (const uint8_t* mac : {shown.first_mac, shown.second_mac}) {
         char rendered[mac_text_bytes];
         text << "  " << std::string_view{MACToStr(mac, rendered), mac_text_bytes - 1};
