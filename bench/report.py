@@ -233,7 +233,7 @@ def table(found, workloads, ways):
 
     parts = [
         "# What the module's calls cost",
-        f"Measured by `script/bench` on {datetime.date.today()}: {machine()}.",
+        f"Measured by `script/bench` on {datetime.date.today()}:\n{machine()}.",
         WHAT_IS_MEASURED,
         "## What is to be reached",
         rows_text(["", "wanted", "found", "reached"], aim.rows),

@@ -4,6 +4,9 @@
 
 namespace qdp {
 
+// A method gets the module and its positional arguments.
+using Method = PyObject*(PyObject* module, PyObject* args);
+
 // A row declares its method, which no other file does. The interpreter takes the parameter names for help() and
 // inspect.signature() from the text before "--", and leaves the text behind it as the method's __doc__.
 #define METHOD(name, function, parameters, doc)                         \

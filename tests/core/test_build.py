@@ -132,9 +132,11 @@ def test_a_first_dict_that_loses_a_key_does_not_mislead_the_later_ones(configure
         gc.collect()  # keeps no list for reuse: each new one is an allocation, which the collector counts
         gc.callbacks.append(take_a_key)
         gc.set_threshold(objects)
-        ports = qdp.module.ListPorts(0)
-        gc.set_threshold(*threshold)
-        gc.callbacks.remove(take_a_key)
+        try:
+            ports = qdp.module.ListPorts(0)
+        finally:
+            gc.set_threshold(*threshold)
+            gc.callbacks.remove(take_a_key)
         if lost:
             break
     assert lost == [keys[6]]

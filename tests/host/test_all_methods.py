@@ -9,6 +9,7 @@ from observe import Outcome
 from contract import BY_NAME, METHODS, RECIPES
 from recipes import ALIAS, SMARTNIC_PORT, after, is_made_of
 
+
 def test_every_method_has_a_recipe():
     methods = [name for name, value in vars(_libqdp).items() if inspect.isbuiltin(value)]
     assert len(methods) == 147 and methods == list(RECIPES)
