@@ -81,10 +81,11 @@ const RegisteredAnswer* answer_of(std::string_view operation);
 // A function that answers an operation:
 //
 //     uint32_t get_switch_list(Host& host, Output list);
-//     const Answer answers[] = {{"Qdp_Get_Switch_List", get_switch_list}};
+//     const Answer switch_answers[] = {{"Qdp_Get_Switch_List", get_switch_list}};
 //
 // Its parameters after the host are the operation's arguments in the order of the operations table; a buffer and its
 // size are one Output. An unknown operation or a wrong number of parameters ends the process when the host is loaded.
+// Several files of answers are compiled as one, so that their names differ.
 class Answer {
 public:
     template <class Result, class... Parameters>

@@ -40,7 +40,7 @@ uint32_t query_context(Host& host, ByteSpan request, Output output)
     return output.put(context_of(connection(host, connection_number)));
 }
 
-const Answer answers[] = {{"Qdp_FPOQueryMgr", query_context}};
+const Answer context_answers[] = {{"Qdp_FPOQueryMgr", query_context}};
 
 }  // namespace
 

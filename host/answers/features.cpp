@@ -96,7 +96,7 @@ uint32_t set_min_flow_layer(Host& host, uint32_t switch_number, uint32_t layer)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer feature_answers[] = {
     {"Qdp_GetSwitchNUMATeam", get_numa_team},
     {"Qdp_GetSwitchBurstSize", get_burst_size},
     {"Qdp_GetSwitchOverlayL2Flow", get_overlay_l2_flow},

@@ -247,7 +247,7 @@ uint32_t get_flow_stats(Host& host, uint32_t, ByteSpan ids, uint32_t, Output out
     return output.put(stats);
 }
 
-const Answer answers[] = {
+const Answer flowcache_answers[] = {
     {"Qdp_Dump_Flow_Table", dump_flow_table},
     {"Qdp_Get_Flow_Stats", get_flow_stats},
 };

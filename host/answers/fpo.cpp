@@ -65,16 +65,9 @@ uint32_t get_stats(Host& host, uint32_t switch_number, ByteSpan wanted, Output o
     return status_success;
 }
 
-// Null when the port is no uplink.
-const Port* uplink_at(Host& host, uint32_t switch_number, uint32_t number)
+uint32_t get_offload_status(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const Port* port = host.port(switch_number, number);
-    return port && is_a(*port, ClientType::uplink) ? port : nullptr;
-}
-
-uint32_t get_uplink_status(Host& host, uint32_t switch_number, uint32_t port, Output output)
-{
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink)
         return status_refused;
     const Switch& owner = *host.datapath_switch(switch_number);
@@ -85,9 +78,9 @@ uint32_t get_uplink_status(Host& host, uint32_t switch_number, uint32_t port, Ou
 }
 
 // An uplink whose NIC offloads nothing is never called.
-uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
+uint32_t get_offload_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink)
         return status_refused;
     FpoUplinkStats stats{};
@@ -107,10 +100,10 @@ uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Out
     return output.put(stats);
 }
 
-const Answer answers[] = {
+const Answer fpo_answers[] = {
     {"Qdp_Get_FPO_Stats", get_stats},
-    {"Qdp_Get_FPO_Uplink_Status", get_uplink_status},
-    {"Qdp_Get_FPO_Uplink_Stats", get_uplink_stats},
+    {"Qdp_Get_FPO_Uplink_Status", get_offload_status},
+    {"Qdp_Get_FPO_Uplink_Stats", get_offload_stats},
 };
 
 }  // namespace

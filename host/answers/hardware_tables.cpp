@@ -96,7 +96,7 @@ uint32_t table_read(Host& host, const ByteSpan& payload, Output response)
     return status_refused;
 }
 
-const P4Answer answers[] = {{P4Opcode::table_read, table_read}};
+const P4Answer hardware_table_commands[] = {{P4Opcode::table_read, table_read}};
 
 }  // namespace
 

@@ -16,7 +16,7 @@ uint32_t get_l3span_record(Host& host, const L3SPANRequest* request, Output outp
     return output.put(found == host.l3span_records.records.end() ? L3SPANRecord{} : found->second);
 }
 
-const Answer answers[] = {{"Qdp_Get_L3SPAN_Record", get_l3span_record}};
+const Answer l3span_answers[] = {{"Qdp_Get_L3SPAN_Record", get_l3span_record}};
 
 }  // namespace
 

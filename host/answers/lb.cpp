@@ -82,7 +82,7 @@ uint32_t inject_traffic(Host& host, const LBTrafficRequest* request)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer lb_answers[] = {
     {"Qdp_GetLBParams", get_parameters},       {"Qdp_SetLBParam", set_parameter},
     {"Qdp_DumpLBDebugBuf", dump_debug_buffer}, {"Qdp_FlushLBDebugBuf", flush_debug_buffer},
     {"Qdp_InjectLBTraffic", inject_traffic},

@@ -277,7 +277,7 @@ uint32_t dump_stats(Host& host, uint32_t switch_number, uint32_t first_port, uin
     return output.put(chunk.record);
 }
 
-const Answer answers[] = {{"Qdp_DumpLBStats", dump_stats}};
+const Answer lb_stats_answers[] = {{"Qdp_DumpLBStats", dump_stats}};
 
 }  // namespace
 

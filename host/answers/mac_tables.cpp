@@ -106,7 +106,7 @@ uint32_t mac_entry_ops(Host& host, uint32_t switch_number, uint32_t port_number,
     return status_bad_parameter;
 }
 
-const Answer answers[] = {
+const Answer mac_table_answers[] = {
     {"Qdp_Dump_Port_MAC_Table", dump_port_table},   {"Qdp_Dump_Switch_MAC_Table", dump_switch_table},
     {"Qdp_Clear_Port_MAC_Table", clear_port_table}, {"Qdp_Clear_Switch_MAC_Table", clear_switch_table},
     {"Qdp_MAC_Entry_Ops", mac_entry_ops},

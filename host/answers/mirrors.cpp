@@ -30,7 +30,7 @@ uint32_t port_mirror_table_dump(Host& host, ByteSpan request, Output output)
                        [&](const PortMirror& mirror) { return mirror.fc_port == port->first; });
 }
 
-const Answer answers[] = {
+const Answer mirror_answers[] = {
     {"Qdp_P4_MirrorTable_Dump", mirror_table_dump},
     {"Qdp_P4_PortMirrorTable_Dump", port_mirror_table_dump},
 };

@@ -58,7 +58,7 @@ uint32_t dscp_conf_get(Host& host, Output output)
     return output.put(host.pipeline.dscp);
 }
 
-const Answer answers[] = {
+const Answer offload_setting_answers[] = {
     {"Qdp_Get_FPO_Flow_Stats_Config", get_flow_stats_config},
     {"Qdp_Set_FPO_Flow_Stats_Config", set_flow_stats_config},
     {"Qdp_Set_Offload_Flows", set_offload_flows},

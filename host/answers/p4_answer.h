@@ -9,7 +9,7 @@ namespace host {
 // A function that answers one opcode, registered like an Answer:
 //
 //     uint32_t lif_port_update(Host& host, const P4LifUpdate& update, Output response);
-//     const P4Answer answers[] = {{P4Opcode::lif_port_update, lif_port_update}};
+//     const P4Answer lif_commands[] = {{P4Opcode::lif_port_update, lif_port_update}};
 //
 // The payload is a record of the opcode, whose size must match; a ByteSpan takes any; none at all takes an empty one.
 class P4Answer {

@@ -5,14 +5,14 @@ namespace host {
 
 namespace {
 
-struct Registered {
+struct RegisteredCommand {
     void (*answer)();
     P4Answer::Function function;
 };
 
-std::map<uint16_t, Registered>& registered()
+std::map<uint16_t, RegisteredCommand>& commands()
 {
-    static std::map<uint16_t, Registered> answers;
+    static std::map<uint16_t, RegisteredCommand> answers;
     return answers;
 }
 
@@ -22,19 +22,19 @@ uint32_t p4_command(Host& host, ByteSpan request, Output response)
     if (request.size() < sizeof header)
         return status_refused;
     std::memcpy(&header, request.data(), sizeof header);
-    const auto found = registered().find(header.opcode);
-    if (header.length != request.size() || found == registered().end())
+    const auto found = commands().find(header.opcode);
+    if (header.length != request.size() || found == commands().end())
         return status_refused;
     return found->second.function(found->second.answer, host, request.subspan(sizeof header), response);
 }
 
-const Answer answers[] = {{"Qdp_P4_Cmd", p4_command}};
+const Answer p4_command_answers[] = {{"Qdp_P4_Cmd", p4_command}};
 
 }  // namespace
 
 P4Answer::P4Answer(P4Opcode opcode, void (*answer)(), Function function)
 {
-    registered()[static_cast<uint16_t>(opcode)] = {answer, function};
+    commands()[static_cast<uint16_t>(opcode)] = {answer, function};
 }
 
 }  // namespace host

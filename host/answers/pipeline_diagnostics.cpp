@@ -93,7 +93,7 @@ uint32_t advanced_get_counters(Host& host, uint32_t switch_number, uint32_t, std
     return output.put(result);
 }
 
-const Answer answers[] = {
+const Answer pipeline_diagnostic_answers[] = {
     {"Qdp_P4AppSet", app_set},
     {"Qdp_P4AppGet", app_get},
     {"Qdp_P4UKLatencySet", latency_set},

@@ -30,7 +30,7 @@ uint32_t egress_stats_get(Host& host, Output output)
     return output.put(egress_counters(host));
 }
 
-const Answer answers[] = {
+const Answer pipeline_stats_answers[] = {
     {"Qdp_Lif_Stats_Get", lif_stats_get},      {"Qdp_Port_Stats_Get", port_stats_get},
     {"Qdp_CT_Stats_Get", conntrack_stats_get}, {"Qdp_P4I_Stats_Get", ingress_stats_get},
     {"Qdp_P4E_Stats_Get", egress_stats_get},

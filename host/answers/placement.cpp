@@ -46,7 +46,7 @@ uint32_t init_mbuf_fastslabs(Host& host)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer placement_answers[] = {
     {"Qdp_List_Dev_Affinity", list_device_affinity},
     {"Qdp_Set_Dev_Affinity", set_device_affinity},
     {"Qdp_Get_LCore_ID_Bitmap", get_lcore_bitmap},

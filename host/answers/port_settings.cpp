@@ -160,7 +160,7 @@ uint32_t set_panic_on_tx_hang(Host& host, uint32_t switch_number, uint32_t enabl
     return set(host, switch_number, &SwitchSetting::panics_on_tx_hang, enable, nullptr);
 }
 
-const Answer answers[] = {
+const Answer port_setting_answers[] = {
     {"Qdp_Get_Port_Conf", get_port_conf},
     {"Qdp_Migrate_Port", migrate_port},
     {"Qdp_Unpin_Port", unpin_port},

@@ -34,7 +34,7 @@ uint32_t get_port_list(Host& host, uint32_t switch_number, Output output)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer port_answers[] = {
     {"Qdp_Get_Switch_List", get_switch_list},
     {"Qdp_Get_Port_List", get_port_list},
 };

@@ -19,7 +19,7 @@ uint32_t get_rss_engine_list(Host& host, uint32_t switch_number, uint32_t port, 
     return output.put(list);
 }
 
-const Answer answers[] = {
+const Answer rss_engine_answers[] = {
     {"Qdp_Get_RSS_Engine_List", get_rss_engine_list},
 };
 

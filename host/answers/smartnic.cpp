@@ -209,13 +209,13 @@ uint32_t set_aging_interval(Host& host, uint32_t selector, uint32_t interval)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer smartnic_answers[] = {
     {"Qdp_Get_Mux_Mode", get_mux_mode},           {"Qdp_List_Mux_VLAN_Info", list_mux_vlans},
     {"Qdp_List_Shadow_Ports", list_shadow_ports}, {"Qdp_GetAgingInterval", get_aging_interval},
     {"Qdp_SetAgingInterval", set_aging_interval},
 };
 
-const P4Answer commands[] = {
+const P4Answer smartnic_commands[] = {
     {P4Opcode::host_pf_set, host_pf_set},
     {P4Opcode::host_pf_get, host_pf_get},
     {P4Opcode::lif_port_create, lif_port_create},

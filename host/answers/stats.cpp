@@ -7,7 +7,7 @@ namespace host {
 namespace {
 
 // Of all packets, 1 in so many.
-constexpr uint64_t slow_path_share = 100;
+constexpr uint64_t slow_path_packet_share = 100;
 
 PortDirectionCounters counters(const Clock& clock, const Traffic& traffic, uint64_t share)
 {
@@ -38,10 +38,10 @@ uint32_t get_port_stats(Host& host, uint32_t switch_number, uint32_t port, Outpu
 
 uint32_t get_port_stats_slowpath(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    return put_counters(host, switch_number, port, output, slow_path_share);
+    return put_counters(host, switch_number, port, output, slow_path_packet_share);
 }
 
-const Answer answers[] = {
+const Answer stats_answers[] = {
     {"Qdp_Get_Port_Stats", get_port_stats},
     {"Qdp_Get_Port_Stats_Slowpath", get_port_stats_slowpath},
 };

@@ -256,7 +256,7 @@ void data_free(Host&, ReleasedValue value)
     value.values.release(value.value);
 }
 
-const Answer answers[] = {
+const Answer switch_state_answers[] = {
     {"DVSState_ConfigReset", config_reset},
     {"DVSHCK_StateGet", state_get},
     {"DVSState_ConfigDeserialize", config_deserialize},

@@ -60,7 +60,7 @@ uint32_t cache_invalidate(Host& host, ByteSpan request)
     return table && range->count <= table->num_entries - range->first_index ? status_success : status_refused;
 }
 
-const Answer answers[] = {
+const Answer table_memory_answers[] = {
     {"Qdp_P4_HWTable_List", table_list},
     {"Qdp_P4_HWTable_Dump", table_dump},
     {"Qdp_P4_Cache_Invalidate", cache_invalidate},

@@ -41,7 +41,7 @@ uint32_t set_conntrack_delay(Host& host, const FpoConntrackDelay* delay)
     return status_success;
 }
 
-const Answer answers[] = {
+const Answer timing_answers[] = {
     {"Qdp_Get_Flow_Timeout", get<&Timing::flow_timeout>},
     {"Qdp_Set_Flow_Timeout", set_word<&Timing::flow_timeout>},
     {"Qdp_Get_FPO_Reval_Config", get<&Timing::reval>},

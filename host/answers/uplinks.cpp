@@ -12,13 +12,7 @@ namespace host {
 namespace {
 
 // Of all packets, 1 in so many.
-constexpr uint64_t miss_share = 20'000;
-
-Port* uplink_at(Host& host, uint32_t switch_number, uint32_t port_number)
-{
-    Port* port = host.port(switch_number, port_number);
-    return port && is_a(*port, ClientType::uplink) ? port : nullptr;
-}
+constexpr uint64_t miss_error_share = 20'000;
 
 // --- Counters ---
 
@@ -30,7 +24,7 @@ void count_rx(UplinkCounters& counters, const Clock& clock, const Traffic& traff
     counters.rx_broadcast_packets = counters.rx_packets / broadcast_share;
     counters.rx_drops = traffic.drops ? clock.counter_value(*traffic.drops) / queues : counters.rx_packets / drop_share;
     counters.rx_miss_errors =
-        traffic.errors ? clock.counter_value(*traffic.errors) / queues : counters.rx_packets / miss_share;
+        traffic.errors ? clock.counter_value(*traffic.errors) / queues : counters.rx_packets / miss_error_share;
     counters.rx_errors = counters.rx_miss_errors;
 }
 
@@ -46,7 +40,7 @@ void count_tx(UplinkCounters& counters, const Clock& clock, const Traffic& traff
 
 uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink)
         return status_refused;
     UplinkCounters counters{};
@@ -59,7 +53,7 @@ uint32_t get_uplink_stats(Host& host, uint32_t switch_number, uint32_t port, Out
 uint32_t get_uplink_queue_stats(Host& host, uint32_t switch_number, uint32_t port, uint32_t queue, uint32_t direction,
                                 Output output)
 {
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink || direction > 1)
         return status_refused;
     const uint32_t queues = direction ? uplink->entry.num_tx_queues : uplink->entry.num_rx_queues;
@@ -90,7 +84,7 @@ std::string private_stats(const Host& host, const Port& uplink)
 // The length has room for the text's NUL; an uplink without a text has the length 0.
 uint32_t get_private_stats_length(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink)
         return status_refused;
     const std::string text = private_stats(host, *uplink);
@@ -99,7 +93,7 @@ uint32_t get_private_stats_length(Host& host, uint32_t switch_number, uint32_t p
 
 uint32_t get_private_stats(Host& host, uint32_t switch_number, uint32_t port, Output output)
 {
-    const Port* uplink = uplink_at(host, switch_number, port);
+    const Port* uplink = host.uplink(switch_number, port);
     if (!uplink)
         return status_refused;
     const std::string text = private_stats(host, *uplink);
@@ -213,7 +207,7 @@ uint32_t get_filter_types(Host& host, std::string_view portset_name, Output outp
     return output.put(setting ? uint16_t{setting->mask} : owner->setting.filter_types);
 }
 
-const Answer answers[] = {
+const Answer uplink_answers[] = {
     {"Qdp_Get_Uplink_Stats", get_uplink_stats},
     {"Qdp_Get_Uplink_Queue_Stats", get_uplink_queue_stats},
     {"Qdp_Get_Uplink_Priv_Stats_Len", get_private_stats_length},

@@ -11,7 +11,7 @@ namespace {
 
 using enum Role;
 
-constexpr Signature table[] = {
+constexpr Signature operations_table[] = {
 #define OPERATION(name, ...) signature_of(&name, #name __VA_OPT__(, ) __VA_ARGS__),
 #include "host/call/operations_qdp.def"
 #include "host/call/operations_switch_state.def"
@@ -110,13 +110,13 @@ void complete(Argument& argument, Role first, Role second, uint64_t word, size_t
 
 std::span<const Signature> signatures()
 {
-    return table;
+    return operations_table;
 }
 
 const Signature* find_signature(std::string_view name)
 {
-    const auto found = std::ranges::find(table, name, &Signature::name);
-    return found == std::end(table) ? nullptr : found;
+    const auto found = std::ranges::find(operations_table, name, &Signature::name);
+    return found == std::end(operations_table) ? nullptr : found;
 }
 
 void make_arguments(const Signature& signature, const uint64_t* words, Argument* arguments)

@@ -22,7 +22,7 @@ SharedHost* const host_of_environment = [] {
     return path && *path ? new SharedHost{path} : nullptr;
 }();
 
-[[maybe_unused]] const int fork_handlers =
+[[maybe_unused]] const int link_fork_handlers =
     host_of_environment ? pthread_atfork([] { host_of_environment->lock(); }, [] { host_of_environment->unlock(); },
                                          [] { host_of_environment->unlock_in_child(); })
                         : 0;

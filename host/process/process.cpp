@@ -21,7 +21,7 @@ struct Guarded {
 Guarded& guarded = *new Guarded;
 
 // A child that is forked while another thread is in a call gets the host whole, and its lock free.
-[[maybe_unused]] const int fork_handlers =
+[[maybe_unused]] const int process_fork_handlers =
     pthread_atfork([] { guarded.mutex.lock(); }, [] { guarded.mutex.unlock(); }, [] { guarded.mutex.unlock(); });
 
 // The variable's value; null when unset or empty.

@@ -51,6 +51,12 @@ Port* Host::port(uint32_t switch_number, uint32_t port)
     return owner ? const_cast<Port*>(find_port(*owner, port)) : nullptr;
 }
 
+Port* Host::uplink(uint32_t switch_number, uint32_t number)
+{
+    Port* found = port(switch_number, number);
+    return found && is_a(*found, ClientType::uplink) ? found : nullptr;
+}
+
 Switch* Host::switch_by_id(std::string_view id)
 {
     // Callers know an id as the text of a buffer of switch_id_bytes.

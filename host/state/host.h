@@ -110,6 +110,7 @@ struct Host {
     // Null when the host has no such object.
     Switch* datapath_switch(uint32_t switch_number);
     Port* port(uint32_t switch_number, uint32_t port);
+    Port* uplink(uint32_t switch_number, uint32_t port);
     Switch* switch_by_id(std::string_view id);
     Switch* switch_by_portset(std::string_view portset_name);
 };
