@@ -37,11 +37,9 @@ int qdp_host_is_replaying(void);
 // prints "qdp-host: FILE: PLACE: ..." to standard error, once a process.
 const char* qdp_host_error(void);
 
-// The scenario of the host as it stands, and how many of each kind it has, null when there is none; and the JSON schema
-// of scenarios.
+// The scenario of the host as it stands, and how many of each kind it has; null when there is none.
 const char* qdp_host_scenario(void);
 const char* qdp_host_summary(void);
-const char* qdp_host_schema(void);
 
 // The version of the build, "1.0.0".
 const char* qdp_host_version(void);

@@ -169,11 +169,6 @@ const char* qdp_host_summary(void)
     return state_text(__func__, scenario::summary);
 }
 
-const char* qdp_host_schema(void)
-{
-    return text_or_null(__func__, scenario::schema);
-}
-
 uint64_t qdp_host_snapshot(void)
 {
     return LockedProcess()->take_snapshot();

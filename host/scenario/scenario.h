@@ -29,7 +29,4 @@ std::string to_text(Host host);
 // How many switches, ports, flows and so on it has, as JSON under the words that `qdp-host show` prints.
 std::string summary(const Host& host);
 
-// The JSON schema of scenarios.
-std::string schema();
-
 }  // namespace host::scenario

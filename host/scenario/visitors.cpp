@@ -5,20 +5,6 @@
 
 namespace host::scenario {
 
-namespace {
-
-// Keys of every object, and of an entry that is repeated.
-constexpr char comment_key[] = "comment";
-constexpr char repeat_key[] = "repeat";
-constexpr char turns_key[] = "turns";
-
-Json reference(const char* definition)
-{
-    return Json::object({{"$ref", std::string{"#/$defs/"} + definition}});
-}
-
-}  // namespace
-
 const Json* Reader::find(const char* key) const
 {
     if (node_.own)
@@ -66,54 +52,6 @@ void Reader::finish() const
         check_keys(*node_.json);
     if (node_.own && *node_.turn < node_.json->find(turns_key)->array()->size())
         check_keys(*node_.own);
-}
-
-// What the members of a derived struct are when they are absent, the struct's derivation says.
-Json SchemaMaker::without_defaults(const Json& schema)
-{
-    if (schema.array()) {
-        Json result = Json::list({});
-        for (const Json& item : *schema.array())
-            result.add(without_defaults(item));
-        return result;
-    }
-    if (!schema.object())
-        return schema;
-    Json result = Json::object({});
-    for (const auto& [key, value] : *schema.object())
-        if (key != "default")
-            result.append(key, without_defaults(value));
-    return result;
-}
-
-// An object has no default of its own: its members have theirs.
-void SchemaMaker::add(const char* key, Json schema, const std::string& help, const std::string& default_text)
-{
-    if (!help.empty())
-        schema.append("description", help);
-    if (!default_text.empty())
-        if (Json value = Json::parsed(default_text); !value.object())
-            schema.append("default", std::move(value));
-    properties_.emplace_back(key, std::move(schema));
-}
-
-Json SchemaMaker::schema(bool is_entry) const
-{
-    Json::Object properties = properties_;
-    properties.emplace_back(comment_key, reference("comment"));
-    if (is_entry) {
-        properties.emplace_back(repeat_key, reference("repeat"));
-        properties.emplace_back(turns_key, reference("turns"));
-    }
-    Json result = Json::object({{"type", "object"}, {"properties", properties}, {"additionalProperties", false}});
-    if (required_.empty())
-        return result;
-    if (is_entry)
-        result.append("anyOf", Json::list({Json::object({{"required", required_}}),
-                                           Json::object({{"required", Json::list({turns_key})}})}));
-    else
-        result.append("required", required_);
-    return result;
 }
 
 }  // namespace host::scenario

@@ -8,6 +8,11 @@
 
 namespace host::scenario {
 
+// Keys of every object, and of an entry that is repeated.
+inline constexpr char comment_key[] = "comment";
+inline constexpr char repeat_key[] = "repeat";
+inline constexpr char turns_key[] = "turns";
+
 // A description is a function of a visitor and a struct:
 //
 //     template <class V> void describe_traffic(V& v, Traffic& traffic)

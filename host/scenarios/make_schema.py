@@ -1,23 +1,18 @@
 #!/usr/bin/env python3
-"""Makes schema.json, beside this script, from the descriptions in host/scenario/ as a build has them.
+"""Makes schema.json, beside this script, from the descriptions in host/scenario/, which it builds first."""
 
-    host/scenarios/make_schema.py [BUILD]
-"""
-
-import argparse
-import ctypes
 import pathlib
+import subprocess
 
 HERE = pathlib.Path(__file__).resolve().parent
-RELEASE = HERE.parent.parent / "build" / "release"
+ROOT = HERE.parent.parent
+PROGRAM = "scenario_schema"
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("build", nargs="?", type=pathlib.Path, default=RELEASE, help="instead of build/release")
-    library = ctypes.PyDLL(str(parser.parse_args().build.resolve() / "host" / "libqdphost.so"))
-    library.qdp_host_schema.restype = ctypes.c_char_p
-    (HERE / "schema.json").write_bytes(library.qdp_host_schema())
+    subprocess.run([ROOT / "script" / "build", f"release:{PROGRAM}"], check=True)
+    made = subprocess.run([ROOT / "build" / "release" / "host" / PROGRAM], stdout=subprocess.PIPE, check=True)
+    (HERE / "schema.json").write_bytes(made.stdout)
 
 
 if __name__ == "__main__":

@@ -2,6 +2,7 @@
 
 import ctypes
 import os
+import subprocess
 
 import pytest
 
@@ -11,7 +12,7 @@ class Control:
 
     def __init__(self, library):
         self._library = library
-        for name in ("error", "scenario", "schema"):
+        for name in ("error", "scenario"):
             getattr(library, "qdp_host_" + name).restype = ctypes.c_char_p
         library.qdp_host_load.argtypes = [ctypes.c_char_p]
 
@@ -25,9 +26,6 @@ class Control:
     def scenario(self):
         return self._library.qdp_host_scenario().decode()
 
-    def schema(self):
-        return self._library.qdp_host_schema().decode()
-
 
 @pytest.fixture
 def control(host, build):
@@ -36,6 +34,12 @@ def control(host, build):
     yield made
     assert made.load() == 0
     host.reset()
+
+
+@pytest.fixture(scope="session")
+def schema_text(build):
+    """The schema of scenarios as the build's descriptions make it."""
+    return subprocess.run([build / "host" / "scenario_schema"], stdout=subprocess.PIPE, check=True, text=True).stdout
 
 
 @pytest.fixture

@@ -178,7 +178,6 @@ class EmbeddedHost:
             ("load_text", ctypes.c_int, text),
             ("scenario", text),
             ("summary", text),
-            ("schema", text),
             ("version", text),
             ("check", text, text),
             ("completed", text, text, ctypes.POINTER(ctypes.c_int)),

@@ -23,7 +23,7 @@ HEAD = struct.Struct("=Ic")
 TEXT = struct.Struct("=I")
 
 # What a process answers by itself, without a host: facts of the build and of files.
-WITHOUT_HOST = {"operation", "operations", "schema", "version", "check", "completed", "check_capture"}
+WITHOUT_HOST = {"operation", "operations", "version", "check", "completed", "check_capture"}
 
 SECONDS_TO_END = 10
 NANOSECONDS_A_SECOND = 1000000000
