@@ -32,6 +32,15 @@ def held(arguments):
             yield from held(each.values() if isinstance(each, dict) else each)
 
 
+def keys_of(result):
+    """The keys of all dicts in a result."""
+    if isinstance(result, dict):
+        yield from result
+        result = list(result.values())
+    for each in result if isinstance(result, (list, tuple)) else []:
+        yield from keys_of(each)
+
+
 def wrong(value):
     """A value of the same type, that the method or the host knows nothing of."""
     if isinstance(value, bool):
@@ -57,24 +66,26 @@ def grows_nothing(frozen, tortured):
         arguments = is_made_of(recipe, module)
         prepare()
         try:
-            method(*arguments)
+            return method(*arguments)
         except Exception:  # among them SystemError for an exception beside None
-            pass
+            return None
 
     def look(method, recipe, prepare=lambda: None):
         own = [] if callable(recipe) else [recipe, *held(recipe)]
         for _ in range(WARM_UPS):
-            call(method, recipe, prepare)
+            result = call(method, recipe, prepare)
+        keys = list(dict.fromkeys(keys_of(result)))  # interned: lost references to them are no more blocks
+        del result
         grown = None
         for _ in range(ROUNDS):  # what is lost is lost in every round
             gc.collect()
-            before = measure(own)
+            before = measure(own, keys)
             objects = sys.getallocatedblocks()
             for _ in range(CALLS):
                 call(method, recipe, prepare)
             gc.collect()
             more_objects = sys.getallocatedblocks() - objects
-            grown = growth(before, measure(own), more_objects)
+            grown = growth(before, measure(own, keys), more_objects)
             if not grown:
                 return
         assert grown == []
@@ -83,19 +94,20 @@ def grows_nothing(frozen, tortured):
         found = [what for what in ("module's blocks", "values", "files") if after[what] != before[what]]
         if more_objects >= NOISE:
             found.append(f"{more_objects} blocks of the interpreter")
-        for what in ("shared", "arguments"):
+        for what in ("shared", "arguments", "keys"):
             for i, (old, new) in enumerate(zip(before[what], after[what], strict=True)):
                 if abs(new - old) >= NOISE:
                     found.append(f"{new - old} references of {what} object {i}")
         return found
 
-    def measure(own):
+    def measure(own, keys):
         return {
             "module's blocks": torture.blocks_out(),
             "values": frozen.unreleased_values(),
             "files": len(os.listdir("/proc/self/fd")),
             "shared": [sys.getrefcount(each) for each in SHARED_OBJECTS],
             "arguments": [sys.getrefcount(each) for each in own],
+            "keys": [sys.getrefcount(each) for each in keys],
         }
 
     return look
