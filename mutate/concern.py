@@ -18,9 +18,9 @@ IN_PROCESS = "host"
 ROOF = pathlib.PurePosixPath("module.cpp")
 CORE = pathlib.PurePosixPath("core")
 
-# The code that all rooms share, whose functions are also told by who calls them; and how many callers are too many.
+# The code that all rooms share, whose functions are also told by who calls them; and how many callers are enough.
 SHARED = "src/core/"
-FEW_METHODS = 12
+ENOUGH_METHODS = 12
 
 # What takes so long that it comes last.
 LONG = ["test_leaks.py", "test_scenarios.py", "test_soak.py"]
@@ -43,7 +43,8 @@ class Concern:
 
     def items(self, mutant):
         """All tests that concern a mutant, the nearest first."""
-        found = dict.fromkeys(self._of_callers(mutant))
+        found = dict.fromkeys(self._mirror(mutant.files[0]))
+        found.update(dict.fromkeys(self._of_callers(mutant)))
         for file in mutant.files:
             if file not in self._known:
                 self._known[file] = self._of(file)
@@ -51,18 +52,17 @@ class Concern:
         return list(found)
 
     def _of_callers(self, mutant):
-        """The tests of the methods of the sources that name a shared function, when these are few: those made for them,
-        and those of the sources' mirrors."""
+        """The tests of some methods of the sources that name a shared function or its class: those made for them, and
+        those of the sources' mirrors."""
         function = mutant.function.split("<")[0].split("(")[0].split(" ")[-1]
         if not mutant.files[0].startswith(SHARED) or not function:
             return []
-        name = re.compile(rf"\b{function}\b")
-        callers = [
-            file for file in self._methods if file != mutant.files[0] and name.search(self._sources.text(file))
-        ]
-        methods = {method for file in callers for method in self._methods[file]}
-        if len(methods) > FEW_METHODS:
-            return []
+        name = re.compile(rf"\b{function.split('::')[0]}\b")
+        callers, methods = [], set()
+        for file in self._methods:
+            if file != mutant.files[0] and name.search(self._sources.text(file)) and len(methods) < ENOUGH_METHODS:
+                callers.append(file)
+                methods.update(self._methods[file])
         return [*self._made_for(methods), *(item for file in callers for item in self._mirror(file))]
 
     def _made_for(self, methods):

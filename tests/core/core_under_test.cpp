@@ -126,6 +126,19 @@ PyObject* entries(PyObject*, PyObject* args)
     return complete ? list.release() : nullptr;
 }
 
+// A block of pages of 0xff, of which `size` bytes from `offset` on were cleared.
+PyObject* cleared(PyObject*, PyObject* args)
+{
+    constexpr size_t page = 4096, block_bytes = 8 * page;
+    uint32_t offset, size;
+    if (!PyArg_ParseTuple(args, "II", &offset, &size) || size > block_bytes || offset > block_bytes - size)
+        return nullptr;
+    const Owned<void> block{std::aligned_alloc(page, block_bytes)};
+    std::memset(block.get(), 0xff, block_bytes);
+    clear_large(static_cast<char*>(block.get()) + offset, size);
+    return PyBytes_FromStringAndSize(static_cast<const char*>(block.get()), block_bytes);
+}
+
 constexpr size_t text_room = 64;
 
 // A column into a buffer of `size` bytes: its result and what stands in the buffer.
@@ -246,6 +259,7 @@ PyMethodDef functions[] = {
     {"members_or_null", members_or_null, METH_VARARGS, nullptr},
     {"entry", entry, METH_VARARGS, nullptr},
     {"entries", entries, METH_VARARGS, nullptr},
+    {"cleared", cleared, METH_VARARGS, nullptr},
     {"column", column, METH_VARARGS, nullptr},
     {"parsed_address", parsed_address, METH_VARARGS, nullptr},
     {"counted_bits", counted_bits, METH_VARARGS, nullptr},

@@ -153,18 +153,33 @@ def alarm():
         raise KeyboardInterrupt
 
     before = signal.signal(signal.SIGALRM, handler)
-    yield lambda: signal.setitimer(signal.ITIMER_REAL, 0.02)
+    yield lambda: signal.setitimer(signal.ITIMER_REAL, 0.005)
     signal.setitimer(signal.ITIMER_REAL, 0)
     signal.signal(signal.SIGALRM, before)
 
 
-LONG = 1_000_000
+USUAL = 65_536  # entries, for which no signal is looked for
+LONG = USUAL + 1
+
+
+def is_ended_by(alarm, call, *arguments):
+    """Whether a signal ends the call itself. One that is looked for only after the call would leave its result in the
+    list, which is extended before the interpreter looks."""
+    built = []
+    alarm()
+    with pytest.raises(KeyboardInterrupt):
+        built.extend(map(call, *([each] for each in arguments)))
+    return built == []
 
 
 def test_a_signal_ends_a_list_that_only_a_wrong_library_asks_for(host, qdp, alarm):
     host.script("Qdp_Dump_Switch_MAC_Table", outputs=[struct.pack("<IIII", LONG, 0, 0, 0)])
-    built = []
-    alarm()
-    with pytest.raises(KeyboardInterrupt):
-        built.append(qdp.module.ListSwitchMACTable(0))
-    assert built == []
+    assert is_ended_by(alarm, qdp.module.ListSwitchMACTable, 0)
+
+
+def test_a_signal_ends_a_long_list_of_dicts(core, alarm):
+    assert is_ended_by(alarm, core.entries, bytes(LONG * ENTRY_BYTES), LONG)
+
+
+def test_a_signal_leaves_a_list_of_usual_length_whole(core, alarm):
+    assert not is_ended_by(alarm, core.entries, bytes(USUAL * ENTRY_BYTES), USUAL)

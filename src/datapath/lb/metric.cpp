@@ -44,7 +44,6 @@ bool set_metric(const char* alias, const char* name)
         print_format("Invalid metric name %s.\n", name);
         return false;
     }
-    settings.version = setting_version;
     settings.metric = static_cast<uint32_t>(found->value);
 
     SwitchId id;
