@@ -54,7 +54,7 @@ def parse_arguments():
     parser.add_argument(
         "--kind", choices=[*KINDS, *SOURCE_KINDS], action="append", help="change only this; may be given again"
     )
-    parser.add_argument("--sample", type=int, metavar="N", help="try only N of the changes, chosen at random")
+    parser.add_argument("--sample", type=int, metavar="N", help="try only N by chance, of those that nobody argues for")
     parser.add_argument("--seed", type=int, help="of the choice, which is printed; another one each time without it")
     parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")
     parser.add_argument("--afresh", action="store_true", help="forget what earlier runs of the same build found")
@@ -124,6 +124,8 @@ def main():
         kinds, enough, argued = KINDS, ENOUGH, "equivalent"
     mutants = chosen(mutants, options)
     equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources, argued)
+    if is_sample:  # a complete run looks whether arguments still hold
+        mutants = [each for each in mutants if not equivalents.reason(each)]
     kept = None if is_sample or options.source else WORK / "results.json"
     results = Results(kept, BUILD, ROOT, mutants, options.afresh, options.sample)
     try_all(maker, sources, results.untried(), options.jobs, results.add, options.sample)

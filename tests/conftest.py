@@ -82,6 +82,13 @@ def tortured(build):
     return loaded
 
 
+@pytest.fixture
+def release_only(build):
+    """For tests of what things cost, and of what takes minutes where more than the work is done."""
+    if build.name in ("sanitize", "coverage"):
+        pytest.skip("this build costs more than the release")
+
+
 @pytest.fixture(scope="session")
 def core():
     """The core's own functions, of which each takes bytes made by a test."""

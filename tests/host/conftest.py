@@ -43,14 +43,6 @@ def schema_text(build):
 
 
 @pytest.fixture
-def release_only(build):
-    """For tests of what things cost, and of the large scenario, which takes minutes where more than the work is
-    done."""
-    if build.name in ("sanitize", "coverage"):
-        pytest.skip("takes minutes in this build, whose cost is not the host's")
-
-
-@pytest.fixture
 def scenarios(root):
     """The folder of the scenarios that ship."""
     return root / "host" / "scenarios"

@@ -168,7 +168,7 @@ def test_hanging_section_is_given_up_and_the_rest_is_read(on_embedded_host, monk
     assert snapshot.call("GetUplinkStats", (0, 0))
 
 
-def test_snapshot_costs_little_beside_a_start_of_the_interpreter(reading_environment, root, tmp_path):
+def test_snapshot_costs_little_beside_a_start_of_the_interpreter(release_only, reading_environment, root, tmp_path):
     """Processor time of both processes, with compiled files as an installation keeps them; script/bench has the
     figures."""
     environment = {**reading_environment, "PYTHONPYCACHEPREFIX": str(tmp_path), "PYTHONDONTWRITEBYTECODE": ""}
