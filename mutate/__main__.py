@@ -37,7 +37,7 @@ SOURCE_KINDS = {
 }
 ENOUGH = 0.98
 ENOUGH_OF_SOURCES = 0.97
-ENOUGH_OF_A_SAMPLE = 0.88
+ENOUGH_OF_A_SAMPLE = 0.90  # of those not argued for
 CHANCE = 2  # so many changes of a sample, more or less, are chance
 
 
