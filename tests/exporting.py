@@ -110,9 +110,9 @@ class Prometheus:
             return json.load(answer)["data"]
 
     def firing(self):
-        """{(alert, port)} of what fires."""
+        """{(alert, its port, or the kind of its failures, if any)} of what fires."""
         return {
-            (alert["labels"]["alertname"], alert["labels"].get("port"))
+            (alert["labels"]["alertname"], alert["labels"].get("port") or alert["labels"].get("kind"))
             for alert in self.ask("/api/v1/alerts")["alerts"]
             if alert["state"] == "firing"
         }
