@@ -151,6 +151,7 @@ PyObject* column(PyObject*, PyObject* args)
     const Block block{address};
     const Owned<void> out{std::calloc(size + 1, 1)};
     auto* text = static_cast<char*>(out.get());
+    std::memset(text, '#', size);
     const int length = block.size == sizeof(uint32_t) ? ipv4_column(block.bytes().load<uint32_t>(0), text, size)
                                                       : ipv6_column(block.memory.get(), text, size);
     return Py_BuildValue("is", length, text);
@@ -220,6 +221,7 @@ PyObject* portset_name(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "s", &alias))
         return nullptr;
     PortsetName name;
+    std::memset(name.text, '#', sizeof name.text);
     return resolve_portset_name(alias, name) ? PyUnicode_FromString(name.text) : none();
 }
 

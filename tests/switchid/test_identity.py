@@ -266,6 +266,10 @@ class TestPortsetNameToAlias:
         self.portset(configured, b"\0")
         assert resolve(self.function, b"whatever", 128) == (0, filled(b"dvs-production", 128))
 
+    def test_a_name_of_one_character(self, configured, resolve):
+        self.portset(configured, b"p\0")
+        assert resolve(self.function, b"p", 128) == (0, filled(b"dvs-production", 128))
+
     def test_without_an_alias_property_the_name_itself(self, configured, resolve):
         self.portset(configured, b"portset-0\0")
         configured.fail("DVSState_GlobalPropLookup", NOT_FOUND)

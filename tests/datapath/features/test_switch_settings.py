@@ -140,7 +140,7 @@ class TestEveryFallback:
         )
 
     @every_setting_of_the_datapath
-    @pytest.mark.parametrize("status", [1, 0xBAD0003, 0xFFFFFFFF])
+    @pytest.mark.parametrize("status", [1, 0x10000, 0xBAD0003, 0xFFFFFFFF])
     def test_a_refusing_datapath_is_met_with_silence(self, configured, on_switch, setting, status):
         configured.fail(setting.fallback.operation, status)
         assert on_switch("GetSwitch" + setting.name, ALIAS) == Outcome(

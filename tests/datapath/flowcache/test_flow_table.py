@@ -414,6 +414,19 @@ class TestDumpFlowTable:
             "VDR inst: 5; INST 1: 0x1; INST 2: 0x2; INST 3: 0x3; INST 4: 0x0; INST 5: 0x0; "
         )
 
+    def test_actions_are_cut_at_the_end_of_their_text(self, host, qdp):
+        """Of the last instance one character less than its text has room in 511."""
+        last = RESPONSE_BYTES - ENTRY_ROOM
+        leading = entry(actions=area(length=last - 24 - 112) + group(), room=last - 24)
+        room = bytearray(entry(actions=area(length=ENTRY_ROOM - 112) + group(20), room=ENTRY_ROOM))
+        room[-122:] = tail(instances=(1, 2, 0x33), count=33)
+        shown = self.dumped(host, qdp, response(leading, bytes(room))).result["list"][1]["actions"]
+        head, _, instances = shown.partition("VDR inst: 33; ")
+        assert head.startswith("bmap:0x100000 ")
+        values = [1, 2, 0x33] + [0] * 30
+        whole = "".join("INST {}: 0x{:x}; ".format(i, value) for i, value in enumerate(values, 1))
+        assert (len(shown), instances) == (511, whole[:-1])
+
     def test_a_short_length_moves_the_tail_into_the_key(self, host, qdp):
         """Ten bytes before the action area lie the key's last ten: two of its second address, and its reserved ones.
         The key has been cleared by then."""

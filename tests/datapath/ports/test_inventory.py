@@ -210,6 +210,8 @@ class TestListPorts:
             (3, 1, 3, "GENERIC"),
             (4, 0, 16, "REP.UNKN"),
             (4, 1, 16, "REP.UNKN"),
+            (4, 0, 0x103, "REP.UNKN"),
+            (4, 1, 0x103, "REP.UNKN"),
             (4, 0, 0xFFFF, "REP.UNKN"),
             (5, 1, 3, "UNKNOWN"),
             (0x80000001, 0, 3, "UNKNOWN"),

@@ -49,7 +49,7 @@ def script_property(host, value):
 
 def script_library(host, mask):
     host.fail("DVSHCK_HostPropGet", 0xBAD0003)
-    host.script("Qdp_GetSwitchFilterTypes", outputs=[struct.pack("<H", mask)])
+    host.script("Qdp_GetSwitchFilterTypes", outputs=[] if mask is None else [struct.pack("<H", mask)])
 
 
 # How the filter classes cannot be read: what is scripted, what is printed, what is called.
@@ -66,6 +66,8 @@ UNREADABLE = [
     (lambda host: host.script("DVSHCK_HostPropGet", sizes={0: 5}), ODD_LENGTH, [GET]),
     (lambda host: host.script("DVSHCK_HostPropGet", sizes={0: 7}), ODD_LENGTH, [GET]),
     (lambda host: script_library(host, 0), "", [GET, ASK]),
+    # A library that answers without a mask.
+    (lambda host: script_library(host, None), "", [GET, ASK]),
 ]
 
 
