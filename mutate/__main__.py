@@ -55,6 +55,7 @@ def parse_arguments():
         "--kind", choices=[*KINDS, *SOURCE_KINDS], action="append", help="change only this; may be given again"
     )
     parser.add_argument("--sample", type=int, metavar="N", help="try only N by chance, of those that nobody argues for")
+    parser.add_argument("--unargued", action="store_true", help="leave out what somebody argues for, as a sample does")
     parser.add_argument("--seed", type=int, help="of the choice, which is printed; another one each time without it")
     parser.add_argument("--jobs", type=int, default=1, metavar="N", help="trials at a time (default: %(default)s)")
     parser.add_argument("--afresh", action="store_true", help="forget what earlier runs of the same build found")
@@ -80,7 +81,7 @@ def share(noticed, total):
     return f"{100 * noticed / total:.1f} % ({noticed} of {total})" if total else "none tried"
 
 
-def summarise(results, equivalents, is_complete, kinds, enough):
+def summarise(results, equivalents, is_complete, is_sample, kinds, enough):
     """Prints what was found and says whether it is good enough."""
     survivors = results.survivors()
     argued = {each: equivalents.reason(each) for each in survivors}
@@ -99,9 +100,11 @@ def summarise(results, equivalents, is_complete, kinds, enough):
         print(f"{kind:11}{share(sum(of_kind), len(of_kind))}")
     total, noticed = results.total(), results.total() - len(survivors)
     print(f"noticed: {share(noticed, total)}")
-    if not is_complete:  # what a sample meets that nobody has argued yet is printed for the next complete run
+    if is_complete:
+        return noticed >= enough * total and all(argued.values()) and not unused
+    if is_sample:  # what it meets that nobody has argued yet is printed for the next complete run
         return noticed >= ENOUGH_OF_A_SAMPLE * total - CHANCE
-    return noticed >= enough * total and all(argued.values()) and not unused
+    return noticed >= enough * total
 
 
 def main():
@@ -112,10 +115,11 @@ def main():
     EmbeddedHost(BUILD / "host")  # stays loaded: the module finds the platform's libraries in this process
     sources = Sources(ROOT)
     is_sample = options.sample is not None
-    is_complete = not (is_sample or options.files or options.kind)
+    is_complete = not (is_sample or options.unargued or options.files or options.kind)
     if options.source:
         maker = Rebuild(BUILD, ROOT)
-        mutants = [each for each in source_mutants(sources) if options.files or maker.is_quick(each.files[0])]
+        is_named = options.files and not is_sample
+        mutants = [each for each in source_mutants(sources) if is_named or maker.is_quick(each.files[0])]
         kinds, enough, argued = SOURCE_KINDS, ENOUGH_OF_SOURCES, "equivalent_source"
     else:
         image = Image(BUILD)
@@ -124,12 +128,12 @@ def main():
         kinds, enough, argued = KINDS, ENOUGH, "equivalent"
     mutants = chosen(mutants, options)
     equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources, argued)
-    if is_sample:  # a complete run looks whether arguments still hold
+    if is_sample or options.unargued:  # a complete run looks whether arguments still hold
         mutants = [each for each in mutants if not equivalents.reason(each)]
     kept = None if is_sample or options.source else WORK / "results.json"
     results = Results(kept, BUILD, ROOT, mutants, options.afresh, options.sample)
     try_all(maker, sources, results.untried(), options.jobs, results.add, options.sample)
-    sys.exit(not summarise(results, equivalents, is_complete, kinds, enough))
+    sys.exit(not summarise(results, equivalents, is_complete, is_sample, kinds, enough))
 
 
 main()

@@ -1,5 +1,5 @@
-"""The build folder once more with one source changed: the objects that include it are compiled anew, the module and the
-tests' extensions are linked from them and from the objects of the build."""
+"""The build folder once more with one source changed: the objects that include it are compiled anew. The module is
+linked from them and from the objects of the build; so are the tests' extensions when a test wants them."""
 
 import json
 import os
@@ -10,7 +10,8 @@ import subprocess
 
 MODULE = "_libqdp.abi3.so"
 UNCHANGED = ["host", "qdp"]  # folders that hold nothing of the module
-LINKED = [MODULE, "tests/torture.so", "tests/core_under_test.abi3.so"]
+EXTENSIONS = {"tortured": "tests/torture.so", "core": "tests/core_under_test.abi3.so"}  # by the fixture that loads them
+LINKED = [MODULE, *EXTENSIONS.values()]
 
 # Of how many sources a header may be a part, to be changed without being named.
 FEW_SOURCES = 12
@@ -101,10 +102,18 @@ class Rebuild:
             for source in self.dependents(mutant.files[0]):
                 objects[source] = self._compiled(source, mutant, changed, folder)
         for target in LINKED:
-            self._linked(target, objects, folder)
+            (folder / target).unlink(missing_ok=True)  # of another change
+        self._linked(MODULE, objects, folder)
+        self._objects, self._folder = objects, folder
         if mutant and (folder / MODULE).read_bytes() == (self._build / MODULE).read_bytes():
             raise NotBuilt
         return folder / MODULE
+
+    def provide(self, item):
+        """Links what a test loads beside the module."""
+        for fixture in EXTENSIONS.keys() & set(item.fixturenames):
+            if not (self._folder / EXTENSIONS[fixture]).exists():
+                self._linked(EXTENSIONS[fixture], self._objects, self._folder)
 
     def _compiled(self, source, mutant, changed, folder):
         file = mutant.files[0]
@@ -117,7 +126,7 @@ class Rebuild:
         compiled = copy if source == file else self._root / source
         compiler, *flags = self._compile[source]
         overlay = [] if source == file else [f"-I{changed}"]
-        _run([compiler, *overlay, *flags, "-w", "-o", str(target), "-c", str(compiled)], self._build)
+        _run([compiler, *overlay, *flags, "-w", "-g0", "-o", str(target), "-c", str(compiled)], self._build)
         copy.unlink()
         return target
 

@@ -128,6 +128,9 @@ class InMemory:
         (build / path.name).write_bytes(self._image.changed_file(edits))
         return path
 
+    def provide(self, item):
+        """What a test loads beside the module is there."""
+
 
 def try_all(maker, sources, mutants, jobs, report, most=None):
     """Tries mutants, at most so many that make another module; `report` gets each with its result."""
@@ -246,6 +249,7 @@ class Trials:
                 if time.process_time() > TRIAL_SECONDS:
                     break
                 note(position)
+                self._maker.provide(item)
                 following = items[position + 1] if position + 1 < len(items) else None
                 item.config.hook.pytest_runtest_protocol(item=item, nextitem=following)
 
