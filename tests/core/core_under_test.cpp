@@ -4,6 +4,8 @@
 #include "datapath/features/fpo_defaults.h"
 #include "switchid/property.h"
 
+#include <sys/mman.h>
+
 namespace {
 
 using namespace qdp;
@@ -126,16 +128,23 @@ PyObject* entries(PyObject*, PyObject* args)
     return complete ? list.release() : nullptr;
 }
 
-// A block of pages of 0xff, of which `size` bytes from `offset` on were cleared.
+// A block of pages of 0xff, of which `size` bytes from `offset` on were cleared. The kernel takes no page of a locked
+// block back.
 PyObject* cleared(PyObject*, PyObject* args)
 {
     constexpr size_t page = 4096, block_bytes = 8 * page;
     uint32_t offset, size;
-    if (!PyArg_ParseTuple(args, "II", &offset, &size) || size > block_bytes || offset > block_bytes - size)
+    int is_locked;
+    if (!PyArg_ParseTuple(args, "IIp", &offset, &size, &is_locked) || size > block_bytes ||
+        offset > block_bytes - size)
         return nullptr;
     const Owned<void> block{std::aligned_alloc(page, block_bytes)};
     std::memset(block.get(), 0xff, block_bytes);
+    if (is_locked && mlock(block.get(), block_bytes) != 0)
+        return PyErr_SetFromErrno(PyExc_OSError);
     clear_large(static_cast<char*>(block.get()) + offset, size);
+    if (is_locked)
+        munlock(block.get(), block_bytes);
     return PyBytes_FromStringAndSize(static_cast<const char*>(block.get()), block_bytes);
 }
 

@@ -7,7 +7,10 @@ import sys
 
 import pytest
 
+from heap import COUNTS_BYTES, bytes_in_use
+
 ENTRY_BYTES = 40
+REFERENCE_BYTES = 8
 
 
 def test_later_dicts_have_the_key_objects_of_the_first(core):
@@ -173,8 +176,12 @@ def is_ended_by(alarm, call, *arguments):
 
 
 def test_a_signal_ends_a_list_that_only_a_wrong_library_asks_for(host, qdp, alarm):
-    host.script("Qdp_Dump_Switch_MAC_Table", outputs=[struct.pack("<IIII", LONG, 0, 0, 0)])
-    assert is_ended_by(alarm, qdp.module.ListSwitchMACTable, 0)
+    in_use = bytes_in_use()
+    for _ in range(4):
+        host.script("Qdp_Dump_Switch_MAC_Table", outputs=[struct.pack("<IIII", LONG, 0, 0, 0)])
+        assert is_ended_by(alarm, qdp.module.ListSwitchMACTable, 0)
+    if COUNTS_BYTES:  # not one of the lists is left
+        assert bytes_in_use() - in_use < LONG * REFERENCE_BYTES
 
 
 def test_a_signal_ends_a_long_list_of_dicts(core, alarm):

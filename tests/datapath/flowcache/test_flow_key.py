@@ -69,6 +69,15 @@ class TestFCFlowKeyToStr:
             _, text, _ = self.written(exported, key(0, FIRST, SECOND, ports=PORTS, vni=vni, protocol=6, addresses=PAIR))
             assert text == expected
 
+    @pytest.mark.parametrize("first", range(0, 256, 4))
+    def test_bytes_of_all_values_in_an_address(self, exported, first):
+        address = ".".join(str(first + i) for i in range(4))
+        expected = KEY_TEXTS["layer 3 over ipv4"].replace(f"{'10.0.0.2':45}", f"{address:45}")
+        assert expected != KEY_TEXTS["layer 3 over ipv4"]
+        addresses = ipv4("10.0.0.1") + ipv4(address)
+        _, text, _ = self.written(exported, key(L3, FIRST, SECOND, ports=PORTS, protocol=6, addresses=addresses))
+        assert text == expected
+
     @pytest.mark.parametrize("flags", range(16))
     def test_clears_in_place_what_has_no_meaning(self, exported, flags):
         given = key(
