@@ -135,8 +135,7 @@ PyObject* cleared(PyObject*, PyObject* args)
     constexpr size_t page = 4096, block_bytes = 8 * page;
     uint32_t offset, size;
     int is_locked;
-    if (!PyArg_ParseTuple(args, "IIp", &offset, &size, &is_locked) || size > block_bytes ||
-        offset > block_bytes - size)
+    if (!PyArg_ParseTuple(args, "IIp", &offset, &size, &is_locked) || size > block_bytes || offset > block_bytes - size)
         return nullptr;
     const Owned<void> block{std::aligned_alloc(page, block_bytes)};
     std::memset(block.get(), 0xff, block_bytes);
@@ -149,8 +148,9 @@ PyObject* cleared(PyObject*, PyObject* args)
 }
 
 constexpr size_t text_room = 64;
+constexpr size_t margin = 8;
 
-// A column into a buffer of `size` bytes: its result and what stands in the buffer.
+// A column into a buffer of `size` bytes among others, all of '#' before: its result, and all of the bytes.
 PyObject* column(PyObject*, PyObject* args)
 {
     PyObject* address;
@@ -158,12 +158,13 @@ PyObject* column(PyObject*, PyObject* args)
     if (!PyArg_ParseTuple(args, "SI", &address, &size) || size > text_room)
         return nullptr;
     const Block block{address};
-    const Owned<void> out{std::calloc(size + 1, 1)};
-    auto* text = static_cast<char*>(out.get());
-    std::memset(text, '#', size);
+    char memory[margin + text_room + margin];
+    std::memset(memory, '#', sizeof memory);
+    char* text = memory + margin;
     const int length = block.size == sizeof(uint32_t) ? ipv4_column(block.bytes().load<uint32_t>(0), text, size)
                                                       : ipv6_column(block.memory.get(), text, size);
-    return Py_BuildValue("is", length, text);
+    return Py_BuildValue("iN", length,
+                         PyBytes_FromStringAndSize(memory, static_cast<Py_ssize_t>(margin + size + margin)));
 }
 
 PyObject* parsed_address(PyObject*, PyObject* args)
