@@ -36,7 +36,8 @@ SOURCE_KINDS = {
     "constants": "each number, one higher and one lower",
 }
 # What has to be noticed of all changes; every other one has to be argued for.
-ENOUGH = 0.94  # one bound in three and one width in four can be another: both ways do the same, or values are small
+ENOUGH = 0.98
+ENOUGH_OF_SOURCES = 0.94  # one width in four can be another: values are small, or pass with all their bits
 
 # And of those that nobody argues for, in chosen files or kinds, and in a sample.
 ENOUGH_OF_UNARGUED = 0.97
@@ -84,7 +85,7 @@ def share(noticed, total):
     return f"{100 * noticed / total:.1f} % ({noticed} of {total})" if total else "none tried"
 
 
-def summarise(results, equivalents, is_complete, is_sample, kinds):
+def summarise(results, equivalents, is_complete, is_sample, kinds, enough):
     """Prints what was found and says whether it is good enough."""
     survivors = results.survivors()
     argued = {each: equivalents.reason(each) for each in survivors}
@@ -104,7 +105,7 @@ def summarise(results, equivalents, is_complete, is_sample, kinds):
     total, noticed = results.total(), results.total() - len(survivors)
     print(f"noticed: {share(noticed, total)}")
     if is_complete:
-        return noticed >= ENOUGH * total and all(argued.values()) and not unused
+        return noticed >= enough * total and all(argued.values()) and not unused
     unargued = noticed + sum(not each for each in argued.values())
     if is_sample:  # what it meets that nobody has argued yet is printed for the next complete run
         return noticed >= ENOUGH_OF_A_SAMPLE * unargued - CHANCE
@@ -124,12 +125,12 @@ def main():
         maker = Rebuild(BUILD, ROOT)
         is_named = options.files and not is_sample
         mutants = [each for each in source_mutants(sources) if is_named or maker.is_quick(each.files[0])]
-        kinds, argued = SOURCE_KINDS, "equivalent_source"
+        kinds, enough, argued = SOURCE_KINDS, ENOUGH_OF_SOURCES, "equivalent_source"
     else:
         image = Image(BUILD)
         maker = InMemory(image)
         mutants = [each for make in (code_mutants, row_mutants, text_mutants) for each in make(image, sources)]
-        kinds, argued = KINDS, "equivalent"
+        kinds, enough, argued = KINDS, ENOUGH, "equivalent"
     mutants = chosen(mutants, options)
     equivalents = Equivalents(ROOT / "mutate" / "equivalent.toml", sources, argued)
     if is_sample or options.unargued:  # a complete run looks whether arguments still hold
@@ -137,7 +138,7 @@ def main():
     kept = None if is_sample or options.source else WORK / "results.json"
     results = Results(kept, BUILD, ROOT, mutants, options.afresh, options.sample)
     try_all(maker, sources, results.untried(), options.jobs, results.add, options.sample)
-    sys.exit(not summarise(results, equivalents, is_complete, is_sample, kinds))
+    sys.exit(not summarise(results, equivalents, is_complete, is_sample, kinds, enough))
 
 
 main()
